@@ -1,0 +1,34 @@
+# What all targets share. Each folder of the source tree is a target with its own include path, so that an include which
+# the architecture does not allow fails to build.
+
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+  set(CMAKE_BUILD_TYPE Release)
+endif()
+set(CMAKE_CXX_FLAGS_RELEASE "-O3")  # NDEBUG stays off: checks are part of the program
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib")
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
+
+add_library(tarvo_options INTERFACE)
+target_compile_features(tarvo_options INTERFACE cxx_std_20)
+target_compile_options(tarvo_options INTERFACE
+  -ffp-contract=off  # results are fixed to the bit
+  -fvisibility=hidden -fvisibility-inlines-hidden
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wold-style-cast -Wnon-virtual-dtor)
+if(TARVO_WARNINGS_AS_ERRORS)
+  target_compile_options(tarvo_options INTERFACE -Werror)
+endif()
+if(TARVO_SANITIZE)
+  target_compile_options(tarvo_options INTERFACE
+    -fsanitize=${TARVO_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g1)
+  target_link_options(tarvo_options INTERFACE -fsanitize=${TARVO_SANITIZE})
+endif()
+
+# tarvo_layer(NAME SOURCES... USES targets...): one folder of the plugin as an object library; what it includes it uses.
+function(tarvo_layer name)
+  cmake_parse_arguments(arg "" "" "SOURCES;USES" ${ARGN})
+  add_library(${name} OBJECT ${arg_SOURCES})
+  target_include_directories(${name} PUBLIC "${CMAKE_CURRENT_SOURCE_DIR}")
+  target_link_libraries(${name} PUBLIC ${arg_USES} PRIVATE tarvo_options)
+  set_target_properties(${name} PROPERTIES CXX_EXTENSIONS OFF POSITION_INDEPENDENT_CODE ON)
+endfunction()

@@ -1,0 +1,56 @@
+#pragma once
+
+// Declarations of the host's language, as plugins register them:
+//
+//     TRV_Add(extends p as picture, addend as picture, yield as integer) as picture
+//
+// Names and keywords are compared without regard to case. The parser is strict: what it does not know is an error.
+
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "value.h"
+
+namespace tarvo::host {
+
+enum class TypeKind { integer, real, boolean, color, string, object };
+
+struct Type {
+    TypeKind kind = TypeKind::object;
+    std::string name;  // as declared: "integer", "picture", "TRV_Rectangle"
+    bool array = false;
+};
+
+struct Parameter {
+    std::string name;
+    Type type;
+    bool extends = false;
+    bool by_ref = false;
+    std::optional<Value> default_value;
+};
+
+struct Declaration {
+    std::string name;
+    std::vector<Parameter> parameters;
+    std::optional<Type> result;  // none for a method that gives nothing
+
+    bool extends() const { return !parameters.empty() && parameters.front().extends; }
+};
+
+// `column` counts characters from 1.
+class DeclarationError : public std::runtime_error {
+public:
+    DeclarationError(std::string_view text, std::size_t column, std::string_view what);
+    std::size_t column() const { return column_; }
+
+private:
+    std::size_t column_;
+};
+
+// Throws DeclarationError.
+Declaration parse_declaration(std::string_view text);
+
+}  // namespace tarvo::host

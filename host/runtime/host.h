@@ -1,0 +1,156 @@
+#pragma once
+
+// The stand-in host: what the REALbasic runtime is to a plugin, on today's Linux. It loads plugins, gives them every
+// service by name, owns all objects that they see, and counts everything.
+//
+//     Host host;                                            // version 2010 unless told otherwise
+//     host.load_plugin("libTarvoGraphics.so");
+//     ObjectRef photo = host.new_picture({.width = 640, .height = 480});
+//
+// One host at a time, one thread. A host outlives every ObjectRef of its objects.
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "object.h"
+#include "real_interface.h"
+#include "registry.h"
+
+namespace tarvo::host {
+
+// Something the host was asked for and cannot do: a plugin that does not load, a picture that cannot be made.
+class HostError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+// What the host holds now.
+struct Accounts {
+    int pictures = 0;  // masks included
+    int instances = 0;
+    int strings = 0;
+    int memory_blocks = 0;
+    int arrays = 0;
+    int folder_items = 0;
+    int picture_locks = 0;  // description locks not yet ended
+    int references = 0;     // of all objects together
+
+    friend bool operator==(const Accounts&, const Accounts&) = default;
+};
+
+// Makes services fail, or hides them, so that a plugin's answers can be tested. Names are look-up names, such as
+// "newPicture". A failed service gives its neutral value (null, 0) and does nothing; a hidden one is not found by
+// the resolver, which a plugin that has cached the entry point will not notice.
+class Faults {
+public:
+    static constexpr int kNever = 0;
+
+    // The service's n-th call from now on fails (n counts from 1), or that call and all after it.
+    void fail_at(std::string_view service, int n, bool from_then_on = false);
+    void hide(std::string_view service);
+    void clear();
+
+    // True when the service was asked to fail and its turn came since the last fail_at.
+    bool happened() const { return happened_; }
+    // How often a service was called since this host began, failed calls included.
+    int calls(std::string_view service) const;
+
+    // For the services themselves: counts the call; true when it is to fail.
+    bool next_call_fails(int service_index);
+    bool hidden(std::string_view service) const;
+
+private:
+    struct Order {
+        std::string service;
+        int countdown;
+        bool from_then_on;
+    };
+    std::vector<Order> orders_;
+    std::vector<std::string> hidden_;
+    std::vector<int> calls_;
+    bool happened_ = false;
+};
+
+struct HostOptions {
+    double version = 2010.0;
+    // How deep the masks are that the host makes; 32 unless a test asks for another depth.
+    int mask_depth = 32;
+};
+
+class Host {
+public:
+    explicit Host(HostOptions options = {});
+    ~Host();
+    Host(const Host&) = delete;
+    Host& operator=(const Host&) = delete;
+
+    // The living host; null between hosts.
+    static Host* current();
+
+    // --- plugins ---
+
+    // Opens the library and calls its entry point. False when the plugin refused this host. `private_copy` loads a copy
+    // of the file, so that nothing an earlier host left in the library (cached entry points) is seen.
+    // Throws HostError.
+    bool load_plugin(const std::string& path, bool private_copy = false);
+    // As `load_plugin`, of an entry point that is linked into the program.
+    bool start_plugin(REALpluginMain entry);
+    const Registry& registry() const { return registry_; }
+    double version() const { return options_.version; }
+    int mask_depth() const { return options_.mask_depth; }
+
+    // --- objects ---
+
+    // Throws HostError when such a picture cannot be made.
+    ObjectRef new_picture(const PictureOptions& options);
+    ObjectRef new_string(std::string_view bytes);
+    ObjectRef new_integer_array(std::vector<std::int32_t> elements);
+    ObjectRef new_memory_block(std::size_t size);
+    ObjectRef new_folder_item(std::string path);
+    ObjectRef new_screen();
+    // An instance of a registered class, constructor run; empty when there is no such class.
+    ObjectRef new_instance(std::string_view class_name);
+
+    ObjectStore& objects() { return objects_; }
+    Accounts accounts() const;
+    // A line for each live object: type, size or class, references. For messages of failed tests.
+    std::string describe_live_objects() const;
+
+    // --- what plugins do to people ---
+
+    const std::vector<std::string>& message_boxes() const { return message_boxes_; }
+    void clear_message_boxes() { message_boxes_.clear(); }
+    // Called for each message box and each yield, besides recording. Both may throw.
+    std::function<void(const std::string&)> on_message_box;
+    std::function<void()> on_yield;
+    int yields() const { return yields_; }
+    // Called when a picture is drawn by commands, before anything is drawn. May throw.
+    std::function<void()> on_draw;
+
+    // Handles that were not what a service wanted, in plain words; nothing was done for such a call.
+    const std::vector<std::string>& complaints() const { return complaints_; }
+    void clear_complaints() { complaints_.clear(); }
+
+    Faults faults;
+
+private:
+    friend struct Services;
+
+    HostOptions options_;
+    ObjectStore objects_;
+    Registry registry_;
+    std::vector<std::string> message_boxes_;
+    std::vector<std::string> complaints_;
+    int yields_ = 0;
+    struct LoadedPlugin;
+    std::vector<std::unique_ptr<LoadedPlugin>> plugins_;
+};
+
+}  // namespace tarvo::host

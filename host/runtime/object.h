@@ -1,0 +1,231 @@
+#pragma once
+
+// The host's objects and the store that knows them all. Every object is reference counted; plugins know it by its handle,
+// an address that the store checks without reading through it.
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "platform.h"
+#include "real_interface.h"
+
+namespace tarvo::host {
+
+enum class ObjectType { picture, instance, string, memory_block, integer_array, folder_item, screen };
+const char* name_of(ObjectType type);
+
+class ObjectStore;
+struct RegisteredClass;
+
+class Object {
+public:
+    virtual ~Object() = default;
+    Object(const Object&) = delete;
+    Object& operator=(const Object&) = delete;
+
+    ObjectType type() const { return type_; }
+    // The address that plugins see.
+    virtual void* handle() = 0;
+    int references() const { return references_; }
+    // One line for people.
+    virtual std::string describe() const = 0;
+
+protected:
+    explicit Object(ObjectType type) : type_(type) {}
+
+private:
+    friend class ObjectStore;
+    ObjectType type_;
+    int references_ = 1;
+    ObjectStore* store_ = nullptr;
+};
+
+// A counted reference held by host code; null is a value.
+class ObjectRef {
+public:
+    ObjectRef() = default;
+    ObjectRef(const ObjectRef& other);
+    ObjectRef(ObjectRef&& other) noexcept : object_(other.object_) { other.object_ = nullptr; }
+    ObjectRef& operator=(ObjectRef other) noexcept;
+    ~ObjectRef();
+
+    // Takes over a reference that somebody already holds for us.
+    static ObjectRef adopt(Object* object);
+    // Adds a reference of its own.
+    static ObjectRef share(Object* object);
+
+    explicit operator bool() const { return object_ != nullptr; }
+    Object* get() const { return object_; }
+    Object* operator->() const { return object_; }
+    void* handle() const { return object_ ? object_->handle() : nullptr; }
+    friend bool operator==(const ObjectRef&, const ObjectRef&) = default;
+
+private:
+    explicit ObjectRef(Object* object) : object_(object) {}
+    Object* object_ = nullptr;
+};
+
+// Where a picture's pixels are.
+enum class Backing {
+    graphics_world,    // kind 4
+    bitmap_context,    // kind 8
+    pixel_buffer,      // kind 10: always 32 bits, each row an allocation of its own
+    drawing_commands,  // kind 1: no pixels until drawn
+    refused,           // kind 2: a store that plugins do not know
+};
+
+struct PictureOptions {
+    int width = 0;
+    int height = 0;
+    int depth = 32;  // a graphics world takes any depth from 1 to 32, for tests also those that mean nothing
+    Backing backing = Backing::graphics_world;
+    std::vector<RGBColor> colors = {};  // the colour table of depths up to 8; empty: greys from black to white
+    bool without_color_table = false;   // a picture such as no good host makes
+    int row_padding = 0;                // bytes added to each row
+    int dots_per_inch = 72;
+};
+
+// A picture. A new one is white; pixels are stored big-endian as the plugin interface has them.
+class Picture final : public Object {
+public:
+    // Null when such a picture cannot be made.
+    static std::unique_ptr<Picture> make(const PictureOptions& options);
+    ~Picture() override;
+
+    int width() const { return options_.width; }
+    int height() const { return options_.height; }
+    int depth() const { return options_.depth; }
+    Backing backing() const { return options_.backing; }
+    const PictureOptions& options() const { return options_; }
+    // Bytes of one row that hold pixels, without padding.
+    std::size_t packed_row_bytes() const;
+    // The stored bytes of a row, top row first; null for drawing commands and refused pictures.
+    std::uint8_t* row(int y);
+    const std::uint8_t* row(int y) const;
+    // Entries of the colour table, 2^depth of them; empty above 8 bits.
+    const std::vector<RGBColor>& colors() const { return options_.colors; }
+
+    // The mask, or an empty reference. A mask may have any size and depth; sizes other than the picture's are for tests.
+    const ObjectRef& mask() const { return mask_; }
+    void set_mask(ObjectRef mask) { mask_ = std::move(mask); }
+
+    // What is drawn when a picture of drawing commands is rendered: the colour 0x00RRGGBB at a place. White unless set.
+    std::function<std::uint32_t(int x, int y)> drawing;
+
+    // Makes locking of the pixels fail, as of a picture whose memory the system took back.
+    void set_purged(bool purged);
+
+    int locks() const { return locks_; }
+    void* handle() override { return this; }
+    std::string describe() const override;
+
+private:
+    friend struct Services;
+    explicit Picture(PictureOptions options);
+    REALpictureDescription description() const;
+
+    PictureOptions options_;
+    struct Store;
+    std::unique_ptr<Store> store_;
+    ObjectRef mask_;
+    int locks_ = 0;
+};
+
+class StringObject final : public Object {
+public:
+    explicit StringObject(std::string bytes);
+    const std::string& bytes() const { return bytes_; }
+    void* handle() override { return &record_; }
+    std::string describe() const override;
+
+private:
+    std::string bytes_;
+    std::string storage_;
+    REALstringStruct record_;
+};
+
+// An instance of a class that a plugin registered: a header, then the class's plugin data, zeroed before the constructor.
+class Instance final : public Object {
+public:
+    Instance(const RegisteredClass& cls, std::size_t data_size);
+    ~Instance() override;  // runs the class's destructor
+    const RegisteredClass& cls() const { return cls_; }
+    void* data();
+    void* handle() override { return block_.get(); }
+    std::string describe() const override;
+
+    static constexpr std::size_t kDataOffset = 16;
+
+private:
+    const RegisteredClass& cls_;
+    std::unique_ptr<std::byte[]> block_;
+};
+
+class MemoryBlock final : public Object {
+public:
+    explicit MemoryBlock(std::size_t size) : Object(ObjectType::memory_block), bytes(size) {}
+    std::vector<std::uint8_t> bytes;
+    void* handle() override { return this; }
+    std::string describe() const override;
+};
+
+class IntegerArray final : public Object {
+public:
+    explicit IntegerArray(std::vector<std::int32_t> values)
+        : Object(ObjectType::integer_array), elements(std::move(values)) {}
+    std::vector<std::int32_t> elements;
+    void* handle() override { return this; }
+    std::string describe() const override;
+};
+
+class FolderItem final : public Object {
+public:
+    explicit FolderItem(std::string where) : Object(ObjectType::folder_item), path(std::move(where)) {}
+    std::string path;
+    void* handle() override { return this; }
+    std::string describe() const override;
+};
+
+class Screen final : public Object {
+public:
+    Screen() : Object(ObjectType::screen) {}
+    void* handle() override { return this; }
+    std::string describe() const override;
+};
+
+// All live objects by handle. A dead object's handle is not given out again soon, so that a stale one is noticed.
+class ObjectStore {
+public:
+    ObjectStore();
+    ~ObjectStore();
+
+    // Takes the object in; the caller has its first reference.
+    ObjectRef add(std::unique_ptr<Object> object);
+
+    // Null when the address is no live object's handle. Does not read through it.
+    Object* find(const void* handle) const;
+    // As `find`, and of that class: `find<Picture>(handle)`.
+    template <class T>
+    T* find(const void* handle) const {
+        return dynamic_cast<T*>(find(handle));
+    }
+
+    void lock(Object& object);
+    // Drops a reference; the last one destroys the object.
+    void unlock(Object& object);
+
+    std::size_t size() const { return live_.size(); }
+    // In no order.
+    std::vector<const Object*> all() const;
+
+private:
+    std::unordered_map<const void*, std::unique_ptr<Object>> live_;
+    std::vector<std::unique_ptr<std::byte[]>> quarantine_;
+};
+
+}  // namespace tarvo::host

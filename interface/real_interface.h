@@ -1,0 +1,136 @@
+#pragma once
+
+// The plugin interface of the REALbasic host: the handles that only the host can open, the records that a plugin
+// registers, and the two records of the host's that a plugin reads. Host and plugin share this file and `platform/`,
+// and nothing else.
+
+#include <cstddef>
+#include <cstdint>
+
+// A machine word: the published records are counted in these.
+using REALword = std::intptr_t;
+
+// Handles. All but strings are instances of host classes; every one of them is reference counted by the host.
+struct REALobjectStruct;
+struct REALpictureStruct;
+struct REALmemoryBlockStruct;
+struct REALclassRefStruct;
+struct REALintArrayStruct;
+
+// A host string: bytes of any value, followed by a NUL that the length does not count.
+struct REALstringStruct {
+    std::int32_t references;
+    std::int32_t length;
+    const char* storage;  // one length byte (the length, at most 255), then the bytes and the NUL
+
+    // The byte count; 0 for a null string.
+    static std::int32_t Length(const REALstringStruct* string) { return string ? string->length : 0; }
+    // The bytes; "" for a null string. Valid while the caller holds a reference.
+    static const char* CString(const REALstringStruct* string) {
+        return string && string->storage ? string->storage + 1 : "";
+    }
+};
+
+// What backs a picture's pixels.
+enum REALpictureKind : std::int32_t {
+    pictureNone = 0,
+    pictureDrawingCommands = 1,
+    pictureMacintoshGWorld = 4,    // store: GWorldPtr
+    pictureCGBitmapContext = 8,    // store: CGContextRef
+    pictureHostPixelBuffer = 10,   // store: REALpixelBuffer*
+};
+
+// Filled by the host when it locks a picture's description.
+struct REALpictureDescription {
+    std::int32_t kind;  // a REALpictureKind, or another number for a store that plugins do not know
+    void* store;        // belongs to the picture; valid until the description is unlocked
+    std::int32_t width;
+    std::int32_t height;
+    std::int32_t depth;  // bits a pixel
+};
+
+// A kind-10 store: 32-bit pixels, each row wherever its table entry says.
+struct REALpixelBuffer {
+    std::int32_t width;
+    std::int32_t height;
+    std::uint8_t** rows;  // `height` addresses
+};
+
+// How the bytes of REALBuildPictureFromBuffer are to be read.
+enum RBPixelType : std::int32_t {
+    pixelTypeXRGB32 = 3,  // four bytes a pixel: unused, red, green, blue
+};
+
+enum REALflags : REALword { REALconsoleSafe = 4 };
+
+// One callable: an entry point and its signature in the host's language.
+struct REALmethodDefinition {
+    void* function;
+    void* setter;  // of an assignable method; else null
+    const char* declaration;
+    REALword flags;
+};
+
+// The record that hosts below version 5.9 read.
+struct REALmethodDefinitionV6 {
+    void* function;
+    void* setter;
+    const char* declaration;
+};
+
+struct REALpropertyDefinition {
+    const char* group;
+    const char* name;
+    const char* type;
+    REALword flags;
+    void* getter;  // (object, parameter) -> value
+    void* setter;  // (object, parameter, value); null when read-only
+    REALword parameter;
+    const char* editor;
+    REALword enumerationCount;
+    const char* const* enumerationEntries;
+};
+
+struct REALclassDefinition {
+    REALword version;  // kREALinterfaceVersion
+    const char* name;
+    const char* superName;
+    REALword dataSize;    // bytes of plugin data in each instance
+    REALword dataOffset;  // written by the host at registration: from an instance's address to its data
+    void* constructor;    // (object)
+    void* destructor;     // (object)
+    const REALpropertyDefinition* properties;
+    REALword propertyCount;
+    const void* methods;  // REALmethodDefinition[], or REALmethodDefinitionV6[] for hosts below 5.9
+    REALword methodCount;
+    const void* events;
+    REALword eventCount;
+    const void* eventInstances;
+    REALword eventInstanceCount;
+    const char* interfaces;
+    const void* bindDescriptions;
+    REALword bindDescriptionCount;
+    const void* constants;
+    REALword constantCount;
+    REALword flags;
+    const void* sharedProperties;
+    REALword sharedPropertyCount;
+    const void* sharedMethods;
+    REALword sharedMethodCount;
+};
+
+inline constexpr REALword kREALinterfaceVersion = 9;
+
+static_assert(sizeof(REALmethodDefinition) == 4 * sizeof(REALword));
+static_assert(sizeof(REALmethodDefinitionV6) == 3 * sizeof(REALword));
+static_assert(sizeof(REALpropertyDefinition) == 10 * sizeof(REALword));
+static_assert(sizeof(REALclassDefinition) == 25 * sizeof(REALword));
+
+// Finds a host service by its look-up name; null when the host has none of that name.
+using REALresolver = void* (*)(const char* name);
+
+// The plugin's one exported function is `extern "C" int REALPluginMain(REALresolver callback)`: called once, with
+// a callback that answers "ResolverPPC" with the resolver of every other service. 1 when the plugin registered itself,
+// 0 when it refused the host.
+using REALpluginMain = int (*)(REALresolver callback);
+inline constexpr const char* kREALpluginMainName = "REALPluginMain";

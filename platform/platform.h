@@ -1,0 +1,139 @@
+#pragma once
+
+// QuickDraw, Core Graphics and Gestalt, as far as they are used: graphics worlds, pixel maps, bitmap contexts, the main
+// device, the processor's features. Host and plugin both link this library, as both would link the operating system.
+//
+// No object here owns its pixels: who makes a world, a context or a device keeps its pixel memory alive as long as the
+// object. Not for more than one thread at a time.
+
+#include <cstddef>
+#include <cstdint>
+
+#define PLATFORM_API extern "C" __attribute__((visibility("default")))
+
+using OSErr = std::int16_t;
+using OSType = std::uint32_t;
+using Fixed = std::int32_t;  // 16.16
+using Handle = char**;
+inline constexpr OSErr noErr = 0;
+
+struct Rect {
+    std::int16_t top, left, bottom, right;
+};
+
+struct RGBColor {
+    std::uint16_t red, green, blue;
+};
+
+struct ColorSpec {
+    std::int16_t value;
+    RGBColor rgb;
+};
+
+// An indexed picture's colours. In memory there are always 2^depth entries, the unused ones black.
+struct ColorTable {
+    std::int32_t ctSeed;
+    std::int16_t ctFlags;
+    std::int16_t ctSize;  // the last index
+    ColorSpec* ctTable;
+};
+using CTabHandle = ColorTable**;
+
+struct PixMap {
+    std::uint8_t* baseAddr;
+    std::int32_t rowBytes;
+    Rect bounds;
+    Fixed hRes, vRes;  // dots per inch
+    std::int16_t pixelSize;  // bits a pixel
+    CTabHandle pmTable;      // null above 8 bits
+    std::int32_t handleLocks;
+    std::int32_t pixelLocks;
+    bool purged;  // the pixels are gone: LockPixels fails
+};
+using PixMapHandle = PixMap**;
+
+struct CGrafPort;
+using GWorldPtr = CGrafPort*;
+
+struct GDevice {
+    PixMapHandle gdPMap;
+    Rect gdRect;
+};
+using GDHandle = GDevice**;
+
+struct CGContext;
+using CGContextRef = CGContext*;
+
+// A file by volume, directory and name.
+#pragma pack(push, 1)
+struct FSSpec {
+    std::int16_t vRefNum;
+    std::int32_t parID;
+    std::uint8_t name[64];  // a length byte and up to 63 characters
+};
+#pragma pack(pop)
+static_assert(sizeof(FSSpec) == 70);
+
+// --- the operating system's calls -----------------------------------------------------------------------------------
+
+// 'ppcf' answers with the processor's features: bit 4 is set when it has a vector unit. Other selectors fail.
+PLATFORM_API OSErr Gestalt(OSType selector, std::int32_t* response);
+inline constexpr OSType gestaltPowerPCProcessorFeatures = 0x70706366;  // 'ppcf'
+inline constexpr OSErr gestaltUndefSelectorErr = -5551;
+
+PLATFORM_API PixMapHandle GetGWorldPixMap(GWorldPtr world);
+// The world that drawing goes to, and the device it belongs to (always null here).
+PLATFORM_API void GetGWorld(GWorldPtr* world, GDHandle* device);
+PLATFORM_API void SetGWorld(GWorldPtr world, GDHandle device);
+
+// True when the pixels may be read and written until the matching UnlockPixels.
+PLATFORM_API bool LockPixels(PixMapHandle pixels);
+PLATFORM_API void UnlockPixels(PixMapHandle pixels);
+PLATFORM_API Rect* GetPixBounds(PixMapHandle pixels, Rect* bounds);
+PLATFORM_API std::int16_t GetPixDepth(PixMapHandle pixels);
+PLATFORM_API std::int32_t GetPixRowBytes(PixMapHandle pixels);
+PLATFORM_API std::uint8_t* GetPixBaseAddr(PixMapHandle pixels);
+PLATFORM_API std::int32_t Fix2Long(Fixed value);  // the integer part
+
+PLATFORM_API void HLock(Handle handle);
+PLATFORM_API void HUnlock(Handle handle);
+PLATFORM_API char* NewPtr(std::int32_t size);
+PLATFORM_API void DisposePtr(char* pointer);
+
+// Null when no screen has been handed in.
+PLATFORM_API GDHandle GetMainDevice();
+
+PLATFORM_API std::size_t CGBitmapContextGetWidth(CGContextRef context);
+PLATFORM_API std::size_t CGBitmapContextGetHeight(CGContextRef context);
+PLATFORM_API std::size_t CGBitmapContextGetBitsPerPixel(CGContextRef context);
+PLATFORM_API std::size_t CGBitmapContextGetBytesPerRow(CGContextRef context);
+PLATFORM_API void* CGBitmapContextGetData(CGContextRef context);
+
+// --- for who makes these objects ------------------------------------------------------------------------------------
+
+struct PixelLayout {
+    std::uint8_t* pixels;
+    std::int32_t width, height;  // at most 32,767 each
+    std::int32_t depth;          // bits a pixel
+    std::int32_t rowBytes;
+    std::int32_t dotsPerInch;
+};
+
+// A world over the given pixels; null when the layout is impossible (a side of 0 or below, or above 32,767) or memory
+// is short. `colors`: `colorCount` entries for depths up to 8, copied, raised to 2^depth with black; null for none.
+PLATFORM_API GWorldPtr PlatformNewGWorld(const PixelLayout* layout, const RGBColor* colors, std::int32_t colorCount);
+// Null is allowed. A disposed world that is current is no longer current.
+PLATFORM_API void PlatformDisposeGWorld(GWorldPtr world);
+
+PLATFORM_API CGContextRef PlatformNewBitmapContext(const PixelLayout* layout);
+PLATFORM_API void PlatformDisposeBitmapContext(CGContextRef context);
+
+// Hands in the main screen, or takes it away (null). The world must outlive its being the main device. `origin` moves
+// the device's rectangle.
+PLATFORM_API void PlatformSetMainDevice(GWorldPtr screen, std::int16_t left, std::int16_t top);
+
+// How many worlds, contexts and locks (handles and pixels) live now: for tests.
+struct PlatformCounts {
+    std::int32_t worlds, contexts, handleLocks, pixelLocks;
+};
+PLATFORM_API PlatformCounts PlatformLiveObjects();
