@@ -32,3 +32,12 @@ function(tarvo_layer name)
   target_link_libraries(${name} PUBLIC ${arg_USES} PRIVATE tarvo_options)
   set_target_properties(${name} PROPERTIES CXX_EXTENSIONS OFF POSITION_INDEPENDENT_CODE ON)
 endfunction()
+
+# tarvo_test(NAME SOURCES... USES targets...): a GoogleTest program; each of its tests is a CTest test.
+function(tarvo_test name)
+  cmake_parse_arguments(arg "" "" "SOURCES;USES" ${ARGN})
+  add_executable(${name} ${arg_SOURCES})
+  target_link_libraries(${name} PRIVATE ${arg_USES} GTest::gtest_main tarvo_options)
+  set_target_properties(${name} PROPERTIES CXX_EXTENSIONS OFF)
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300)
+endfunction()

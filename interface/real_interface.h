@@ -92,31 +92,31 @@ struct REALpropertyDefinition {
 };
 
 struct REALclassDefinition {
-    REALword version;  // kREALinterfaceVersion
-    const char* name;
-    const char* superName;
-    REALword dataSize;    // bytes of plugin data in each instance
-    REALword dataOffset;  // written by the host at registration: from an instance's address to its data
-    void* constructor;    // (object)
-    void* destructor;     // (object)
-    const REALpropertyDefinition* properties;
-    REALword propertyCount;
-    const void* methods;  // REALmethodDefinition[], or REALmethodDefinitionV6[] for hosts below 5.9
-    REALword methodCount;
-    const void* events;
-    REALword eventCount;
-    const void* eventInstances;
-    REALword eventInstanceCount;
-    const char* interfaces;
-    const void* bindDescriptions;
-    REALword bindDescriptionCount;
-    const void* constants;
-    REALword constantCount;
-    REALword flags;
-    const void* sharedProperties;
-    REALword sharedPropertyCount;
-    const void* sharedMethods;
-    REALword sharedMethodCount;
+    REALword version = 0;  // kREALinterfaceVersion
+    const char* name = nullptr;
+    const char* superName = nullptr;
+    REALword dataSize = 0;    // bytes of plugin data in each instance
+    REALword dataOffset = 0;  // written by the host at registration: from an instance's address to its data
+    void* constructor = nullptr;    // (object)
+    void* destructor = nullptr;     // (object)
+    const REALpropertyDefinition* properties = nullptr;
+    REALword propertyCount = 0;
+    const void* methods = nullptr;  // REALmethodDefinition[], or REALmethodDefinitionV6[] for hosts below 5.9
+    REALword methodCount = 0;
+    const void* events = nullptr;
+    REALword eventCount = 0;
+    const void* eventInstances = nullptr;
+    REALword eventInstanceCount = 0;
+    const char* interfaces = nullptr;
+    const void* bindDescriptions = nullptr;
+    REALword bindDescriptionCount = 0;
+    const void* constants = nullptr;
+    REALword constantCount = 0;
+    REALword flags = 0;
+    const void* sharedProperties = nullptr;
+    REALword sharedPropertyCount = 0;
+    const void* sharedMethods = nullptr;
+    REALword sharedMethodCount = 0;
 };
 
 inline constexpr REALword kREALinterfaceVersion = 9;

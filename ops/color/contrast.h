@@ -1,0 +1,23 @@
+#pragma once
+
+// Contrast: each channel is stretched away from, or pulled toward, that of a centre colour.
+
+#include "real_interface.h"
+
+// New pictures with the contrast of a region changed, or of the whole weighted by a mask. Factors from 0 to 255.
+REALpictureStruct* TRV_AdjustContrast(REALpictureStruct* p, REALobjectStruct* rect, int center, double red_factor,
+                                      double green_factor, double blue_factor, int yield);
+REALpictureStruct* TRV_AdjustContrastWithMask(REALpictureStruct* p, REALpictureStruct* mask, int center,
+                                              double red_factor, double green_factor, double blue_factor, int yield);
+REALobjectStruct* TRV_ClientPicture_AdjustContrast(REALobjectStruct* cp, REALobjectStruct* rect, int center,
+                                                   double red_factor, double green_factor, double blue_factor,
+                                                   int yield, bool as_picture);
+REALobjectStruct* TRV_ClientPicture_AdjustContrastWithMask(REALobjectStruct* cp, REALpictureStruct* mask, int center,
+                                                           double red_factor, double green_factor, double blue_factor,
+                                                           int yield, bool as_picture);
+
+// The mean distance of a region's channels from the centre's. Null outputs are skipped.
+void TRV_GetAverageContrast(REALpictureStruct* p, REALobjectStruct* rect, int center, int* red_contrast,
+                            int* green_contrast, int* blue_contrast, int yield);
+void TRV_ClientPicture_GetAverageContrast(REALobjectStruct* cp, REALobjectStruct* rect, int center, int* red_contrast,
+                                          int* green_contrast, int* blue_contrast, int yield);

@@ -1,0 +1,82 @@
+#include "add_subtract.h"
+
+#include <cstddef>
+
+#include "error_state.h"
+#include "forms.h"
+#include "row_clones.h"
+#include "rows.h"
+
+namespace {
+
+// Three channels at once: their low seven bits cannot carry into the next channel, and the highest bit of each is an
+// exclusive or. Sums and differences wrap; the top byte is 0.
+constexpr PixelColor kLowBits = 0x7F7F7F;
+constexpr PixelColor kHighBits = 0x808080;
+
+TARVO_ROW_CLONES void add_row(PixelColor* colors, const PixelColor* addends, std::size_t count) {
+    for (std::size_t x = 0; x < count; ++x) {
+        const PixelColor a = colors[x], b = addends[x];
+        colors[x] = ((a & kLowBits) + (b & kLowBits)) ^ ((a ^ b) & kHighBits);
+    }
+}
+
+TARVO_ROW_CLONES void subtract_row(PixelColor* colors, const PixelColor* subtractends, std::size_t count) {
+    for (std::size_t x = 0; x < count; ++x) {
+        const PixelColor a = colors[x], b = subtractends[x];
+        colors[x] = (((a & kLowBits) | kHighBits) - (b & kLowBits)) ^ (~(a ^ b) & kHighBits);
+    }
+}
+
+void PrivAdd(const TRV_Picture& source, const TRV_Picture& addend, TRV_Picture& result, int yield) {
+    combine_pictures(source, addend, result, yield, "TRV_Add", add_row);
+}
+
+void PrivSubtract(const TRV_Picture& source, const TRV_Picture& subtractend, TRV_Picture& result, int yield) {
+    combine_pictures(source, subtractend, result, yield, "TRV_Subtract", subtract_row);
+}
+
+// What tells the two operations apart.
+struct Operation {
+    void (*kernel)(const TRV_Picture&, const TRV_Picture&, TRV_Picture&, int yield);
+    ErrorCode second_nil, second_lock, second_size;
+    bool asks_for_mask;  // of a client picture's result; the mask stays as it is made
+};
+
+constexpr Operation kAdd = {PrivAdd, ErrorCode::addend_nil, ErrorCode::addend_lock, ErrorCode::addend_size, true};
+constexpr Operation kSubtract = {PrivSubtract, ErrorCode::subtractend_nil, ErrorCode::subtractend_lock,
+                                 ErrorCode::subtractend_size, false};
+
+template <class Form>
+typename Form::Handle combine(const Operation& operation, Form form, typename Form::Handle first,
+                              typename Form::Handle second, int yield) {
+    ClearError();
+    if (!first) return Fail(ErrorCode::source_nil);
+    if (!second) return Fail(operation.second_nil);
+    TRV_Picture source = form.bind(first);
+    if (!source.Lock()) return Fail(ErrorCode::source_lock);
+    TRV_Picture other = form.bind(second);
+    if (!other.Lock()) return Fail(operation.second_lock);
+    if (!same_size(source, other)) return Fail(operation.second_size);
+    return form.produce(source.width(), source.height(), result_depth(source), operation.asks_for_mask,
+                        [&](TRV_Picture& result) { operation.kernel(source, other, result, yield); });
+}
+
+}  // namespace
+
+REALpictureStruct* TRV_Add(REALpictureStruct* p, REALpictureStruct* addend, int yield) {
+    return combine(kAdd, PictureForm{}, p, addend, yield);
+}
+
+REALpictureStruct* TRV_Subtract(REALpictureStruct* p, REALpictureStruct* subtractend, int yield) {
+    return combine(kSubtract, PictureForm{}, p, subtractend, yield);
+}
+
+REALobjectStruct* TRV_ClientPicture_Add(REALobjectStruct* cp, REALobjectStruct* addend, int yield, bool as_picture) {
+    return combine(kAdd, ClientForm{as_picture}, cp, addend, yield);
+}
+
+REALobjectStruct* TRV_ClientPicture_Subtract(REALobjectStruct* cp, REALobjectStruct* subtractend, int yield,
+                                             bool as_picture) {
+    return combine(kSubtract, ClientForm{as_picture}, cp, subtractend, yield);
+}

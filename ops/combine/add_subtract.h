@@ -1,0 +1,11 @@
+#pragma once
+
+// Sum and difference of two pictures of one size, channel by channel, modulo 256.
+
+#include "real_interface.h"
+
+REALpictureStruct* TRV_Add(REALpictureStruct* p, REALpictureStruct* addend, int yield);
+REALpictureStruct* TRV_Subtract(REALpictureStruct* p, REALpictureStruct* subtractend, int yield);
+REALobjectStruct* TRV_ClientPicture_Add(REALobjectStruct* cp, REALobjectStruct* addend, int yield, bool as_picture);
+REALobjectStruct* TRV_ClientPicture_Subtract(REALobjectStruct* cp, REALobjectStruct* subtractend, int yield,
+                                             bool as_picture);

@@ -1,0 +1,226 @@
+#pragma once
+
+// Rows of the registration tables: a function, and the declaration by which programs call it. That the two fit is
+// checked when the table is compiled; that nothing thrown reaches the host is seen to here, for every function.
+
+#include <cstddef>
+#include <iterator>
+
+#include "real_interface.h"
+
+namespace registration {
+
+// --- what a declaration and a function have in common: a letter for the result and one for each argument -------------
+
+// v nothing, i integer or color, d double, b boolean, s string, p picture, m memory block, o any other object,
+// a integer array, I and D references to an integer and a double.
+struct Signature {
+    static constexpr std::size_t kMost = 12;
+    char letters[kMost] = {};
+    std::size_t count = 0;
+
+    constexpr void add(char letter) { letters[count++] = letter; }  // past the end: a compile-time error
+    friend constexpr bool operator==(const Signature& a, const Signature& b) {
+        if (a.count != b.count) return false;
+        for (std::size_t i = 0; i < a.count; ++i)
+            if (a.letters[i] != b.letters[i]) return false;
+        return true;
+    }
+};
+
+template <class T>
+inline constexpr char kLetter = '\0';
+template <>
+inline constexpr char kLetter<void> = 'v';
+template <>
+inline constexpr char kLetter<int> = 'i';
+template <>
+inline constexpr char kLetter<double> = 'd';
+template <>
+inline constexpr char kLetter<bool> = 'b';
+template <>
+inline constexpr char kLetter<REALstringStruct*> = 's';
+template <>
+inline constexpr char kLetter<REALpictureStruct*> = 'p';
+template <>
+inline constexpr char kLetter<REALmemoryBlockStruct*> = 'm';
+template <>
+inline constexpr char kLetter<REALobjectStruct*> = 'o';
+template <>
+inline constexpr char kLetter<REALintArrayStruct*> = 'a';
+template <>
+inline constexpr char kLetter<int*> = 'I';
+template <>
+inline constexpr char kLetter<double*> = 'D';
+
+template <class Result, class... Arguments>
+consteval Signature signature_of(Result (*)(Arguments...)) {
+    Signature signature;
+    signature.add(kLetter<Result>);
+    (signature.add(kLetter<Arguments>), ...);
+    for (std::size_t i = 0; i < signature.count; ++i)
+        if (!signature.letters[i]) throw "a type that no declaration can name";
+    return signature;
+}
+
+class DeclarationReader {
+public:
+    consteval explicit DeclarationReader(const char* text) : at_(text) {}
+
+    // `self`: the letter of the object that a member is called on, 'v' for none.
+    consteval Signature read(char self) {
+        Signature arguments;
+        if (self != 'v') arguments.add(self);
+        word();
+        if (*at_++ != '(') throw "an opening bracket is missing";
+        skip_blanks();
+        while (*at_ != ')') {
+            arguments.add(parameter());
+            if (*at_ == ',') ++at_;
+            skip_blanks();
+        }
+        ++at_;
+        Signature whole;
+        whole.add(keyword("as") ? type() : 'v');
+        if (*at_) throw "there is more text behind the declaration";
+        for (std::size_t i = 0; i < arguments.count; ++i) whole.add(arguments.letters[i]);
+        return whole;
+    }
+
+private:
+    struct Word {
+        const char* start;
+        std::size_t length;
+        consteval bool is(const char* other) const {
+            std::size_t i = 0;
+            for (; i < length && other[i]; ++i)
+                if (lower(start[i]) != lower(other[i])) return false;
+            return i == length && !other[i];
+        }
+    };
+
+    static consteval char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
+    static consteval bool in_word(char c) {
+        return (lower(c) >= 'a' && lower(c) <= 'z') || (c >= '0' && c <= '9') || c == '_';
+    }
+    consteval void skip_blanks() {
+        while (*at_ == ' ') ++at_;
+    }
+    consteval Word word() {
+        skip_blanks();
+        Word result = {at_, 0};
+        while (in_word(*at_)) ++at_, ++result.length;
+        if (!result.length) throw "a name is missing";
+        skip_blanks();
+        return result;
+    }
+    consteval bool keyword(const char* wanted) {
+        skip_blanks();
+        if (!in_word(*at_)) return false;
+        const char* const before = at_;
+        if (word().is(wanted)) return true;
+        at_ = before;
+        return false;
+    }
+    consteval char type() {
+        const Word name = word();
+        if (name.is("integer") || name.is("color")) return 'i';
+        if (name.is("double")) return 'd';
+        if (name.is("boolean")) return 'b';
+        if (name.is("string")) return 's';
+        if (name.is("picture")) return 'p';
+        if (name.is("MemoryBlock")) return 'm';
+        return 'o';
+    }
+    consteval char parameter() {
+        keyword("extends");
+        const bool by_ref = keyword("ByRef");
+        word();
+        bool array = false;
+        if (*at_ == '(') {
+            if (*++at_ != ')') throw "an array's brackets are empty";
+            ++at_;
+            array = true;
+        }
+        if (!keyword("as")) throw "a parameter has no type";
+        const char letter = type();
+        if (*at_ == '=') {
+            ++at_;
+            word();
+        }
+        if (array) return letter == 'i' ? 'a' : throw "only integers come in arrays";
+        if (by_ref) return letter == 'i' ? 'I' : letter == 'd' ? 'D' : throw "only numbers are passed by reference";
+        return letter;
+    }
+
+    const char* at_;
+};
+
+// Whose member a method is.
+enum class Owner { none, plugin_class, picture };
+
+consteval char self_letter(Owner owner) {
+    return owner == Owner::plugin_class ? 'o' : owner == Owner::picture ? 'p' : 'v';
+}
+
+// A declaration that fits the function; any other does not compile.
+template <auto Function, Owner owner>
+consteval const char* fitting(const char* declaration) {
+    if (!(DeclarationReader(declaration).read(self_letter(owner)) == signature_of(Function)))
+        throw "the declaration does not fit the function";
+    return declaration;
+}
+
+// --- the boundary ----------------------------------------------------------------------------------------------------
+
+template <auto Function>
+struct Boundary;
+
+// Anything thrown below (by a host service: nothing here throws of itself) ends here, as nil, 0 or nothing.
+template <class Result, class... Arguments, Result (*Function)(Arguments...)>
+struct Boundary<Function> {
+    static Result call(Arguments... arguments) noexcept {
+        try {
+            return Function(arguments...);
+        } catch (...) {
+            return Result();
+        }
+    }
+};
+
+}  // namespace registration
+
+// The address that the host calls. A macro, because only an initialiser written out in place is sure to be constant:
+// the tables are there before any code of the library has run.
+#define TRV_ENTRY(function) reinterpret_cast<void*>(&registration::Boundary<&function>::call)
+
+// A global method.
+#define TRV_METHOD(function, declaration)                                                                 \
+    {                                                                                                     \
+        TRV_ENTRY(function), nullptr,                                                                     \
+            registration::fitting<&function, registration::Owner::none>(declaration), 0                  \
+    }
+
+// A member of a class of the plugin's: the instance is the function's first argument.
+#define TRV_MEMBER(function, declaration, flags)                                                          \
+    {                                                                                                     \
+        TRV_ENTRY(function), nullptr,                                                                     \
+            registration::fitting<&function, registration::Owner::plugin_class>(declaration), flags      \
+    }
+
+// A method of the host's picture class: the picture is the function's first argument.
+#define TRV_PICTURE_MEMBER(function, declaration)                                                         \
+    {                                                                                                     \
+        TRV_ENTRY(function), nullptr,                                                                     \
+            registration::fitting<&function, registration::Owner::picture>(declaration), 0               \
+    }
+
+// A property: `getter(instance, parameter)`, `setter(instance, parameter, value)`.
+#define TRV_PROPERTY(group, name, type, flags, getter, setter, parameter) \
+    { group, name, type, flags, TRV_ENTRY(getter), TRV_ENTRY(setter), parameter, nullptr, 0, nullptr }
+#define TRV_READ_ONLY_PROPERTY(group, name, type, flags, getter, parameter) \
+    { group, name, type, flags, TRV_ENTRY(getter), nullptr, parameter, nullptr, 0, nullptr }
+
+// A declaration that on purpose does not fit its function.
+#define TRV_MISMATCHED_METHOD(function, declaration) \
+    { TRV_ENTRY(function), nullptr, declaration, 0 }

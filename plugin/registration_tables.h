@@ -1,0 +1,17 @@
+#pragma once
+
+#include "real_interface.h"
+
+// Registers the plugin's methods and classes with the host, in the order that programs' lists show.
+void RegisterEverything();
+
+// The groups, in that order, behind the two error methods.
+void InstallClasses();
+void InstallPictureExtensions();
+void InstallClientPictureExtensions();
+void InstallScreenExtensions();
+void InstallGradientMethods();
+
+// What no host ever sees: a second entry routine, which nothing calls, and a class extension, which nothing registers.
+void PluginEntryXX();
+extern REALclassDefinition TRV_Screen_Extension;
