@@ -137,16 +137,67 @@ TARVO_ROW_CLONES void sum_distances_row(const PixelColor* colors, std::size_t co
     sums.count += count;
 }
 
-// --- kernels ---------------------------------------------------------------------------------------------------------
+// --- both forms ------------------------------------------------------------------------------------------------------
 
-void PrivAdjustContrast(const TRV_Picture& source, TRV_Picture& result, const Region& region,
-                        const ContrastCurve& curve, int yield) {
-    transform_region(source, result, region, yield, "PrivAdjustContrast", ContrastSpan(curve));
+// Bounds are inclusive; a factor that is not a number passes.
+bool out_of_bounds(double factor) { return factor < 0.0 || factor > 255.0; }
+
+bool factors_pass(double red_factor, double green_factor, double blue_factor) {
+    if (out_of_bounds(red_factor)) return SetError(ErrorCode::red), false;
+    if (out_of_bounds(green_factor)) return SetError(ErrorCode::green), false;
+    if (out_of_bounds(blue_factor)) return SetError(ErrorCode::blue), false;
+    return true;
 }
 
-void PrivAdjustContrastWithMask(const TRV_Picture& source, const TRV_Picture& mask, TRV_Picture& result,
-                                const ContrastCurve& curve, int yield) {
-    const ContrastSpan contrast_span(curve);
+template <class Form>
+typename Form::Handle adjust_contrast(Form form, typename Form::Handle p, REALobjectStruct* rect, int center,
+                                      double red_factor, double green_factor, double blue_factor, int yield) {
+    ClearError();
+    if (!p) return Fail(ErrorCode::source_nil);
+    if (!factors_pass(red_factor, green_factor, blue_factor)) return nullptr;
+    return adjust_region(form, p, rect, SourceMask::copied, "TRV_AdjustContrast",
+                         [&](const TRV_Picture& source, TRV_Picture& result, const Region& region) {
+                             PrivAdjustContrast(source, result, region, center, red_factor, green_factor, blue_factor,
+                                                yield);
+                         });
+}
+
+template <class Form>
+typename Form::Handle adjust_contrast_with_mask(Form form, typename Form::Handle p, REALpictureStruct* mask, int center,
+                                                double red_factor, double green_factor, double blue_factor,
+                                                int yield) {
+    ClearError();
+    if (!p) return Fail(ErrorCode::source_nil);
+    if (!mask) return Fail(ErrorCode::mask_nil);
+    if (!factors_pass(red_factor, green_factor, blue_factor)) return nullptr;
+    return adjust_with_mask(form, p, mask,
+                            [&](const TRV_Picture& source, const TRV_Picture& weights, TRV_Picture& result) {
+                                PrivAdjustContrastWithMask(source, weights, result, center, red_factor, green_factor,
+                                                           blue_factor, yield);
+                            });
+}
+
+template <class Form>
+void get_average_contrast(Form form, typename Form::Handle p, REALobjectStruct* rect, int center, int* red, int* green,
+                          int* blue, int yield) {
+    ClearError();
+    if (!p) return SetError(ErrorCode::source_nil);
+    measure_region_of(form, p, rect, [&](const TRV_Picture& source, const Region& region) {
+        PrivGetAverageContrast(source, region, center, red, green, blue, yield);
+    });
+}
+
+}  // namespace
+
+void PrivAdjustContrast(const TRV_Picture& source, TRV_Picture& result, const Region& region, int center,
+                        double red_factor, double green_factor, double blue_factor, int yield) {
+    const ContrastSpan contrast_span(curve_of(center, red_factor, green_factor, blue_factor));
+    transform_region(source, result, region, yield, "PrivAdjustContrast", contrast_span);
+}
+
+void PrivAdjustContrastWithMask(const TRV_Picture& source, const TRV_Picture& mask, TRV_Picture& result, int center,
+                                double red_factor, double green_factor, double blue_factor, int yield) {
+    const ContrastSpan contrast_span(curve_of(center, red_factor, green_factor, blue_factor));
     combine_pictures(source, mask, result, yield, "PrivAdjustContrastWithMask",
                      [&](PixelColor* colors, const PixelColor* masks, std::size_t count) {
                          Chunk adjusted;
@@ -166,58 +217,6 @@ void PrivGetAverageContrast(const TRV_Picture& source, const Region& region, int
     if (green) *green = static_cast<int>(sums.green / sums.count);
     if (blue) *blue = static_cast<int>(sums.blue / sums.count);
 }
-
-// --- both forms ------------------------------------------------------------------------------------------------------
-
-// Bounds are inclusive; a factor that is not a number passes.
-bool out_of_bounds(double factor) { return factor < 0.0 || factor > 255.0; }
-
-bool factors_pass(double red_factor, double green_factor, double blue_factor) {
-    if (out_of_bounds(red_factor)) return SetError(ErrorCode::red), false;
-    if (out_of_bounds(green_factor)) return SetError(ErrorCode::green), false;
-    if (out_of_bounds(blue_factor)) return SetError(ErrorCode::blue), false;
-    return true;
-}
-
-template <class Form>
-typename Form::Handle adjust_contrast(Form form, typename Form::Handle p, REALobjectStruct* rect, int center,
-                                      double red_factor, double green_factor, double blue_factor, int yield) {
-    ClearError();
-    if (!p) return Fail(ErrorCode::source_nil);
-    if (!factors_pass(red_factor, green_factor, blue_factor)) return nullptr;
-    const ContrastCurve curve = curve_of(center, red_factor, green_factor, blue_factor);
-    return adjust_region(form, p, rect, SourceMask::copied, "TRV_AdjustContrast",
-                         [&](const TRV_Picture& source, TRV_Picture& result, const Region& region) {
-                             PrivAdjustContrast(source, result, region, curve, yield);
-                         });
-}
-
-template <class Form>
-typename Form::Handle adjust_contrast_with_mask(Form form, typename Form::Handle p, REALpictureStruct* mask, int center,
-                                                double red_factor, double green_factor, double blue_factor,
-                                                int yield) {
-    ClearError();
-    if (!p) return Fail(ErrorCode::source_nil);
-    if (!mask) return Fail(ErrorCode::mask_nil);
-    if (!factors_pass(red_factor, green_factor, blue_factor)) return nullptr;
-    const ContrastCurve curve = curve_of(center, red_factor, green_factor, blue_factor);
-    return adjust_with_mask(form, p, mask,
-                            [&](const TRV_Picture& source, const TRV_Picture& weights, TRV_Picture& result) {
-                                PrivAdjustContrastWithMask(source, weights, result, curve, yield);
-                            });
-}
-
-template <class Form>
-void get_average_contrast(Form form, typename Form::Handle p, REALobjectStruct* rect, int center, int* red, int* green,
-                          int* blue, int yield) {
-    ClearError();
-    if (!p) return SetError(ErrorCode::source_nil);
-    measure_region_of(form, p, rect, [&](const TRV_Picture& source, const Region& region) {
-        PrivGetAverageContrast(source, region, center, red, green, blue, yield);
-    });
-}
-
-}  // namespace
 
 REALpictureStruct* TRV_AdjustContrast(REALpictureStruct* p, REALobjectStruct* rect, int center, double red_factor,
                                       double green_factor, double blue_factor, int yield) {

@@ -2,7 +2,9 @@
 
 // Contrast: each channel is stretched away from, or pulled toward, that of a centre colour.
 
+#include "picture.h"
 #include "real_interface.h"
+#include "region.h"
 
 // New pictures with the contrast of a region changed, or of the whole weighted by a mask. Factors from 0 to 255.
 REALpictureStruct* TRV_AdjustContrast(REALpictureStruct* p, REALobjectStruct* rect, int center, double red_factor,
@@ -21,3 +23,11 @@ void TRV_GetAverageContrast(REALpictureStruct* p, REALobjectStruct* rect, int ce
                             int* green_contrast, int* blue_contrast, int yield);
 void TRV_ClientPicture_GetAverageContrast(REALobjectStruct* cp, REALobjectStruct* rect, int center, int* red_contrast,
                                           int* green_contrast, int* blue_contrast, int yield);
+
+// The kernels: locked pictures of one size. Null outputs are skipped.
+void PrivAdjustContrast(const TRV_Picture& source, TRV_Picture& result, const Region& region, int center,
+                        double red_factor, double green_factor, double blue_factor, int yield);
+void PrivAdjustContrastWithMask(const TRV_Picture& source, const TRV_Picture& mask, TRV_Picture& result, int center,
+                                double red_factor, double green_factor, double blue_factor, int yield);
+void PrivGetAverageContrast(const TRV_Picture& source, const Region& region, int center, int* red, int* green,
+                            int* blue, int yield);

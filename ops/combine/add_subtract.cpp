@@ -28,14 +28,6 @@ TARVO_ROW_CLONES void subtract_row(PixelColor* colors, const PixelColor* subtrac
     }
 }
 
-void PrivAdd(const TRV_Picture& source, const TRV_Picture& addend, TRV_Picture& result, int yield) {
-    combine_pictures(source, addend, result, yield, "TRV_Add", add_row);
-}
-
-void PrivSubtract(const TRV_Picture& source, const TRV_Picture& subtractend, TRV_Picture& result, int yield) {
-    combine_pictures(source, subtractend, result, yield, "TRV_Subtract", subtract_row);
-}
-
 // What tells the two operations apart.
 struct Operation {
     void (*kernel)(const TRV_Picture&, const TRV_Picture&, TRV_Picture&, int yield);
@@ -63,6 +55,14 @@ typename Form::Handle combine(const Operation& operation, Form form, typename Fo
 }
 
 }  // namespace
+
+void PrivAdd(const TRV_Picture& source, const TRV_Picture& addend, TRV_Picture& result, int yield) {
+    combine_pictures(source, addend, result, yield, "TRV_Add", add_row);
+}
+
+void PrivSubtract(const TRV_Picture& source, const TRV_Picture& subtractend, TRV_Picture& result, int yield) {
+    combine_pictures(source, subtractend, result, yield, "TRV_Subtract", subtract_row);
+}
 
 REALpictureStruct* TRV_Add(REALpictureStruct* p, REALpictureStruct* addend, int yield) {
     return combine(kAdd, PictureForm{}, p, addend, yield);

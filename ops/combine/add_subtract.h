@@ -2,6 +2,7 @@
 
 // Sum and difference of two pictures of one size, channel by channel, modulo 256.
 
+#include "picture.h"
 #include "real_interface.h"
 
 REALpictureStruct* TRV_Add(REALpictureStruct* p, REALpictureStruct* addend, int yield);
@@ -9,3 +10,7 @@ REALpictureStruct* TRV_Subtract(REALpictureStruct* p, REALpictureStruct* subtrac
 REALobjectStruct* TRV_ClientPicture_Add(REALobjectStruct* cp, REALobjectStruct* addend, int yield, bool as_picture);
 REALobjectStruct* TRV_ClientPicture_Subtract(REALobjectStruct* cp, REALobjectStruct* subtractend, int yield,
                                              bool as_picture);
+
+// The kernels: locked pictures of one size.
+void PrivAdd(const TRV_Picture& source, const TRV_Picture& addend, TRV_Picture& result, int yield);
+void PrivSubtract(const TRV_Picture& source, const TRV_Picture& subtractend, TRV_Picture& result, int yield);

@@ -1,0 +1,112 @@
+#include "pictures.h"
+
+namespace tarvo::test {
+
+namespace {
+
+const char* name_of(host::Backing backing) {
+    switch (backing) {
+        case host::Backing::graphics_world: return "world";
+        case host::Backing::bitmap_context: return "context";
+        case host::Backing::pixel_buffer: return "buffer";
+        case host::Backing::drawing_commands: return "drawing";
+        case host::Backing::refused: return "refused";
+    }
+    return "";
+}
+
+std::vector<RGBColor> random_colors(Random& random, int depth) {
+    std::vector<RGBColor> colors(std::size_t{1} << depth);
+    for (RGBColor& color : colors) {
+        color.red = static_cast<std::uint16_t>(random());
+        color.green = static_cast<std::uint16_t>(random());
+        color.blue = static_cast<std::uint16_t>(random());
+    }
+    return colors;
+}
+
+}  // namespace
+
+std::string Shape::name() const {
+    std::string text = std::to_string(depth) + "-bit " + name_of(backing);
+    if (row_padding) text += ", rows padded by " + std::to_string(row_padding);
+    if (without_color_table) text += ", no colour table";
+    if (mask_depth) text += ", mask of " + std::to_string(mask_depth) + " bits";
+    return text;
+}
+
+const std::vector<Shape>& source_shapes() {
+    static const std::vector<Shape> shapes = {
+        {.depth = 1},
+        {.depth = 2},
+        {.depth = 4},
+        {.depth = 8},
+        {.depth = 8, .without_color_table = true},
+        {.depth = 16},
+        {.depth = 16, .row_padding = 3},
+        {.depth = 24},
+        {.depth = 24, .row_padding = 5},
+        {.depth = 32},
+        {.depth = 32, .row_padding = 6},
+        {.depth = 32, .backing = host::Backing::pixel_buffer},
+        {.depth = 32, .backing = host::Backing::drawing_commands},
+    };
+    return shapes;
+}
+
+const std::vector<int>& mask_depths() {
+    static const std::vector<int> depths = {0, 1, 2, 4, 8, 16, 24, 32};
+    return depths;
+}
+
+int any_of(Random& random, int low, int high) { return std::uniform_int_distribution(low, high)(random); }
+
+std::uint32_t any_color(Random& random) { return static_cast<std::uint32_t>(random()) & 0xFFFFFF; }
+
+void scribble(Picture& picture, Random& random) {
+    if (picture.backing() == host::Backing::drawing_commands) {
+        const auto salt = static_cast<std::uint32_t>(random());
+        picture.drawing = [salt](int x, int y) {
+            return (static_cast<std::uint32_t>(x) * 2654435761u + static_cast<std::uint32_t>(y) * 40503u + salt) >> 8;
+        };
+        return;
+    }
+    const std::size_t bytes = picture.packed_row_bytes() + static_cast<std::size_t>(picture.options().row_padding);
+    for (int y = 0; y < picture.height(); ++y)
+        for (std::size_t i = 0; i < bytes; ++i) picture.row(y)[i] = static_cast<std::uint8_t>(random());
+    if (picture.mask()) scribble(pixels(picture.mask()), random);
+}
+
+ObjectRef random_picture(Session& session, Random& random, const Shape& shape, int width, int height) {
+    host::PictureOptions options{.width = width,
+                                 .height = height,
+                                 .depth = shape.depth,
+                                 .backing = shape.backing,
+                                 .without_color_table = shape.without_color_table,
+                                 .row_padding = shape.row_padding};
+    if (shape.depth <= 8 && !shape.without_color_table) options.colors = random_colors(random, shape.depth);
+    const ObjectRef picture = session.host.new_picture(options);
+    if (shape.mask_depth) pixels(picture).set_mask(session.picture(width, height, shape.mask_depth));
+    scribble(pixels(picture), random);
+    return picture;
+}
+
+ObjectRef random_mask(Session& session, Random& random, int depth, int width, int height) {
+    return random_picture(session, random, {.depth = depth}, width, height);
+}
+
+std::vector<std::uint8_t> all_bytes(const ObjectRef& picture) {
+    const Picture& whole = pixels(picture);
+    std::vector<std::uint8_t> bytes;
+    if (whole.backing() != host::Backing::drawing_commands) {
+        const std::size_t count = whole.packed_row_bytes() + static_cast<std::size_t>(whole.options().row_padding);
+        for (int y = 0; y < whole.height(); ++y) bytes.insert(bytes.end(), whole.row(y), whole.row(y) + count);
+    }
+    if (whole.mask()) {
+        const auto mask = all_bytes(whole.mask());
+        bytes.insert(bytes.end(), mask.begin(), mask.end());
+    }
+    return bytes;
+}
+
+}  // namespace tarvo::test
