@@ -5,7 +5,12 @@ if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
   set(CMAKE_BUILD_TYPE Release)
 endif()
 set(CMAKE_CXX_FLAGS_RELEASE "-O3")  # NDEBUG stays off: checks are part of the program
+set(CMAKE_CXX_FLAGS_SANITIZED "-O1 -g1")
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+find_program(TARVO_CCACHE ccache)
+if(TARVO_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${TARVO_CCACHE}")
+endif()
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib")
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
 
@@ -20,7 +25,7 @@ if(TARVO_WARNINGS_AS_ERRORS)
 endif()
 if(TARVO_SANITIZE)
   target_compile_options(tarvo_options INTERFACE
-    -fsanitize=${TARVO_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g1)
+    -fsanitize=${TARVO_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(tarvo_options INTERFACE -fsanitize=${TARVO_SANITIZE})
 endif()
 

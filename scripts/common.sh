@@ -1,0 +1,41 @@
+# What the scripts share. To be sourced, in a shell with `set -eu`.
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+
+say() { printf '%s\n' "$*" >&2; }
+die() {
+    say "$*"
+    exit 1
+}
+
+# Installs the Debian packages of scripts/packages that are missing.
+install_packages() {
+    command -v apt-get >/dev/null || die "This sets itself up on Debian 12 only: apt-get is missing. See scripts/packages for what is needed."
+    local wanted missing=()
+    wanted=$(sed 's/#.*//' "$root/scripts/packages")
+    for package in $wanted; do
+        dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null | grep -qx installed || missing+=("$package")
+    done
+    [ ${#missing[@]} -eq 0 ] && return
+    local as_root=()
+    if [ "$(id -u)" -ne 0 ]; then
+        command -v sudo >/dev/null || die "These packages are missing, and installing them takes root or sudo: ${missing[*]}"
+        as_root=(sudo)
+    fi
+    say "Installing: ${missing[*]}"
+    "${as_root[@]}" apt-get update -q >&2 || die "apt-get could not fetch the package lists."
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -q -y --no-install-recommends "${missing[@]}" >&2 ||
+        die "apt-get could not install: ${missing[*]}"
+}
+
+# build PRESET [TARGET...]: configures once, builds what is out of date.
+build() {
+    local preset=$1
+    shift
+    (
+        cd "$root"
+        cmake --preset "$preset" >"/tmp/tarvo-configure.$$" 2>&1 || { cat "/tmp/tarvo-configure.$$" >&2; rm -f "/tmp/tarvo-configure.$$"; exit 1; }
+        rm -f "/tmp/tarvo-configure.$$"
+        if [ $# -gt 0 ]; then cmake --build --preset "$preset" --target "$@"; else cmake --build --preset "$preset"; fi
+    ) >&2 || die "The build failed."
+}
