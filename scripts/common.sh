@@ -30,12 +30,11 @@ install_packages() {
 
 # build PRESET [TARGET...]: configures once, builds what is out of date.
 build() {
-    local preset=$1
+    local preset=$1 log
     shift
-    (
-        cd "$root"
-        cmake --preset "$preset" >"/tmp/tarvo-configure.$$" 2>&1 || { cat "/tmp/tarvo-configure.$$" >&2; rm -f "/tmp/tarvo-configure.$$"; exit 1; }
-        rm -f "/tmp/tarvo-configure.$$"
-        if [ $# -gt 0 ]; then cmake --build --preset "$preset" --target "$@"; else cmake --build --preset "$preset"; fi
-    ) >&2 || die "The build failed."
+    cd "$root"
+    log=$(cmake --preset "$preset" 2>&1) || die "$log"
+    if [ $# -gt 0 ]; then set -- --target "$@"; fi
+    cmake --build --preset "$preset" "$@" >&2 || die "The build failed."
+    cd - >/dev/null
 }

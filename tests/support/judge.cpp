@@ -1,0 +1,136 @@
+#include "judge.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace tarvo::test {
+
+Area any_area(Random& random, int width, int height) {
+    const int left = any_of(random, -3, width - 1), top = any_of(random, -3, height - 1);
+    const int right = any_of(random, std::max(left, 0), width + 3), bottom = any_of(random, std::max(top, 0), height + 3);
+    return {left, top, right - left + 1, bottom - top + 1};
+}
+
+namespace {
+
+std::uint32_t stored(const Picture& mask, int x, int y) {
+    const std::uint8_t* at = mask.row(y) + x * mask.depth() / 8;
+    std::uint32_t value = 0;
+    for (int i = 0; i < mask.depth() / 8; ++i) value = value << 8 | at[i];
+    return value;
+}
+
+void store(Picture& mask, int x, int y, std::uint32_t value) {
+    std::uint8_t* const at = mask.row(y) + x * mask.depth() / 8;
+    for (int i = 0; i < mask.depth() / 8; ++i) at[i] = static_cast<std::uint8_t>(value >> (mask.depth() - 8 - 8 * i));
+}
+
+bool has_rule(int depth) { return depth == 8 || depth == 16 || depth == 32; }
+
+std::uint32_t converted(std::uint32_t s, int from, int to) {
+    if (from == to) return s;
+    if (from == 32) return to == 16 ? (s >> 19 & 31) * 0x421 : s >> 19 & 31;
+    if (from == 16) return to == 32 ? (s >> 7 & 0xF8) * 0x010101 : s >> 7 & 0xF8;
+    return to == 32 ? s * 0x010101 : s * 0x421 & 0xFFFF;
+}
+
+}  // namespace
+
+void plain_copy_mask(const Picture& source, Picture& destination) {
+    const int width = std::min(source.width(), destination.width());
+    const int height = std::min(source.height(), destination.height());
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
+            if (has_rule(source.depth()) && has_rule(destination.depth()))
+                store(destination, x, y, converted(stored(source, x, y), source.depth(), destination.depth()));
+            else
+                write_pixel(destination, x, y, read_pixel(source, x, y, true), true);
+        }
+    }
+}
+
+namespace {
+
+void expect_mask_copied(Session& session, const Picture& source, const Picture& result) {
+    ASSERT_EQ(static_cast<bool>(result.mask()), static_cast<bool>(source.mask()));
+    if (!source.mask()) return;
+    const Picture& actual = pixels(result.mask());
+    // A mask that the host makes starts black.
+    const auto expected = Picture::make({.width = actual.width(), .height = actual.height(), .depth = actual.depth()},
+                                        Picture::Paper::black);
+    plain_copy_mask(pixels(source.mask()), *expected);
+    for (int y = 0; y < actual.height(); ++y)
+        ASSERT_TRUE(std::equal(actual.row(y), actual.row(y) + actual.packed_row_bytes(), expected->row(y)))
+            << "row " << y << " of the mask";
+    EXPECT_TRUE(session.host.complaints().empty());
+}
+
+void expect_region(Session& session, const RegionOperation& operation, const ObjectRef& source, const Area* area) {
+    const ObjectRef rectangle =
+        area ? session.rectangle(area->left, area->top, area->width, area->height) : ObjectRef();
+    const auto before = all_bytes(source);
+    const Value result = operation.call(session, source, rectangle);
+    ASSERT_TRUE(picture_in(result)) << session.last_error();
+    EXPECT_EQ(session.last_error(), 0);
+
+    PlainImage expected = read_image(pixels(source));
+    for (int y = 0; y < expected.height; ++y)
+        for (int x = 0; x < expected.width; ++x)
+            if (!area || area->has(x, y)) expected.at(x, y) = operation.change(expected.at(x, y));
+    EXPECT_EQ(difference(*picture_in(result), expected, std::max(pixels(source).depth(), 16)), "");
+    if (operation.copies_mask)
+        expect_mask_copied(session, pixels(source), *picture_in(result));
+    else
+        EXPECT_FALSE(picture_in(result)->mask());
+    EXPECT_EQ(all_bytes(source), before);
+}
+
+}  // namespace
+
+void expect_agreement(Session& session, Random& random, const RegionOperation& operation) {
+    for (Shape shape : source_shapes()) {
+        for (const int mask_depth : mask_depths()) {
+            const bool drawing = shape.backing == host::Backing::drawing_commands;
+            if (drawing && mask_depth) continue;  // a drawing is rendered without its mask
+            shape.mask_depth = mask_depth;
+            const int width = any_of(random, 1, 40), height = any_of(random, 1, 6);
+            const ObjectRef source = random_picture(session, random, shape, width, height);
+            const Area area = any_area(random, width, height);
+            SCOPED_TRACE(shape.name() + ", " + std::to_string(width) + " x " + std::to_string(height));
+            expect_region(session, operation, source, nullptr);
+            expect_region(session, operation, source, &area);
+        }
+    }
+    for (const int width : {511, 512, 513, 1025}) {  // around the chunks that kernels work in
+        const ObjectRef source = random_picture(session, random, {}, width, 2);
+        const Area area = {any_of(random, 0, 3), 0, width - any_of(random, 3, 6), 2};
+        SCOPED_TRACE(width);
+        expect_region(session, operation, source, &area);
+    }
+}
+
+void expect_agreement(Session& session, Random& random, const MaskOperation& operation) {
+    for (const Shape& shape : source_shapes()) {
+        for (const Shape& mask_shape : source_shapes()) {
+            SCOPED_TRACE(shape.name() + " with a mask of " + mask_shape.name());
+            const int width = any_of(random, 1, 40), height = any_of(random, 1, 6);
+            const ObjectRef source = random_picture(session, random, shape, width, height);
+            const ObjectRef mask = random_picture(session, random, mask_shape, width, height);
+            const auto source_before = all_bytes(source), mask_before = all_bytes(mask);
+            const Value result = operation.call(session, source, mask);
+            ASSERT_TRUE(picture_in(result)) << session.last_error();
+
+            PlainImage expected = read_image(pixels(source));
+            const PlainImage weights = read_image(pixels(mask));
+            for (std::size_t i = 0; i < expected.colors.size(); ++i)
+                expected.colors[i] = operation.change(expected.colors[i], weights.colors[i]);
+            EXPECT_EQ(difference(*picture_in(result), expected, std::max(shape.depth, 16)), "");
+            EXPECT_FALSE(picture_in(result)->mask());
+            EXPECT_EQ(all_bytes(source), source_before);
+            EXPECT_EQ(all_bytes(mask), mask_before);
+        }
+    }
+}
+
+}  // namespace tarvo::test

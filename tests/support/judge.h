@@ -1,0 +1,43 @@
+#pragma once
+
+// The plain versions of what many operations share, and the comparison of an operation with its plain version on
+// pictures of every kind.
+
+#include <functional>
+
+#include "pictures.h"
+#include "plain_image.h"
+
+namespace tarvo::test {
+
+// Edges inclusive, before clipping.
+struct Area {
+    int left, top, width, height;
+    bool has(int x, int y) const { return x >= left && x < left + width && y >= top && y < top + height; }
+};
+
+// An area that lies in the picture at least in part, and often reaches out of it.
+Area any_area(Random& random, int width, int height);
+
+// What a copied mask holds, by the rules for each pair of depths, where both masks exist.
+void plain_copy_mask(const Picture& source, Picture& destination);
+
+// An operation that changes the pixels of a region, each on its own.
+struct RegionOperation {
+    // Calls the picture form.
+    std::function<Value(Session&, const ObjectRef& source, const ObjectRef& rectangle)> call;
+    std::function<std::uint32_t(std::uint32_t)> change;
+    bool copies_mask;
+};
+// Random pictures of every depth, kind and mask, each with a random rectangle and with none.
+void expect_agreement(Session& session, Random& random, const RegionOperation& operation);
+
+// An operation that changes the whole picture, weighted by a mask.
+struct MaskOperation {
+    std::function<Value(Session&, const ObjectRef& source, const ObjectRef& mask)> call;
+    std::function<std::uint32_t(std::uint32_t color, std::uint32_t mask)> change;
+};
+// Random pictures of every depth and kind, with random masks of every depth and kind.
+void expect_agreement(Session& session, Random& random, const MaskOperation& operation);
+
+}  // namespace tarvo::test
