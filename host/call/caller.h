@@ -4,12 +4,14 @@
 
 #include <deque>
 #include <map>
+#include <optional>
 #include <span>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "conversion.h"
 #include "declaration.h"
 #include "host.h"
 
@@ -27,6 +29,12 @@ struct Callable {
     void* function = nullptr;
     void* setter = nullptr;
     std::string owner;  // the class whose member it is; empty for a global method
+    // What the entry point takes: a member's object, then what is declared. The object of a class extension's method is
+    // one that the method extends.
+    std::vector<Parameter> parameters = {};
+
+    bool extends() const { return !parameters.empty() && parameters.front().extends; }
+    bool assignable() const { return setter && declaration.result; }
 };
 
 // Everything that can be called in a host. Reads the registry once: make it after plugins are loaded.
@@ -35,6 +43,10 @@ struct Callable {
 // is held with a reference for the length of the call. What an object is decides what it can do, not what a declaration
 // said it would be; where a declaration wants another class, conversions (`operator_convert`) of the object's or the
 // wanted class are tried.
+//
+// Of several methods of a name, the one is called that every argument fits at least as well as it fits any other, and
+// one argument better (see Fit); among equals, the one that fills in fewer defaults. If there is no such one, the call
+// is refused. ByRef arguments fit only exactly.
 class Caller {
 public:
     // Throws DeclarationError when a registered declaration cannot be parsed.
@@ -46,6 +58,9 @@ public:
     // `self.name(arguments)`: a member of the object's class, a class extension's method, or a global method that
     // extends the class. Throws CallError.
     Value call_on(const Value& self, std::string_view name, std::span<Value> arguments);
+    // This very method of `callables()`, whatever others there are; a member takes its object as first argument, which
+    // may be nil. Throws CallError.
+    Value invoke(const Callable& callable, std::span<Value> arguments);
     // `self.name` and `self.name = value`. Throws CallError.
     Value get(const Value& self, std::string_view property);
     void set(const Value& self, std::string_view property, const Value& value);
@@ -53,14 +68,50 @@ public:
     void assign(const Value& self, std::string_view name, std::span<Value> arguments, const Value& value);
     // A value as a variable of the given type would take it: converted, or refused with CallError.
     Value convert(const Value& value, const Type& type);
+    // A text becomes a string object.
+    Value value_of(const Literal& literal);
 
     // Every callable, in order of registration; class members after the globals.
     const std::deque<Callable>& callables() const { return callables_; }
     Host& host() { return host_; }
 
 private:
+    // What is passed, held for the length of the call: the object that the method is called on, if any, then the values
+    // of the variables, to which ByRef arguments are written back.
+    struct Arguments {
+        explicit Arguments(std::span<Value> of) : values(of.begin(), of.end()), variables(of) {}
+        Arguments(const Value& self, std::span<Value> of) : Arguments(of) { values.insert(values.begin(), self); }
+        bool have_self() const { return values.size() > variables.size(); }
+        Value& variable(std::size_t i) const { return variables[i - (have_self() ? 1 : 0)]; }
+
+        std::vector<Value> values;
+        std::span<Value> variables;
+    };
+    using Candidates = std::vector<const Callable*>;
+    struct Match {
+        const Callable* callable;
+        std::vector<Fit> fits;
+        std::size_t defaults;
+    };
+
+    static std::string describe_call(std::string_view name, const Arguments& arguments);
+
+    void add(const RegisteredMethod& method, const RegisteredClass* owner);
+    Candidates named(std::string_view name) const;
+    Candidates members_named(const Value& self, std::string_view name) const;
+    const RegisteredProperty& property_named(const Value& self, std::string_view name) const;
+
+    std::optional<Fit> fit_of(const Value& argument, const Parameter& parameter) const;
+    std::optional<Match> match(const Callable& callable, const Arguments& arguments) const;
+    const Callable& choose(const Candidates& candidates, std::string_view name, const Arguments& arguments) const;
+    const Callable* conversion(const Value& value, const Type& type) const;
+    Value run_conversion(const Callable& conversion, const Value& value, const Type& type);
+    // Calls the method's function; or, with a value to assign, its setter.
+    Value run(const Callable& callable, const Arguments& arguments, const Value* assigned = nullptr);
+
     Host& host_;
     std::deque<Callable> callables_;
+    std::map<std::string, Candidates> by_name_;  // folded names
 };
 
 }  // namespace tarvo::host

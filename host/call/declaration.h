@@ -22,17 +22,26 @@ struct Type {
     TypeKind kind = TypeKind::object;
     std::string name;  // as declared: "integer", "picture", "TRV_Rectangle"
     bool array = false;
+
+    // True when values of the type are objects to the plugin: arrays and strings are, too.
+    bool is_object() const { return array || kind == TypeKind::string || kind == TypeKind::object; }
 };
+
+// "integer", "double", "boolean", "color" and "string" are the language's own types; any other name is a class.
+Type type_named(std::string_view name);
+// "integer()" for an array.
+std::string to_string(const Type& type);
 
 struct Parameter {
     std::string name;
     Type type;
     bool extends = false;
-    bool by_ref = false;
-    std::optional<Value> default_value;
+    bool by_ref = false;  // an integer, double, boolean or color
+    std::optional<Literal> default_value;  // of the parameter's type
 };
 
 struct Declaration {
+    std::string text;  // as registered
     std::string name;
     std::vector<Parameter> parameters;
     std::optional<Type> result;  // none for a method that gives nothing

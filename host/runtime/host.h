@@ -31,6 +31,8 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+class PluginLibrary;
+
 // What the host holds now.
 struct Accounts {
     int pictures = 0;  // masks included
@@ -52,9 +54,12 @@ class Faults {
 public:
     static constexpr int kNever = 0;
 
-    // The service's n-th call from now on fails (n counts from 1), or that call and all after it.
+    // The service's n-th call from now on fails (n counts from 1), or that call and all after it. Replaces what was
+    // asked of the service before; kNever takes it back. Throws HostError for a name that is no service's.
     void fail_at(std::string_view service, int n, bool from_then_on = false);
+    // Throws HostError likewise.
     void hide(std::string_view service);
+    // Takes back all of these orders; counts stay.
     void clear();
 
     // True when the service was asked to fail and its turn came since the last fail_at.
@@ -67,14 +72,16 @@ public:
     bool hidden(std::string_view service) const;
 
 private:
-    struct Order {
-        std::string service;
-        int countdown;
-        bool from_then_on;
+    struct Record {
+        int calls = 0;
+        int fails_at = kNever;  // the call that fails, of those counted in `calls`
+        bool from_then_on = false;
+        bool hidden = false;
     };
-    std::vector<Order> orders_;
-    std::vector<std::string> hidden_;
-    std::vector<int> calls_;
+    Record& record(int service_index);
+    const Record* find_record(int service_index) const;
+
+    std::vector<Record> records_;  // by service index; short while later ones are untouched
     bool happened_ = false;
 };
 
@@ -96,9 +103,9 @@ public:
 
     // --- plugins ---
 
-    // Opens the library and calls its entry point. False when the plugin refused this host. `private_copy` loads a copy
-    // of the file, so that nothing an earlier host left in the library (cached entry points) is seen.
-    // Throws HostError.
+    // Opens the library and calls its entry point. False when the plugin refused this host. A library stays loaded for
+    // the hosts that follow. `private_copy` loads a copy of the file, so that nothing an earlier host left in the
+    // library (cached entry points, records changed for an old host) is seen. Throws HostError.
     bool load_plugin(const std::string& path, bool private_copy = false);
     // As `load_plugin`, of an entry point that is linked into the program.
     bool start_plugin(REALpluginMain entry);
@@ -110,6 +117,7 @@ public:
 
     // Throws HostError when such a picture cannot be made.
     ObjectRef new_picture(const PictureOptions& options);
+    // Throws HostError for more bytes than a string's length can say.
     ObjectRef new_string(std::string_view bytes);
     ObjectRef new_integer_array(std::vector<std::int32_t> elements);
     ObjectRef new_memory_block(std::size_t size);
@@ -117,8 +125,10 @@ public:
     ObjectRef new_screen();
     // An instance of a registered class, constructor run; empty when there is no such class.
     ObjectRef new_instance(std::string_view class_name);
+    ObjectRef new_instance(const RegisteredClass& cls);
 
     ObjectStore& objects() { return objects_; }
+    const ObjectStore& objects() const { return objects_; }
     Accounts accounts() const;
     // A line for each live object: type, size or class, references. For messages of failed tests.
     std::string describe_live_objects() const;
@@ -134,8 +144,9 @@ public:
     // Called when a picture is drawn by commands, before anything is drawn. May throw.
     std::function<void()> on_draw;
 
-    // Handles that were not what a service wanted, in plain words; nothing was done for such a call.
+    // Handles and values that were not what a service wanted, in plain words; nothing was done for such a call.
     const std::vector<std::string>& complaints() const { return complaints_; }
+    void complain(std::string text) { complaints_.push_back(std::move(text)); }
     void clear_complaints() { complaints_.clear(); }
 
     Faults faults;
@@ -149,8 +160,7 @@ private:
     std::vector<std::string> message_boxes_;
     std::vector<std::string> complaints_;
     int yields_ = 0;
-    struct LoadedPlugin;
-    std::vector<std::unique_ptr<LoadedPlugin>> plugins_;
+    std::vector<std::unique_ptr<PluginLibrary>> plugins_;
 };
 
 }  // namespace tarvo::host

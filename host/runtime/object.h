@@ -1,16 +1,21 @@
 #pragma once
 
-// The host's objects and the store that knows them all. Every object is reference counted; plugins know it by its handle,
-// an address that the store checks without reading through it.
+// The host's objects and the store that knows them all. Every object is reference counted; plugins know it by its
+// handle, an address that the store checks without reading through it.
 
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <memory>
+#include <span>
 #include <string>
+#include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
+#include "bulk_memory.h"
 #include "platform.h"
 #include "real_interface.h"
 
@@ -35,29 +40,42 @@ public:
     // One line for people.
     virtual std::string describe() const = 0;
 
+    // The references that plugins hold: all that no ObjectRef does.
+    int plugin_references() const { return references_ - host_references_; }
+
 protected:
     explicit Object(ObjectType type) : type_(type) {}
 
+    // Gives back what the object holds, once, when nobody refers to it any more. What remains only keeps its address
+    // from being given out again.
+    virtual void release_contents() {}
+    virtual void on_references_changed() {}
+
 private:
     friend class ObjectStore;
+    friend class ObjectRef;
     ObjectType type_;
-    int references_ = 1;
-    ObjectStore* store_ = nullptr;
+    int references_ = 0;
+    int host_references_ = 0;
+    bool dying_ = false;
+    ObjectStore* owner_ = nullptr;
 };
 
 // A counted reference held by host code; null is a value.
 class ObjectRef {
 public:
     ObjectRef() = default;
-    ObjectRef(const ObjectRef& other);
+    ObjectRef(const ObjectRef& other) : ObjectRef(share(other.object_)) {}
     ObjectRef(ObjectRef&& other) noexcept : object_(other.object_) { other.object_ = nullptr; }
     ObjectRef& operator=(ObjectRef other) noexcept;
     ~ObjectRef();
 
-    // Takes over a reference that somebody already holds for us.
+    // Takes over the reference that a plugin hands over. When plugins hold none (reported as misuse), adds one.
     static ObjectRef adopt(Object* object);
     // Adds a reference of its own.
     static ObjectRef share(Object* object);
+    // Hands the reference over to a plugin: its handle, null for none.
+    void* hand_over();
 
     explicit operator bool() const { return object_ != nullptr; }
     Object* get() const { return object_; }
@@ -66,7 +84,8 @@ public:
     friend bool operator==(const ObjectRef&, const ObjectRef&) = default;
 
 private:
-    explicit ObjectRef(Object* object) : object_(object) {}
+    // Of an object whose reference is counted already.
+    explicit ObjectRef(Object* object);
     Object* object_ = nullptr;
 };
 
@@ -93,8 +112,11 @@ struct PictureOptions {
 // A picture. A new one is white; pixels are stored big-endian as the plugin interface has them.
 class Picture final : public Object {
 public:
+    // What its pixels are when it is made; `unset` for who writes them all.
+    enum class Paper { white, black, unset };
+
     // Null when such a picture cannot be made.
-    static std::unique_ptr<Picture> make(const PictureOptions& options);
+    static std::unique_ptr<Picture> make(const PictureOptions& options, Paper paper = Paper::white);
     ~Picture() override;
 
     int width() const { return options_.width; }
@@ -107,10 +129,11 @@ public:
     // The stored bytes of a row, top row first; null for drawing commands and refused pictures.
     std::uint8_t* row(int y);
     const std::uint8_t* row(int y) const;
-    // Entries of the colour table, 2^depth of them; empty above 8 bits.
+    // Entries of the colour table, 2^depth of them; empty above 8 bits and without a table.
     const std::vector<RGBColor>& colors() const { return options_.colors; }
 
-    // The mask, or an empty reference. A mask may have any size and depth; sizes other than the picture's are for tests.
+    // The mask, or an empty reference. A mask may have any size and depth; sizes other than the picture's are for
+    // tests.
     const ObjectRef& mask() const { return mask_; }
     void set_mask(ObjectRef mask) { mask_ = std::move(mask); }
 
@@ -126,11 +149,13 @@ public:
 
 private:
     friend struct Services;
-    explicit Picture(PictureOptions options);
+    struct Store;
+    Picture(PictureOptions options, std::unique_ptr<Store> store);
+    void fill(Paper paper);
     REALpictureDescription description() const;
+    void release_contents() override;
 
     PictureOptions options_;
-    struct Store;
     std::unique_ptr<Store> store_;
     ObjectRef mask_;
     int locks_ = 0;
@@ -138,22 +163,25 @@ private:
 
 class StringObject final : public Object {
 public:
-    explicit StringObject(std::string bytes);
-    const std::string& bytes() const { return bytes_; }
+    explicit StringObject(std::string_view bytes);
+    std::string_view bytes() const;
     void* handle() override { return &record_; }
     std::string describe() const override;
 
 private:
-    std::string bytes_;
-    std::string storage_;
+    void release_contents() override { storage_ = {}; }
+    void on_references_changed() override { record_.references = references(); }
+
+    BulkMemory storage_;
     REALstringStruct record_;
 };
 
-// An instance of a class that a plugin registered: a header, then the class's plugin data, zeroed before the constructor.
+// An instance of a class that a plugin registered: a header, then the class's plugin data, zeroed before the
+// constructor.
 class Instance final : public Object {
 public:
     Instance(const RegisteredClass& cls, std::size_t data_size);
-    ~Instance() override;  // runs the class's destructor
+    void construct();
     const RegisteredClass& cls() const { return cls_; }
     void* data();
     void* handle() override { return block_.get(); }
@@ -162,16 +190,25 @@ public:
     static constexpr std::size_t kDataOffset = 16;
 
 private:
+    void release_contents() override;  // runs the class's destructor
+
     const RegisteredClass& cls_;
+    std::size_t data_size_;
     std::unique_ptr<std::byte[]> block_;
 };
 
 class MemoryBlock final : public Object {
 public:
-    explicit MemoryBlock(std::size_t size) : Object(ObjectType::memory_block), bytes(size) {}
-    std::vector<std::uint8_t> bytes;
+    explicit MemoryBlock(std::size_t size);
+    const std::span<std::uint8_t> bytes;  // zero at first; they stay where they are
     void* handle() override { return this; }
     std::string describe() const override;
+
+private:
+    explicit MemoryBlock(BulkMemory memory);
+    void release_contents() override { memory_ = {}; }
+
+    BulkMemory memory_;
 };
 
 class IntegerArray final : public Object {
@@ -181,6 +218,9 @@ public:
     std::vector<std::int32_t> elements;
     void* handle() override { return this; }
     std::string describe() const override;
+
+private:
+    void release_contents() override { elements = {}; }
 };
 
 class FolderItem final : public Object {
@@ -201,10 +241,12 @@ public:
 // All live objects by handle. A dead object's handle is not given out again soon, so that a stale one is noticed.
 class ObjectStore {
 public:
-    ObjectStore();
-    ~ObjectStore();
+    ObjectStore() = default;
+    ~ObjectStore() { clear(); }
+    ObjectStore(const ObjectStore&) = delete;
+    ObjectStore& operator=(const ObjectStore&) = delete;
 
-    // Takes the object in; the caller has its first reference.
+    // Takes the object in; the caller has its first reference. Empty when the store is being cleared.
     ObjectRef add(std::unique_ptr<Object> object);
 
     // Null when the address is no live object's handle. Does not read through it.
@@ -214,18 +256,28 @@ public:
     T* find(const void* handle) const {
         return dynamic_cast<T*>(find(handle));
     }
+    // Null when no object of that handle died lately. What it held is gone.
+    const Object* find_dead(const void* handle) const;
 
     void lock(Object& object);
     // Drops a reference; the last one destroys the object.
     void unlock(Object& object);
+    // Destroys every object, whoever refers to it: instances first, since their destructors may use the others.
+    void clear();
 
     std::size_t size() const { return live_.size(); }
     // In no order.
     std::vector<const Object*> all() const;
 
+    // Told in plain words when references are handed over that nobody holds.
+    std::function<void(const std::string&)> on_misuse;
+
 private:
+    void destroy(Object& object);
+
     std::unordered_map<const void*, std::unique_ptr<Object>> live_;
-    std::vector<std::unique_ptr<std::byte[]>> quarantine_;
+    std::deque<std::unique_ptr<Object>> dead_;
+    bool clearing_ = false;
 };
 
 }  // namespace tarvo::host

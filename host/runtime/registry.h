@@ -2,8 +2,10 @@
 
 // What plugins have registered, in the order in which they did.
 
+#include <cstdint>
 #include <deque>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "real_interface.h"
@@ -51,8 +53,23 @@ public:
     // Null when there is no such class. Names are compared as the language does, without regard to case.
     const RegisteredClass* find_class(std::string_view name) const;
 
+    // What plugins know a class by: null when there is no such class. A reference is the same for every host of the
+    // process, since plugins keep it.
+    REALclassRefStruct* class_reference(std::string_view name) const;
+    // Null when the address is no class reference, or of a class that is not registered here.
+    const RegisteredClass* class_of(const REALclassRefStruct* reference) const;
+
+    // What plugins hand in. The records are read at once. Which record a class's methods are depends on the host.
+    enum class MethodRecords { with_flags, without_flags };
+    void add_plugin_version(int version);
+    // False for a record without function or declaration.
+    bool add_method(const REALmethodDefinition& definition, MethodRecords records);
+    // Writes the record's data offset. False for a record that lacks its name, whose lists have impossible sizes, or
+    // whose class is registered already.
+    bool add_class(REALclassDefinition& definition, MethodRecords records);
+    bool add_extension(REALclassDefinition& definition, MethodRecords records);
+
 private:
-    friend struct Services;
     std::vector<int> plugin_versions_;
     std::deque<RegisteredMethod> methods_;
     std::deque<RegisteredClass> classes_;

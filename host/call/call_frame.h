@@ -1,0 +1,50 @@
+#pragma once
+
+// The passing of arguments to a plugin's entry point, whose C++ signature only its declaration tells.
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <optional>
+#include <vector>
+
+#include "declaration.h"
+#include "value.h"
+
+namespace tarvo::host {
+
+// The arguments of one call, in the order in which they are passed. Each is held with a reference until the frame goes.
+class CallFrame {
+public:
+    // An integer, color, boolean, object or nil takes the next integer slot, a double the next slot for doubles. Throws
+    // CallError when there are more of one sort than slots.
+    void pass(const Value& value);
+    // Passes the address of a copy of the value: an integer, double, boolean or color. The variable must live until
+    // `write_back`, which puts into it what the entry point left in the copy.
+    void pass_by_ref(const Value& value, Value& variable);
+
+    // Calls, and takes over the reference that comes with an object. An object is checked to be one, not to be of the
+    // result's type. Throws CallError.
+    Value call(void* entry, const std::optional<Type>& result, const ObjectStore& objects) const;
+    void write_back();
+
+private:
+    static constexpr std::size_t kSlots = 8;
+
+    // A copy of a variable, with room for whatever width of integer the entry point writes.
+    struct Copy {
+        Value* variable;
+        Value passed;
+        alignas(double) std::array<std::byte, 8> bytes;
+    };
+
+    std::array<std::intptr_t, kSlots> words_{};
+    std::array<double, kSlots> doubles_{};
+    std::size_t word_count_ = 0;
+    std::size_t double_count_ = 0;
+    std::deque<Copy> copies_;  // their addresses stay
+    std::vector<Value> held_;
+};
+
+}  // namespace tarvo::host

@@ -1,0 +1,69 @@
+#pragma once
+
+// Reads one line of text piece by piece: the names, signs and literals that declarations and calls are made of.
+
+#include <cstddef>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+#include "value.h"
+
+namespace tarvo::host {
+
+// `column` counts characters from 1.
+class ScanError : public std::runtime_error {
+public:
+    ScanError(std::size_t column, const std::string& what) : std::runtime_error(what), column_(column) {}
+    std::size_t column() const { return column_; }
+
+private:
+    std::size_t column_;
+};
+
+// The text must outlive the scanner. Blanks and tabs between pieces are skipped; positions count bytes from 0.
+class Scanner {
+public:
+    explicit Scanner(std::string_view text) : text_(text) {}
+
+    // Where the next piece begins.
+    std::size_t position();
+    void move_to(std::size_t position) { position_ = position; }
+    std::string_view text() const { return text_; }
+    // In characters (UTF-8) from 1.
+    std::size_t column_of(std::size_t position) const;
+
+    bool at_end() { return position() == text_.size(); }
+    bool next_is(char sign) { return !at_end() && text_[position_] == sign; }
+    bool take(char sign);
+    // Takes the keyword if it is the next name.
+    bool take_word(std::string_view keyword);
+    // The next name, not taken; empty when something else is next.
+    std::string_view next_name();
+    std::string_view take_name();
+
+    // Integers of 32 bits (decimal, &h, &o, &b), doubles, &cRRGGBB, true, false, nil, "text" with "" for a quote. None
+    // when something else is next. Throws ScanError when it begins as a literal and is none.
+    std::optional<Literal> take_literal();
+    // The position behind the decimal number that is next; its beginning when there is none.
+    std::size_t number_end();
+
+    // Throws ScanError: at the next piece "expected ..., found ...", or any message at any place.
+    [[noreturn]] void fail_expecting(std::string_view expected);
+    [[noreturn]] void fail_at(std::size_t position, const std::string& message) const;
+
+private:
+    Literal take_number(std::size_t end);
+    Literal take_prefixed();
+    std::string take_string();
+    std::string describe_next();
+
+    std::string_view text_;
+    std::size_t position_ = 0;
+};
+
+// The bytes between quotes, cut when long and with control characters spelled out: fit for a message of one line.
+std::string quoted(std::string_view bytes);
+
+}  // namespace tarvo::host

@@ -1,0 +1,102 @@
+#include "bulk_memory.h"
+
+#include <sys/mman.h>
+
+#include <algorithm>
+#include <deque>
+#include <new>
+
+namespace tarvo::host {
+namespace {
+
+constexpr std::size_t kHugePage = std::size_t{2} << 20;
+
+struct Mapping {
+    std::uint8_t* address;
+    std::size_t capacity;
+};
+
+// Huge pages need an aligned start: maps one page more than needed and gives back what lies before and behind.
+Mapping map_aligned(std::size_t capacity) {
+    const std::size_t span = capacity + kHugePage;
+    void* mapped = mmap(nullptr, span, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (mapped == MAP_FAILED) throw std::bad_alloc();
+    auto* start = static_cast<std::uint8_t*>(mapped);
+    const std::size_t before = (kHugePage - reinterpret_cast<std::uintptr_t>(start) % kHugePage) % kHugePage;
+    const std::size_t behind = kHugePage - before;
+    if (before != 0) munmap(start, before);
+    if (behind != 0) munmap(start + before + capacity, behind);
+    madvise(start + before, capacity, MADV_HUGEPAGE);  // a system without huge pages refuses, which does no harm
+    return {start + before, capacity};
+}
+
+// Mappings that nobody uses, the longest idle first.
+class IdleMappings {
+public:
+    std::size_t bytes() const { return bytes_; }
+
+    // The smallest that holds the size without wasting more than half of itself; null address when there is none.
+    Mapping take(std::size_t size) {
+        auto best = mappings_.end();
+        for (auto it = mappings_.begin(); it != mappings_.end(); ++it) {
+            if (it->capacity < size || it->capacity / 2 > size) continue;
+            if (best == mappings_.end() || it->capacity < best->capacity) best = it;
+        }
+        if (best == mappings_.end()) return {nullptr, 0};
+        const Mapping taken = *best;
+        mappings_.erase(best);
+        bytes_ -= taken.capacity;
+        return taken;
+    }
+
+    void give(Mapping mapping) {
+        mappings_.push_back(mapping);
+        bytes_ += mapping.capacity;
+        while (bytes_ > BulkMemory::kMostIdle) {
+            const Mapping oldest = mappings_.front();
+            mappings_.pop_front();
+            bytes_ -= oldest.capacity;
+            munmap(oldest.address, oldest.capacity);
+        }
+    }
+
+private:
+    std::deque<Mapping> mappings_;
+    std::size_t bytes_ = 0;
+};
+
+// Never destroyed: a host may live as long as the process.
+IdleMappings& idle_mappings() {
+    static IdleMappings& only = *new IdleMappings;
+    return only;
+}
+
+Mapping mapping_for(std::size_t size) {
+    const std::size_t capacity = (size + kHugePage - 1) / kHugePage * kHugePage;
+    const Mapping idle = idle_mappings().take(capacity);
+    return idle.address ? idle : map_aligned(capacity);
+}
+
+}  // namespace
+
+BulkMemory::BulkMemory(std::size_t size) : size_(size) {
+    if (size < kLarge) {
+        data_ = new std::uint8_t[size];
+        return;
+    }
+    const Mapping mapping = mapping_for(size);
+    data_ = mapping.address;
+    capacity_ = mapping.capacity;
+}
+
+BulkMemory::~BulkMemory() {
+    if (capacity_ == 0) {
+        delete[] data_;
+    } else {
+        idle_mappings().give({data_, capacity_});
+    }
+}
+
+std::size_t BulkMemory::idle() { return idle_mappings().bytes(); }
+
+}  // namespace tarvo::host

@@ -1,0 +1,116 @@
+#include "host.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "plugin_library.h"
+#include "services.h"
+
+namespace tarvo::host {
+namespace {
+
+Host* current_host = nullptr;
+
+int* count_of(Accounts& accounts, ObjectType type) {
+    switch (type) {
+        case ObjectType::picture: return &accounts.pictures;
+        case ObjectType::instance: return &accounts.instances;
+        case ObjectType::string: return &accounts.strings;
+        case ObjectType::memory_block: return &accounts.memory_blocks;
+        case ObjectType::integer_array: return &accounts.arrays;
+        case ObjectType::folder_item: return &accounts.folder_items;
+        case ObjectType::screen: return nullptr;
+    }
+    return nullptr;
+}
+
+}  // namespace
+
+Host::Host(HostOptions options) : options_(options) {
+    if (current_host) throw HostError("there is a host already");
+    if (options.mask_depth < 1 || options.mask_depth > 32) {
+        throw HostError("masks of " + std::to_string(options.mask_depth) + " bits cannot be made");
+    }
+    objects_.on_misuse = [this](const std::string& what) { complain(what); };
+    current_host = this;
+}
+
+// Classes' destructors still find this host and their code.
+Host::~Host() {
+    objects_.clear();
+    plugins_.clear();
+    current_host = nullptr;
+}
+
+Host* Host::current() { return current_host; }
+
+bool Host::load_plugin(const std::string& path, bool private_copy) {
+    const auto& library = plugins_.emplace_back(std::make_unique<PluginLibrary>(path, private_copy));
+    return start_plugin(library->entry());
+}
+
+bool Host::start_plugin(REALpluginMain entry) { return entry(plugin_callback) != 0; }
+
+ObjectRef Host::new_picture(const PictureOptions& options) {
+    auto picture = Picture::make(options);
+    if (!picture) {
+        throw HostError("cannot make a picture of " + std::to_string(options.width) + " x " +
+                        std::to_string(options.height) + " pixels, " + std::to_string(options.depth) + " bits");
+    }
+    return objects_.add(std::move(picture));
+}
+
+ObjectRef Host::new_string(std::string_view bytes) {
+    constexpr std::size_t kLongest = std::numeric_limits<std::int32_t>::max();
+    if (bytes.size() > kLongest) throw HostError("a string of " + std::to_string(bytes.size()) + " bytes is too long");
+    return objects_.add(std::make_unique<StringObject>(bytes));
+}
+
+ObjectRef Host::new_integer_array(std::vector<std::int32_t> elements) {
+    return objects_.add(std::make_unique<IntegerArray>(std::move(elements)));
+}
+
+ObjectRef Host::new_memory_block(std::size_t size) { return objects_.add(std::make_unique<MemoryBlock>(size)); }
+
+ObjectRef Host::new_folder_item(std::string path) {
+    return objects_.add(std::make_unique<FolderItem>(std::move(path)));
+}
+
+ObjectRef Host::new_screen() { return objects_.add(std::make_unique<Screen>()); }
+
+ObjectRef Host::new_instance(std::string_view class_name) {
+    const RegisteredClass* cls = registry_.find_class(class_name);
+    return cls ? new_instance(*cls) : ObjectRef();
+}
+
+ObjectRef Host::new_instance(const RegisteredClass& cls) {
+    auto made = std::make_unique<Instance>(cls, cls.data_size);
+    Instance& instance = *made;
+    ObjectRef reference = objects_.add(std::move(made));
+    if (reference) instance.construct();
+    return reference;
+}
+
+Accounts Host::accounts() const {
+    Accounts accounts;
+    for (const Object* object : objects_.all()) {
+        if (int* count = count_of(accounts, object->type())) ++*count;
+        accounts.references += object->references();
+        if (const auto* picture = dynamic_cast<const Picture*>(object)) accounts.picture_locks += picture->locks();
+    }
+    return accounts;
+}
+
+std::string Host::describe_live_objects() const {
+    std::vector<std::string> lines;
+    for (const Object* object : objects_.all()) {
+        lines.push_back(std::string(name_of(object->type())) + ": " + object->describe() +
+                        "; references: " + std::to_string(object->references()) + "\n");
+    }
+    std::sort(lines.begin(), lines.end());
+    std::string text;
+    for (const std::string& line : lines) text += line;
+    return text;
+}
+
+}  // namespace tarvo::host

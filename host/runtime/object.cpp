@@ -1,0 +1,190 @@
+#include "object.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "registry.h"
+
+namespace tarvo::host {
+namespace {
+
+// Dead objects that keep their addresses taken. Their contents are gone, so that each costs little.
+constexpr std::size_t kMostDead = 4096;
+
+std::string with_unit(std::size_t count, const char* unit) { return std::to_string(count) + " " + unit; }
+
+}  // namespace
+
+const char* name_of(ObjectType type) {
+    switch (type) {
+        case ObjectType::picture: return "picture";
+        case ObjectType::instance: return "instance";
+        case ObjectType::string: return "string";
+        case ObjectType::memory_block: return "memory block";
+        case ObjectType::integer_array: return "integer array";
+        case ObjectType::folder_item: return "folder item";
+        case ObjectType::screen: return "screen";
+    }
+    return "?";
+}
+
+// --- references -----------------------------------------------------------------------------------------------------
+
+ObjectRef::ObjectRef(Object* object) : object_(object) {
+    if (object_) ++object_->host_references_;
+}
+
+ObjectRef::~ObjectRef() {
+    if (!object_) return;
+    --object_->host_references_;
+    object_->owner_->unlock(*object_);
+}
+
+ObjectRef& ObjectRef::operator=(ObjectRef other) noexcept {
+    std::swap(object_, other.object_);
+    return *this;
+}
+
+ObjectRef ObjectRef::adopt(Object* object) {
+    if (!object || object->plugin_references() > 0) return ObjectRef(object);
+    if (const auto& report = object->owner_->on_misuse) {
+        report(std::string(name_of(object->type())) + " (" + object->describe() +
+               ") was handed over without a reference");
+    }
+    return share(object);
+}
+
+ObjectRef ObjectRef::share(Object* object) {
+    if (object) object->owner_->lock(*object);
+    return ObjectRef(object);
+}
+
+void* ObjectRef::hand_over() {
+    if (!object_) return nullptr;
+    --object_->host_references_;
+    return std::exchange(object_, nullptr)->handle();
+}
+
+// --- the store ------------------------------------------------------------------------------------------------------
+
+ObjectRef ObjectStore::add(std::unique_ptr<Object> object) {
+    if (!object || clearing_) return {};
+    Object& added = *object;
+    live_.emplace(added.handle(), std::move(object));
+    added.owner_ = this;
+    return ObjectRef::share(&added);
+}
+
+Object* ObjectStore::find(const void* handle) const {
+    const auto found = live_.find(handle);
+    return found == live_.end() ? nullptr : found->second.get();
+}
+
+const Object* ObjectStore::find_dead(const void* handle) const {
+    const auto found =
+        std::find_if(dead_.begin(), dead_.end(), [&](const auto& dead) { return dead->handle() == handle; });
+    return found == dead_.end() ? nullptr : found->get();
+}
+
+void ObjectStore::lock(Object& object) {
+    ++object.references_;
+    object.on_references_changed();
+}
+
+void ObjectStore::unlock(Object& object) {
+    --object.references_;
+    object.on_references_changed();
+    if (object.references_ == 0 && !object.dying_) destroy(object);
+}
+
+// The object stays known until its contents are gone: a class's destructor calls back with its handle, and may add and
+// drop references on the way.
+void ObjectStore::destroy(Object& object) {
+    object.dying_ = true;
+    object.release_contents();
+    auto node = live_.extract(object.handle());
+    dead_.push_back(std::move(node.mapped()));
+    if (dead_.size() > kMostDead) dead_.pop_front();
+}
+
+void ObjectStore::clear() {
+    clearing_ = true;
+    std::vector<const void*> instances;
+    for (const auto& [handle, object] : live_) {
+        if (object->type() == ObjectType::instance) instances.push_back(handle);
+    }
+    for (const void* handle : instances) {
+        if (Object* instance = find(handle)) destroy(*instance);
+    }
+    // What is left refers to each other: nothing may be freed before all have let go.
+    for (const auto& [handle, object] : live_) object->dying_ = true;
+    for (const auto& [handle, object] : live_) object->release_contents();
+    live_.clear();
+    dead_.clear();
+    clearing_ = false;
+}
+
+std::vector<const Object*> ObjectStore::all() const {
+    std::vector<const Object*> objects;
+    for (const auto& [handle, object] : live_) objects.push_back(object.get());
+    return objects;
+}
+
+// --- objects --------------------------------------------------------------------------------------------------------
+
+StringObject::StringObject(std::string_view bytes) : Object(ObjectType::string), storage_(bytes.size() + 2), record_{} {
+    auto* storage = reinterpret_cast<char*>(storage_.data());
+    storage[0] = static_cast<char>(std::min<std::size_t>(bytes.size(), 255));
+    if (!bytes.empty()) std::memcpy(storage + 1, bytes.data(), bytes.size());
+    storage[bytes.size() + 1] = '\0';
+    record_ = {0, static_cast<std::int32_t>(bytes.size()), storage};
+}
+
+std::string_view StringObject::bytes() const { return {record_.storage + 1, static_cast<std::size_t>(record_.length)}; }
+
+std::string StringObject::describe() const { return with_unit(static_cast<std::size_t>(record_.length), "bytes"); }
+
+Instance::Instance(const RegisteredClass& cls, std::size_t data_size)
+    : Object(ObjectType::instance),
+      cls_(cls),
+      data_size_(data_size),
+      block_(std::make_unique<std::byte[]>(kDataOffset + data_size)) {}
+
+void* Instance::data() { return block_.get() + kDataOffset; }
+
+namespace {
+
+using LifeFunction = void (*)(REALobjectStruct* instance);
+
+void call_if_any(void* function, void* instance) {
+    if (function) reinterpret_cast<LifeFunction>(function)(static_cast<REALobjectStruct*>(instance));
+}
+
+}  // namespace
+
+void Instance::construct() { call_if_any(cls_.constructor, handle()); }
+
+void Instance::release_contents() {
+    call_if_any(cls_.destructor, handle());
+    constexpr int kScrubbed = 0xDD;  // no plausible size or address, for who reads on
+    std::memset(data(), kScrubbed, data_size_);
+}
+
+std::string Instance::describe() const { return cls_.name; }
+
+MemoryBlock::MemoryBlock(std::size_t size) : MemoryBlock(BulkMemory(size)) {
+    std::memset(bytes.data(), 0, bytes.size());
+}
+
+MemoryBlock::MemoryBlock(BulkMemory memory)
+    : Object(ObjectType::memory_block), bytes(memory.data(), memory.size()), memory_(std::move(memory)) {}
+
+std::string MemoryBlock::describe() const { return with_unit(bytes.size(), "bytes"); }
+
+std::string IntegerArray::describe() const { return with_unit(elements.size(), "elements"); }
+
+std::string FolderItem::describe() const { return path; }
+
+std::string Screen::describe() const { return "main screen"; }
+
+}  // namespace tarvo::host

@@ -1,0 +1,222 @@
+#include <algorithm>
+#include <limits>
+#include <new>
+
+#include "bulk_memory.h"
+#include "object.h"
+#include "pixels.h"
+
+namespace tarvo::host {
+namespace {
+
+constexpr int kMaxSide = 32767;
+// Offsets into a picture must fit the 32-bit integers of the plugin interface.
+constexpr std::int64_t kMaxBytes = std::numeric_limits<std::int32_t>::max();
+
+bool has_pixels(Backing backing) { return backing != Backing::drawing_commands && backing != Backing::refused; }
+
+std::int64_t packed_bytes(const PictureOptions& options) {
+    return (static_cast<std::int64_t>(options.width) * options.depth + 7) / 8;
+}
+
+bool is_possible(const PictureOptions& options) {
+    const auto side_fits = [](int side) { return side >= 1 && side <= kMaxSide; };
+    if (!side_fits(options.width) || !side_fits(options.height)) return false;
+    if (options.depth < 1 || options.depth > 32) return false;
+    if (options.backing == Backing::pixel_buffer && (options.depth != 32 || options.row_padding != 0)) return false;
+    if (options.row_padding < 0) return false;
+    return (packed_bytes(options) + options.row_padding) * options.height <= kMaxBytes;
+}
+
+// At 1 bit a set bit is black; deeper greys go from black to white.
+std::vector<RGBColor> grey_colors(int depth) {
+    constexpr RGBColor kWhite{0xFFFF, 0xFFFF, 0xFFFF};
+    constexpr RGBColor kBlack{0, 0, 0};
+    if (depth == 1) return {kWhite, kBlack};
+    const int last = (1 << depth) - 1;
+    std::vector<RGBColor> colors;
+    for (int i = 0; i <= last; ++i) {
+        const auto level = static_cast<std::uint16_t>(0xFFFF * i / last);
+        colors.push_back({level, level, level});
+    }
+    return colors;
+}
+
+std::vector<RGBColor> complete_colors(const PictureOptions& options) {
+    if (options.depth > 8 || options.without_color_table || !has_pixels(options.backing)) return {};
+    std::vector<RGBColor> colors = options.colors.empty() ? grey_colors(options.depth) : options.colors;
+    colors.resize(std::size_t{1} << options.depth);
+    return colors;
+}
+
+std::uint32_t index_of(std::uint32_t color, const std::vector<RGBColor>& colors, std::uint32_t otherwise) {
+    const auto found =
+        std::find_if(colors.begin(), colors.end(), [&](const RGBColor& entry) { return packed_color(entry) == color; });
+    return found == colors.end() ? otherwise : static_cast<std::uint32_t>(found - colors.begin());
+}
+
+std::uint32_t white_value(const PictureOptions& options) {
+    if (options.depth == 1) return 0;
+    if (options.depth <= 8) return index_of(0xFFFFFF, options.colors, (1u << options.depth) - 1);
+    return value_of(0xFFFFFF, options.depth, {});
+}
+
+std::uint32_t black_value(const PictureOptions& options) {
+    if (options.depth == 1) return 1;
+    return index_of(0x000000, options.colors, 0);
+}
+
+const char* name_of(Backing backing) {
+    switch (backing) {
+        case Backing::graphics_world: return "graphics world";
+        case Backing::bitmap_context: return "bitmap context";
+        case Backing::pixel_buffer: return "pixel buffer";
+        case Backing::drawing_commands: return "drawing commands";
+        case Backing::refused: return "unknown store";
+    }
+    return "?";
+}
+
+constexpr std::int32_t kRefusedKind = 2;
+
+std::int32_t kind_of(Backing backing) {
+    switch (backing) {
+        case Backing::graphics_world: return pictureMacintoshGWorld;
+        case Backing::bitmap_context: return pictureCGBitmapContext;
+        case Backing::pixel_buffer: return pictureHostPixelBuffer;
+        case Backing::drawing_commands: return pictureDrawingCommands;
+        case Backing::refused: return kRefusedKind;
+    }
+    return pictureNone;
+}
+
+}  // namespace
+
+// The memory behind a picture and the object that plugins reach it through.
+struct Picture::Store {
+    BulkMemory pixels;
+    std::size_t row_bytes = 0;
+    GWorldPtr world = nullptr;
+    CGContextRef context = nullptr;
+    std::vector<std::unique_ptr<std::uint8_t[]>> rows;
+    std::vector<std::uint8_t*> row_table;
+    REALpixelBuffer buffer{};
+
+    Store(const Store&) = delete;
+    Store& operator=(const Store&) = delete;
+    ~Store() {
+        PlatformDisposeGWorld(world);
+        PlatformDisposeBitmapContext(context);
+    }
+
+    // Throws std::bad_alloc.
+    explicit Store(const PictureOptions& options) {
+        if (options.backing == Backing::pixel_buffer) {
+            make_rows(options);
+        } else if (has_pixels(options.backing)) {
+            make_block(options);
+        }
+    }
+
+    std::uint8_t* row(int y) const {
+        const auto index = static_cast<std::size_t>(y);
+        if (!row_table.empty()) return row_table[index];
+        return pixels.data() ? pixels.data() + index * row_bytes : nullptr;
+    }
+
+    void* handed_out() {
+        if (world) return world;
+        if (context) return context;
+        return row_table.empty() ? nullptr : &buffer;
+    }
+
+private:
+    // From the bottom row to the top, so that no row follows the one above it in memory.
+    void make_rows(const PictureOptions& options) {
+        const auto height = static_cast<std::size_t>(options.height);
+        row_bytes = static_cast<std::size_t>(packed_bytes(options));
+        rows.resize(height);
+        row_table.resize(height);
+        for (std::size_t y = height; y-- > 0;) {
+            rows[y] = std::make_unique_for_overwrite<std::uint8_t[]>(row_bytes);
+            row_table[y] = rows[y].get();
+        }
+        buffer = {options.width, options.height, row_table.data()};
+    }
+
+    void make_block(const PictureOptions& options) {
+        row_bytes = static_cast<std::size_t>(packed_bytes(options) + options.row_padding);
+        pixels = BulkMemory(row_bytes * static_cast<std::size_t>(options.height));
+        const PixelLayout layout{
+            pixels.data(),        options.width, options.height, options.depth, static_cast<std::int32_t>(row_bytes),
+            options.dots_per_inch};
+        if (options.backing == Backing::graphics_world) {
+            const RGBColor* colors = options.colors.empty() ? nullptr : options.colors.data();
+            world = PlatformNewGWorld(&layout, colors, static_cast<std::int32_t>(options.colors.size()));
+        } else {
+            context = PlatformNewBitmapContext(&layout);
+        }
+        if (!world && !context) throw std::bad_alloc();
+    }
+};
+
+std::unique_ptr<Picture> Picture::make(const PictureOptions& options, Paper paper) {
+    if (!is_possible(options)) return nullptr;
+    try {
+        PictureOptions completed = options;
+        completed.colors = complete_colors(options);
+        auto store = std::make_unique<Store>(completed);
+        std::unique_ptr<Picture> picture(new Picture(std::move(completed), std::move(store)));
+        picture->fill(paper);
+        return picture;
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+Picture::Picture(PictureOptions options, std::unique_ptr<Store> store)
+    : Object(ObjectType::picture), options_(std::move(options)), store_(std::move(store)) {}
+
+Picture::~Picture() = default;
+
+void Picture::release_contents() {
+    mask_ = {};
+    drawing = nullptr;
+    store_.reset();
+}
+
+std::size_t Picture::packed_row_bytes() const { return static_cast<std::size_t>(packed_bytes(options_)); }
+
+std::uint8_t* Picture::row(int y) { return store_->row(y); }
+
+const std::uint8_t* Picture::row(int y) const { return store_->row(y); }
+
+void Picture::fill(Paper paper) {
+    if (paper == Paper::unset || !has_pixels(options_.backing)) return;
+    const std::uint32_t value = paper == Paper::white ? white_value(options_) : black_value(options_);
+    const bool in_one_piece = store_->row_table.empty() && store_->row_bytes == packed_row_bytes() &&
+                              (static_cast<std::int64_t>(width()) * depth()) % 8 == 0;
+    if (in_one_piece) {
+        fill_pixels({store_->pixels.data(), store_->pixels.size()}, depth(), value);
+        return;
+    }
+    for (int y = 0; y < height(); ++y) fill_pixels({row(y), store_->row_bytes}, depth(), value);
+}
+
+void Picture::set_purged(bool purged) {
+    if (store_->world) (*GetGWorldPixMap(store_->world))->purged = purged;
+}
+
+REALpictureDescription Picture::description() const {
+    return {kind_of(backing()), store_->handed_out(), width(), height(), depth()};
+}
+
+std::string Picture::describe() const {
+    std::string text = std::to_string(width()) + " x " + std::to_string(height()) + " pixels, " +
+                       std::to_string(depth()) + " bits, " + name_of(backing());
+    if (mask_) text += ", with a mask";
+    if (locks_ != 0) text += ", locks: " + std::to_string(locks_);
+    return text;
+}
+
+}  // namespace tarvo::host

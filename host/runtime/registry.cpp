@@ -1,0 +1,142 @@
+#include "registry.h"
+
+#include <algorithm>
+#include <memory>
+#include <span>
+
+#include "object.h"
+
+// A class reference is an address and nothing more to plugins.
+struct REALclassRefStruct {
+    std::string name;
+};
+
+namespace tarvo::host {
+namespace {
+
+char lower(char letter) { return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter; }
+
+bool same_name(std::string_view a, std::string_view b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) { return lower(x) == lower(y); });
+}
+
+using References = std::vector<std::unique_ptr<REALclassRefStruct>>;
+
+// Never destroyed, as the plugins that keep them may be.
+References& references() {
+    static References& all = *new References;
+    return all;
+}
+
+std::string text_or_empty(const char* text) { return text ? text : ""; }
+
+// A number of records, or of bytes in an instance, that can be meant.
+bool is_count(REALword count) {
+    constexpr REALword kMost = 1 << 16;
+    return count >= 0 && count <= kMost;
+}
+
+bool is_list(const void* list, REALword count) { return is_count(count) && (count == 0 || list); }
+
+RegisteredMethod read(const REALmethodDefinition& record) {
+    return {text_or_empty(record.declaration), record.function, record.setter, true, record.flags};
+}
+
+RegisteredMethod read(const REALmethodDefinitionV6& record) {
+    return {text_or_empty(record.declaration), record.function, record.setter, false, 0};
+}
+
+RegisteredProperty read(const REALpropertyDefinition& record) {
+    return {text_or_empty(record.group),
+            text_or_empty(record.name),
+            text_or_empty(record.type),
+            record.flags,
+            record.getter,
+            record.setter,
+            static_cast<std::int32_t>(record.parameter)};
+}
+
+template <class Record>
+auto read_list(const void* list, REALword count) {
+    std::vector<decltype(read(std::declval<const Record&>()))> all;
+    for (const Record& record : std::span(static_cast<const Record*>(list), static_cast<std::size_t>(count))) {
+        all.push_back(read(record));
+    }
+    return all;
+}
+
+bool is_plausible(const REALclassDefinition& definition) {
+    return definition.name && is_count(definition.dataSize) &&
+           is_list(definition.properties, definition.propertyCount) &&
+           is_list(definition.methods, definition.methodCount);
+}
+
+RegisteredClass read(const REALclassDefinition& definition, Registry::MethodRecords records) {
+    RegisteredClass cls;
+    cls.name = definition.name;
+    cls.version = definition.version;
+    cls.data_size = static_cast<std::size_t>(definition.dataSize);
+    cls.constructor = definition.constructor;
+    cls.destructor = definition.destructor;
+    cls.flags = definition.flags;
+    cls.properties = read_list<REALpropertyDefinition>(definition.properties, definition.propertyCount);
+    cls.methods = records == Registry::MethodRecords::with_flags
+                      ? read_list<REALmethodDefinition>(definition.methods, definition.methodCount)
+                      : read_list<REALmethodDefinitionV6>(definition.methods, definition.methodCount);
+    return cls;
+}
+
+}  // namespace
+
+const RegisteredClass* Registry::find_class(std::string_view name) const {
+    const auto found = std::find_if(classes_.begin(), classes_.end(),
+                                    [&](const RegisteredClass& cls) { return same_name(cls.name, name); });
+    return found == classes_.end() ? nullptr : &*found;
+}
+
+REALclassRefStruct* Registry::class_reference(std::string_view name) const {
+    const RegisteredClass* cls = find_class(name);
+    if (!cls) return nullptr;
+    References& all = references();
+    const auto known = std::find_if(all.begin(), all.end(), [&](const auto& it) { return same_name(it->name, name); });
+    if (known != all.end()) return known->get();
+    return all.emplace_back(new REALclassRefStruct{cls->name}).get();
+}
+
+const RegisteredClass* Registry::class_of(const REALclassRefStruct* reference) const {
+    const References& all = references();
+    const auto known = std::find_if(all.begin(), all.end(), [&](const auto& it) { return it.get() == reference; });
+    return known == all.end() ? nullptr : find_class((*known)->name);
+}
+
+void Registry::add_plugin_version(int version) { plugin_versions_.push_back(version); }
+
+bool Registry::add_method(const REALmethodDefinition& definition, MethodRecords records) {
+    if (!definition.function || !definition.declaration) return false;
+    RegisteredMethod method = read(definition);
+    if (records == MethodRecords::without_flags) {
+        method.has_flags = false;
+        method.flags = 0;
+    }
+    log_.push_back("method " + method.declaration);
+    methods_.push_back(std::move(method));
+    return true;
+}
+
+bool Registry::add_class(REALclassDefinition& definition, MethodRecords records) {
+    if (!is_plausible(definition) || find_class(definition.name)) return false;
+    classes_.push_back(read(definition, records));
+    definition.dataOffset = Instance::kDataOffset;
+    log_.push_back("class " + classes_.back().name);
+    return true;
+}
+
+bool Registry::add_extension(REALclassDefinition& definition, MethodRecords records) {
+    if (!is_plausible(definition)) return false;
+    extensions_.push_back(read(definition, records));
+    extensions_.back().is_extension = true;
+    log_.push_back("extension " + extensions_.back().name);
+    return true;
+}
+
+}  // namespace tarvo::host

@@ -1,0 +1,206 @@
+#include "call_expression.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace tarvo::cli {
+namespace {
+
+using host::Color;
+using host::Literal;
+using host::Nil;
+
+constexpr std::int32_t kLeast = std::numeric_limits<std::int32_t>::min();
+
+// The one argument of a call, as written.
+Expression argument(const std::string& text) {
+    const CallExpression call = parse_call("F(" + text + ")");
+    EXPECT_EQ(call.arguments.size(), 1u) << text;
+    return call.arguments.at(0).value;
+}
+
+Expression literal(Literal value) { return value; }
+Expression text(std::string value) { return Literal(std::move(value)); }
+Expression file(std::string path) { return FileName{std::move(path)}; }
+
+TEST(CallExpression, AWholeCall) {
+    const CallExpression call = parse_call("TRV_AdjustContrast(rect(100,50,300,200), &c808080, 1.6, 1.6, 1.6, 0)");
+    EXPECT_EQ(call.name, "TRV_AdjustContrast");
+    ASSERT_EQ(call.arguments.size(), 6u);
+    EXPECT_EQ(call.arguments[0].value, Expression(RectangleExpression{100, 50, 300, 200}));
+    EXPECT_EQ(call.arguments[1].value, literal(Color{0x808080}));
+    EXPECT_EQ(call.arguments[2].value, literal(1.6));
+    EXPECT_EQ(call.arguments[5].value, literal(0));
+    const std::size_t columns[] = {20, 42, 52, 57, 62, 67};
+    for (std::size_t i = 0; i < 6; ++i) EXPECT_EQ(call.arguments[i].column, columns[i]);
+}
+
+TEST(CallExpression, BlanksAndEmptyCalls) {
+    EXPECT_TRUE(parse_call("F()").arguments.empty());
+    EXPECT_TRUE(parse_call(" \tF ( ) ").arguments.empty());
+    EXPECT_EQ(parse_call("F(1 ,2\t, 3 )").arguments.size(), 3u);
+    EXPECT_EQ(argument(" rect ( 1 , -2 , 3 , 4 ) "), Expression(RectangleExpression{1, -2, 3, 4}));
+}
+
+TEST(CallExpression, ColumnsCountCharacters) {
+    EXPECT_EQ(parse_call("F(\"\xC3\xA4\xE2\x82\xAC\", 5)").arguments[1].column, 9u);
+}
+
+TEST(CallExpression, Integers) {
+    EXPECT_EQ(argument("0"), literal(0));
+    EXPECT_EQ(argument("-17"), literal(-17));
+    EXPECT_EQ(argument("2147483647"), literal(2147483647));
+    EXPECT_EQ(argument("-2147483648"), literal(kLeast));
+    EXPECT_EQ(argument("&hFF"), literal(255));
+    EXPECT_EQ(argument("&HfFfFfFfF"), literal(-1));
+    EXPECT_EQ(argument("&b101"), literal(5));
+    EXPECT_EQ(argument("&o17"), literal(15));
+    EXPECT_EQ(argument("007"), literal(7));
+}
+
+TEST(CallExpression, Doubles) {
+    EXPECT_EQ(argument("1.6"), literal(1.6));
+    EXPECT_EQ(argument("-2."), literal(-2.0));
+    EXPECT_EQ(argument(".5"), literal(0.5));
+    EXPECT_EQ(argument("-.5"), literal(-0.5));
+    EXPECT_EQ(argument("1e3"), literal(1000.0));
+    EXPECT_EQ(argument("1E-3"), literal(0.001));
+    EXPECT_EQ(argument("1e+3"), literal(1000.0));
+    EXPECT_EQ(argument("1.e2"), literal(100.0));
+    EXPECT_EQ(argument("1.0"), literal(1.0));
+}
+
+TEST(CallExpression, WordsOfTheLanguage) {
+    EXPECT_EQ(argument("true"), literal(true));
+    EXPECT_EQ(argument("False"), literal(false));
+    EXPECT_EQ(argument("NIL"), literal(Nil{}));
+    EXPECT_EQ(argument("&cFfA001"), literal(Color{0xFFA001}));
+    EXPECT_EQ(argument("&C000000"), literal(Color{0}));
+}
+
+TEST(CallExpression, TextInQuotes) {
+    EXPECT_EQ(argument("\"\""), text(""));
+    EXPECT_EQ(argument("\"a, (b) &c \"\"quoted\"\"\""), text("a, (b) &c \"quoted\""));
+    EXPECT_EQ(argument("\"\"\"\""), text("\""));
+    EXPECT_EQ(argument("\"1.png\n\""), text("1.png\n"));
+}
+
+TEST(CallExpression, FileNames) {
+    for (const char* path : {"photo.png", "photo", "../mask.pgm", "~/a_b-c.PNM", "/pictures/x", ".hidden", "..",
+                             "true.png", "rect.png", "nil2", "2010.png", "2010-05-01.jpg", "1/2", "-5.png", "1e3.pam",
+                             "1.5/x",
+                             "inf", "\xC3\xA4.png", "_"}) {
+        EXPECT_EQ(argument(path), file(path));
+    }
+    EXPECT_EQ(parse_call("F(a.png,b.png)").arguments.size(), 2u);
+}
+
+TEST(CallExpression, MatricesAndConvolutions) {
+    EXPECT_EQ(argument("Matrix(1, 0.5, -1, .25, 1e1, 0, 7, 8, &h9)"),
+              Expression(MatrixExpression{{1, 0.5, -1, 0.25, 10, 0, 7, 8, 9}}));
+    EXPECT_EQ(argument("convolution(1,2,-1)"), Expression(ConvolutionExpression{{1, 2, -1}}));
+    EXPECT_EQ(argument("CONVOLUTION()"), Expression(ConvolutionExpression{}));
+}
+
+struct BadRow {
+    const char* text;
+    std::size_t column;
+    const char* message;
+};
+
+#define ANY_ARGUMENT                                                                                        \
+    "expected a number, a color (&cRRGGBB), true, false, nil, a file name, a text in quotes, rect(...), " \
+    "matrix(...) or convolution(...), found "
+
+constexpr BadRow kBadRows[] = {
+    {"", 1, "expected the name of an operation, found the end"},
+    {"(1)", 1, "expected the name of an operation, found \"(\""},
+    {"7(1)", 1, "expected the name of an operation, found \"7\""},
+    {"F", 2, "expected \"(\", found the end"},
+    {"F 1", 3, "expected \"(\", found \"1\""},
+    {"F(", 3, ANY_ARGUMENT "the end"},
+    {"F(,1)", 3, ANY_ARGUMENT "\",\""},
+    {"F(1,)", 5, ANY_ARGUMENT "\")\""},
+    {"F(+1)", 3, ANY_ARGUMENT "\"+\""},
+    {"F(-)", 3, ANY_ARGUMENT "\"-\""},
+    {"F(1", 4, "expected \",\" or \")\", found the end"},
+    {"F(1 2)", 5, "expected \",\" or \")\", found \"2\""},
+    {"F(a.png b.png)", 9, "expected \",\" or \")\", found \"b\""},
+    {"F(\"a\"b)", 6, "expected \",\" or \")\", found \"b\""},
+    {"F(1))", 5, "expected the end, found \")\""},
+    {"F(1) G(2)", 6, "expected the end, found \"G\""},
+    {"F(1)\n", 5, "expected the end, found \"\\x0A\""},
+    {"F(2147483648)", 3, "\"2147483648\" does not fit an integer of 32 bits"},
+    {"F(-2147483649)", 3, "\"-2147483649\" does not fit an integer of 32 bits"},
+    {"F(99999999999999999999999)", 3, "\"99999999999999999999999\" does not fit an integer of 32 bits"},
+    {"F(&h1FFFFFFFF)", 3, "expected an integer of 32 bits in base 16, found \"&h1FFFFFFFF\""},
+    {"F(1e400)", 3, "\"1e400\" does not fit a double"},
+    {"F(12abc)", 3, "expected a number, found \"12abc\""},
+    {"F(1.2.3)", 3, "expected a number, found \"1.2.3\""},
+    {"F(1.5e)", 3, "expected a number, found \"1.5e\""},
+    {"F(&c12345)", 3, "expected six hexadecimal digits after &c, found \"&c12345\""},
+    {"F(&c1234567)", 3, "expected six hexadecimal digits after &c, found \"&c1234567\""},
+    {"F(&c-12345)", 3, "expected six hexadecimal digits after &c, found \"&c\""},
+    {"F(&)", 3, "expected &h, &o, &b or &c with digits, found \"&\""},
+    {"F(&o8)", 3, "expected an integer of 32 bits in base 8, found \"&o8\""},
+    {"F(1, \"a)", 6, "expected a quote at the end of the text that begins here"},
+    {"F(rect)", 7, "expected \"(\", found \")\""},
+    {"F(rect())", 8, "expected an integer, found \")\""},
+    {"F(rect(1,2,3))", 13, "expected \",\" and the next number of rect(left, top, width, height), found \")\""},
+    {"F(rect(1,2,3,4,5))", 15, "expected \")\" after the last number of rect(left, top, width, height), found \",\""},
+    {"F(rect(1,2,3.5,4))", 12, "expected an integer, found \"3.5\""},
+    {"F(rect(1,x,3,4))", 10, "expected an integer, found \"x\""},
+    {"F(rect(1,2,3,true))", 14, "expected an integer, found \"true\""},
+    {"F(matrix(1,2))", 13,
+     "expected \",\" and the next number of matrix(m00, m01, m02, m10, ..., m22), found \")\""},
+    {"F(matrix(1,nil))", 12, "expected a number, found \"nil\""},
+    {"F(convolution(1,2.5))", 17, "expected an integer, found \"2.5\""},
+    {"F(convolution(1,))", 17, "expected an integer, found \")\""},
+    {"F(convolution(1 2))", 17, "expected \",\" or \")\", found \"2\""},
+    {"F(square(1,2))", 3, "expected rect(...), matrix(...) or convolution(...), found \"square(\""},
+    {"F(\"\xC3\xA4\", *)", 8, ANY_ARGUMENT "\"*\""},
+};
+
+TEST(CallExpression, BadOnesAreRefusedWithTheirColumn) {
+    for (const BadRow& row : kBadRows) {
+        try {
+            parse_call(row.text);
+            ADD_FAILURE() << row.text << " is taken";
+        } catch (const ExpressionError& error) {
+            EXPECT_EQ(error.column(), row.column) << row.text;
+            EXPECT_EQ(error.what(), "column " + std::to_string(row.column) + ": " + row.message);
+        }
+    }
+}
+
+TEST(CallExpression, MessagesAreOneShortLine) {
+    const std::string long_word(10000, 'x');
+    try {
+        parse_call("F(1 " + long_word + "\n)");
+        ADD_FAILURE() << "taken";
+    } catch (const ExpressionError& error) {
+        const std::string message = error.what();
+        EXPECT_LT(message.size(), 200u);
+        EXPECT_EQ(message.find('\n'), std::string::npos);
+    }
+}
+
+// Cutting a call anywhere before its end is an error inside the text.
+TEST(CallExpression, EveryBeginningIsRefused) {
+    const std::string whole =
+        "F(rect(1,2,3,4), &c102030, \"a\"\"b\", -1.5e3, matrix(1,2,3,4,5,6,7,8,9), ../a.png, nil)";
+    EXPECT_EQ(parse_call(whole).arguments.size(), 7u);
+    for (std::size_t length = 0; length < whole.size(); ++length) {
+        try {
+            parse_call(std::string_view(whole).substr(0, length));
+            ADD_FAILURE() << whole.substr(0, length) << " is taken";
+        } catch (const ExpressionError& error) {
+            EXPECT_GE(error.column(), 1u);
+            EXPECT_LE(error.column(), length + 1);
+        }
+    }
+}
+
+}  // namespace
+}  // namespace tarvo::cli

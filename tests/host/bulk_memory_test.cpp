@@ -1,0 +1,96 @@
+#include "bulk_memory.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <new>
+#include <vector>
+
+namespace tarvo::host {
+namespace {
+
+constexpr std::size_t kMegabyte = std::size_t{1} << 20;
+constexpr std::uintptr_t kHugePage = 2 * kMegabyte;
+
+std::uintptr_t address(const BulkMemory& memory) { return reinterpret_cast<std::uintptr_t>(memory.data()); }
+
+TEST(BulkMemory, HoldsWhatItIsAskedFor) {
+    for (const std::size_t size : {std::size_t{1}, std::size_t{100}, kMegabyte - 1, kMegabyte, 5 * kMegabyte + 7}) {
+        const BulkMemory memory(size);
+        ASSERT_EQ(memory.size(), size);
+        std::memset(memory.data(), 0x77, size);
+        EXPECT_EQ(memory.data()[size - 1], 0x77);
+    }
+}
+
+TEST(BulkMemory, IsNothingByDefault) {
+    const BulkMemory memory;
+    EXPECT_EQ(memory.data(), nullptr);
+    EXPECT_EQ(memory.size(), 0u);
+}
+
+TEST(BulkMemory, LargeOnesStartAtHugePages) {
+    for (const std::size_t size : {kMegabyte, 3 * kMegabyte, 20 * kMegabyte}) {
+        EXPECT_EQ(address(BulkMemory(size)) % kHugePage, 0u);
+    }
+}
+
+TEST(BulkMemory, LargeOnesAreUsedAgain) {
+    std::uintptr_t first = 0;
+    {
+        const BulkMemory memory(30 * kMegabyte);
+        first = address(memory);
+    }
+    EXPECT_GE(BulkMemory::idle(), 30 * kMegabyte);
+    const BulkMemory again(29 * kMegabyte);
+    EXPECT_EQ(address(again), first);
+}
+
+TEST(BulkMemory, TwoAtATimeAreNeverTheSame) {
+    std::vector<BulkMemory> all;
+    for (int i = 0; i < 4; ++i) {
+        all.emplace_back(8 * kMegabyte);
+        std::memset(all.back().data(), i, all.back().size());
+    }
+    for (std::size_t i = 0; i < 4; ++i) {
+        EXPECT_EQ(all[i].data()[0], i);
+        EXPECT_EQ(all[i].data()[8 * kMegabyte - 1], i);
+    }
+}
+
+TEST(BulkMemory, ALittleIsNotTakenFromMuch) {
+    std::uintptr_t large = 0;
+    {
+        const BulkMemory memory(100 * kMegabyte);
+        large = address(memory);
+    }
+    const BulkMemory small(10 * kMegabyte);
+    EXPECT_NE(address(small), large);
+}
+
+TEST(BulkMemory, IdleMemoryIsBounded) {
+    {
+        std::vector<BulkMemory> all;
+        for (int i = 0; i < 5; ++i) all.emplace_back(100 * kMegabyte);
+    }
+    EXPECT_LE(BulkMemory::idle(), BulkMemory::kMostIdle);
+    EXPECT_GE(BulkMemory::idle(), 200 * kMegabyte);
+    { const BulkMemory larger_than_all(BulkMemory::kMostIdle + 1); }
+    EXPECT_LE(BulkMemory::idle(), BulkMemory::kMostIdle);
+}
+
+TEST(BulkMemory, MovesWithItsBytes) {
+    BulkMemory first(10);
+    const std::uintptr_t where = address(first);
+    BulkMemory second = std::move(first);
+    EXPECT_EQ(address(second), where);
+    second = BulkMemory(2 * kMegabyte);
+    EXPECT_EQ(second.size(), 2 * kMegabyte);
+}
+
+TEST(BulkMemory, TooMuchIsAnError) {
+    EXPECT_THROW(BulkMemory(std::size_t{1} << (sizeof(std::size_t) * 8 - 2)), std::bad_alloc);
+}
+
+}  // namespace
+}  // namespace tarvo::host
