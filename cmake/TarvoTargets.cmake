@@ -27,6 +27,7 @@ if(TARVO_SANITIZE)
   target_compile_options(tarvo_options INTERFACE
     -fsanitize=${TARVO_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(tarvo_options INTERFACE -fsanitize=${TARVO_SANITIZE})
+  target_compile_definitions(tarvo_options INTERFACE TARVO_PLAIN_ROWS)
 endif()
 
 # tarvo_layer(NAME SOURCES... USES targets...): one folder of the plugin as an object library; what it includes it uses.

@@ -151,7 +151,7 @@ bool TRV_Picture::Lock() {
         if (!holdsDescription_) return false;
         switch (description_.kind) {
             case pictureMacintoshGWorld: return lock_pixel_map();
-            case pictureCGBitmapContext: return lock_bitmap_context();
+            case pictureCGBitmapContext: return isMask_ && lock_bitmap_context();  // masks alone may live in one
             case pictureHostPixelBuffer: return lock_pixel_buffer();
             default: return false;
         }

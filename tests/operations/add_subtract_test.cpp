@@ -70,5 +70,153 @@ TEST_P(AddSubtract, WideRowsAgreeWithTheJudge) {
     }
 }
 
+TEST_P(AddSubtract, ClientFormsGiveWhatThePictureFormGives) {
+    for (const bool as_picture : {false, true}) {
+        for (const Shape& shape : source_shapes()) {
+            if (shape.backing == host::Backing::drawing_commands) continue;
+            SCOPED_TRACE(shape.name());
+            const ObjectRef a = random_picture(session, random, shape, 19, 4);
+            const ObjectRef b = random_picture(session, random, {.depth = 24}, 19, 4);
+            const auto before = session.host.accounts();
+            {
+                const Value result = session.call(session.client(a), GetParam().name, session.client(b), 0, as_picture);
+                ASSERT_TRUE(object_in(result));
+                EXPECT_EQ(static_cast<bool>(object_in(session.caller.get(result, "pic"))), as_picture);
+                const ObjectRef converted = session.picture_of(object_in(result));
+                EXPECT_EQ(difference(pixels(converted),
+                                     judge(GetParam(), read_image(pixels(a)), read_image(pixels(b))),
+                                     std::max(shape.depth, 16)),
+                          "");
+                const int mask_depth = std::get<int>(session.caller.get(result, "maskDepth"));
+                EXPECT_EQ(mask_depth, GetParam().sign > 0 && !as_picture ? 8 : 0);  // a sum has a mask, a difference none
+            }
+            EXPECT_EQ(session.host.accounts(), before);
+        }
+    }
+}
+
+TEST_P(AddSubtract, ClientFormsOfOwnMemoryChain) {
+    const ObjectRef a = random_picture(session, random, {.depth = 24}, 40, 3);
+    const ObjectRef b = random_picture(session, random, {.depth = 16}, 40, 3);
+    const Value first = session.call(session.client(a), GetParam().name, session.client(b), 0, false);
+    const Value second = session.call(object_in(first), GetParam().name, object_in(first), 0, false);
+    const PlainImage once = judge(GetParam(), read_image(pixels(a)), read_image(pixels(b)));
+    EXPECT_EQ(difference(pixels(session.picture_of(object_in(second))), judge(GetParam(), once, once), 24), "");
+}
+
+TEST_P(AddSubtract, ChecksComeInOrder) {
+    const ObjectRef source = session.picture(10, 10), other = session.picture(10, 10);
+    const ObjectRef higher = session.picture(10, 11), wider = session.picture(11, 10);
+    const ObjectRef unlockable = session.picture(5, 5);
+    pixels(unlockable).set_purged(true);
+    const auto code = [&](const ObjectRef& p, const ObjectRef& q) {
+        const Value result = session.invoke(std::string(GetParam().name) + "(extends p", p, q, 0);
+        EXPECT_FALSE(object_in(result));
+        return session.last_error();
+    };
+    EXPECT_EQ(code({}, {}), 2);
+    EXPECT_EQ(code(unlockable, {}), GetParam().nil_code);
+    EXPECT_EQ(code(unlockable, unlockable), 4);
+    EXPECT_EQ(code(source, unlockable), GetParam().lock_code);
+    EXPECT_EQ(code(source, higher), GetParam().size_code);
+    EXPECT_EQ(code(source, wider), GetParam().size_code);
+    session.host.faults.fail_at("newPicture", 1);
+    EXPECT_EQ(code(source, wider), GetParam().size_code);
+    EXPECT_EQ(code(source, other), 6);
+    EXPECT_TRUE(picture_in(session.call(source, GetParam().name, other, 0)));
+    EXPECT_EQ(session.last_error(), 0);
+}
+
+TEST_P(AddSubtract, ChecksOfTheClientFormComeInOrder) {
+    const auto empty = [&] { return session.host.new_instance("TRV_ClientPicture"); };
+    const ObjectRef source = session.client(session.picture(10, 10)), higher = session.client(session.picture(10, 11));
+    const ObjectRef purged = session.picture(5, 5);
+    const ObjectRef unlockable = session.client(purged);
+    pixels(purged).set_purged(true);
+    const auto code = [&](const ObjectRef& p, const ObjectRef& q) {
+        const Value result = session.invoke(std::string(GetParam().name) + "(extends cp", p, q, 0, false);
+        EXPECT_FALSE(object_in(result));
+        return session.last_error();
+    };
+    EXPECT_EQ(code({}, {}), 2);
+    EXPECT_EQ(code(unlockable, {}), GetParam().nil_code);
+    EXPECT_EQ(code(unlockable, unlockable), 4);
+    EXPECT_EQ(code(source, unlockable), GetParam().lock_code);
+    EXPECT_EQ(code(source, higher), GetParam().size_code);
+    EXPECT_EQ(code(empty(), empty()), 6);  // no pixels at all, of one size
+}
+
+TEST_P(AddSubtract, AClientResultThatCannotBeLockedIsReturnedUnpainted) {
+    const ObjectRef source = session.client(session.picture(3, 3));
+    session.host.faults.fail_at("lockPictureDescription", 3);  // behind the two sources'
+    const Value result = session.call(source, GetParam().name, source, 0, true);
+    EXPECT_TRUE(object_in(result));
+    EXPECT_EQ(session.last_error(), 6);
+}
+
+// The picture form promised the new host picture to its caller before it knew that there would be none.
+TEST_P(AddSubtract, AHostPictureThatCannotBeLockedIsNotDropped) {
+    const ObjectRef source = session.picture(3, 3);
+    const auto before = session.host.accounts();
+    session.host.faults.fail_at("lockPictureDescription", 3);
+    EXPECT_FALSE(picture_in(session.call(source, GetParam().name, source, 0)));
+    EXPECT_EQ(session.last_error(), 6);
+    EXPECT_EQ(session.host.accounts().pictures, before.pictures + 1);
+    EXPECT_EQ(session.host.accounts().picture_locks, 0);
+}
+
+TEST_P(AddSubtract, YieldsBetweenRowsByTheBudget) {
+    const ObjectRef source = session.picture(30, 13);
+    const auto yields = [&](int budget) {
+        const int before = session.host.yields();
+        session.call(source, GetParam().name, source, budget);
+        return session.host.yields() - before;
+    };
+    EXPECT_EQ(yields(100), 3);  // before rows 4, 8 and 12
+    EXPECT_EQ(yields(30), 12);
+    EXPECT_EQ(yields(1), 12);
+    EXPECT_EQ(yields(31), 6);
+    EXPECT_EQ(yields(2147483647), 0);
+    EXPECT_EQ(yields(0), 0);
+    EXPECT_EQ(yields(-1), 0);
+}
+
+TEST_P(AddSubtract, ArgumentsAreHeldWhileTheHostHasControl) {
+    ObjectRef source = session.picture(30, 13), other = session.picture(30, 13);
+    session.host.on_yield = [&] {
+        source = other = {};  // the program lets go of both
+        Value inner = session.call(session.picture(2, 2), GetParam().name, session.picture(2, 3), 0);
+    };
+    const Value result = session.call(source, GetParam().name, other, 1);
+    EXPECT_TRUE(picture_in(result));
+    EXPECT_TRUE(session.host.complaints().empty());
+}
+
+// Nothing that a host service throws passes through the plugin, and nothing stays locked.
+TEST_P(AddSubtract, WhatTheHostThrowsEndsTheCallWithNil) {
+    const ObjectRef source = session.picture(30, 13);
+    session.host.on_yield = [] { throw std::runtime_error("stop"); };
+    const Value result = session.call(source, GetParam().name, source, 1);
+    EXPECT_FALSE(picture_in(result));
+    EXPECT_EQ(session.host.accounts().picture_locks, 0);
+}
+
+TEST(AddSubtractValues, WrapAround) {
+    Session session;
+    const auto plain = [&](std::uint32_t color) {
+        const ObjectRef made = session.picture(1, 1);
+        write_pixel(pixels(made), 0, 0, color);
+        return made;
+    };
+    const auto result = [&](std::uint32_t a, const char* operation, std::uint32_t b) {
+        return read_pixel(*picture_in(session.call(plain(a), operation, plain(b), 0)), 0, 0);
+    };
+    EXPECT_EQ(result(0x80FF01, "TRV_Add", 0x80FF01), 0x00FE02u);
+    EXPECT_EQ(result(0xC8C8C8, "TRV_Add", 0x646464), 0x2C2C2Cu);
+    EXPECT_EQ(result(0x0A0A0A, "TRV_Subtract", 0x141414), 0xF6F6F6u);
+    EXPECT_EQ(result(0xFF123456, "TRV_Subtract", 0xFF123456), 0u);
+    EXPECT_EQ(result(0xFF000000, "TRV_Add", 0xFF000000), 0u);  // the top byte is not a channel
+}
+
 }  // namespace
 }  // namespace tarvo::test
