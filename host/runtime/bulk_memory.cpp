@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <deque>
+#include <limits>
 #include <new>
 
 namespace tarvo::host {
@@ -72,6 +73,7 @@ IdleMappings& idle_mappings() {
 }
 
 Mapping mapping_for(std::size_t size) {
+    if (size > std::numeric_limits<std::size_t>::max() - 2 * kHugePage) throw std::bad_alloc();
     const std::size_t capacity = (size + kHugePage - 1) / kHugePage * kHugePage;
     const Mapping idle = idle_mappings().take(capacity);
     return idle.address ? idle : map_aligned(capacity);

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 #include <cstring>
 #include <new>
 #include <vector>
@@ -89,7 +91,9 @@ TEST(BulkMemory, MovesWithItsBytes) {
 }
 
 TEST(BulkMemory, TooMuchIsAnError) {
-    EXPECT_THROW(BulkMemory(std::size_t{1} << (sizeof(std::size_t) * 8 - 2)), std::bad_alloc);
+    constexpr std::size_t kMost = std::numeric_limits<std::size_t>::max();
+    for (const std::size_t size : {kMost, kMost - 4096, kMost - (std::size_t{5} << 20)})
+        EXPECT_THROW(BulkMemory{size}, std::bad_alloc) << size;
 }
 
 }  // namespace

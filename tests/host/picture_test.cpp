@@ -115,8 +115,11 @@ TEST_F(Pictures, TheServiceMakesPlainWorldsOfTheUsualDepths) {
         EXPECT_EQ(picture(handle).plugin_references(), 1);
         expect_all(picture(handle), white(static_cast<int>(depth)));
     }
-    for (const long depth : {0L, 3L, 12L, 33L, -1L, 0x100000020L}) EXPECT_EQ(plugin_.new_picture(6, 5, depth), nullptr);
-    for (const long side : {0L, -1L, 32768L, 0x100000001L}) {
+    // Where a long is wider than 32 bits, the upper ones count too.
+    const long beyond_32_bits = sizeof(long) > 4 ? static_cast<long>(0x100000000LL) : -1;
+    for (const long depth : {0L, 3L, 12L, 33L, -1L, beyond_32_bits | 32})
+        EXPECT_EQ(plugin_.new_picture(6, 5, depth), nullptr);
+    for (const long side : {0L, -1L, 32768L, beyond_32_bits | 1}) {
         EXPECT_EQ(plugin_.new_picture(side, 5, 32), nullptr);
         EXPECT_EQ(plugin_.new_picture(5, side, 32), nullptr);
     }
