@@ -1,9 +1,9 @@
 #include "client_picture.h"
 
-#include <cstdlib>
 #include <limits>
 #include <utility>
 
+#include "client_memory.h"
 #include "error_state.h"
 #include "host_services.h"
 #include "picture.h"
@@ -13,7 +13,6 @@ namespace {
 
 using Data = TRV_ClientPicture_Data;
 
-// Property parameters are indices of fields in the data.
 enum Parameter : std::int32_t {
     kWidth = 1,
     kHeight = 2,
@@ -34,11 +33,6 @@ std::uint8_t* aligned(std::uint8_t* address) {
     return misaligned ? address + (kAlignment - misaligned) : address;
 }
 
-std::uint8_t* allocate_cleared(std::int64_t bytes) {
-    if (bytes > kMostBytes) return nullptr;
-    return static_cast<std::uint8_t*>(std::calloc(1, static_cast<std::size_t>(bytes)));
-}
-
 // The depth that the host reports for a picture; 0 when it refuses.
 std::int32_t depth_of(REALpictureStruct* picture) {
     REALpictureDescription description{};
@@ -57,9 +51,9 @@ void note_host_mask(Data& data) {
 }
 
 void free_own_memory(Data& data) {
-    std::free(std::exchange(data.buffer, nullptr));
+    DropClientMemory(std::exchange(data.buffer, nullptr));
     data.pixels = nullptr;
-    std::free(std::exchange(data.maskPixels, nullptr));
+    DropClientMemory(std::exchange(data.maskPixels, nullptr));
 }
 
 void drop_host_picture(Data& data) {
@@ -81,7 +75,7 @@ bool back_with_own_memory(Data& data, long width, long height, long depth, bool 
     // Fifteen pixels more than the width, rounded down: what rows have always been padded to.
     const std::int64_t row_bytes = (std::int64_t{width} + 15) * (depth / 8) / kAlignment * kAlignment;
     if (row_bytes > (kMostBytes - kSlack) / height) return false;
-    data.buffer = allocate_cleared(height * row_bytes + kSlack);
+    data.buffer = NewClientMemory(height * row_bytes + kSlack);
     if (!data.buffer) return false;
     data.pixels = aligned(data.buffer);
     data.rowBytes = static_cast<std::int32_t>(row_bytes);
@@ -90,7 +84,7 @@ bool back_with_own_memory(Data& data, long width, long height, long depth, bool 
     data.depth = static_cast<std::int32_t>(depth);
     if (!withMask) return true;
 
-    data.maskPixels = allocate_cleared(std::int64_t{width} * height);
+    data.maskPixels = NewClientMemory(std::int64_t{width} * height);
     if (!data.maskPixels) return true;  // then simply without a mask
     data.maskRowBytes = data.width;
     data.hasMask = 1;

@@ -18,6 +18,10 @@ inline std::int32_t truncate_to_int32(double value) {
 // Toward minus infinity, with the same limits.
 inline std::int32_t floor_to_int32(double value) { return truncate_to_int32(std::floor(value)); }
 
+// A factor or weight in 256ths and in 1024ths, fractions cut off: what loops over pixels multiply by.
+inline std::int32_t in_256ths(double factor) { return truncate_to_int32(factor * 256.0); }
+inline std::int32_t in_1024ths(double factor) { return truncate_to_int32(factor * 1024.0); }
+
 // Sums, differences and products of two's complement numbers, as the machine leaves them when they overflow.
 constexpr std::int32_t wrapping_add(std::int32_t a, std::int32_t b) {
     return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) + static_cast<std::uint32_t>(b));

@@ -1,8 +1,12 @@
 #include "picture.h"
 
+#include <limits>
 #include <utility>
 
+#include "client_memory.h"
+#include "host_reference.h"
 #include "host_services.h"
+#include "numbers.h"
 
 namespace {
 
@@ -39,23 +43,33 @@ private:
 
 }  // namespace
 
-TRV_Picture::TRV_Picture(REALpictureStruct* picture, bool asMask) { SetREALPicture(picture, asMask); }
+// Every constructor begins with the empty one, so that one that does not come to its end, because a host service throws,
+// gives back what it took.
 
-TRV_Picture::TRV_Picture(const TRV_ClientPicture_Data* data, bool asMask) {
+TRV_Picture::TRV_Picture(REALpictureStruct* picture, bool asMask) : TRV_Picture() { SetREALPicture(picture, asMask); }
+
+// The host picture is held: the program may let the client picture go of it while the host has control.
+TRV_Picture::TRV_Picture(const TRV_ClientPicture_Data* data, bool asMask) : TRV_Picture() {
     if (!data) return;
     if (data->pic) {
-        SetREALPicture(data->pic, asMask);
+        REALLockObject(data->pic);
+        HostReference<REALpictureStruct> held(data->pic);
+        SetREALPicture(held.get(), asMask);
+        if (picture_ == held.get()) {
+            ownsPicture_ = true;
+            held.release();
+        }
     } else {
         isMask_ = asMask;
         clientData_ = data;
     }
 }
 
-TRV_Picture::TRV_Picture(long width, long height, int depth, bool handOver) {
+TRV_Picture::TRV_Picture(long width, long height, int depth, bool handOver) : TRV_Picture() {
     SetNewPicture(width, height, depth, handOver);
 }
 
-TRV_Picture::TRV_Picture(const TRV_Picture& other, bool asMask) {
+TRV_Picture::TRV_Picture(const TRV_Picture& other, bool asMask) : TRV_Picture() {
     if (other.picture_) {
         SetREALPicture(other.picture_, asMask);
     } else if (other.clientData_) {
@@ -64,7 +78,9 @@ TRV_Picture::TRV_Picture(const TRV_Picture& other, bool asMask) {
     }
 }
 
-TRV_Picture::TRV_Picture(PixMap** pixMap) : fromPixMap_(true), pixMap_(pixMap) {
+TRV_Picture::TRV_Picture(PixMap** pixMap) : TRV_Picture() {
+    fromPixMap_ = true;
+    pixMap_ = pixMap;
     if (!pixMap_) return;
     const LockedHandle handle(pixMap_);
     if (!LockPixels(pixMap_)) {
@@ -77,8 +93,11 @@ TRV_Picture::TRV_Picture(PixMap** pixMap) : fromPixMap_(true), pixMap_(pixMap) {
 TRV_Picture::~TRV_Picture() {
     if (fromPixMap_) {
         if (pixMap_) UnlockPixels(pixMap_);
-    } else {
+        return;
+    }
+    try {
         Release();
+    } catch (...) {  // a host service threw while things end: there is nothing left to do
     }
 }
 
@@ -95,7 +114,7 @@ bool TRV_Picture::SetREALPicture(REALpictureStruct* picture, bool asMask) {
         case pictureDrawingCommands: return bind_drawing();
         case pictureMacintoshGWorld:
         case pictureHostPixelBuffer: return true;
-        default: return false;  // stays bound: its description is unlocked on release
+        default: isRefused_ = true; return false;  // stays bound: its description is unlocked on release
     }
 }
 
@@ -114,6 +133,8 @@ bool TRV_Picture::bind_mask_of(REALpictureStruct* picture) {
 // Renders the bound drawing into a new picture and binds that in its place. Until then the drawing stays bound, so that
 // every failure leaves it to be released.
 bool TRV_Picture::bind_drawing() {
+    constexpr std::int32_t kMostSide = std::numeric_limits<std::int16_t>::max();
+    if (description_.width > kMostSide || description_.height > kMostSide) return false;
     TRV_Picture rendered(description_.width, description_.height, 32, false);
     if (!rendered.holdsDescription_) return false;
     const REALpictureDescription canvas = rendered.description_;
@@ -141,14 +162,23 @@ bool TRV_Picture::SetNewPicture(long width, long height, int depth, bool handOve
     picture_ = REALNewPicture(width, height, depth);
     if (!picture_) return false;
     ownsPicture_ = !handOver;
+    newWidth_ = static_cast<std::int32_t>(width);
+    newHeight_ = static_cast<std::int32_t>(height);
     holdsDescription_ = REALLockPictureDescription(picture_, &description_) != 0;
     return true;
 }
 
 bool TRV_Picture::Lock() {
-    if (isLocked_) return false;
+    if (isLocked_ || !lock_pixels()) return false;
+    // A new picture of another size than was asked for would be walked by the sizes of the others.
+    if (newWidth_ == 0 || (width_ == newWidth_ && height_ == newHeight_)) return true;
+    Unlock();
+    return false;
+}
+
+bool TRV_Picture::lock_pixels() {
     if (picture_) {
-        if (!holdsDescription_) return false;
+        if (!holdsDescription_ || isRefused_) return false;
         switch (description_.kind) {
             case pictureMacintoshGWorld: return lock_pixel_map();
             case pictureCGBitmapContext: return isMask_ && lock_bitmap_context();  // masks alone may live in one
@@ -204,7 +234,7 @@ bool TRV_Picture::lock_pixel_buffer() {
     if (rowTableSource_) {
         width_ = rowTableSource_->width;
         height_ = rowTableSource_->height;
-        rowBytes_ = width_ * XRgb32::kBytes;
+        rowBytes_ = wrapping_multiply(width_, XRgb32::kBytes);  // told, not walked by
     }
     set_depth(32);
     isLocked_ = true;
@@ -217,6 +247,8 @@ bool TRV_Picture::lock_client_memory() {
     height_ = clientData_->height;
     rowBytes_ = isMask_ ? clientData_->maskRowBytes : clientData_->rowBytes;
     baseAddress_ = isMask_ ? clientData_->maskPixels : clientData_->pixels;
+    clientMemory_ = isMask_ ? clientData_->maskPixels : clientData_->buffer;
+    HoldClientMemory(clientMemory_);
     set_depth(isMask_ ? clientData_->maskDepth : clientData_->depth);
     isLocked_ = true;
     return true;
@@ -258,6 +290,7 @@ bool TRV_Picture::Unlock() {
         UnlockPixels(pixMap_);
         pixMap_ = nullptr;
     }
+    DropClientMemory(std::exchange(clientMemory_, nullptr));
     isLocked_ = false;
     forget_geometry();
     hRes_ = vRes_ = -1;
@@ -273,7 +306,8 @@ void TRV_Picture::Release() {
     }
     description_ = {};
     holdsDescription_ = false;
-    ownsPicture_ = false;
+    ownsPicture_ = isRefused_ = false;
+    newWidth_ = newHeight_ = 0;
     clientData_ = nullptr;
     rowTableSource_ = nullptr;
     forget_geometry();

@@ -19,6 +19,7 @@
 // operation and the place of the call, for whoever looks with a debugger; it changes nothing and may be null.
 class TRV_Picture {
 public:
+    TRV_Picture() = default;
     // A host picture, or, with `asMask`, its mask, which the host makes when there is none.
     TRV_Picture(REALpictureStruct* picture, bool asMask);
     // A client picture's image or mask: of its host picture when it has one, else its own memory.
@@ -60,7 +61,7 @@ public:
     std::int32_t rowBytes() const { return rowBytes_; }
     std::uint8_t* baseAddress() const { return baseAddress_; }
     bool hasResolution() const { return hasResolution_; }
-    // Dots per inch; -1 while unknown.
+    // Dots per inch; -1 while unknown, 0 once something has been released.
     std::int32_t hRes() const { return hRes_; }
     std::int32_t vRes() const { return vRes_; }
 
@@ -84,6 +85,10 @@ public:
     void GetPixelBits(long row, long column, std::span<PixelColor> colors, const char* caller) const;
     void SetPixelBits(long row, long column, std::span<const PixelColor> colors, const char* caller);
 
+    // A hint that a run will be read soon, for kernels that do not walk rows in the order of memory: processors see no
+    // pattern in theirs.
+    void WillRead(long row, long column, std::size_t count) const;
+
     // Copy `count` pixels from this image to another; both addresses are left behind the last pixel. Stored values of
     // equal depths (16 and 32 bits) are copied as they are, others go through colours.
     void CopyPixels(TRV_Picture& destination, void** source, void** target, long count, const char* caller) const;
@@ -91,6 +96,7 @@ public:
     void CopyMaskPixels(TRV_Picture& destination, void** source, void** target, long count, const char* caller) const;
 
 private:
+    bool lock_pixels();
     bool bind_mask_of(REALpictureStruct* picture);
     bool bind_drawing();
     bool lock_pixel_map();
@@ -108,11 +114,14 @@ private:
     REALpictureDescription description_{};
     bool holdsDescription_ = false;  // the host granted the lock of `description_`
     bool ownsPicture_ = false;       // our reference goes with the binding
+    bool isRefused_ = false;         // of a kind that operations do not take
     bool isMask_ = false;
     bool isLocked_ = false;
     bool fromPixMap_ = false;
     const TRV_ClientPicture_Data* clientData_ = nullptr;
+    std::uint8_t* clientMemory_ = nullptr;  // held while locked
     PixMap** pixMap_ = nullptr;
+    std::int32_t newWidth_ = 0, newHeight_ = 0;  // what a new picture was asked to be
 
     std::int32_t width_ = 0;
     std::int32_t height_ = 0;

@@ -58,6 +58,15 @@ void TRV_Picture::SetPixels(long row, long column, std::span<const PixelColor> c
     (streams_ ? encode_row_streaming : encode_row)(format_, colors.data(), first, colors.size());
 }
 
+void TRV_Picture::WillRead(long row, long column, std::size_t count) const {
+    constexpr std::size_t kCacheLine = 64;
+    const std::uint8_t* const start = RowStart(row);
+    if (!start || count == 0) return;
+    const std::uint8_t* const first = start + static_cast<std::ptrdiff_t>(column) * bytesPerPixel_;
+    const std::size_t bytes = count * static_cast<std::size_t>(bytesPerPixel_);
+    for (std::size_t offset = 0; offset < bytes; offset += kCacheLine) __builtin_prefetch(first + offset);
+}
+
 void TRV_Picture::GetPixelBits(long row, long column, std::span<PixelColor> colors, const char* caller) const {
     const std::uint8_t* const start = RowStart(row);
     if (bitsPerPixel_ == 0 || !start) return GetPixels(row, column, colors, caller);

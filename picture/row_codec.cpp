@@ -26,9 +26,6 @@ template <class Format>
 TARVO_ROW_CLONES void decode_xrgb32(const std::uint8_t* row, PixelColor* span, std::size_t count) {
     decode_as<XRgb32>(row, span, count);
 }
-TARVO_ROW_CLONES void decode_rgb24(const std::uint8_t* row, PixelColor* span, std::size_t count) {
-    decode_as<Rgb24>(row, span, count);
-}
 TARVO_ROW_CLONES void decode_rgb555(const std::uint8_t* row, PixelColor* span, std::size_t count) {
     decode_as<Rgb555>(row, span, count);
 }
@@ -38,14 +35,41 @@ TARVO_ROW_CLONES void decode_grey8(const std::uint8_t* row, PixelColor* span, st
 TARVO_ROW_CLONES void encode_xrgb32(const PixelColor* span, std::uint8_t* row, std::size_t count) {
     encode_as<XRgb32>(span, row, count);
 }
-TARVO_ROW_CLONES void encode_rgb24(const PixelColor* span, std::uint8_t* row, std::size_t count) {
-    encode_as<Rgb24>(span, row, count);
-}
 TARVO_ROW_CLONES void encode_rgb555(const PixelColor* span, std::uint8_t* row, std::size_t count) {
     encode_as<Rgb555>(span, row, count);
 }
 TARVO_ROW_CLONES void encode_grey8(const PixelColor* span, std::uint8_t* row, std::size_t count) {
     encode_as<Grey8>(span, row, count);
+}
+
+// Four pixels of three bytes are three words.
+constexpr std::size_t kGroup = 4;
+
+TARVO_ROW_CLONES void decode_rgb24(const std::uint8_t* __restrict row, PixelColor* __restrict span, std::size_t count) {
+    const std::size_t grouped = count - count % kGroup;
+    for (std::size_t x = 0; x < grouped; x += kGroup) {
+        const std::uint8_t* const at = row + x * Rgb24::kBytes;
+        const auto a = load_big_endian<std::uint32_t>(at);
+        const auto b = load_big_endian<std::uint32_t>(at + 4);
+        const auto c = load_big_endian<std::uint32_t>(at + 8);
+        span[x] = a >> 8;
+        span[x + 1] = (a << 16 | b >> 16) & 0xFFFFFF;
+        span[x + 2] = (b << 8 | c >> 24) & 0xFFFFFF;
+        span[x + 3] = c & 0xFFFFFF;
+    }
+    decode_as<Rgb24>(row + grouped * Rgb24::kBytes, span + grouped, count - grouped);
+}
+
+TARVO_ROW_CLONES void encode_rgb24(const PixelColor* __restrict span, std::uint8_t* __restrict row, std::size_t count) {
+    const std::size_t grouped = count - count % kGroup;
+    for (std::size_t x = 0; x < grouped; x += kGroup) {
+        std::uint8_t* const at = row + x * Rgb24::kBytes;
+        const PixelColor a = span[x], b = span[x + 1], c = span[x + 2], d = span[x + 3];
+        store_big_endian<std::uint32_t>(at, a << 8 | (b >> 16 & 0xFF));
+        store_big_endian<std::uint32_t>(at + 4, b << 16 | (c >> 8 & 0xFFFF));
+        store_big_endian<std::uint32_t>(at + 8, c << 24 | (d & 0xFFFFFF));
+    }
+    encode_as<Rgb24>(span + grouped, row + grouped * Rgb24::kBytes, count - grouped);
 }
 
 }  // namespace

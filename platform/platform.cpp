@@ -36,6 +36,8 @@ struct State {
     std::unordered_map<char*, std::unique_ptr<char[]>> blocks;
     GDevice device{};
     GDevice* device_pointer = &device;
+    PlatformScreenRefresh refresh_screen = nullptr;
+    void* refresh_context = nullptr;
 };
 
 // Never destroyed: objects of other libraries may end after this one.
@@ -170,7 +172,11 @@ char* NewPtr(std::int32_t size) {
 
 void DisposePtr(char* pointer) { state().blocks.erase(pointer); }
 
-GDHandle GetMainDevice() { return state().device.gdPMap ? &state().device_pointer : nullptr; }
+GDHandle GetMainDevice() {
+    State& live = state();
+    if (live.refresh_screen) live.refresh_screen(live.refresh_context);
+    return live.device.gdPMap ? &live.device_pointer : nullptr;
+}
 
 std::size_t CGBitmapContextGetWidth(CGContextRef context) {
     return context ? static_cast<std::size_t>(context->layout.width) : 0;
@@ -240,6 +246,11 @@ void PlatformSetMainDevice(GWorldPtr screen, std::int16_t left, std::int16_t top
     const Rect& bounds = screen->map.bounds;
     live.device.gdPMap = &screen->map_pointer;
     live.device.gdRect = {top, left, to_coordinate(top + bounds.bottom), to_coordinate(left + bounds.right)};
+}
+
+void PlatformSetScreenRefresh(PlatformScreenRefresh refresh, void* context) {
+    state().refresh_screen = refresh;
+    state().refresh_context = context;
 }
 
 PlatformCounts PlatformLiveObjects() {

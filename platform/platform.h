@@ -131,6 +131,10 @@ PLATFORM_API void PlatformDisposeBitmapContext(CGContextRef context);
 // Hands in the main screen, or takes it away (null). The world must outlive its being the main device. `origin` moves
 // the device's rectangle.
 PLATFORM_API void PlatformSetMainDevice(GWorldPtr screen, std::int16_t left, std::int16_t top);
+// Called by each GetMainDevice before it answers: brings the main screen's pixels up to date, and may hand in another screen
+// or take it away. Null for none.
+using PlatformScreenRefresh = void (*)(void* context);
+PLATFORM_API void PlatformSetScreenRefresh(PlatformScreenRefresh refresh, void* context);
 
 // How many worlds, contexts and locks (handles and pixels) live now: for tests.
 struct PlatformCounts {

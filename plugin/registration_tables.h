@@ -2,7 +2,7 @@
 
 #include "real_interface.h"
 
-// Registers the plugin's methods and classes with the host, in the order that programs' lists show.
+// Registers the plugin's methods and classes with the host, in the order of the tables.
 void RegisterEverything();
 
 // The groups, in that order, behind the two error methods.
@@ -12,6 +12,8 @@ void InstallClientPictureExtensions();
 void InstallScreenExtensions();
 void InstallGradientMethods();
 
-// What no host ever sees: a second entry routine, which nothing calls, and a class extension, which nothing registers.
+// What no host ever sees: a second entry routine, which nothing calls, and a class extension and a method, which nothing
+// registers.
 void PluginEntryXX();
 extern REALclassDefinition TRV_Screen_Extension;
+extern const REALmethodDefinition TRV_MakeFolderItem_Method;

@@ -45,7 +45,9 @@ Host::~Host() {
 Host* Host::current() { return current_host; }
 
 bool Host::load_plugin(const std::string& path, bool private_copy) {
-    const auto& library = plugins_.emplace_back(std::make_unique<PluginLibrary>(path, private_copy));
+    // For an old host a plugin rewrites its class records, which no later host could read.
+    const bool alone = private_copy || !reads_method_flags();
+    const auto& library = plugins_.emplace_back(std::make_unique<PluginLibrary>(path, alone));
     return start_plugin(library->entry());
 }
 

@@ -111,6 +111,8 @@ public:
     bool start_plugin(REALpluginMain entry);
     const Registry& registry() const { return registry_; }
     double version() const { return options_.version; }
+    // Versions below 5.9 read method records without their flags.
+    bool reads_method_flags() const { return version() >= 5.9; }
     int mask_depth() const { return options_.mask_depth; }
 
     // --- objects ---

@@ -4,6 +4,7 @@
 #include <memory>
 #include <span>
 
+#include "names.h"
 #include "object.h"
 
 // A class reference is an address and nothing more to plugins.
@@ -13,12 +14,6 @@ struct REALclassRefStruct {
 
 namespace tarvo::host {
 namespace {
-
-char lower(char letter) { return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter; }
-
-bool same_name(std::string_view a, std::string_view b) {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) { return lower(x) == lower(y); });
-}
 
 using References = std::vector<std::unique_ptr<REALclassRefStruct>>;
 

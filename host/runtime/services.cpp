@@ -280,7 +280,7 @@ struct Services {
 
     static void register_version(const Call& call, int version) { call.host.registry_.add_plugin_version(version); }
 
-    static void register_method(const Call& call, REALmethodDefinition* definition) {
+    static void register_method(const Call& call, const REALmethodDefinition* definition) {
         if (!definition || !call.host.registry_.add_method(*definition, records(call.host))) refuse_record(call);
     }
 
@@ -299,9 +299,7 @@ private:
     }
 
     static Registry::MethodRecords records(const Host& host) {
-        constexpr double kFirstVersionWithFlags = 5.9;
-        return host.version() < kFirstVersionWithFlags ? Registry::MethodRecords::without_flags
-                                                       : Registry::MethodRecords::with_flags;
+        return host.reads_method_flags() ? Registry::MethodRecords::with_flags : Registry::MethodRecords::without_flags;
     }
 
     static void refuse_record(const Call& call) { call.complain("the record is incomplete or registered already"); }

@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "host_reference.h"
+
 REALresolver gResolver = nullptr;
 REALresolver gResolverPPC = nullptr;
 
@@ -199,7 +201,6 @@ void ConvertCurrentMethodsToV6(REALclassDefinition* definition) {
 void SetClassConsoleSafe(REALclassDefinition* definition) { definition->flags |= REALconsoleSafe; }
 
 void ShowMessage(const char* text) {
-    REALstringStruct* const string = REALBuildString(text, static_cast<int>(std::strlen(text)));
-    REALMessageBox(string);
-    if (string) REALUnlockString(string);
+    const HostReference<REALstringStruct> string(REALBuildString(text, static_cast<int>(std::strlen(text))));
+    REALMessageBox(string.get());
 }

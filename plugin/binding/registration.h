@@ -156,6 +156,15 @@ private:
     const char* at_;
 };
 
+// The signature of the setter that goes with a getter: the same arguments, then the value.
+consteval Signature setter_of(const Signature& getter) {
+    Signature setter;
+    setter.add('v');
+    for (std::size_t i = 1; i < getter.count; ++i) setter.add(getter.letters[i]);
+    setter.add(getter.letters[0]);
+    return setter;
+}
+
 // Whose member a method is.
 enum class Owner { none, plugin_class, picture };
 
@@ -169,6 +178,27 @@ consteval const char* fitting(const char* declaration) {
     if (!(DeclarationReader(declaration).read(self_letter(owner)) == signature_of(Function)))
         throw "the declaration does not fit the function";
     return declaration;
+}
+
+consteval Signature declared_as_picture(Signature signature) {
+    if (signature.letters[0] != 'o') throw "the function gives no client picture";
+    signature.letters[0] = 'p';
+    return signature;
+}
+
+// A declaration that fits but for its result: it says picture where the function gives a client picture.
+template <auto Function>
+consteval const char* fitting_but_for_result(const char* declaration) {
+    if (!(DeclarationReader(declaration).read(self_letter(Owner::none)) == declared_as_picture(signature_of(Function))))
+        throw "the declaration does not fit the function";
+    return declaration;
+}
+
+// The declaration of an assignable method, when the getter fits it and the setter fits the getter.
+template <auto Getter, auto Setter, Owner owner>
+consteval const char* fitting_both(const char* declaration) {
+    if (!(setter_of(signature_of(Getter)) == signature_of(Setter))) throw "the setter does not fit the getter";
+    return fitting<Getter, owner>(declaration);
 }
 
 // --- the boundary ----------------------------------------------------------------------------------------------------
@@ -201,11 +231,22 @@ struct Boundary<Function> {
             registration::fitting<&function, registration::Owner::none>(declaration), 0                  \
     }
 
+// A global method that gives a client picture and is declared to give a picture, which programs then use it as.
+#define TRV_METHOD_DECLARED_AS_PICTURE(function, declaration) \
+    { TRV_ENTRY(function), nullptr, registration::fitting_but_for_result<&function>(declaration), 0 }
+
 // A member of a class of the plugin's: the instance is the function's first argument.
 #define TRV_MEMBER(function, declaration, flags)                                                          \
     {                                                                                                     \
         TRV_ENTRY(function), nullptr,                                                                     \
             registration::fitting<&function, registration::Owner::plugin_class>(declaration), flags      \
+    }
+
+// A member that can also be assigned to: the setter takes the getter's arguments, then the value.
+#define TRV_ASSIGNABLE_MEMBER(getter, setter, declaration, flags)                                                    \
+    {                                                                                                                \
+        TRV_ENTRY(getter), TRV_ENTRY(setter),                                                                        \
+            registration::fitting_both<&getter, &setter, registration::Owner::plugin_class>(declaration), flags      \
     }
 
 // A method of the host's picture class: the picture is the function's first argument.

@@ -7,6 +7,17 @@
 #include "forms.h"
 #include "region.h"
 
+// Whether the arguments for red, green and blue are in range, both bounds included; what is not a number passes. If not,
+// leaves code 40, 41 or 42, of the first that is out of range.
+template <class Number>
+bool ChannelsInRange(Number low, Number high, Number red, Number green, Number blue) {
+    const auto outside = [&](Number value) { return value < low || value > high; };
+    if (outside(red)) return SetError(ErrorCode::red), false;
+    if (outside(green)) return SetError(ErrorCode::green), false;
+    if (outside(blue)) return SetError(ErrorCode::blue), false;
+    return true;
+}
+
 // Whether a result gets a copy of the source's mask.
 enum class SourceMask { copied, left_behind };
 
@@ -24,7 +35,8 @@ typename Form::Handle adjust_region(const Form& form, typename Form::Handle p, R
     const bool copies_mask = mask == SourceMask::copied && source.HasMask();
     return form.produce(source.width(), source.height(), result_depth(source), copies_mask, [&](TRV_Picture& result) {
         paint(source, result, region);
-        if (copies_mask) CopySourceMask(source, result, caller);
+        // Asked again: the program may have taken the mask away while the host had control.
+        if (copies_mask && source.HasMask()) CopySourceMask(source, result, caller);
     });
 }
 
@@ -44,12 +56,12 @@ typename Form::Handle adjust_with_mask(const Form& form, typename Form::Handle p
                         [&](TRV_Picture& result) { paint(source, mask, result); });
 }
 
-// Locks the source and selects the region; `measure(source, region)`, without a result picture.
-template <class Form, class Measure>
-void measure_region_of(const Form& form, typename Form::Handle p, REALobjectStruct* rect, Measure measure) {
-    TRV_Picture source = form.bind(p);
-    if (!source.Lock()) return SetError(ErrorCode::source_lock);
-    const Region region = SelectRegion(source, rect);
+// Locks the picture and selects the region; `visit(picture, region)`, without a result picture.
+template <class Form, class Visit>
+void visit_region_of(const Form& form, typename Form::Handle p, REALobjectStruct* rect, Visit visit) {
+    TRV_Picture picture = form.bind(p);
+    if (!picture.Lock()) return SetError(ErrorCode::source_lock);
+    const Region region = SelectRegion(picture, rect);
     if (region.empty()) return SetError(ErrorCode::selection);
-    measure(source, region);
+    visit(picture, region);
 }

@@ -8,22 +8,28 @@
 
 #include "client_picture.h"
 #include "error_state.h"
+#include "host_reference.h"
 #include "picture.h"
 
 // Host pictures in and out.
 struct PictureForm {
     using Handle = REALpictureStruct*;
 
+    // Left when the result cannot be locked.
+    ErrorCode refusal = ErrorCode::result_lock;
+
     static TRV_Picture bind(Handle picture) { return TRV_Picture(picture, false); }
 
     // Makes the result and has it painted. `withMask` is for the other form: here, binding the result's mask makes one.
     template <class Paint>
     Handle produce(std::int32_t width, std::int32_t height, std::int32_t depth, bool /*withMask*/, Paint paint) const {
+        HostReference<REALpictureStruct> made;
         TRV_Picture result(width, height, depth, true);
         // The host picture is not dropped here: it was promised to the caller.
-        if (!result.Lock()) return Fail(ErrorCode::result_lock);
+        if (!result.Lock()) return Fail(refusal);
+        made.reset(result.picture());  // painting may throw what the host throws
         paint(result);
-        return result.picture();
+        return made.release();
     }
 };
 
@@ -39,13 +45,13 @@ struct ClientForm {
 
     template <class Paint>
     Handle produce(std::int32_t width, std::int32_t height, std::int32_t depth, bool withMask, Paint paint) const {
-        const Handle made = TRV_ClientPicture_new(width, height, depth, withMask, as_picture);
-        TRV_Picture result = bind(made);
-        if (result.Lock())
+        HostReference<REALobjectStruct> made(TRV_ClientPicture_new(width, height, depth, withMask, as_picture));
+        TRV_Picture result = bind(made.get());
+        if (result.Lock() && result.width() == width && result.height() == height)
             paint(result);
         else
             SetError(ErrorCode::result_lock);  // the unpainted client picture is returned all the same
-        return made;
+        return made.release();
     }
 };
 

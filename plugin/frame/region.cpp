@@ -3,7 +3,7 @@
 #include "rectangle.h"
 
 Region SelectRegion(const TRV_Picture& picture, REALobjectStruct* rectangle) {
-    const Region whole = {0, 0, picture.width() - 1, picture.height() - 1};
+    const Region whole = whole_of(picture);
     const TRV_Rectangle_Data* const data = TRV_Rectangle_GetData(rectangle);
     if (!data) return whole;
     return {std::max(data->left, whole.left), std::max(data->top, whole.top), std::min(data->right(), whole.right),

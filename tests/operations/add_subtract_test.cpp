@@ -192,13 +192,42 @@ TEST_P(AddSubtract, ArgumentsAreHeldWhileTheHostHasControl) {
     EXPECT_TRUE(session.host.complaints().empty());
 }
 
-// Nothing that a host service throws passes through the plugin, and nothing stays locked.
+// Nothing that a host service throws passes through the plugin, and nothing is left of the call.
 TEST_P(AddSubtract, WhatTheHostThrowsEndsTheCallWithNil) {
-    const ObjectRef source = session.picture(30, 13);
+    const ObjectRef source = session.picture(30, 13), client = session.client(source);
     session.host.on_yield = [] { throw std::runtime_error("stop"); };
-    const Value result = session.call(source, GetParam().name, source, 1);
-    EXPECT_FALSE(picture_in(result));
-    EXPECT_EQ(session.host.accounts().picture_locks, 0);
+    const auto before = session.host.accounts();
+    EXPECT_FALSE(object_in(session.call(source, GetParam().name, source, 1)));
+    for (const bool as_picture : {false, true})
+        EXPECT_FALSE(object_in(session.call(client, GetParam().name, client, 1, as_picture)));
+    EXPECT_EQ(session.host.accounts(), before);
+    EXPECT_TRUE(session.host.complaints().empty());
+}
+
+// The program empties the client pictures while it has control: the operation still has what it began with.
+TEST_P(AddSubtract, ClientPicturesCanBeEmptiedWhileTheHostHasControl) {
+    for (const bool as_picture : {false, true}) {
+        const ObjectRef a = random_picture(session, random, {.depth = 24}, 30, 13);
+        const ObjectRef b = random_picture(session, random, {.depth = 24}, 30, 13);
+        const PlainImage once = judge(GetParam(), read_image(pixels(a)), read_image(pixels(b)));
+        const auto before = session.host.accounts();
+        {
+            // Made by an operation, each is the only holder of its memory or host picture.
+            const ObjectRef first = object_in(
+                session.call(session.client(a), GetParam().name, session.client(b), 0, as_picture));
+            const ObjectRef second = object_in(
+                session.call(session.client(a), GetParam().name, session.client(b), 0, as_picture));
+            session.host.on_yield = [&] {
+                session.call(first, "operator_convert", nullptr);
+                session.call(second, "operator_convert", nullptr);
+            };
+            const Value result = session.call(first, GetParam().name, second, 1, false);
+            session.host.on_yield = nullptr;
+            EXPECT_EQ(difference(pixels(session.picture_of(object_in(result))), judge(GetParam(), once, once), 24), "");
+        }
+        EXPECT_EQ(session.host.accounts(), before);
+        EXPECT_TRUE(session.host.complaints().empty());
+    }
 }
 
 TEST(AddSubtractValues, WrapAround) {

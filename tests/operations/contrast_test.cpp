@@ -380,14 +380,12 @@ TEST_P(ClientContrast, GivesWhatThePictureFormGives) {
 
 TEST_P(ClientContrast, AResultThatCannotBeLockedIsReturnedUnpainted) {
     const ObjectRef client = session.client(plain(0x808080));
-    // The third lock is the result's: the second is the source's mask, asked for without being made.
-    const ObjectRef unlocked_source = session.client(session.picture(3, 2));
     const Value nothing = session.call(client, "TRV_AdjustContrast", session.rectangle(7, 7, 1, 1), Color{0}, 1.0, 1.0,
                                        1.0, 0, GetParam());
     EXPECT_FALSE(object_in(nothing));
     EXPECT_EQ(session.last_error(), 38);
     if (!GetParam()) return;
-    session.host.faults.fail_at("lockPictureDescription", 2);
+    session.host.faults.fail_at("lockPictureDescription", 2);  // behind the source's
     const Value unpainted =
         session.call(client, "TRV_AdjustContrast", nullptr, Color{0}, 1.0, 1.0, 1.0, 0, GetParam());
     EXPECT_TRUE(object_in(unpainted));

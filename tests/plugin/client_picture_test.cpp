@@ -130,6 +130,12 @@ TEST(ClientPictureMask, IsConvertedByTheRulesForMasks) {
     }
 }
 
+TEST_F(ClientPicture, ConvertsAMaskOnlyWhereTheFlagSaysSo) {
+    const ObjectRef client = own_memory(session.picture(5, 3));
+    data(client).hasMask = 0;
+    EXPECT_FALSE(pixels(session.picture_of(client)).mask());
+}
+
 TEST_F(ClientPicture, ConversionClearsTheErrorCode) {
     session.call(session.picture(1, 1), "TRV_Add", session.picture(2, 1), 0);
     EXPECT_EQ(session.last_error(), 20);
@@ -146,6 +152,7 @@ TEST_F(ClientPicture, ConvertingAgainReplacesWhatWasHeld) {
         EXPECT_EQ(get(client, "width"), 7);
         EXPECT_EQ(get(client, "depth"), 16);
         EXPECT_EQ(get(client, "maskDepth"), 0);
+        EXPECT_EQ(get(client, "maskRowBytes"), 0);
         EXPECT_EQ(data(client).buffer, nullptr);
         EXPECT_EQ(data(client).maskPixels, nullptr);
         EXPECT_EQ(data(client).hasMask, 1);  // not reset

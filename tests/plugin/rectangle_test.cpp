@@ -128,10 +128,14 @@ TEST_F(Rectangle, ContainsAndIntersectsByInclusiveEdges) {
     EXPECT_TRUE(is(r, "Contains", session.rectangle(0, 0, 10, 10)));
     EXPECT_TRUE(is(r, "Contains", session.rectangle(9, 9, 1, 1)));
     EXPECT_FALSE(is(r, "Contains", session.rectangle(9, 9, 2, 1)));
+    EXPECT_FALSE(is(r, "Contains", session.rectangle(9, 9, 1, 2)));
     EXPECT_FALSE(is(r, "Contains", session.rectangle(-1, 0, 2, 2)));
+    EXPECT_FALSE(is(r, "Contains", session.rectangle(0, -1, 2, 2)));
     EXPECT_TRUE(is(r, "Contains", session.rectangle(5, 5, 0, 0)));  // no check of validity
     EXPECT_TRUE(is(r, "Intersects", session.rectangle(9, 9, 5, 5)));
     EXPECT_FALSE(is(r, "Intersects", session.rectangle(10, 9, 5, 5)));
+    EXPECT_FALSE(is(r, "Intersects", session.rectangle(9, 10, 5, 5)));
+    EXPECT_FALSE(is(r, "Intersects", session.rectangle(0, -5, 5, 5)));
     EXPECT_TRUE(is(r, "Intersects", session.rectangle(-4, -4, 5, 5)));
     EXPECT_FALSE(is(r, "Intersects", session.rectangle(-4, -4, 4, 5)));
 }
@@ -164,6 +168,14 @@ TEST_F(Rectangle, TheMessageBoxTellsEverything) {
     EXPECT_EQ(message_of(session.rectangle(kLeast, kLeast, kLeast, kLeast)),
               "left: -2147483648 top: -2147483648 right: -1 bottom: -1\n"
               "width: -2147483648 height: -2147483648\nvalid");  // the edges wrap, and decide
+    EXPECT_TRUE(message_of(session.rectangle(0, 0, 1, 0)).ends_with("\ninvalid"));
+    EXPECT_TRUE(message_of(session.rectangle(0, 0, 0, 1)).ends_with("\ninvalid"));
+    EXPECT_EQ(session.host.accounts().strings, 0);
+}
+
+TEST_F(Rectangle, ABoxThatThrowsLeavesNoText) {
+    session.host.on_message_box = [](const std::string&) { throw std::runtime_error("no screen"); };
+    session.call(session.rectangle(0, 0, 1, 1), "MessageBox");
     EXPECT_EQ(session.host.accounts().strings, 0);
 }
 

@@ -71,6 +71,7 @@ void scribble(Picture& picture, Random& random) {
         };
         return;
     }
+    if (!picture.row(0)) return;  // a refused kind has no pixels
     const std::size_t bytes = picture.packed_row_bytes() + static_cast<std::size_t>(picture.options().row_padding);
     for (int y = 0; y < picture.height(); ++y)
         for (std::size_t i = 0; i < bytes; ++i) picture.row(y)[i] = static_cast<std::uint8_t>(random());

@@ -32,6 +32,11 @@ std::uint32_t each_channel(Function function) {
            static_cast<std::uint32_t>(function(0));
 }
 
+// What a colour is once it has been stored at that depth, 16, 24 or 32, and read again.
+inline std::uint32_t once_stored(std::uint32_t color, int depth) {
+    return depth == 16 ? color & 0xF8F8F8 : depth == 24 ? color & 0xFFFFFF : color;
+}
+
 // A pixel as whole-pixel access reads it. `as_mask`: as of a picture bound as mask.
 std::uint32_t read_pixel(const host::Picture& picture, int x, int y, bool as_mask = false);
 // Stores a colour as whole-pixel access writes it; depths that take no writes stay.

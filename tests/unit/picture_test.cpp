@@ -5,7 +5,9 @@
 #include <gtest/gtest.h>
 
 #include <random>
+#include <utility>
 
+#include "client_memory.h"
 #include "host.h"
 #include "plain_image.h"
 #include "plugin_entry.h"
@@ -105,6 +107,7 @@ TEST_F(LockedPicture, BitmapContextsAreReachedAsMasksOnly) {
     ASSERT_TRUE(mask.Lock());
     EXPECT_EQ(mask.depth(), 8);
     EXPECT_EQ(mask.hRes(), 72);
+    EXPECT_EQ(mask.vRes(), 72);
     EXPECT_EQ(mask.GetPixel(1L, 3L, nullptr), read_pixel(of(context), 3, 1, true));
 
     TRV_Picture refused(handle(context), false);
@@ -157,21 +160,39 @@ TEST_F(LockedPicture, DrawingsAreRenderedIntoAPictureOfTheirOwn) {
     EXPECT_EQ(host.accounts(), before);
 }
 
-TEST_F(LockedPicture, ADrawingThatThrowsLeavesNothingBehind) {
+TEST_F(LockedPicture, DrawingsLeaveTheCurrentWorldAsItWasAlsoWhenTheyThrow) {
     const ObjectRef drawing = host.new_picture({.width = 6, .height = 5, .backing = Backing::drawing_commands});
-    const ObjectRef elsewhere = make({.width = 2, .height = 2});
-    GWorldPtr current = nullptr, saved = nullptr;
-    GDHandle device = nullptr;
-    GetGWorld(&saved, &device);
-    host.on_draw = [] { throw std::runtime_error("out of ink"); };
-    const auto before = host.accounts();
-    {
-        TRV_Picture locked(handle(drawing), false);
-        EXPECT_FALSE(locked.Lock());
+    std::vector<std::uint8_t> bytes(16);
+    const PixelLayout layout = {bytes.data(), 2, 2, 32, 8, 72};
+    const GWorldPtr elsewhere = PlatformNewGWorld(&layout, nullptr, 0);
+    SetGWorld(elsewhere, nullptr);
+    for (const bool throws : {false, true}) {
+        host.on_draw = [throws] {
+            if (throws) throw std::runtime_error("out of ink");
+        };
+        const auto before = host.accounts();
+        {
+            TRV_Picture locked(handle(drawing), false);
+            EXPECT_EQ(locked.Lock(), !throws);
+        }
+        EXPECT_EQ(host.accounts(), before);
+        GWorldPtr current = nullptr;
+        GDHandle device = nullptr;
+        GetGWorld(&current, &device);
+        EXPECT_EQ(current, elsewhere);
     }
-    EXPECT_EQ(host.accounts(), before);
-    GetGWorld(&current, &device);
-    EXPECT_EQ(current, saved);
+    PlatformDisposeGWorld(elsewhere);
+}
+
+TEST_F(LockedPicture, BindingAWorldAfterAPixelBufferForgetsTheRowTable) {
+    const ObjectRef buffer = make({.width = 3, .height = 2, .backing = Backing::pixel_buffer});
+    const ObjectRef world = make({.width = 3, .height = 2, .depth = 16});
+    TRV_Picture locked(handle(buffer), false);
+    ASSERT_TRUE(locked.Lock());
+    ASSERT_TRUE(locked.SetREALPicture(handle(world), false));
+    ASSERT_TRUE(locked.Lock());
+    EXPECT_EQ(locked.RowStart(1), of(world).row(1));
+    EXPECT_EQ(locked.GetPixel(1L, 2L, nullptr), read_pixel(of(world), 2, 1));
 }
 
 TEST_F(LockedPicture, AskingForTheMaskMakesOne) {
@@ -538,20 +559,30 @@ TEST_F(LockedPicture, MaskLevelsAreConvertedByTheirOwnRules) {
 
 // --- client memory ---------------------------------------------------------------------------------------------------
 
+// The data of a client picture with memory of its own, 2 x 2 at 24 bits.
+struct OwnMemory {
+    OwnMemory() {
+        data.width = data.height = 2;
+        data.depth = 24;
+        data.buffer = data.pixels = NewClientMemory(64 * 2);
+        data.rowBytes = 64;
+        data.hasMask = 1;
+        data.maskDepth = 8;
+        data.maskPixels = NewClientMemory(4);
+        data.maskRowBytes = 2;
+    }
+    ~OwnMemory() { drop(); }
+    void drop() {
+        DropClientMemory(std::exchange(data.buffer, nullptr));
+        DropClientMemory(std::exchange(data.maskPixels, nullptr));
+    }
+    TRV_ClientPicture_Data data = {};
+};
+
 TEST_F(LockedPicture, ClientMemoryAndItsMask) {
-    std::vector<std::uint8_t> image(64 * 2, 0x11), levels = {1, 2, 3, 4};
-    const TRV_ClientPicture_Data data = {.width = 2,
-                                         .height = 2,
-                                         .depth = 24,
-                                         .buffer = image.data(),
-                                         .pixels = image.data(),
-                                         .rowBytes = 64,
-                                         .hasMask = 1,
-                                         .maskDepth = 8,
-                                         .maskPixels = levels.data(),
-                                         .maskRowBytes = 2,
-                                         .pic = nullptr};
-    TRV_Picture locked(&data, false);
+    OwnMemory own;
+    own.data.maskPixels[2] = 3;
+    TRV_Picture locked(&own.data, false);
     EXPECT_TRUE(locked.HasMask());
     ASSERT_TRUE(locked.Lock());
     EXPECT_EQ(locked.depth(), 24);
@@ -559,11 +590,24 @@ TEST_F(LockedPicture, ClientMemoryAndItsMask) {
     EXPECT_EQ(locked.bitsPerPixel(), 0);
     EXPECT_FALSE(locked.hasResolution());
     locked.SetPixel(1L, 1L, 0xABCDEF, nullptr);
-    EXPECT_EQ(image[64 + 3], 0xAB);
+    EXPECT_EQ(own.data.pixels[64 + 3], 0xAB);
     TRV_Picture mask(locked, true);
     ASSERT_TRUE(mask.Lock());
     EXPECT_EQ(mask.depth(), 8);
     EXPECT_EQ(mask.GetPixel(1L, 0L, nullptr), 0x030303u);
+    own.data.hasMask = 0;
+    EXPECT_FALSE(locked.HasMask());  // the flag counts, not the memory
+}
+
+TEST_F(LockedPicture, LockedClientMemoryOutlivesItsInstance) {
+    OwnMemory own;
+    TRV_Picture locked(&own.data, false), mask(&own.data, true);
+    ASSERT_TRUE(locked.Lock() && mask.Lock());
+    own.drop();
+    locked.SetPixel(1L, 1L, 0x123456, nullptr);
+    EXPECT_EQ(locked.GetPixel(1L, 1L, nullptr), 0x123456u);
+    mask.SetPixel(0L, 0L, 7, nullptr);
+    EXPECT_EQ(mask.GetPixel(0L, 0L, nullptr), 0x070707u);
 }
 
 TEST_F(LockedPicture, AMissingClientMaskReadsZeroAndTakesNoWrites) {

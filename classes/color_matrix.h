@@ -1,0 +1,16 @@
+#pragma once
+
+// TRV_ColorMatrix: nine numbers by which programs mix the channels of colours.
+
+#include "real_interface.h"
+
+// Row i is what the source's channel i adds to red, green and blue. The identity when new.
+struct TRV_ColorMatrix_Data {
+    double m[3][3];
+};
+static_assert(sizeof(TRV_ColorMatrix_Data) == 72);
+
+extern REALclassDefinition TRV_ColorMatrix_Class;
+
+// The data of an instance; null for nil.
+TRV_ColorMatrix_Data* TRV_ColorMatrix_GetData(REALobjectStruct* matrix);

@@ -1,0 +1,15 @@
+#pragma once
+
+// The tool's commands, a file each. Each adds itself to the command line and runs when the line that names it is
+// parsed; what it throws (CommandError, host::FileError) ends the tool.
+
+#include <CLI/App.hpp>
+
+namespace tarvo::cli {
+
+void add_apply_command(CLI::App& tool);
+void add_capture_command(CLI::App& tool);  // in builds that can see a screen
+void add_convert_command(CLI::App& tool);
+void add_list_command(CLI::App& tool);
+
+}  // namespace tarvo::cli

@@ -1,0 +1,48 @@
+// tarvo convert: a picture file in another format.
+
+#include <CLI/App.hpp>
+
+#include <iostream>
+#include <memory>
+#include <string>
+
+#include "commands.h"
+#include "picture_io.h"
+#include "plugin_session.h"
+
+namespace tarvo::cli {
+namespace {
+
+constexpr const char* kFormats =
+    "Files: .png .jpg .jpeg .pbm .pgm .ppm .pam, and .trv for the string that TRV_ConvertToString makes and\n"
+    "TRV_ConvertToPicture takes.";
+
+struct ConvertOptions {
+    PluginOptions plugin;
+    std::string input, output;
+    bool keep_depth = false;
+};
+
+void convert(const ConvertOptions& options) {
+    check_output_name(options.output);
+    PluginSession session(options.plugin);
+    const host::ObjectRef picture = read_picture(session, options.input, options.keep_depth);
+    if (write_picture(session, picture, options.output).mask_left_out)
+        std::cerr << "note: " << options.output << " has no transparency: the mask is left out\n";
+}
+
+}  // namespace
+
+void add_convert_command(CLI::App& tool) {
+    const auto options = std::make_shared<ConvertOptions>();
+    CLI::App* command = tool.add_subcommand("convert", "Write a picture file in another format");
+    command->footer(kFormats);
+    command->add_option("IN", options->input, "the picture file")->required();
+    command->add_option("-o,--output", options->output, "the file for the result")->type_name("OUT")->required();
+    command->add_flag("--keep-depth", options->keep_depth,
+                      "read black-and-white, grey and palette files as pictures of 1 and 8 bits");
+    add_plugin_options(*command, options->plugin);
+    command->callback([options] { convert(*options); });
+}
+
+}  // namespace tarvo::cli

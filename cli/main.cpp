@@ -1,0 +1,59 @@
+// tarvo: a person's tool for the plugin's operations.
+
+#include <CLI/App.hpp>
+#include <CLI/Config.hpp>
+#include <CLI/Formatter.hpp>
+
+#include <exception>
+#include <iostream>
+#include <string>
+
+#include "command_error.h"
+#include "commands.h"
+#include "file_error.h"
+
+namespace {
+
+using tarvo::cli::CommandError;
+using tarvo::cli::ExitStatus;
+
+constexpr const char* kExitStatuses =
+    "Exit status:\n"
+    "  0  fine\n"
+    "  1  an operation failed, or the plugin refused the host; nothing was written\n"
+    "  2  wrong usage, or an error in the text of a call\n"
+    "  3  a file that cannot be read or written";
+
+ExitStatus fail(ExitStatus status, const std::string& message) {
+    std::cerr << "tarvo: " << message << '\n';
+    return status;
+}
+
+ExitStatus run(int argc, char** argv) {
+    CLI::App tool("Applies the picture operations of Tarvo Graphics to picture files.", "tarvo");
+    tool.footer(kExitStatuses);
+    tool.require_subcommand(1);
+    tarvo::cli::add_apply_command(tool);
+#ifdef TARVO_SCREEN
+    tarvo::cli::add_capture_command(tool);
+#endif
+    tarvo::cli::add_convert_command(tool);
+    tarvo::cli::add_list_command(tool);
+    try {
+        tool.parse(argc, argv);
+        if (!std::cout.flush()) return fail(ExitStatus::file_error, "the output cannot be written");
+        return ExitStatus::fine;
+    } catch (const CLI::ParseError& error) {
+        return tool.exit(error) == 0 ? ExitStatus::fine : ExitStatus::wrong_usage;
+    } catch (const CommandError& error) {
+        return fail(error.status(), error.what());
+    } catch (const tarvo::host::FileError& error) {
+        return fail(ExitStatus::file_error, error.what());
+    } catch (const std::exception& error) {
+        return fail(ExitStatus::operation_failed, error.what());
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) { return static_cast<int>(run(argc, argv)); }

@@ -1,0 +1,184 @@
+#include "operation.h"
+
+#include <algorithm>
+#include <chrono>
+#include <variant>
+
+#include "command_error.h"
+#include "names.h"
+#include "picture_io.h"
+
+namespace tarvo::cli {
+
+using host::Callable;
+using host::Literal;
+using host::ObjectRef;
+using host::Parameter;
+using host::TypeKind;
+using host::Value;
+
+namespace {
+
+CommandError call_error(const std::string& text, std::size_t column, const std::string& message) {
+    std::string line = text;
+    std::ranges::replace_if(
+        line, [](char c) { return static_cast<unsigned char>(c) < ' '; }, ' ');
+    return {ExitStatus::wrong_usage, message + "\n  " + line + "\n  " + std::string(column - 1, ' ') + '^'};
+}
+
+// The methods that a call can mean, by its name and the number of its arguments.
+class Meanings {
+public:
+    Meanings(const host::Caller& caller, const CallExpression& call) {
+        bool known = false;
+        for (const Callable& callable : caller.callables())
+            if (host::same_name(callable.declaration.name, call.name)) {
+                known = true;
+                plain_ = plain_ && callable.owner.empty() && !callable.extends();
+            }
+        plain_ = plain_ && known;
+        for (const Callable& callable : caller.callables())
+            if (host::same_name(callable.declaration.name, call.name) && takes(callable, call.arguments.size()))
+                callables_.push_back(&callable);
+    }
+
+    // True when the call has no object.
+    bool plain() const { return plain_; }
+
+    bool declares_result() const {
+        return std::ranges::any_of(callables_, [](const Callable* c) { return c->declaration.result.has_value(); });
+    }
+
+    // The ByRef parameter that the argument is for; null when it is for none.
+    const Parameter* output(std::size_t argument) const {
+        return find(argument, [](const Parameter& parameter) { return parameter.by_ref; });
+    }
+
+    bool wants_object(std::size_t argument) const {
+        return find(argument, [](const Parameter& parameter) { return parameter.type.kind == TypeKind::object; });
+    }
+
+private:
+    std::size_t first_parameter() const { return plain_ ? 0 : 1; }
+
+    bool takes(const Callable& callable, std::size_t arguments) const {
+        const bool has_object = !callable.owner.empty() || callable.extends();
+        const std::size_t count = arguments + first_parameter();
+        if (has_object == plain_ || count > callable.parameters.size()) return false;
+        return count == callable.parameters.size() || callable.parameters[count].default_value;
+    }
+
+    template <class Test>
+    const Parameter* find(std::size_t argument, Test test) const {
+        for (const Callable* callable : callables_) {
+            const Parameter& parameter = callable->parameters[argument + first_parameter()];
+            if (test(parameter)) return &parameter;
+        }
+        return nullptr;
+    }
+
+    bool plain_ = true;
+    std::vector<const Callable*> callables_;
+};
+
+// Makes the values that the arguments stand for.
+class ArgumentReader {
+public:
+    ArgumentReader(PluginSession& session, const Operation& operation, const Meanings& meanings, bool keep_depth)
+        : session_(session), operation_(operation), meanings_(meanings), keep_depth_(keep_depth) {}
+
+    std::vector<Value> read() {
+        std::vector<Value> values;
+        for (index_ = 0; index_ < operation_.call.arguments.size(); ++index_)
+            values.push_back(std::visit(*this, operation_.call.arguments[index_].value));
+        return values;
+    }
+
+    Value operator()(const Literal& literal) {
+        const auto* text = std::get_if<std::string>(&literal);
+        if (text && meanings_.wants_object(index_)) return picture(*text);
+        // A variable of the right type for what comes back.
+        const Parameter* output = meanings_.output(index_);
+        const auto* integer = std::get_if<std::int32_t>(&literal);
+        if (integer && output && output->type.kind == TypeKind::real) return static_cast<double>(*integer);
+        return session_.caller().value_of(literal);
+    }
+
+    Value operator()(const FileName& name) { return picture(name.path); }
+
+    Value operator()(const RectangleExpression& rectangle) {
+        const Value made = instance("TRV_Rectangle");
+        session_.caller().set(made, "left", rectangle.left);
+        session_.caller().set(made, "top", rectangle.top);
+        session_.caller().set(made, "width", rectangle.width);
+        session_.caller().set(made, "height", rectangle.height);
+        return made;
+    }
+
+    Value operator()(const MatrixExpression& matrix) {
+        const Value made = instance("TRV_ColorMatrix");
+        for (std::int32_t i = 0; i < 9; ++i) {
+            Value place[] = {i / 3, i % 3};
+            session_.caller().assign(made, "Value", place, matrix.elements[static_cast<std::size_t>(i)]);
+        }
+        return made;
+    }
+
+    Value operator()(const ConvolutionExpression& convolution) {
+        const Value made = instance("TRV_Convolution");
+        Value coefficients[] = {session_.host().new_integer_array(convolution.coefficients)};
+        session_.caller().call_on(made, "SetCoefficients", coefficients);
+        return made;
+    }
+
+private:
+    Value picture(const std::string& path) {
+        return read_picture(session_, path, keep_depth_);
+    }
+
+    Value instance(const std::string& class_name) {
+        ObjectRef made = session_.host().new_instance(class_name);
+        if (!made)
+            throw call_error(operation_.text, operation_.call.arguments[index_].column,
+                             "the plugin has no class " + class_name);
+        return made;
+    }
+
+    PluginSession& session_;
+    const Operation& operation_;
+    const Meanings& meanings_;
+    const bool keep_depth_;
+    std::size_t index_ = 0;
+};
+
+}  // namespace
+
+Operation parse_operation(const std::string& text) {
+    try {
+        return {text, parse_call(text)};
+    } catch (const ExpressionError& error) {
+        throw call_error(text, error.column(), error.what());
+    }
+}
+
+Outcome run_operation(PluginSession& session, const Operation& operation, const Value& self, bool keep_depth) {
+    const Meanings meanings(session.caller(), operation.call);
+    try {
+        std::vector<Value> arguments = ArgumentReader(session, operation, meanings, keep_depth).read();
+        Outcome outcome;
+        outcome.declares_result = meanings.declares_result();
+        const auto begin = std::chrono::steady_clock::now();
+        outcome.result = meanings.plain() ? session.caller().call(operation.call.name, arguments)
+                                          : session.caller().call_on(self, operation.call.name, arguments);
+        outcome.milliseconds =
+            std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count();
+        outcome.code = session.last_error();
+        for (std::size_t i = 0; i < arguments.size(); ++i)
+            if (const Parameter* output = meanings.output(i)) outcome.outputs.push_back({output->name, arguments[i]});
+        return outcome;
+    } catch (const host::CallError& error) {
+        throw call_error(operation.text, operation.text.find_first_not_of(" \t") + 1, error.what());
+    }
+}
+
+}  // namespace tarvo::cli

@@ -1,0 +1,39 @@
+#pragma once
+
+// One call of the command line, made on a picture.
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "call_expression.h"
+#include "plugin_session.h"
+
+namespace tarvo::cli {
+
+// A call with the text it was read from, which messages show.
+struct Operation {
+    std::string text;
+    CallExpression call;
+};
+
+// Throws CommandError.
+Operation parse_operation(const std::string& text);
+
+struct Outcome {
+    struct Output {
+        std::string name;
+        host::Value value;
+    };
+    host::Value result;
+    bool declares_result = false;
+    std::vector<Output> outputs;  // what ByRef arguments came back with
+    std::int32_t code = 0;        // the plugin's, after the call
+    double milliseconds = 0;      // of the call alone, without reading its arguments
+};
+
+// Makes the call on `self`, or as a plain function if there are only plain functions of that name. Files among the
+// arguments are read. Throws CommandError, and FileError for such a file.
+Outcome run_operation(PluginSession& session, const Operation& operation, const host::Value& self, bool keep_depth);
+
+}  // namespace tarvo::cli

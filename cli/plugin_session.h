@@ -1,0 +1,42 @@
+#pragma once
+
+// A host with the plugin loaded: what every command begins with.
+
+#include <CLI/App.hpp>
+
+#include <cstdint>
+#include <string>
+
+#include "caller.h"
+#include "host.h"
+
+namespace tarvo::cli {
+
+struct PluginOptions {
+    std::string path;  // empty: the library that belongs to this tool
+    double host_version = host::HostOptions{}.version;
+};
+
+void add_plugin_options(CLI::App& command, PluginOptions& options);
+
+// Message boxes go to the standard error stream.
+class PluginSession {
+public:
+    // Throws CommandError when the plugin cannot be loaded or refuses the host.
+    explicit PluginSession(const PluginOptions& options);
+
+    host::Host& host() { return host_; }
+    host::Caller& caller() { return caller_; }
+
+    // What TRV_GetLastError and TRV_GetErrorMessage answer; 0 and "" from a plugin that has no such methods.
+    std::int32_t last_error();
+    std::string error_message(std::int32_t code);
+
+private:
+    host::Value ask(const char* method, std::vector<host::Value> arguments);
+
+    host::Host host_;
+    host::Caller caller_;
+};
+
+}  // namespace tarvo::cli

@@ -1,0 +1,65 @@
+#include "value_text.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdio>
+#include <string_view>
+#include <variant>
+
+namespace tarvo::cli {
+
+namespace {
+
+bool is_text(std::string_view bytes) {
+    return std::ranges::none_of(bytes, [](char c) {
+        const auto byte = static_cast<unsigned char>(c);
+        return (byte < ' ' && byte != '\n' && byte != '\r' && byte != '\t') || byte == 0x7F;
+    });
+}
+
+// A text ends its lines in whatever way its makers liked.
+std::string shown(std::string_view text) {
+    std::string result;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const bool half_of_pair = text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n';
+        if (!half_of_pair) result += text[i] == '\r' ? '\n' : text[i];
+    }
+    return result;
+}
+
+struct ValueText {
+    std::string operator()(host::Nil) const { return "nil"; }
+    std::string operator()(std::int32_t number) const { return std::to_string(number); }
+    std::string operator()(bool truth) const { return truth ? "true" : "false"; }
+
+    // The shortest that reads as the same number.
+    std::string operator()(double number) const {
+        char text[32];
+        return {text, std::to_chars(text, text + sizeof text, number).ptr};
+    }
+
+    std::string operator()(host::Color color) const {
+        char text[16];
+        std::snprintf(text, sizeof text, "&c%06X", static_cast<unsigned>(color.rgb));
+        return text;
+    }
+
+    std::string operator()(const host::ObjectRef& object) const {
+        if (!object) return "nil";
+        if (const auto* text = dynamic_cast<const host::StringObject*>(object.get()))
+            return is_text(text->bytes()) ? shown(text->bytes()) : bytes("string", text->bytes().size());
+        if (const auto* block = dynamic_cast<const host::MemoryBlock*>(object.get()))
+            return bytes("MemoryBlock", block->bytes.size());
+        return "a " + host::class_name(*object.get());
+    }
+
+    static std::string bytes(const char* what, std::size_t count) {
+        return std::string("a ") + what + " of " + std::to_string(count) + " bytes";
+    }
+};
+
+}  // namespace
+
+std::string value_text(const host::Value& value) { return std::visit(ValueText{}, value); }
+
+}  // namespace tarvo::cli

@@ -1,0 +1,101 @@
+#include "format.h"
+
+#include <algorithm>
+#include <cctype>
+#include <limits>
+#include <string>
+
+#include "pnm.h"
+#ifdef TARVO_PICTURE_LIBRARIES
+#include "jpeg_codec.h"
+#include "png_codec.h"
+#endif
+
+namespace tarvo::host {
+
+namespace {
+
+constexpr std::uint64_t kMaxSide = 32767;
+
+constexpr std::string_view kPngEndings[] = {".png"};
+constexpr std::string_view kJpegEndings[] = {".jpg", ".jpeg"};
+constexpr std::string_view kPbmEndings[] = {".pbm"};
+constexpr std::string_view kPgmEndings[] = {".pgm"};
+constexpr std::string_view kPpmEndings[] = {".ppm"};
+constexpr std::string_view kPamEndings[] = {".pam"};
+
+bool begins_with(std::span<const std::uint8_t> file, std::string_view signature) {
+    return file.size() >= signature.size() &&
+           std::equal(signature.begin(), signature.end(), file.begin(),
+                      [](char wanted, std::uint8_t byte) { return static_cast<std::uint8_t>(wanted) == byte; });
+}
+
+bool is_png(std::span<const std::uint8_t> file) { return begins_with(file, "\x89PNG\r\n\x1A\n"); }
+bool is_jpeg(std::span<const std::uint8_t> file) { return begins_with(file, "\xFF\xD8\xFF"); }
+bool is_pbm(std::span<const std::uint8_t> file) { return begins_with(file, "P1") || begins_with(file, "P4"); }
+bool is_pgm(std::span<const std::uint8_t> file) { return begins_with(file, "P2") || begins_with(file, "P5"); }
+bool is_ppm(std::span<const std::uint8_t> file) { return begins_with(file, "P3") || begins_with(file, "P6"); }
+bool is_pam(std::span<const std::uint8_t> file) { return begins_with(file, "P7\n"); }
+
+constexpr Format kFormats[] = {
+#ifdef TARVO_PICTURE_LIBRARIES
+    {"PNG", kPngEndings, true, is_png, decode_png, encode_png},
+    {"JPEG", kJpegEndings, false, is_jpeg, decode_jpeg, encode_jpeg},
+#else
+    {"PNG", kPngEndings, true, is_png, nullptr, nullptr},
+    {"JPEG", kJpegEndings, false, is_jpeg, nullptr, nullptr},
+#endif
+    {"PBM", kPbmEndings, false, is_pbm, decode_pnm, encode_pbm},
+    {"PGM", kPgmEndings, false, is_pgm, decode_pnm, encode_pgm},
+    {"PPM", kPpmEndings, false, is_ppm, decode_pnm, encode_ppm},
+    {"PAM", kPamEndings, true, is_pam, decode_pam, encode_pam},
+};
+
+const Format& usable(const Format& format) {
+    if (!format.decode) throw FileError("this build has no " + std::string(format.name) + " library");
+    return format;
+}
+
+bool ends_with(std::string_view path, std::string_view ending) {
+    return path.size() > ending.size() &&
+           std::ranges::equal(path.substr(path.size() - ending.size()), ending, [](char in_path, char wanted) {
+               return std::tolower(static_cast<unsigned char>(in_path)) == wanted;
+           });
+}
+
+}  // namespace
+
+std::span<const Format> formats() { return kFormats; }
+
+const Format& format_of_bytes(std::span<const std::uint8_t> file) {
+    for (const Format& format : kFormats)
+        if (format.recognises(file)) return usable(format);
+    throw FileError(file.empty() ? "empty" : "not a picture of a known format");
+}
+
+const Format& format_of_name(std::string_view path) {
+    std::string known;
+    for (const Format& format : kFormats)
+        for (const std::string_view ending : format.endings) {
+            if (ends_with(path, ending)) return usable(format);
+            known.append(known.empty() ? "" : ", ").append(ending);
+        }
+    throw FileError("the name ends in none of " + known);
+}
+
+void check_size(std::uint64_t width, std::uint64_t height, const Limits& limits) {
+    const std::string size = std::to_string(width) + " x " + std::to_string(height) + " pixels";
+    if (width == 0 || height == 0) throw FileError("the size is " + size);
+    if (width > kMaxSide || height > kMaxSide)
+        throw FileError("the size is " + size + ", a side may have " + std::to_string(kMaxSide));
+    // Four bytes a pixel and what else is counted must fit an address.
+    const std::size_t most = std::min(limits.max_pixels, std::numeric_limits<std::size_t>::max() / 8);
+    if (width * height > most) throw FileError("the size is " + size + ", there may be " + std::to_string(most));
+}
+
+FileError cut_short(int rows) {
+    return FileError(rows == 0 ? "cut short"
+                               : "cut short after " + std::to_string(rows) + (rows == 1 ? " row" : " rows"));
+}
+
+}  // namespace tarvo::host

@@ -1,0 +1,49 @@
+#pragma once
+
+// Pictures from and to files: PNG, JPEG, PBM, PGM, PPM, PAM.
+
+#include <cstdint>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "file_error.h"
+#include "host.h"
+
+namespace tarvo::host {
+
+struct ReadOptions {
+    // Makes 1-bit and 8-bit pictures of files that are black and white, grey or have a palette. Otherwise every file
+    // gives a 32-bit picture.
+    bool keep_depth = false;
+    // More are refused, however few bytes they take in the file.
+    std::size_t max_pixels = std::size_t{1} << 27;
+};
+
+struct WriteOptions {
+    int jpeg_quality = 92;  // 1 to 100
+};
+
+// A graphics world. Transparency becomes its mask: 0 where the file is opaque, 255 where it is clear. The format is
+// told by the content. Throws FileError.
+ObjectRef read_picture_file(Host& host, const std::string& path, const ReadOptions& options = {});
+// As `read_picture_file`; the message of a FileError names no file.
+ObjectRef decode_picture(Host& host, std::span<const std::uint8_t> file, const ReadOptions& options = {});
+
+struct WriteReport {
+    bool mask_left_out = false;  // the format has no transparency: the picture is as it looks without its mask
+};
+
+// In the format that the name's ending says: .png .jpg .jpeg .pbm .pgm .ppm .pam. An existing file is replaced when the
+// new one is complete; after an error it is as it was. PNG and PAM keep the mask as alpha, and depths up to 8 bits
+// (PAM: black and white, and greys). Throws FileError.
+WriteReport write_picture_file(const Picture& picture, const std::string& path, const WriteOptions& options = {});
+// The bytes of such a file; of `name` only the ending counts.
+std::vector<std::uint8_t> encode_picture(const Picture& picture, const std::string& name,
+                                         const WriteOptions& options = {});
+
+// Throws FileError when no picture can be written to a file of that name, because of its ending.
+void check_writable_name(const std::string& path);
+
+}  // namespace tarvo::host

@@ -1,0 +1,18 @@
+#pragma once
+
+// The colour-matrix transform: each pixel's red, green and blue, a row vector, times a matrix.
+
+#include "color_matrix.h"
+#include "picture.h"
+#include "real_interface.h"
+#include "region.h"
+
+// New pictures with a region transformed, or the whole weighted by a mask. Results have no mask.
+REALpictureStruct* TRV_AdjustRGB_Matrix(REALpictureStruct* p, REALobjectStruct* rect, REALobjectStruct* cm);
+REALpictureStruct* TRV_AdjustRGBWithMask_Matrix(REALpictureStruct* p, REALpictureStruct* mask, REALobjectStruct* cm);
+
+// The kernels: locked pictures of one size.
+void PrivAdjustRGB_Matrix(const TRV_Picture& source, TRV_Picture& result, const Region& region,
+                          const TRV_ColorMatrix_Data& matrix);
+void PrivAdjustRGBWithMask_Matrix(const TRV_Picture& source, const TRV_Picture& mask, TRV_Picture& result,
+                                  const TRV_ColorMatrix_Data& matrix);

@@ -1,0 +1,218 @@
+#include "hsv.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+
+#include "adjustment.h"
+#include "channel_sums.h"
+#include "mask_mix.h"
+#include "numbers.h"
+#include "pixel.h"
+#include "row_clones.h"
+#include "rows.h"
+
+namespace {
+
+using TRV_Pixel::Hsv1024;
+
+// --- the adjustment --------------------------------------------------------------------------------------------------
+
+// What is added to the hue, and the factors of saturation and value in 1024ths.
+struct HsvChange {
+    std::int32_t hue_offset, saturation_factor, value_factor;
+};
+
+HsvChange change_of(double hue_degrees, double saturation_factor, double brightness_factor) {
+    return {floor_to_int32(hue_degrees * TRV_Pixel::kSector / 60.0), in_1024ths(saturation_factor),
+            in_1024ths(brightness_factor)};
+}
+
+// A product below 0, which only a factor that is not a number brings about, gives 0, however it is rounded.
+[[gnu::always_inline]] inline std::int32_t scaled(std::int32_t value, std::int32_t factor, std::int32_t most) {
+    return std::clamp(floor_shift(wrapping_multiply(factor, value), 10), 0, most);
+}
+
+// Once round in either direction: enough for every offset below a full turn.
+[[gnu::always_inline]] inline std::int32_t turned(std::int32_t hue, std::int32_t offset) {
+    hue = wrapping_add(hue, offset);
+    hue += hue < 0 ? TRV_Pixel::kCircle : 0;
+    return hue - (hue >= TRV_Pixel::kCircle ? TRV_Pixel::kCircle : 0);
+}
+
+// Full saturation is not reached again: a colour that had it keeps 1023 of 1024.
+constexpr std::int32_t kMostSaturation = TRV_Pixel::kFullSaturation - 1;
+
+// A hue that is still off the circle, by an offset that is not a number, is no colour's: only greys stay.
+[[gnu::always_inline]] inline PixelColor adjusted(PixelColor color, const HsvChange& change) {
+    const Hsv1024 from = TRV_Pixel::hsv_1024_of(color);
+    const Hsv1024 to = {turned(from.hue, change.hue_offset),
+                        scaled(from.saturation, change.saturation_factor, kMostSaturation),
+                        scaled(from.value, change.value_factor, 255)};
+    const bool is_color = (to.hue >= 0 && to.hue < TRV_Pixel::kCircle) || to.saturation == 0;
+    return is_color ? TRV_Pixel::rgb_of(to) : 0;
+}
+
+TARVO_ROW_CLONES void adjust_row(PixelColor* colors, std::size_t count, const HsvChange& given) {
+    const HsvChange change = given;
+    for (std::size_t x = 0; x < count; ++x) colors[x] = adjusted(colors[x], change);
+}
+
+auto adjust_span(const HsvChange& change) {
+    return [change](PixelColor* colors, std::size_t count) { adjust_row(colors, count, change); };
+}
+
+TARVO_ROW_CLONES void invert_row(PixelColor* colors, std::size_t count) {
+    for (std::size_t x = 0; x < count; ++x) colors[x] = ~colors[x] & 0xFFFFFF;
+}
+
+// --- the average -----------------------------------------------------------------------------------------------------
+
+// Saturations are added in the order of the pixels, which decides the sum's last bits. Values are multiples of 1/256, whose
+// sums are exact in any order.
+struct HsvSums {
+    ChannelSums channels;
+    double saturation = 0.0;
+    std::uint64_t largest_channels = 0;
+};
+
+constexpr std::size_t kBlock = 16;
+
+// At most a block. Its divisions become vector code, and while its sum is made, one addition after the other, a processor
+// goes on to the next block's divisions.
+[[gnu::always_inline]] inline void add_block(HsvSums& sums, const PixelColor* colors, std::size_t count) {
+    double saturations[kBlock];
+    std::uint32_t largest_channels = 0;
+    add_channels(sums.channels, colors, count);
+    for (std::size_t x = 0; x < count; ++x) {
+        const TRV_Pixel::Extent extent = TRV_Pixel::extent_of(colors[x]);
+        saturations[x] = static_cast<double>(extent.delta) / static_cast<double>(std::max(extent.largest, 1));
+        largest_channels += static_cast<std::uint32_t>(extent.largest);
+    }
+    for (std::size_t x = 0; x < count; ++x) sums.saturation += saturations[x];
+    sums.largest_channels += largest_channels;
+}
+
+TARVO_ROW_CLONES void add_colors_row(HsvSums& sums, const PixelColor* colors, std::size_t count) {
+    std::size_t x = 0;
+    for (; x + kBlock <= count; x += kBlock) add_block(sums, colors + x, kBlock);
+    add_block(sums, colors + x, count - x);
+}
+
+// --- checks ----------------------------------------------------------------------------------------------------------
+
+// What is not a number passes.
+bool arguments_pass(double hue_degrees, double saturation_factor, double brightness_factor, double end_of_factors) {
+    const auto outside = [end_of_factors](double factor) { return factor < 0.0 || factor >= end_of_factors; };
+    if (hue_degrees <= -360.0 || hue_degrees >= 360.0) return SetError(ErrorCode::degrees), false;
+    if (outside(saturation_factor)) return SetError(ErrorCode::saturation), false;
+    if (outside(brightness_factor)) return SetError(ErrorCode::brightness), false;
+    return true;
+}
+
+constexpr double kEndOfFactors = 1000.0;
+constexpr double kEndOfFactorsWithMask = 10.0;
+
+// --- both forms ------------------------------------------------------------------------------------------------------
+
+template <class Form>
+typename Form::Handle adjust_hsv(Form form, typename Form::Handle p, REALobjectStruct* rect, double hue_degrees,
+                                 double saturation_factor, double brightness_factor, bool negative, int yield) {
+    ClearError();
+    if (!p) return Fail(ErrorCode::source_nil);
+    if (!arguments_pass(hue_degrees, saturation_factor, brightness_factor, kEndOfFactors)) return nullptr;
+    return adjust_region(form, p, rect, SourceMask::copied, "TRV_AdjustHSV",
+                         [&](const TRV_Picture& source, TRV_Picture& result, const Region& region) {
+                             PrivAdjustHSV(source, result, region, hue_degrees, saturation_factor, brightness_factor,
+                                           negative, yield);
+                         });
+}
+
+template <class Form>
+typename Form::Handle adjust_hsv_with_mask(Form form, typename Form::Handle p, REALpictureStruct* mask,
+                                           double hue_degrees, double saturation_factor, double brightness_factor,
+                                           int yield) {
+    ClearError();
+    if (!p) return Fail(ErrorCode::source_nil);
+    if (!mask) return Fail(ErrorCode::mask_nil);
+    if (!arguments_pass(hue_degrees, saturation_factor, brightness_factor, kEndOfFactorsWithMask)) return nullptr;
+    return adjust_with_mask(form, p, mask,
+                            [&](const TRV_Picture& source, const TRV_Picture& weights, TRV_Picture& result) {
+                                PrivAdjustHSVWithMask(source, weights, result, hue_degrees, saturation_factor,
+                                                      brightness_factor, yield);
+                            });
+}
+
+template <class Form>
+void get_average_hsv(Form form, typename Form::Handle p, REALobjectStruct* rect, double* hue_degrees,
+                     double* saturation, double* brightness, int yield) {
+    ClearError();
+    if (!p) return SetError(ErrorCode::source_nil);
+    visit_region_of(form, p, rect, [&](const TRV_Picture& source, const Region& region) {
+        PrivGetAverageHSV(source, region, hue_degrees, saturation, brightness, yield);
+    });
+}
+
+}  // namespace
+
+void PrivAdjustHSV(const TRV_Picture& source, TRV_Picture& result, const Region& region, double hue_degrees,
+                   double saturation_factor, double brightness_factor, bool negative, int /*yield*/) {
+    const auto adjust = adjust_span(change_of(hue_degrees, saturation_factor, brightness_factor));
+    if (negative)
+        transform_region(source, result, region, kNoYielding, "PrivAdjustHSV", adjust, invert_row);
+    else
+        transform_region(source, result, region, kNoYielding, "PrivAdjustHSV", adjust);
+}
+
+void PrivAdjustHSVWithMask(const TRV_Picture& source, const TRV_Picture& mask, TRV_Picture& result, double hue_degrees,
+                           double saturation_factor, double brightness_factor, int /*yield*/) {
+    transform_by_mask(source, mask, result, kNoYielding, "PrivAdjustHSVWithMask",
+                      adjust_span(change_of(hue_degrees, saturation_factor, brightness_factor)), mix_in_255ths);
+}
+
+void PrivGetAverageHSV(const TRV_Picture& source, const Region& region, double* hue, double* saturation,
+                       double* brightness, int /*yield*/) {
+    HsvSums sums;
+    measure_region(source, region, kNoYielding, "PrivGetAverageHSV",
+                   [&](const PixelColor* colors, std::size_t count) { add_colors_row(sums, colors, count); });
+    const auto count = static_cast<double>(sums.channels.count);
+    double mean_hue = 0.0, saturation_of_mean = 0.0, value_of_mean = 0.0;
+    TRV_Pixel::RGBToHSV(sums.channels.mean_color(), mean_hue, saturation_of_mean, value_of_mean);
+    if (hue) *hue = mean_hue;
+    if (saturation) *saturation = sums.saturation / count;
+    if (brightness) *brightness = static_cast<double>(sums.largest_channels) * TRV_Pixel::kValueScale / count;
+}
+
+REALpictureStruct* TRV_AdjustHSV(REALpictureStruct* p, REALobjectStruct* rect, double hue_degrees,
+                                 double saturation_factor, double brightness_factor, bool negative, int yield) {
+    return adjust_hsv(PictureForm{}, p, rect, hue_degrees, saturation_factor, brightness_factor, negative, yield);
+}
+
+REALobjectStruct* TRV_ClientPicture_AdjustHSV(REALobjectStruct* cp, REALobjectStruct* rect, double hue_degrees,
+                                              double saturation_factor, double brightness_factor, bool negative,
+                                              int yield, bool as_picture) {
+    return adjust_hsv(ClientForm{as_picture}, cp, rect, hue_degrees, saturation_factor, brightness_factor, negative,
+                      yield);
+}
+
+REALpictureStruct* TRV_AdjustHSVWithMask(REALpictureStruct* p, REALpictureStruct* mask, double hue_degrees,
+                                         double saturation_factor, double brightness_factor, int yield) {
+    return adjust_hsv_with_mask(PictureForm{}, p, mask, hue_degrees, saturation_factor, brightness_factor, yield);
+}
+
+REALobjectStruct* TRV_ClientPicture_AdjustHSVWithMask(REALobjectStruct* cp, REALpictureStruct* mask, double hue_degrees,
+                                                      double saturation_factor, double brightness_factor, int yield,
+                                                      bool as_picture) {
+    return adjust_hsv_with_mask(ClientForm{as_picture}, cp, mask, hue_degrees, saturation_factor, brightness_factor,
+                                yield);
+}
+
+void TRV_GetAverageHSV(REALpictureStruct* p, REALobjectStruct* rect, double* hue_degrees, double* saturation,
+                       double* brightness, int yield) {
+    get_average_hsv(PictureForm{}, p, rect, hue_degrees, saturation, brightness, yield);
+}
+
+void TRV_ClientPicture_GetAverageHSV(REALobjectStruct* cp, REALobjectStruct* rect, double* hue_degrees,
+                                     double* saturation, double* brightness, int yield) {
+    get_average_hsv(ClientForm{false}, cp, rect, hue_degrees, saturation, brightness, yield);
+}

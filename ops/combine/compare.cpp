@@ -1,0 +1,110 @@
+#include "compare.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+
+#include "error_state.h"
+#include "forms.h"
+#include "region.h"
+#include "row_clones.h"
+#include "rows.h"
+
+namespace {
+
+constexpr PixelColor kChannels = 0xFFFFFF;
+
+// The bits in which any two colours of a row differ.
+TARVO_ROW_CLONES PixelColor difference_of_rows(const PixelColor* a, const PixelColor* b, std::size_t count) {
+    PixelColor bits = 0;
+    for (std::size_t x = 0; x < count; ++x) bits |= a[x] ^ b[x];
+    return bits;
+}
+
+// The ends of a compared region are exclusive, as opposed to all other regions: its last row and column are left out.
+bool rows_agree(const TRV_Picture& a, const TRV_Picture& b, const Region& region) {
+    constexpr const char* kCaller = "PrivCompare_NonVector";
+    Chunk colors_a, colors_b;
+    for (std::int32_t row = region.top; row < region.bottom; ++row) {
+        for (std::int32_t column = region.left; column < region.right; column += kChunkPixels) {
+            const auto count = static_cast<std::size_t>(std::min(kChunkPixels, region.right - column));
+            a.GetPixels(row, column, {colors_a.data(), count}, kCaller);
+            b.GetPixels(row, column, {colors_b.data(), count}, kCaller);
+            if (difference_of_rows(colors_a.data(), colors_b.data(), count) & kChannels) return false;
+        }
+    }
+    return true;
+}
+
+bool Disagree(ErrorCode code) {
+    SetError(code);
+    return false;
+}
+
+// --- the map ---------------------------------------------------------------------------------------------------------
+
+constexpr PixelColor kEqual = 0xFFFFFF;
+constexpr PixelColor kDifferent = 0xFF0000;
+constexpr PixelColor kOnlyFirst = 0xDDFFDD;
+constexpr PixelColor kNotFirst = 0xDDDDFF;
+constexpr const char* kDifferenceCaller = "TRV_Difference";
+
+// Whole words count here, top bytes included.
+TARVO_ROW_CLONES void map_difference_row(PixelColor* colors, const PixelColor* others, std::size_t count) {
+    for (std::size_t x = 0; x < count; ++x) colors[x] = colors[x] == others[x] ? kEqual : kDifferent;
+}
+
+void fill_run(TRV_Picture& result, std::int32_t row, std::int32_t first, std::int32_t end, PixelColor color) {
+    Chunk colors;
+    colors.fill(color);
+    for_each_chunk(first, end - 1, [&](std::int32_t column, std::size_t count) {
+        result.SetPixels(row, column, {colors.data(), count}, kDifferenceCaller);
+    });
+}
+
+}  // namespace
+
+bool PrivCompare_NonVector(REALpictureStruct* p, REALpictureStruct* compare, REALobjectStruct* rect) {
+    ClearError();
+    if (!compare) return Disagree(ErrorCode::compare_nil);  // comes before the source's code
+    if (!p) return Disagree(ErrorCode::source_nil);
+    if (p == compare) return true;
+    TRV_Picture a(p, false);
+    if (!a.Lock()) return Disagree(ErrorCode::source_lock);
+    const Region region = SelectRegion(a, rect);
+    TRV_Picture b(compare, false);
+    if (!b.Lock()) return Disagree(ErrorCode::compare_lock);
+    return same_size(a, b) && a.depth() == b.depth() && rows_agree(a, b, region);
+}
+
+bool TRV_Compare(REALpictureStruct* p, REALpictureStruct* compare, REALobjectStruct* rect) {
+    ClearError();
+    return PrivCompare_NonVector(p, compare, rect);
+}
+
+void PrivDifference(const TRV_Picture& picture, const TRV_Picture& compare, TRV_Picture& result) {
+    for (std::int32_t row = 0; row < result.height(); ++row) {
+        const std::int32_t end = row < picture.height() ? picture.width() : 0;
+        const std::int32_t common_end = row < compare.height() ? std::min(end, compare.width()) : 0;
+        for_each_chunk(0, common_end - 1, [&](std::int32_t column, std::size_t count) {
+            Chunk colors, others;
+            picture.GetPixels(row, column, {colors.data(), count}, kDifferenceCaller);
+            compare.GetPixels(row, column, {others.data(), count}, kDifferenceCaller);
+            map_difference_row(colors.data(), others.data(), count);
+            result.SetPixels(row, column, {colors.data(), count}, kDifferenceCaller);
+        });
+        fill_run(result, row, common_end, end, kOnlyFirst);
+        fill_run(result, row, end, result.width(), kNotFirst);
+    }
+}
+
+REALpictureStruct* TRV_Difference(REALpictureStruct* p, REALpictureStruct* compare) {
+    TRV_Picture a(p, false);
+    if (!a.Lock()) return nullptr;
+    TRV_Picture b(compare, false);
+    if (!b.Lock()) return nullptr;
+    TRV_Picture result(std::max(a.width(), b.width()), std::max(a.height(), b.height()), 32, true);
+    if (!result.Lock()) return nullptr;
+    PrivDifference(a, b, result);
+    return result.picture();
+}

@@ -1,0 +1,173 @@
+// A picture over another, with one opacity and the overlay's own mask.
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+#include "adjustment.h"
+#include "blend.h"
+#include "composite.h"
+#include "mask_mix.h"
+#include "placement.h"
+#include "row_clones.h"
+#include "rows.h"
+
+namespace {
+
+// --- rows ------------------------------------------------------------------------------------------------------------
+
+TARVO_ROW_CLONES void blend_row(PixelColor* colors, const PixelColor* overlays, std::size_t count,
+                                BlendWeights weights) {
+    for (std::size_t x = 0; x < count; ++x) colors[x] = blend(colors[x], overlays[x], weights);
+}
+
+// A mask's black, read from its red channel, leaves the overlay its weight; white leaves it none.
+TARVO_ROW_CLONES void blend_masked_row(PixelColor* colors, const PixelColor* overlays, const PixelColor* masks,
+                                       std::size_t count, std::uint32_t weight) {
+    for (std::size_t x = 0; x < count; ++x) {
+        const std::uint32_t left_over = divided_by_255(weight * (255 - red_of(masks[x])));
+        colors[x] = blend(colors[x], overlays[x], complementary_weights(left_over));
+    }
+}
+
+// --- paths -----------------------------------------------------------------------------------------------------------
+
+// What the depths of the pictures decide. The colours of overlays without masks are the same on every path.
+struct Path {
+    enum class Mask {
+        under_overlay,  // a mask pixel counts for the overlay pixel of its own row and column
+        under_result,   // for the result pixel of its own row and column, wherever the overlay lies
+        ineffective,    // must lock, and counts for nothing
+        ignored,        // is not even asked for
+    };
+
+    std::int32_t depth;  // of source, overlay and result; 0 for any others
+    Mask mask;
+    bool masked_yields;
+    const char* caller;
+};
+
+constexpr Path kPaths[] = {
+    {32, Path::Mask::under_overlay, true, "TRV_Composite 13"},
+    {24, Path::Mask::under_result, false, "TRV_Composite 14"},
+    {16, Path::Mask::ignored, false, "TRV_Composite 15"},
+    {0, Path::Mask::ineffective, false, "TRV_Composite 19"},
+};
+
+const Path& path_of(const TRV_Picture& source, const TRV_Picture& overlay, const TRV_Picture& result) {
+    return *std::ranges::find_if(kPaths, [&](const Path& path) {
+        const auto fits = [&](const TRV_Picture& picture) { return picture.depth() == path.depth; };
+        return path.depth == 0 || (fits(source) && fits(overlay) && fits(result));
+    });
+}
+
+// Places outside the mask are transparent.
+void read_mask(const TRV_Picture& mask, std::int32_t row, std::int32_t column, std::span<PixelColor> levels) {
+    constexpr PixelColor kTransparent = 0xFFFFFF;
+    const std::int32_t columns = row < mask.height() ? std::max(mask.width() - column, 0) : 0;
+    const std::size_t inside = std::min(levels.size(), static_cast<std::size_t>(columns));
+    if (inside) mask.GetPixels(row, column, levels.first(inside), "TRV_Composite 17");
+    std::ranges::fill(levels.subspan(inside), kTransparent);
+}
+
+// --- the kernel ------------------------------------------------------------------------------------------------------
+
+// Some overlay over a source, on some path.
+struct Composition {
+    const TRV_Picture& source;
+    const TRV_Picture& overlay;
+    TRV_Picture& result;
+    const Path& path;
+    Placement placement;
+    std::uint32_t weight;
+
+    void blend_plainly() const {
+        for_covered_runs(kNoYielding, [this](std::int32_t, std::int32_t, PixelColor* colors, std::span<PixelColor> overlays) {
+            blend_row(colors, overlays.data(), overlays.size(), complementary_weights(weight));
+        });
+    }
+
+    void blend_masked(const TRV_Picture& mask, int yield) const {
+        const bool under_result = path.mask == Path::Mask::under_result;
+        for_covered_runs(
+            path.masked_yields ? yield : kNoYielding,
+            [&](std::int32_t row, std::int32_t column, PixelColor* colors, std::span<PixelColor> overlays) {
+                Chunk levels;
+                read_mask(mask, under_result ? row : placement.overlay_row(row),
+                          under_result ? column : placement.overlay_column(column), {levels.data(), overlays.size()});
+                blend_masked_row(colors, overlays.data(), levels.data(), overlays.size(), weight);
+            });
+    }
+
+private:
+    template <class BlendRun>
+    void for_covered_runs(int yield, BlendRun blend_run) const {
+        transform_runs(source, result, placement.covered, yield, path.caller,
+                       [&](std::int32_t row, std::int32_t column, PixelColor* colors, std::size_t count) {
+                           Chunk overlays;
+                           const std::span run(overlays.data(), count);
+                           overlay.GetPixels(placement.overlay_row(row), placement.overlay_column(column), run,
+                                             path.caller);
+                           blend_run(row, column, colors, run);
+                       });
+    }
+};
+
+// False when the overlay's mask cannot be locked: then no pixel of the result is written.
+bool compose(const TRV_Picture& source, const TRV_Picture& overlay, double overlay_fraction, int left, int top,
+             TRV_Picture& result, int yield) {
+    const Path& path = path_of(source, overlay, result);
+    const Composition composition = {source, overlay, result, path, place(overlay, left, top, source),
+                                     weight_of(overlay_fraction)};
+    if (path.mask == Path::Mask::ignored || !overlay.HasMask()) return composition.blend_plainly(), true;
+    TRV_Picture mask(overlay, true);
+    if (!mask.Lock()) return false;
+    if (path.mask == Path::Mask::ineffective)
+        composition.blend_plainly();
+    else
+        composition.blend_masked(mask, yield);
+    return true;
+}
+
+// --- both forms ------------------------------------------------------------------------------------------------------
+
+template <class Form, class Paint>
+typename Form::Handle composite(Form form, typename Form::Handle lower, typename Form::Handle upper,
+                                double overlay_fraction, Paint paint) {
+    ClearError();
+    if (!lower) return Fail(ErrorCode::source_nil);
+    if (!upper) return Fail(ErrorCode::overlay_nil);
+    if (fraction_out_of_bounds(overlay_fraction)) return Fail(ErrorCode::overlay_fraction);
+    TRV_Picture source = form.bind(lower);
+    if (!source.Lock()) return Fail(ErrorCode::source_lock);
+    TRV_Picture overlay = form.bind(upper);
+    if (!overlay.Lock()) return Fail(ErrorCode::overlay_lock);
+    return form.produce(source.width(), source.height(), result_depth(source), false,
+                        [&](TRV_Picture& result) { paint(source, overlay, result); });
+}
+
+}  // namespace
+
+void PrivComposite(const TRV_Picture& source, const TRV_Picture& overlay, double overlay_fraction, int left, int top,
+                   TRV_Picture& result) {
+    compose(source, overlay, overlay_fraction, left, top, result, kNoYielding);
+}
+
+// Copies the source's mask, which the client form does not.
+REALpictureStruct* TRV_Composite(REALpictureStruct* p, REALpictureStruct* overlay, double overlay_fraction, int left,
+                                 int top, int yield) {
+    return composite(PictureForm{}, p, overlay, overlay_fraction,
+                     [&](const TRV_Picture& source, const TRV_Picture& upper, TRV_Picture& result) {
+                         const bool composed = compose(source, upper, overlay_fraction, left, top, result, yield);
+                         if (composed && source.HasMask()) CopySourceMask(source, result, "TRV_Composite");
+                     });
+}
+
+REALobjectStruct* TRV_ClientPicture_Composite(REALobjectStruct* cp, REALobjectStruct* overlay, double overlay_fraction,
+                                              int left, int top, bool as_picture) {
+    return composite(ClientForm{as_picture}, cp, overlay, overlay_fraction,
+                     [&](const TRV_Picture& source, const TRV_Picture& upper, TRV_Picture& result) {
+                         PrivComposite(source, upper, overlay_fraction, left, top, result);
+                     });
+}

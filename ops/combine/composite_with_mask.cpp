@@ -1,0 +1,46 @@
+// A picture over another, as much of it as a mask argument says.
+
+#include <cstddef>
+#include <cstdint>
+
+#include "adjustment.h"
+#include "composite.h"
+#include "mask_mix.h"
+#include "placement.h"
+#include "rows.h"
+
+void PrivCompositeWithMask(const TRV_Picture& source, const TRV_Picture& overlay, const TRV_Picture& mask, int left,
+                           int top, TRV_Picture& result) {
+    constexpr const char* kCaller = "TRV_CompositeWithMask";
+    const Placement placement = place(overlay, left, top, source);
+    transform_runs(source, result, placement.covered, kNoYielding, kCaller,
+                   [&](std::int32_t row, std::int32_t column, PixelColor* colors, std::size_t count) {
+                       Chunk overlays, masks;
+                       const std::int32_t overlay_row = placement.overlay_row(row);
+                       const std::int32_t overlay_column = placement.overlay_column(column);
+                       overlay.GetPixels(overlay_row, overlay_column, {overlays.data(), count}, kCaller);
+                       mask.GetPixels(overlay_row, overlay_column, {masks.data(), count}, kCaller);
+                       mix_in_256ths(colors, overlays.data(), masks.data(), count);
+                   });
+}
+
+// A placement outside the source does not end the checks: the mask's run, and replace its code.
+REALpictureStruct* TRV_CompositeWithMask(REALpictureStruct* p, REALpictureStruct* overlay, REALpictureStruct* mask,
+                                         int left, int top, int /*yield*/) {
+    ClearError();
+    if (!p) return Fail(ErrorCode::source_nil);
+    if (!overlay) return Fail(ErrorCode::overlay_nil);
+    if (!mask) return Fail(ErrorCode::mask_nil);
+    TRV_Picture source(p, false);
+    if (!source.Lock()) return Fail(ErrorCode::source_lock);
+    TRV_Picture upper(overlay, false);
+    if (!upper.Lock()) return Fail(ErrorCode::overlay_lock);
+    const bool misplaced = place(upper, left, top, source).covered.empty();
+    if (misplaced) SetError(ErrorCode::overlay_position);
+    TRV_Picture weights(mask, false);  // an ordinary picture, as it is
+    if (!weights.Lock()) return Fail(ErrorCode::mask_lock);
+    if (!MaskFits(weights, upper) || misplaced) return nullptr;
+    return PictureForm{}.produce(
+        source.width(), source.height(), result_depth(source), false,
+        [&](TRV_Picture& result) { PrivCompositeWithMask(source, upper, weights, left, top, result); });
+}

@@ -1,0 +1,30 @@
+#pragma once
+
+// Where an overlay lies on a source picture.
+
+#include <algorithm>
+#include <cstdint>
+
+#include "numbers.h"
+#include "picture.h"
+#include "region.h"
+
+struct Placement {
+    std::int32_t left, top;  // of the overlay's first pixel, on the source
+    Region covered;          // the source's part under the overlay; empty when they do not meet
+
+    // Of the overlay pixel above a covered one.
+    std::int32_t overlay_row(std::int32_t row) const { return wrapping_subtract(row, top); }
+    std::int32_t overlay_column(std::int32_t column) const { return wrapping_subtract(column, left); }
+};
+
+// Any place will do, also one from which the overlay's far edges do not fit in 32 bits.
+inline Placement place(const TRV_Picture& overlay, std::int32_t left, std::int32_t top, const TRV_Picture& source) {
+    const auto last_covered = [](std::int32_t first, std::int32_t size, std::int32_t limit) {
+        const std::int64_t last = std::int64_t{first} + size - 1;
+        return static_cast<std::int32_t>(std::clamp<std::int64_t>(last, -1, limit - 1));
+    };
+    return {left, top,
+            {std::max(left, 0), std::max(top, 0), last_covered(left, overlay.width(), source.width()),
+             last_covered(top, overlay.height(), source.height())}};
+}

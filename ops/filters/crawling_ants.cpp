@@ -1,0 +1,83 @@
+#include "crawling_ants.h"
+
+#include <cstdint>
+
+#include "error_state.h"
+#include "forms.h"
+#include "rows.h"
+
+namespace {
+
+constexpr const char* kCaller = "TRV_CrawlingAnts";
+
+struct Ants {
+    PixelColor ant_color, shadow_color;
+    std::int32_t size;
+    std::int32_t state;
+
+    std::int64_t period() const { return 2 * std::int64_t{size}; }
+    bool has_size() const { return size >= 1; }
+    bool has_state() const { return state >= 0 && state < period(); }
+};
+
+// The colours along a run, pixel by pixel.
+class Dashes {
+public:
+    // The phase has the sign of the state: below 0 there is one pixel of the ant's colour, and then a whole period.
+    explicit Dashes(const Ants& ants) : ants_(ants), phase_(ants.state % ants.period()) {}
+
+    PixelColor next() {
+        const PixelColor color = (phase_ >= ants_.size ? ants_.shadow_color : ants_.ant_color) & 0xFFFFFF;
+        if (--phase_ < 0) phase_ = ants_.period() - 1;
+        return color;
+    }
+
+private:
+    const Ants& ants_;
+    std::int64_t phase_;
+};
+
+void draw_row(TRV_Picture& result, std::int32_t row, const Region& region, Dashes& dashes) {
+    for (std::int32_t column = region.left; column <= region.right; ++column)
+        result.SetPixel(row, column, dashes.next(), kCaller);
+}
+
+void draw_column(TRV_Picture& result, std::int32_t column, const Region& region, Dashes& dashes) {
+    for (std::int32_t row = region.top; row <= region.bottom; ++row)
+        result.SetPixel(row, column, dashes.next(), kCaller);
+}
+
+// Two halves, each with the dashes running on around its corner. They begin alike at the top left, and meet as they
+// happen to at the bottom right. Each run overwrites the corners of those before it.
+void draw_outline(TRV_Picture& result, const Region& region, const Ants& ants) {
+    Dashes top_and_right(ants), left_and_bottom(ants);
+    draw_row(result, region.top, region, top_and_right);
+    draw_column(result, region.right, region, top_and_right);
+    draw_column(result, region.left, region, left_and_bottom);
+    draw_row(result, region.bottom, region, left_and_bottom);
+}
+
+}  // namespace
+
+// What is wrong with the ants is only reported: the picture is made all the same, without an outline when they have no
+// size.
+REALpictureStruct* TRV_CrawlingAnts(REALpictureStruct* p, REALobjectStruct* rect, int ant_color, int shadow_color,
+                                    int ant_size, int ant_state) {
+    ClearError();
+    if (!p) return Fail(ErrorCode::source_nil);
+    TRV_Picture source(p, false);
+    if (!source.Lock()) return Fail(ErrorCode::source_lock);
+    const Region region = SelectRegion(source, rect);
+    if (region.empty()) SetError(ErrorCode::selection);
+    const Ants ants = {static_cast<PixelColor>(ant_color), static_cast<PixelColor>(shadow_color), ant_size, ant_state};
+    if (!ants.has_size())
+        SetError(ErrorCode::ant_size);
+    else if (!ants.has_state())
+        SetError(ErrorCode::ant_state);
+    if (region.empty()) return nullptr;
+    return PictureForm{}.produce(source.width(), source.height(), result_depth(source), false,
+                                 [&](TRV_Picture& result) {
+                                     copy_region(source, result, whole_of(source), kCaller);
+                                     if (ants.has_size()) draw_outline(result, region, ants);
+                                 });
+}

@@ -1,0 +1,58 @@
+#include "flip_rotate.h"
+
+#include <cstdint>
+
+#include "forms.h"
+#include "quarter_turns.h"
+
+namespace {
+
+struct Size {
+    std::int32_t width, height;
+};
+
+Size turned_size(const TRV_Picture& source, int rotation) {
+    if (swaps_sides(rotation)) return {source.height(), source.width()};
+    return {source.width(), source.height()};
+}
+
+}  // namespace
+
+// Both checks run: a rotation out of bounds is what stays of two.
+REALpictureStruct* TRV_FlipRotate(REALpictureStruct* p, bool flip_h, bool flip_v, int rotation, int yield) {
+    ClearError();
+    if (!p) SetError(ErrorCode::source_nil);
+    if (static_cast<unsigned>(rotation) > 3) return Fail(ErrorCode::rotation);
+    return p ? PrivFlipRotate_NonVector(p, flip_h, flip_v, rotation, yield) : nullptr;
+}
+
+REALpictureStruct* PrivFlipRotate_NonVector(REALpictureStruct* p, bool flip_h, bool flip_v, int rotation, int yield) {
+    TRV_Picture source(p, false);
+    if (!source.Lock()) return Fail(ErrorCode::source_lock);
+    const auto layer = source.HasMask() ? PrivFlipRotate_Mask_NonVector : PrivFlipRotate_NoMask_NonVector;
+    return layer(source, flip_h, flip_v, rotation, yield);
+}
+
+// A 1-bit picture stays one.
+REALpictureStruct* PrivFlipRotate_NoMask_NonVector(TRV_Picture& source, bool flip_h, bool flip_v, int rotation,
+                                                   int yield) {
+    const auto [width, height] = turned_size(source, rotation);
+    const std::int32_t depth = source.depth() == 1 ? 1 : result_depth(source);
+    return PictureForm{}.produce(width, height, depth, false, [&](TRV_Picture& result) {
+        quarter_turn(rotation, flip_h, flip_v)(source, result, yield);
+    });
+}
+
+REALpictureStruct* PrivFlipRotate_Mask_NonVector(TRV_Picture& source, bool flip_h, bool flip_v, int rotation,
+                                                 int yield) {
+    TRV_Picture source_mask(source, true);
+    if (!source_mask.Lock()) return Fail(ErrorCode::mask_lock);
+    const auto [width, height] = turned_size(source, rotation);
+    TRV_Picture result(width, height, result_depth(source), true);
+    TRV_Picture result_mask(result, true);
+    if (!result.Lock() || !result_mask.Lock()) return Fail(ErrorCode::result_lock);
+    QuarterTurn& kernel = quarter_turn(rotation, flip_h, flip_v);
+    kernel(source, result, yield);
+    kernel(source_mask, result_mask, yield);
+    return result.picture();
+}

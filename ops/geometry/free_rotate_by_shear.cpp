@@ -1,0 +1,170 @@
+#include "free_rotate_by_shear.h"
+
+#include <cmath>
+#include <cstdint>
+#include <limits>
+
+#include "forms.h"
+#include "numbers.h"
+#include "quarter_turns.h"
+#include "free_rotation.h"
+#include "shear_kernels.h"
+
+namespace {
+
+struct Size {
+    std::int32_t width, height;
+};
+
+// A rotation as it is carried out.
+struct Course {
+    int quarter_turns;
+    double degrees;  // the rest, from -45 to below 45
+    double angle;    // the same in radians
+
+    explicit Course(double rotation) {
+        const double turns = std::floor((rotation + 45.0) / 90.0);
+        quarter_turns = truncate_to_int32(turns) & 3;
+        degrees = rotation - 90.0 * turns;
+        angle = degrees * free_rotation::kPi / 180.0;
+    }
+    double row_shear() const { return std::tan(angle / 2.0); }
+    double column_shear() const { return std::sin(-angle); }
+};
+
+Size turned_size(const TRV_Picture& source, int quarter_turns) {
+    if (swaps_sides(quarter_turns)) return {source.height(), source.width()};
+    return {source.width(), source.height()};
+}
+
+// `length` with room for what a shear of `lines` lines adds to it.
+std::int32_t sheared_length(std::int32_t length, std::int32_t lines, double shear) {
+    constexpr std::int64_t kOne = 65536;
+    const std::int64_t step = truncate_to_int32(shear * kOne);
+    const std::int64_t sheared = (length * kOne + lines * (step < 0 ? -step : step) + kOne - 1) / kOne;
+    return static_cast<std::int32_t>(std::min<std::int64_t>(sheared, std::numeric_limits<std::int32_t>::max()));
+}
+
+// The bounds of a picture that has been through its quarter turns, once it is turned by the rest.
+Size rotated_size(Size turned, const Course& course) {
+    const free_rotation::Diagonal diagonal(turned.width, turned.height);
+    const double after = course.angle + diagonal.angle, before = course.angle - diagonal.angle;
+    const double opposite = course.angle + (free_rotation::kPi - diagonal.angle);
+    if (course.degrees > 0.0) return {diagonal.width_at(before), diagonal.height_at(after)};
+    if (course.degrees < 0.0) return {diagonal.width_at(after), diagonal.height_at(opposite)};
+    return turned;
+}
+
+// --- the pictures on the way -----------------------------------------------------------------------------------------
+
+enum class Purpose { intermediate, result };
+
+// An image and its mask; what is done to one is done to the other.
+class MaskedStage {
+public:
+    explicit MaskedStage(REALpictureStruct* p) : image_(p, false), mask_(p, true) {}
+    // Of the depths of the locked source; the host chooses that of a result's mask.
+    MaskedStage(const MaskedStage& source, Size size, Purpose purpose)
+        : image_(size.width, size.height, result_depth(source.image_), purpose == Purpose::result),
+          mask_(static_cast<REALpictureStruct*>(nullptr), true) {
+        if (purpose == Purpose::result)
+            mask_.SetREALPicture(image_.picture(), true);
+        else
+            mask_.SetNewPicture(size.width, size.height, source.mask_.depth(), false);
+    }
+
+    bool Lock() { return image_.Lock() && mask_.Lock(); }
+    void Release() {
+        image_.Release();
+        mask_.Release();
+    }
+    const TRV_Picture& image() const { return image_; }
+
+    void turn_into(MaskedStage& next, QuarterTurn& kernel, int yield) const {
+        kernel(image_, next.image_, yield);
+        kernel(mask_, next.mask_, yield);
+    }
+    void shear_rows_into(MaskedStage& next, double shear, int yield) const {
+        Priv_ShearHorizontal(image_, next.image_, mask_, next.mask_, shear, yield);
+    }
+    void shear_columns_into(MaskedStage& next, double shear, int yield) const {
+        Priv_ShearVertical(image_, next.image_, mask_, next.mask_, shear, yield);
+    }
+
+private:
+    TRV_Picture image_, mask_;
+};
+
+// An image in a frame.
+class FramedStage {
+public:
+    FramedStage(REALpictureStruct* p, int frame_color) : image_(p, false), frame_color_(frame_color) {}
+    FramedStage(const FramedStage& source, Size size, Purpose purpose)
+        : image_(size.width, size.height, result_depth(source.image_), purpose == Purpose::result),
+          frame_color_(source.frame_color_) {}
+
+    bool Lock() { return image_.Lock(); }
+    void Release() { image_.Release(); }
+    const TRV_Picture& image() const { return image_; }
+
+    void turn_into(FramedStage& next, QuarterTurn& kernel, int yield) const { kernel(image_, next.image_, yield); }
+    void shear_rows_into(FramedStage& next, double shear, int yield) const {
+        Priv_ShearHorizontal(image_, next.image_, shear, frame_color_, yield);
+    }
+    void shear_columns_into(FramedStage& next, double shear, int yield) const {
+        Priv_ShearVertical(image_, next.image_, shear, frame_color_, yield);
+    }
+
+private:
+    TRV_Picture image_;
+    int frame_color_;
+};
+
+// The quarter turns, a shear of the rows, one of the columns, one of the rows again.
+template <class Stage>
+REALpictureStruct* rotate(Stage source, double rotation, int yield) {
+    if (!source.Lock() || std::isnan(rotation)) return nullptr;
+    const Course course(rotation);
+
+    const Size turned = turned_size(source.image(), course.quarter_turns);
+    Stage one(source, turned, Purpose::intermediate);
+    if (!one.Lock()) return nullptr;
+    source.turn_into(one, quarter_turn(course.quarter_turns, false, false), yield);
+
+    const Size widened = {sheared_length(turned.width, turned.height, course.row_shear()), turned.height};
+    Stage two(source, widened, Purpose::intermediate);
+    if (!two.Lock()) return nullptr;
+    one.shear_rows_into(two, course.row_shear(), yield);
+    one.Release();
+
+    const Size heightened = {widened.width, sheared_length(widened.height, widened.width, course.column_shear())};
+    Stage three(source, heightened, Purpose::intermediate);
+    if (!three.Lock()) return nullptr;
+    two.shear_columns_into(three, course.column_shear(), yield);
+    two.Release();
+
+    Stage result(source, rotated_size(turned, course), Purpose::result);
+    if (!result.Lock()) return nullptr;
+    three.shear_rows_into(result, course.row_shear(), yield);
+    return result.image().picture();
+}
+
+}  // namespace
+
+REALpictureStruct* PrivFreeRotateByShear_NonVector(REALpictureStruct* p, double rotation, int yield) {
+    return rotate(MaskedStage(p), rotation, yield);
+}
+
+REALpictureStruct* PrivFreeRotateByShear_Frame_NonVector(REALpictureStruct* p, double rotation, int frame_color,
+                                                         int yield) {
+    return rotate(FramedStage(p, frame_color), rotation, yield);
+}
+
+REALpictureStruct* TRV_FreeRotateByShear(REALpictureStruct* p, double rotation, int yield) {
+    return free_rotation::arguments_pass(p, rotation) ? PrivFreeRotateByShear_NonVector(p, rotation, yield) : nullptr;
+}
+
+REALpictureStruct* TRV_FreeRotateByShear_Frame(REALpictureStruct* p, double rotation, int frame_color, int yield) {
+    if (!free_rotation::arguments_pass(p, rotation)) return nullptr;
+    return PrivFreeRotateByShear_Frame_NonVector(p, rotation, frame_color, yield);
+}

@@ -1,0 +1,15 @@
+#pragma once
+
+// Turns a picture by any angle: by whole quarter turns, and by three shears for the rest of at most 45 degrees.
+
+#include "real_interface.h"
+
+// `rotation`: degrees clockwise, from 0 to below 360. The corners are transparent, or have the frame's colour. A picture
+// or mask that cannot be locked gives nil and no code.
+REALpictureStruct* TRV_FreeRotateByShear(REALpictureStruct* p, double rotation, int yield);
+REALpictureStruct* TRV_FreeRotateByShear_Frame(REALpictureStruct* p, double rotation, int frame_color, int yield);
+
+// Their work.
+REALpictureStruct* PrivFreeRotateByShear_NonVector(REALpictureStruct* p, double rotation, int yield);
+REALpictureStruct* PrivFreeRotateByShear_Frame_NonVector(REALpictureStruct* p, double rotation, int frame_color,
+                                                         int yield);

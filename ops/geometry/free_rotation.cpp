@@ -1,0 +1,37 @@
+#include "free_rotation.h"
+
+#include <cmath>
+
+#include "error_state.h"
+#include "numbers.h"
+
+namespace free_rotation {
+
+bool arguments_pass(REALpictureStruct* p, double degrees) {
+    ClearError();
+    if (!p) SetError(ErrorCode::source_nil);
+    if (degrees < 0.0 || degrees >= 360.0) return SetError(ErrorCode::rotation), false;
+    return p != nullptr;
+}
+
+double in_circle(double angle) {
+    if (angle < 0.0) return angle + kTwoPi;
+    if (angle > kTwoPi) return angle - kTwoPi;
+    return angle;
+}
+
+Diagonal::Diagonal(std::int32_t width, std::int32_t height) {
+    const double w = width, h = height;
+    half = std::sqrt((w * w + h * h) * 0.25);
+    angle = std::atan(h / w);
+}
+
+std::int32_t Diagonal::width_at(double angle_of_corner) const {
+    return truncate_to_int32(std::ceil(2.0 * half * std::cos(in_circle(angle_of_corner))));
+}
+
+std::int32_t Diagonal::height_at(double angle_of_corner) const {
+    return truncate_to_int32(std::ceil(2.0 * half * std::sin(in_circle(angle_of_corner))));
+}
+
+}  // namespace free_rotation

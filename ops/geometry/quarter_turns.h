@@ -1,0 +1,33 @@
+#pragma once
+
+// The kernels that mirror and turn: Priv_Rotate, the clockwise degrees, then what is mirrored before the turn (H: left and
+// right, V: top and bottom). Each moves every pixel from a locked source to a locked result of the turned size.
+//
+// Eight mappings make all sixteen combinations, so eight of the names are second names of the others.
+
+#include "picture.h"
+
+void Priv_Rotate0(const TRV_Picture& source, TRV_Picture& result, int yield);
+void Priv_Rotate0_H(const TRV_Picture& source, TRV_Picture& result, int yield);
+void Priv_Rotate0_V(const TRV_Picture& source, TRV_Picture& result, int yield);
+void Priv_Rotate0_HV(const TRV_Picture& source, TRV_Picture& result, int yield);
+void Priv_Rotate90(const TRV_Picture& source, TRV_Picture& result, int yield);
+void Priv_Rotate90_H(const TRV_Picture& source, TRV_Picture& result, int yield);
+void Priv_Rotate90_V(const TRV_Picture& source, TRV_Picture& result, int yield);
+void Priv_Rotate90_HV(const TRV_Picture& source, TRV_Picture& result, int yield);
+
+inline constexpr auto& Priv_Rotate180 = Priv_Rotate0_HV;
+inline constexpr auto& Priv_Rotate180_H = Priv_Rotate0_V;
+inline constexpr auto& Priv_Rotate180_V = Priv_Rotate0_H;
+inline constexpr auto& Priv_Rotate180_HV = Priv_Rotate0;
+inline constexpr auto& Priv_Rotate270 = Priv_Rotate90_HV;
+inline constexpr auto& Priv_Rotate270_H = Priv_Rotate90_V;
+inline constexpr auto& Priv_Rotate270_V = Priv_Rotate90_H;
+inline constexpr auto& Priv_Rotate270_HV = Priv_Rotate90;
+
+using QuarterTurn = void(const TRV_Picture& source, TRV_Picture& result, int yield);
+
+// The kernel of a number of quarter turns, 0 to 3, clockwise.
+QuarterTurn& quarter_turn(int turns, bool flip_h, bool flip_v);
+// Whether width and height change places.
+constexpr bool swaps_sides(int turns) { return turns % 2 != 0; }

@@ -1,0 +1,76 @@
+#include "shear.h"
+
+#include "forms.h"
+#include "shear_kernels.h"
+
+namespace {
+
+// Both checks run: a shear out of bounds is what stays of two. One that is not a number is out of bounds too.
+bool arguments_pass(REALpictureStruct* p, double shear) {
+    ClearError();
+    if (!p) SetError(ErrorCode::source_nil);
+    if (!(shear >= -1.0 && shear <= 1.0)) return SetError(ErrorCode::shear), false;
+    return p != nullptr;
+}
+
+REALpictureStruct* shear_plain(REALpictureStruct* p, int width, int height, double shear, bool horizontal, int yield) {
+    if (!arguments_pass(p, shear)) return nullptr;
+    return PrivShear_NonVector(p, width, height, shear, horizontal, yield);
+}
+
+REALpictureStruct* shear_framed(REALpictureStruct* p, int width, int height, double shear, bool horizontal,
+                                int frame_color, int yield) {
+    if (!arguments_pass(p, shear)) return nullptr;
+    return PrivShear_Frame_NonVector(p, width, height, shear, horizontal, frame_color, yield);
+}
+
+constexpr PictureForm kSilentForm = {.refusal = ErrorCode::none};
+
+}  // namespace
+
+// The host makes a mask for a source that has none; it looks the same afterwards. When the result's mask cannot be
+// locked, the result is returned as it was made.
+REALpictureStruct* PrivShear_NonVector(REALpictureStruct* p, int width, int height, double shear, bool horizontal,
+                                       int yield) {
+    TRV_Picture source(p, false);
+    TRV_Picture source_mask(p, true);
+    if (!source.Lock() || !source_mask.Lock()) return nullptr;
+    return kSilentForm.produce(width, height, result_depth(source), true, [&](TRV_Picture& result) {
+        TRV_Picture result_mask(result, true);
+        if (!result_mask.Lock()) return;
+        if (horizontal)
+            Priv_ShearHorizontal(source, result, source_mask, result_mask, shear, yield);
+        else
+            Priv_ShearVertical(source, result, source_mask, result_mask, shear, yield);
+    });
+}
+
+REALpictureStruct* PrivShear_Frame_NonVector(REALpictureStruct* p, int width, int height, double shear,
+                                             bool horizontal, int frame_color, int yield) {
+    TRV_Picture source(p, false);
+    if (!source.Lock()) return nullptr;
+    return kSilentForm.produce(width, height, result_depth(source), false, [&](TRV_Picture& result) {
+        if (horizontal)
+            Priv_ShearHorizontal(source, result, shear, frame_color, yield);
+        else
+            Priv_ShearVertical(source, result, shear, frame_color, yield);
+    });
+}
+
+REALpictureStruct* TRV_ShearHorizontal(REALpictureStruct* p, int width, int height, double shear, int yield) {
+    return shear_plain(p, width, height, shear, true, yield);
+}
+
+REALpictureStruct* TRV_ShearVertical(REALpictureStruct* p, int width, int height, double shear, int yield) {
+    return shear_plain(p, width, height, shear, false, yield);
+}
+
+REALpictureStruct* TRV_ShearHorizontal_Frame(REALpictureStruct* p, int width, int height, double shear,
+                                             int frame_color, int yield) {
+    return shear_framed(p, width, height, shear, true, frame_color, yield);
+}
+
+REALpictureStruct* TRV_ShearVertical_Frame(REALpictureStruct* p, int width, int height, double shear, int frame_color,
+                                           int yield) {
+    return shear_framed(p, width, height, shear, false, frame_color, yield);
+}

@@ -1,0 +1,114 @@
+#pragma once
+
+// Where a shear puts the lines of a picture, and how one line is drawn. Lines are rows, or columns: nothing here knows.
+// Places along a line are in 16.16 fixed point.
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+#include "rows.h"
+
+// A line of the result: the source line's pixel i lies between the places `shift + i` and `shift + i + 1`.
+struct ShearedLine {
+    std::int32_t first = 0, end = 0;  // the result's places that blend two source pixels
+    bool trails = false;              // the place `end` takes what the last source pixel leaves over
+    std::int64_t shift = 0;
+    // Of the source pixel before a place's own and of its own, in 65535ths.
+    std::uint32_t previous_weight = 0, current_weight = 65535;
+};
+
+// All lines of a result: those that show source lines are content, the others blank.
+class ShearPlan {
+public:
+    struct Sides {
+        std::int32_t lines;   // across the shear
+        std::int32_t length;  // along it
+    };
+    // The sheared source lies in the middle of the result, and is cropped where it is larger.
+    ShearPlan(Sides source, Sides result, double shear);
+
+    // Content lines of the result.
+    std::int32_t first_line() const { return first_line_; }
+    std::int32_t end_line() const { return end_line_; }
+    bool is_content(std::int32_t line) const { return line >= first_line_ && line < end_line_; }
+    std::int32_t source_line(std::int32_t line) const { return line - first_line_ + first_source_line_; }
+    ShearedLine line(std::int32_t line) const;
+
+private:
+    Sides source_, result_;
+    std::int32_t first_line_, end_line_;
+    std::int32_t first_source_line_;
+    std::int64_t step_;          // how much farther back each line begins
+    std::int64_t first_offset_;  // of the first content line
+};
+
+// --- edges: what surrounds a line, for the three kinds of pictures ---------------------------------------------------
+
+// out[x] = the blend of pairs[x] and pairs[x + 1], for every channel, or for the low byte as a grey level.
+void blend_colors_row(const PixelColor* pairs, PixelColor* out, std::size_t count, const ShearedLine& line);
+void blend_levels_row(const PixelColor* pairs, PixelColor* out, std::size_t count, const ShearedLine& line);
+
+// An image whose uncovered places its mask hides.
+struct MaskedImageEdges {
+    static constexpr bool kKeepsCutNeighbor = false;
+    static constexpr auto blend = blend_colors_row;
+
+    PixelColor fill() const { return 0x888888; }
+    PixelColor before(PixelColor first) const { return first; }
+    PixelColor trailing(PixelColor last, const ShearedLine&) const { return last & 0xFFFFFF; }
+};
+
+// That mask: transparent all around.
+struct MaskEdges {
+    static constexpr bool kKeepsCutNeighbor = false;
+    static constexpr auto blend = blend_levels_row;
+
+    PixelColor fill() const { return 0xFFFFFF; }
+    PixelColor before(PixelColor) const { return fill(); }
+    PixelColor trailing(PixelColor last, const ShearedLine& line) const;
+};
+
+// An image in a frame of one colour. A source pixel just cut off at the result's edge still blends into the first place.
+struct FrameEdges {
+    static constexpr bool kKeepsCutNeighbor = true;
+    static constexpr auto blend = blend_colors_row;
+
+    PixelColor frame;
+
+    PixelColor fill() const { return frame; }
+    PixelColor before(PixelColor) const { return frame; }
+    PixelColor trailing(PixelColor last, const ShearedLine& line) const;
+};
+
+// Draws the places from `from` on, at most a chunk of them. `read(index, colors)` reads the source line from a pixel on.
+template <class Edges, class Read>
+void draw_segment(const ShearedLine& line, const Edges& edges, std::int32_t from, std::span<PixelColor> out, Read read) {
+    const std::int32_t to = from + static_cast<std::int32_t>(out.size());
+    const std::int32_t first = std::clamp(line.first, from, to), end = std::clamp(line.end, from, to);
+    const auto place = [&](std::int32_t at) { return out.data() + (at - from); };
+    const auto source_index = [&](std::int32_t at) { return static_cast<std::int32_t>(at - line.shift); };
+
+    std::fill(place(from), place(first), edges.fill());
+    if (first < end) {
+        std::array<PixelColor, kChunkPixels + 1> pairs;
+        const auto count = static_cast<std::size_t>(end - first);
+        const std::int32_t index = source_index(first);
+        if (first > line.first || (Edges::kKeepsCutNeighbor && index > 0)) {
+            read(index - 1, std::span(pairs.data(), count + 1));
+        } else {
+            read(index, std::span(pairs.data() + 1, count));
+            pairs[0] = edges.before(pairs[1]);
+        }
+        Edges::blend(pairs.data(), place(first), count, line);
+    }
+    std::fill(place(end), place(to), edges.fill());
+    const bool has_last = line.end > line.first || Edges::kKeepsCutNeighbor;
+    if (line.trails && has_last && line.end >= from && line.end < to) {
+        PixelColor last;
+        read(source_index(line.end) - 1, std::span(&last, 1));
+        *place(line.end) = edges.trailing(last, line);
+    }
+}

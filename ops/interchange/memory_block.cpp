@@ -1,0 +1,74 @@
+#include "memory_block.h"
+
+#include <cstddef>
+#include <cstring>
+#include <limits>
+
+#include "error_state.h"
+#include "forms.h"
+#include "host_services.h"
+#include "row_clones.h"
+#include "rows.h"
+
+namespace {
+
+// Blocks lie anywhere: elements are moved, not assigned.
+template <class Element>
+[[gnu::always_inline]] inline void store_element(std::uint8_t* bytes, std::size_t index, PixelColor value) {
+    const auto element = static_cast<Element>(value);
+    std::memcpy(bytes + index * sizeof element, &element, sizeof element);
+}
+
+TARVO_ROW_CLONES void store_555_row(const PixelColor* __restrict colors, std::uint8_t* __restrict bytes,
+                                    std::size_t count) {
+    for (std::size_t x = 0; x < count; ++x) store_element<std::uint16_t>(bytes, x, Rgb555::reduce(colors[x]));
+}
+
+TARVO_ROW_CLONES void store_rgb_row(const PixelColor* __restrict colors, std::uint8_t* __restrict bytes,
+                                    std::size_t count) {
+    for (std::size_t x = 0; x < count; ++x) store_element<std::uint32_t>(bytes, x, colors[x] & 0xFFFFFF);
+}
+
+std::size_t element_bytes(const TRV_Picture& source) {
+    return result_depth(source) == 16 ? sizeof(std::uint16_t) : sizeof(std::uint32_t);
+}
+
+REALmemoryBlockStruct* new_block(std::int64_t size) {
+    return size <= std::numeric_limits<std::int32_t>::max() ? REALNewMemoryBlock(static_cast<int>(size)) : nullptr;
+}
+
+}  // namespace
+
+void PrivMakeMemoryBlock(const TRV_Picture& source, const Region& region, std::uint8_t* bytes) {
+    const std::size_t size = element_bytes(source);
+    const auto store_row = size == sizeof(std::uint16_t) ? store_555_row : store_rgb_row;
+    measure_region(source, region, 0, "TRV_MakeMemoryBlock", [&](const PixelColor* colors, std::size_t count) {
+        store_row(colors, bytes, count);
+        bytes += count * size;
+    });
+}
+
+REALmemoryBlockStruct* TRV_MakeMemoryBlock(REALpictureStruct* p, REALobjectStruct* rect, bool /*mask_to_alpha*/,
+                                           int* row_bytes) {
+    ClearError();
+    if (row_bytes) *row_bytes = 0;
+    if (!p) return Fail(ErrorCode::source_nil);
+    TRV_Picture source(p, false);
+    if (!source.Lock()) return Fail(ErrorCode::source_lock);
+    const Region region = SelectRegion(source, rect);
+    if (region.empty()) return Fail(ErrorCode::selection);
+    // A mask is asked for and changes nothing, and neither does the flag: the bits above the colours are 0.
+    source.HasMask();
+
+    const std::int64_t bytes_of_row = std::int64_t{region.right - region.left + 1} * element_bytes(source);
+    REALmemoryBlockStruct* const block = new_block(bytes_of_row * (region.bottom - region.top + 1));
+    if (!block) return nullptr;
+    auto* const bytes = static_cast<std::uint8_t*>(REALMemoryBlockGetPtr(block));
+    if (!bytes) {
+        REALUnlockObject(reinterpret_cast<REALobjectStruct*>(block));
+        return nullptr;
+    }
+    PrivMakeMemoryBlock(source, region, bytes);
+    if (row_bytes) *row_bytes = static_cast<int>(bytes_of_row);
+    return block;
+}

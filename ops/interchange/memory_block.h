@@ -1,0 +1,18 @@
+#pragma once
+
+// A picture's pixels in a memory block, for programs that want them as numbers.
+
+#include <cstdint>
+
+#include "picture.h"
+#include "real_interface.h"
+#include "region.h"
+
+// A new memory block with the pixels of a region, row after row without padding, in the machine's byte order: 0x00RRGGBB
+// in 32 bits, or of sources up to 16 bits deep 0RRRRRGGGGGBBBBB in 16. `row_bytes`, unless null, gets the bytes of a row, 0
+// after a failure.
+REALmemoryBlockStruct* TRV_MakeMemoryBlock(REALpictureStruct* p, REALobjectStruct* rect, bool mask_to_alpha,
+                                           int* row_bytes);
+
+// The kernel: `bytes` has room for the whole region.
+void PrivMakeMemoryBlock(const TRV_Picture& source, const Region& region, std::uint8_t* bytes);

@@ -1,0 +1,59 @@
+#include "picture_info.h"
+
+#include <cstdio>
+#include <cstring>
+
+#include "error_state.h"
+#include "host_services.h"
+#include "picture.h"
+
+namespace {
+
+// Room for the longest text, with numbers of any size.
+struct InfoText {
+    char bytes[120];
+};
+
+InfoText facts(const TRV_Picture& picture) {
+    InfoText text;
+    std::snprintf(text.bytes, sizeof text.bytes, "OK! width: %ld, height: %ld, depth: %ld",
+                  static_cast<long>(picture.width()), static_cast<long>(picture.height()),
+                  static_cast<long>(picture.depth()));
+    return text;
+}
+
+// Only a lock that the host granted is ended.
+InfoText diagnosis(REALpictureStruct* picture) {
+    InfoText text;
+    REALpictureDescription description{};
+    bool locked = true;
+    if (REALLockPictureDescription(picture, &description, pictureMacintoshGWorld)) {
+        std::snprintf(text.bytes, sizeof text.bytes, "Locked a pictureMacintoshGWorld.");
+    } else if (REALLockPictureDescription(picture, &description, pictureCGBitmapContext)) {
+        std::snprintf(text.bytes, sizeof text.bytes, "Locked a pictureCGBitmapContext.");
+    } else {
+        locked = REALLockPictureDescription(picture, &description) != 0;
+        std::snprintf(text.bytes, sizeof text.bytes, "Could not lock picture. %d.", static_cast<int>(description.kind));
+    }
+    if (locked) REALUnlockPictureDescription(picture);
+    return text;
+}
+
+}  // namespace
+
+int TRV_RowBytes(REALpictureStruct* source) {
+    ClearError();
+    if (!source) return SetError(ErrorCode::source_nil), 0;
+    TRV_Picture picture(source, false);
+    if (!picture.Lock()) return SetError(ErrorCode::source_lock), 0;
+    return picture.rowBytes();
+}
+
+REALstringStruct* TRV_Info(REALpictureStruct* source) {
+    ClearError();
+    if (!source) return Fail(ErrorCode::source_nil);
+    TRV_Picture picture(source, false);
+    const InfoText text = picture.Lock() ? facts(picture) : diagnosis(source);
+    picture.Release();
+    return REALBuildString(text.bytes, static_cast<int>(std::strlen(text.bytes)));
+}

@@ -1,0 +1,188 @@
+#include "picture_string.h"
+
+#include <algorithm>
+#include <limits>
+#include <memory>
+#include <new>
+#include <span>
+
+#include "error_state.h"
+#include "host_services.h"
+#include "row_clones.h"
+#include "rows.h"
+
+namespace {
+
+constexpr const char* kWriter = "TRV_ConvertToString 2";
+constexpr const char* kReader = "TRV_ConvertToPicture";
+
+// --- header ----------------------------------------------------------------------------------------------------------
+
+constexpr std::uint64_t kLongestString = std::numeric_limits<std::int32_t>::max();
+
+// Clamped, so that the planes of any header can be added up.
+std::uint64_t pixels_of(const PictureStringHeader& header) {
+    return std::min(std::uint64_t{header.width} * header.height, kLongestString);
+}
+
+bool is_readable_depth(std::uint16_t depth) { return depth == 8 || depth == 16 || depth == 24 || depth == 32; }
+
+// --- planes ----------------------------------------------------------------------------------------------------------
+
+TARVO_ROW_CLONES void red_row(const PixelColor* __restrict colors, std::uint8_t* __restrict levels,
+                              std::size_t count) {
+    for (std::size_t x = 0; x < count; ++x) levels[x] = static_cast<std::uint8_t>(red_of(colors[x]));
+}
+
+TARVO_ROW_CLONES void grey_row(const std::uint8_t* __restrict levels, PixelColor* __restrict colors,
+                               std::size_t count) {
+    for (std::size_t x = 0; x < count; ++x) colors[x] = grey(levels[x]);
+}
+
+// A piece of a row, in a picture and in a plane.
+struct Run {
+    std::int32_t row, column;
+    std::size_t place;  // its first pixel, counted from the plane's
+    std::size_t count;
+};
+
+// Calls `visit(run)` for all that a picture and a plane both have.
+template <class Visit>
+void for_each_common_run(const TRV_Picture& picture, std::int32_t width, std::int32_t height, Visit visit) {
+    const std::int32_t common_width = std::min(picture.width(), width);
+    const std::int32_t common_height = std::min(picture.height(), height);
+    for (std::int32_t row = 0; row < common_height; ++row) {
+        for_each_chunk(0, common_width - 1, [&](std::int32_t column, std::size_t count) {
+            visit(Run{row, column, static_cast<std::size_t>(row) * width + column, count});
+        });
+    }
+}
+
+// --- the host's strings ----------------------------------------------------------------------------------------------
+
+// A string that stays as long as this lives.
+class LockedString {
+public:
+    explicit LockedString(REALstringStruct* string) : string_(string) { REALLockString(string_); }
+    ~LockedString() { REALUnlockString(string_); }
+    LockedString(const LockedString&) = delete;
+    LockedString& operator=(const LockedString&) = delete;
+
+    std::span<const std::uint8_t> bytes() const {
+        const std::int32_t length = string_->storage ? REALstringStruct::Length(string_) : 0;
+        const auto* const first = reinterpret_cast<const std::uint8_t*>(REALstringStruct::CString(string_));
+        return {first, static_cast<std::size_t>(std::max(length, 0))};
+    }
+
+private:
+    REALstringStruct* string_;
+};
+
+// --- both directions -------------------------------------------------------------------------------------------------
+
+// What the mask does not reach, all of its plane if it cannot be locked, is zero.
+void write_mask(const TRV_Picture& source, std::span<std::uint8_t> plane) {
+    TRV_Picture mask(source, true);
+    const bool locked = mask.Lock();
+    if (!locked || mask.width() < source.width() || mask.height() < source.height())
+        std::ranges::fill(plane, std::uint8_t{0});
+    if (locked) PrivWriteMaskPlane(mask, plane.data(), source.width(), source.height());
+}
+
+// A mask that cannot be locked stays as the host made it.
+void read_mask(const std::uint8_t* plane, std::int32_t width, std::int32_t height, const TRV_Picture& result) {
+    TRV_Picture mask(result, true);
+    if (mask.Lock()) PrivReadMaskPlane(plane, width, height, mask);
+}
+
+// The header of a string that is exactly as long as it says and can be a picture's; a header of nothing for any other.
+PictureStringHeader valid_header(std::span<const std::uint8_t> bytes) {
+    if (bytes.size() < PictureStringHeader::kBytes) return {};
+    const PictureStringHeader header = PictureStringHeader::read(bytes.data());
+    const bool valid = header.width && header.height && header.length() == bytes.size();
+    return valid && is_readable_depth(header.depth) ? header : PictureStringHeader{};
+}
+
+}  // namespace
+
+PictureStringHeader PictureStringHeader::read(const std::uint8_t* bytes) {
+    return {load_big_endian<std::uint32_t>(bytes), load_big_endian<std::uint32_t>(bytes + 4),
+            load_big_endian<std::uint16_t>(bytes + 8), bytes[10] != 0};
+}
+
+void PictureStringHeader::write(std::uint8_t* bytes) const {
+    store_big_endian(bytes, width);
+    store_big_endian(bytes + 4, height);
+    store_big_endian(bytes + 8, depth);
+    bytes[10] = hasMask;
+}
+
+std::uint64_t PictureStringHeader::mask_offset() const { return kBytes + 3 * pixels_of(*this); }
+std::uint64_t PictureStringHeader::length() const { return mask_offset() + (hasMask ? pixels_of(*this) : 0); }
+
+void PrivWriteColorPlane(const TRV_Picture& source, std::uint8_t* plane, std::int32_t width, std::int32_t height) {
+    Chunk colors;
+    for_each_common_run(source, width, height, [&](const Run& run) {
+        source.GetPixels(run.row, run.column, {colors.data(), run.count}, kWriter);
+        encode_row(PixelFormat::rgb24, colors.data(), plane + run.place * Rgb24::kBytes, run.count);
+    });
+}
+
+void PrivReadColorPlane(const std::uint8_t* plane, std::int32_t width, std::int32_t height, TRV_Picture& result) {
+    static constexpr IndexColors kNoIndexColors{};
+    Chunk colors;
+    for_each_common_run(result, width, height, [&](const Run& run) {
+        decode_row(PixelFormat::rgb24, plane + run.place * Rgb24::kBytes, colors.data(), run.count, kNoIndexColors);
+        result.SetPixels(run.row, run.column, {colors.data(), run.count}, kReader);
+    });
+}
+
+void PrivWriteMaskPlane(const TRV_Picture& mask, std::uint8_t* plane, std::int32_t width, std::int32_t height) {
+    Chunk colors;
+    for_each_common_run(mask, width, height, [&](const Run& run) {
+        mask.GetPixels(run.row, run.column, {colors.data(), run.count}, kWriter);
+        red_row(colors.data(), plane + run.place, run.count);
+    });
+}
+
+void PrivReadMaskPlane(const std::uint8_t* plane, std::int32_t width, std::int32_t height, TRV_Picture& mask) {
+    Chunk colors;
+    for_each_common_run(mask, width, height, [&](const Run& run) {
+        grey_row(plane + run.place, colors.data(), run.count);
+        mask.SetPixels(run.row, run.column, {colors.data(), run.count}, kReader);
+    });
+}
+
+REALstringStruct* TRV_ConvertToString(REALpictureStruct* p) {
+    ClearError();
+    if (!p) return Fail(ErrorCode::source_nil);
+    TRV_Picture source(p, false);
+    if (!source.Lock()) return nullptr;
+    const PictureStringHeader header = {static_cast<std::uint32_t>(source.width()),
+                                        static_cast<std::uint32_t>(source.height()),
+                                        static_cast<std::uint16_t>(source.depth()), source.HasMask()};
+    if (header.length() > kLongestString) return nullptr;
+    const auto length = static_cast<std::size_t>(header.length());
+    const std::unique_ptr<std::uint8_t[]> bytes(new (std::nothrow) std::uint8_t[length]);
+    if (!bytes) return nullptr;
+    header.write(bytes.get());
+    PrivWriteColorPlane(source, bytes.get() + PictureStringHeader::kBytes, source.width(), source.height());
+    if (header.hasMask) write_mask(source, {bytes.get() + header.mask_offset(), bytes.get() + length});
+    return REALBuildString(reinterpret_cast<const char*>(bytes.get()), static_cast<int>(length));
+}
+
+// A nil string has a code of its own, for which there is no message.
+REALpictureStruct* TRV_ConvertToPicture(REALstringStruct* s) {
+    ClearError();
+    if (!s) return Fail(ErrorCode::string_nil);
+    const LockedString string(s);
+    const std::span bytes = string.bytes();
+    const PictureStringHeader header = valid_header(bytes);
+    // Some depths and sides that are good in a string no new picture can have; 8 bits is one.
+    TRV_Picture result(static_cast<long>(header.width), static_cast<long>(header.height), header.depth, true);
+    if (!result.Lock()) return nullptr;
+    const auto width = static_cast<std::int32_t>(header.width), height = static_cast<std::int32_t>(header.height);
+    PrivReadColorPlane(bytes.data() + PictureStringHeader::kBytes, width, height, result);
+    if (header.hasMask) read_mask(bytes.data() + header.mask_offset(), width, height, result);
+    return result.picture();
+}

@@ -1,0 +1,31 @@
+#include "client_memory.h"
+
+#include <cstdlib>
+
+namespace {
+
+// In front of the memory, which keeps the alignment of the allocation.
+struct Header {
+    std::int32_t holders;
+    std::int32_t unused[3];
+};
+
+Header& header_of(std::uint8_t* memory) { return *(reinterpret_cast<Header*>(memory) - 1); }
+
+}  // namespace
+
+std::uint8_t* NewClientMemory(std::int64_t bytes) {
+    void* const block = std::calloc(1, sizeof(Header) + static_cast<std::size_t>(bytes));
+    if (!block) return nullptr;
+    auto* const header = static_cast<Header*>(block);
+    header->holders = 1;
+    return reinterpret_cast<std::uint8_t*>(header + 1);
+}
+
+void HoldClientMemory(std::uint8_t* memory) {
+    if (memory) ++header_of(memory).holders;
+}
+
+void DropClientMemory(std::uint8_t* memory) {
+    if (memory && --header_of(memory).holders == 0) std::free(&header_of(memory));
+}

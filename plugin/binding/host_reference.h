@@ -1,0 +1,15 @@
+#pragma once
+
+#include <memory>
+
+#include "host_services.h"
+
+struct DropReference {
+    void operator()(REALobjectStruct* object) const { REALUnlockObject(object); }
+    void operator()(REALpictureStruct* picture) const { REALUnlockObject(picture); }
+    void operator()(REALstringStruct* string) const { REALUnlockString(string); }
+};
+
+// A reference that is dropped unless it is handed on with `release`.
+template <class Struct>
+using HostReference = std::unique_ptr<Struct, DropReference>;

@@ -1,0 +1,274 @@
+#include <gtest/gtest.h>
+
+#include <fnmatch.h>
+
+#include <cstdlib>
+
+#include "tool.h"
+
+namespace tarvo::cli {
+namespace {
+
+using Colors = std::vector<std::uint32_t>;
+
+// `*` stands for any text.
+bool looks_like(const std::string& text, const std::string& pattern) {
+    return ::fnmatch(pattern.c_str(), text.c_str(), FNM_NOESCAPE) == 0;
+}
+
+bool holds(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
+
+class ApplyTest : public ToolTest {
+protected:
+    // Two by two pixels.
+    const Colors kColors = {0x102030, 0x405060, 0x708090, 0xA0B0C0};
+    std::string small() const { return ppm("small.ppm", 2, 2, kColors); }
+};
+
+// --- with the plugin itself -----------------------------------------------------------------------------------------
+
+TEST_F(ApplyTest, AddsAPictureFile) {
+    const std::string addend = ppm("addend.ppm", 2, 2, {0x010203, 0x010101, 0, 0x0F0F0F});
+    for (const std::string& argument : {addend, '"' + addend + '"'}) {
+        const Ending run = tool({"apply", small(), "TRV_Add(" + argument + ", 0)", "-o", file("out.ppm")});
+        EXPECT_EQ(run.status, 0) << run.err;
+        EXPECT_EQ(run.err, "");
+        EXPECT_EQ(colors_of(file("out.ppm")), (Colors{0x112233, 0x415161, 0x708090, 0xAFBFCF}));
+    }
+    EXPECT_EQ(entries(), (std::vector<std::string>{"addend.ppm", "out.ppm", "small.ppm"}));
+}
+
+TEST_F(ApplyTest, SaysWhatItDid) {
+    const Ending run = tool({"apply", small(), "TRV_Add(" + small() + ", 0)", "-o", file("out.ppm")});
+    EXPECT_TRUE(looks_like(run.out, small() + ": 2 x 2, 32 bits\nTRV_Add: 2 x 2, 32 bits, *.[0-9] ms\n" +
+                                        file("out.ppm") + ": 2 x 2, 32 bits\n"))
+        << run.out;
+    EXPECT_EQ(tool({"apply", "-q", small(), "TRV_Add(" + small() + ", 0)", "-o", file("out.ppm")}).out, "");
+}
+
+TEST_F(ApplyTest, MakesCallsOneAfterTheOther) {
+    const std::string one = ppm("one.ppm", 2, 2, Colors(4, 0x010101));
+    const std::string add = "TRV_Add(" + one + ", 0)", subtract = "trv_subtract(" + one + ", 0)";
+    EXPECT_EQ(tool({"apply", small(), add, add, subtract, add, "-o", file("out.ppm")}).status, 0);
+    EXPECT_EQ(colors_of(file("out.ppm")), (Colors{0x122232, 0x425262, 0x728292, 0xA2B2C2}));
+}
+
+TEST_F(ApplyTest, RectanglesSelectARegion) {
+    const Ending run =
+        tool({"apply", small(), "TRV_AdjustContrast(rect(1, 0, 1, 1), &c000000, 2, 2, 2, 0)", "-o", file("out.ppm")});
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(colors_of(file("out.ppm")), (Colors{0x102030, 0x80A0C0, 0x708090, 0xA0B0C0}));
+    EXPECT_EQ(tool({"apply", small(), "TRV_AdjustContrast(nil, &c000000, 2, 2, 2, 0)", "-o", file("out.ppm")}).status,
+              0);
+    EXPECT_EQ(colors_of(file("out.ppm"))[0], 0x204060u);
+}
+
+TEST_F(ApplyTest, FailedOperationIsToldAndNothingIsWritten) {
+    const std::string other = ppm("other.ppm", 2, 1, {0, 0});
+    const Ending run = tool({"apply", small(), "TRV_Add(" + other + ", 0)", "-o", file("out.ppm")});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.err, "tarvo: TRV_Add: error 20: General Error: \"addend\" is wrong size\n");
+    EXPECT_FALSE(exists("out.ppm"));
+}
+
+TEST_F(ApplyTest, LaterFailureLeavesTheOldFile) {
+    text_file("out.ppm", "old");
+    EXPECT_EQ(tool({"apply", small(), "TRV_Add(" + small() + ", 0)", "TRV_Add(nil, 0)", "-o", file("out.ppm")}).status,
+              1);
+    EXPECT_EQ(bytes_of(file("out.ppm")), "old");
+}
+
+TEST_F(ApplyTest, WorksOnClientPictures) {
+    const std::string one = ppm("one.ppm", 2, 2, Colors(4, 0x010101));
+    for (const std::string as_picture : {"true", "false"}) {
+        const Ending run =
+            tool({"apply", "--client", small(), "TRV_Add(" + one + ", 0, " + as_picture + ")", "-o", file("out.ppm")});
+        EXPECT_EQ(run.status, 0) << run.err;
+        EXPECT_TRUE(holds(run.out, "TRV_Add: client picture 2 x 2, 32 bits, ")) << run.out;
+        EXPECT_EQ(colors_of(file("out.ppm")), (Colors{0x112131, 0x415161, 0x718191, 0xA1B1C1}));
+    }
+    // The last call has the picture's form: the client picture becomes one.
+    const Ending run = tool({"apply", "--client", small(), "TRV_Add(" + one + ", 0, false)", "TRV_Add(" + one + ", 0)",
+                             "-o", file("out.ppm")});
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_TRUE(holds(run.out, "\nTRV_Add: 2 x 2, 32 bits, ")) << run.out;
+    EXPECT_EQ(colors_of(file("out.ppm")), (Colors{0x122232, 0x425262, 0x728292, 0xA2B2C2}));
+}
+
+TEST_F(ApplyTest, KeepsTheDepthOnRequest) {
+    const std::string grey = text_file("grey.pgm", "P5\n2 1\n255\n\x07\xFF");
+    const std::string bits = text_file("bits.pbm", "P4\n2 1\n\x40");
+    const std::string add_itself = "TRV_Add(" + grey + ", 0)";
+    EXPECT_TRUE(holds(tool({"apply", grey, add_itself}).out, "grey.pgm: 2 x 1, 32 bits\nTRV_Add: 2 x 1, 32 bits"));
+    EXPECT_TRUE(holds(tool({"apply", "--keep-depth", grey, add_itself}).out,
+                      "grey.pgm: 2 x 1, 8 bits\nTRV_Add: 2 x 1, 16 bits"));
+    EXPECT_TRUE(holds(tool({"apply", "--keep-depth", bits, add_itself}).out, "bits.pbm: 2 x 1, 1 bit\n"));
+}
+
+TEST_F(ApplyTest, PrintsWhatComesBackInArguments) {
+    const Ending run =
+        tool({"apply", "-q", small(), "TRV_GetAverageContrast(nil, &c000000, 0, 0, 0, 0)", "-o", file("out.ppm")});
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_TRUE(looks_like(run.out, "red_contrast = [0-9]*\ngreen_contrast = [0-9]*\nblue_contrast = [0-9]*\n"))
+        << run.out;
+    EXPECT_EQ(colors_of(file("out.ppm")), kColors);  // the picture in hand stays
+}
+
+TEST_F(ApplyTest, HostThatIsRefusedAppliesNothing) {
+    const Ending run = tool({"apply", "--host-version", "2004", small(), "TRV_Add(nil, 0)", "-o", file("out.ppm")});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_TRUE(holds(run.err, "message box: rb_version: 2004.000000\n")) << run.err;
+    EXPECT_FALSE(exists("out.ppm"));
+}
+
+// --- ways in which a call can end -----------------------------------------------------------------------------------
+
+TEST_F(ApplyTest, CodeWithAResultIsAWarning) {
+    const Ending run = apply_sample({small(), "SamePicture(9)", "-o", file("out.ppm")});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.err, "warning: SamePicture: error 9: a mask is wrong\n");
+    EXPECT_EQ(colors_of(file("out.ppm")), kColors);
+}
+
+TEST_F(ApplyTest, NoResultIsAFailure) {
+    const Ending with_code = apply_sample({small(), "NoPicture(4)", "-o", file("out.ppm")});
+    EXPECT_EQ(with_code.status, 1);
+    EXPECT_EQ(with_code.err, "tarvo: NoPicture: error 4: it went wrong\n");
+    const Ending without = apply_sample({small(), "NoPicture(0)", "-o", file("out.ppm")});
+    EXPECT_EQ(without.status, 1);
+    EXPECT_EQ(without.err, "tarvo: NoPicture gave no result and no error code\n");
+    EXPECT_EQ(apply_sample({small(), "InPlace(4)", "-o", file("out.ppm")}).status, 1);
+    EXPECT_EQ(apply_sample({small(), "Truth(49)", "-o", file("out.ppm")}).status, 1);
+    EXPECT_FALSE(exists("out.ppm"));
+}
+
+TEST_F(ApplyTest, CallsWithoutAPictureLeaveTheOneInHand) {
+    const Ending run =
+        apply_sample({"-q", small(), "InPlace(0)", "Truth(0)", "Measure(0, 0, false)", "-o", file("out.ppm")});
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(run.out, "Truth = true\nshare = 0.5\ncount = -7\nfound = true\n");
+    EXPECT_EQ(colors_of(file("out.ppm")), kColors);
+}
+
+TEST_F(ApplyTest, EveryKindOfAnswerIsPrinted) {
+    EXPECT_EQ(
+        apply_sample({"-q", small(), "Echo(\"two words\")", "SomeBytes()", "Block(12)", "ColorNumber(&c0000FF)",
+                      "Halves(5)", "Measure(0.25, 0, false)"})
+            .out,
+        "Echo = two words\nSomeBytes = a string of 3 bytes\nBlock = a MemoryBlock of 12 bytes\nColorNumber = 255\n"
+        "Halves = 2.5\nshare = 0.75\ncount = -7\nfound = true\n");
+}
+
+TEST_F(ApplyTest, MatricesAndConvolutionsHoldTheirNumbers) {
+    const std::string matrix = "matrix(1, 2, 3, 4, 5, 6, 7, 8, 9.5)";
+    EXPECT_EQ(apply_sample({"-q", small(), "MatrixElement(" + matrix + ", 0, 1)", "MatrixElement(" + matrix + ", 1, 0)",
+                            "MatrixElement(" + matrix + ", 2, 2)"})
+                  .out,
+              "MatrixElement = 2\nMatrixElement = 4\nMatrixElement = 9.5\n");
+    EXPECT_EQ(apply_sample({"-q", small(), "CoefficientCount(convolution(1, -2, 7))",
+                            "LastCoefficient(convolution(1, -2, 7))", "CoefficientCount(convolution())"})
+                  .out,
+              "CoefficientCount = 3\nLastCoefficient = 7\nCoefficientCount = 0\n");
+}
+
+TEST_F(ApplyTest, QuotedTextIsAFileOnlyWhereAPictureIsWanted) {
+    EXPECT_EQ(apply_sample({"-q", small(), "Echo(\"" + small() + "\")"}).out, "Echo = " + small() + "\n");
+    const std::string other = ppm("other one.ppm", 1, 1, {0x123456});
+    EXPECT_EQ(apply_sample({small(), "Second(\"" + other + "\")", "-o", file("out.ppm")}).status, 0);
+    EXPECT_EQ(colors_of(file("out.ppm")), Colors{0x123456});
+}
+
+TEST_F(ApplyTest, MessageBoxesAndMisuseAreShown) {
+    EXPECT_EQ(apply_sample({small(), "Show()"}).err, "message box: look here\n");
+    const Ending misuse = apply_sample({small(), "Misuse()"});
+    EXPECT_EQ(misuse.status, 0);
+    EXPECT_EQ(misuse.err.rfind("warning: Misuse: ", 0), 0u) << misuse.err;
+}
+
+// --- wrong calls ----------------------------------------------------------------------------------------------------
+
+TEST_F(ApplyTest, ErrorsInACallAreShownInItsText) {
+    const Ending run = apply_sample({small(), "SamePicture(&c12)", "-o", file("out.ppm")});
+    EXPECT_EQ(run.status, 2);
+    EXPECT_EQ(run.out, "");  // nothing was read before
+    EXPECT_TRUE(looks_like(run.err, "tarvo: column 13: *\n  SamePicture(&c12)\n" + std::string(14, ' ') + "^\n"))
+        << run.err;
+    EXPECT_FALSE(exists("out.ppm"));
+
+    const Ending wide = apply_sample({small(), "Echo(\"\u00e4\u00f6\", ?)"});
+    EXPECT_TRUE(holds(wide.err, "\n" + std::string(13, ' ') + "^\n")) << wide.err;
+}
+
+TEST_F(ApplyTest, CallsThatFitNoMethodAreRefused) {
+    const Ending unknown = apply_sample({small(), "  Nonsense(1)"});
+    EXPECT_EQ(unknown.status, 2);
+    EXPECT_EQ(unknown.err, "tarvo: there is no method for picture.Nonsense(integer)\n    Nonsense(1)\n    ^\n");
+    EXPECT_EQ(apply_sample({small(), "SamePicture(true)"}).status, 2);
+    EXPECT_EQ(apply_sample({small(), "SamePicture(1, 2)"}).status, 2);
+    EXPECT_EQ(apply_sample({small(), "Halves(true)"}).status, 2);
+}
+
+TEST_F(ApplyTest, ClassesThatThePluginLacksAreTold) {
+    const Ending run = apply_sample({small(), "SamePicture(rect(1, 2, 3, 4))"});
+    EXPECT_EQ(run.status, 2);
+    EXPECT_EQ(run.err, "tarvo: the plugin has no class TRV_Rectangle\n  SamePicture(rect(1, 2, 3, 4))\n" +
+                           std::string(14, ' ') + "^\n");
+    EXPECT_EQ(apply_sample({"--client", small(), "SamePicture()"}).status, 1);
+}
+
+// --- files ----------------------------------------------------------------------------------------------------------
+
+TEST_F(ApplyTest, FilesThatCannotBeReadOrWrittenAreTold) {
+    const std::string cut = text_file("cut.ppm", "P6\n2 2\n255\n123456789");
+    const Ending bad_input = apply_sample({cut, "SamePicture()", "-o", file("out.ppm")});
+    EXPECT_EQ(bad_input.status, 3);
+    EXPECT_EQ(bad_input.err, "tarvo: " + cut + ": cut short after 1 row\n");
+    EXPECT_EQ(apply_sample({file("none.ppm"), "SamePicture()", "-o", file("out.ppm")}).status, 3);
+
+    const Ending bad_argument = apply_sample({small(), "Second(none.ppm)", "-o", file("out.ppm")});
+    EXPECT_EQ(bad_argument.status, 3);
+    EXPECT_EQ(bad_argument.err, "tarvo: none.ppm: cannot be opened: No such file or directory\n");
+    EXPECT_FALSE(exists("out.ppm"));
+
+    const Ending bad_name = apply_sample({small(), "SamePicture()", "-o", file("out.gif")});
+    EXPECT_EQ(bad_name.status, 3);
+    EXPECT_EQ(bad_name.out, "");  // found before any work
+    EXPECT_EQ(apply_sample({small(), "SamePicture()", "-o", file("none/out.ppm")}).status, 3);
+    EXPECT_EQ(entries(), (std::vector<std::string>{"cut.ppm", "small.ppm"}));
+}
+
+TEST_F(ApplyTest, MaskThatTheFormatCannotKeepIsTold) {
+    const std::string clear =
+        text_file("clear.pam", "P7\nWIDTH 1\nHEIGHT 1\nDEPTH 4\nMAXVAL 255\nTUPLTYPE RGB_ALPHA\nENDHDR\nabc@");
+    const Ending kept = apply_sample({clear, "SamePicture()", "-o", file("out.pam")});
+    EXPECT_EQ(kept.err, "");
+    EXPECT_TRUE(holds(kept.out, "clear.pam: 1 x 1, 32 bits, mask\n")) << kept.out;
+    EXPECT_EQ(bytes_of(file("out.pam")), bytes_of(clear));
+
+    const Ending lost = apply_sample({clear, "SamePicture()", "-o", file("out.ppm")});
+    EXPECT_EQ(lost.status, 0);
+    EXPECT_EQ(lost.err, "note: " + file("out.ppm") + " has no transparency: the mask is left out\n");
+    EXPECT_EQ(colors_of(file("out.ppm")), Colors{0x616263});
+}
+
+TEST_F(ApplyTest, ResultCanReplaceItsSource) {
+    const std::string path = small();
+    EXPECT_EQ(tool({"apply", path, "TRV_Add(" + path + ", 0)", "-o", path}).status, 0);
+    EXPECT_EQ(colors_of(path)[0], 0x204060u);
+}
+
+TEST_F(ApplyTest, WrongUsageIsTold) {
+    EXPECT_EQ(tool({"apply"}).status, 2);
+    EXPECT_EQ(tool({"apply", small()}).status, 2);
+    EXPECT_EQ(tool({"apply", small(), "SamePicture()", "--no-such"}).status, 2);
+    EXPECT_TRUE(holds(tool({"apply", "--help"}).out, "rect(left, top, width, height)"));
+}
+
+TEST_F(ApplyTest, OutputThatCannotBeWrittenIsAnError) {
+    const std::string line = std::string(TARVO_TOOL) + " list > /dev/full 2> " + file("err");
+    EXPECT_EQ(WEXITSTATUS(std::system(line.c_str())), 3);
+    EXPECT_EQ(bytes_of(file("err")), "tarvo: the output cannot be written\n");
+}
+
+}  // namespace
+}  // namespace tarvo::cli

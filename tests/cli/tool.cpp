@@ -1,0 +1,95 @@
+#include "tool.h"
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+
+#include "host.h"
+#include "picture_file.h"
+#include "pixels.h"
+
+namespace tarvo::cli {
+
+namespace fs = std::filesystem;
+
+ToolTest::ToolTest() {
+    std::string name = (fs::temp_directory_path() / "tarvo-tool-XXXXXX").string();
+    if (!::mkdtemp(name.data())) throw std::runtime_error("no folder for the test");
+    folder_ = name;
+}
+
+ToolTest::~ToolTest() {
+    std::error_code ignored;
+    fs::remove_all(folder_, ignored);
+}
+
+Ending ToolTest::tool(std::vector<std::string> arguments) const {
+    arguments.insert(arguments.begin(), TARVO_TOOL);
+    std::vector<char*> words;
+    for (std::string& argument : arguments) words.push_back(argument.data());
+    words.push_back(nullptr);
+
+    const std::string out = file("tool.out"), err = file("tool.err");
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, err.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    pid_t process = 0;
+    const int failed = posix_spawn(&process, TARVO_TOOL, &actions, nullptr, words.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    if (failed != 0) throw std::runtime_error("the tool cannot be run");
+    int status = 0;
+    ::waitpid(process, &status, 0);
+
+    Ending run{WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status), bytes_of(out), bytes_of(err)};
+    fs::remove(out);
+    fs::remove(err);
+    return run;
+}
+
+Ending ToolTest::apply_sample(std::vector<std::string> arguments) const {
+    arguments.insert(arguments.begin(), {"apply", "--plugin", TARVO_SAMPLE_OPERATIONS});
+    return tool(std::move(arguments));
+}
+
+std::vector<std::string> ToolTest::entries() const {
+    std::vector<std::string> names;
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder_)) names.push_back(entry.path().filename());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+std::string ToolTest::ppm(const std::string& name, int width, int height,
+                          const std::vector<std::uint32_t>& colors) const {
+    std::string bytes = "P6\n" + std::to_string(width) + ' ' + std::to_string(height) + "\n255\n";
+    for (const std::uint32_t color : colors)
+        for (const int shift : {16, 8, 0}) bytes += static_cast<char>(color >> shift & 255);
+    return text_file(name, bytes);
+}
+
+std::string ToolTest::text_file(const std::string& name, const std::string& bytes) const {
+    std::ofstream(file(name), std::ios::binary) << bytes;
+    return file(name);
+}
+
+std::vector<std::uint32_t> ToolTest::colors_of(const std::string& path) {
+    host::Host host;
+    const host::ObjectRef read = host::read_picture_file(host, path);
+    const auto& picture = dynamic_cast<const host::Picture&>(*read.get());
+    std::vector<std::uint32_t> colors;
+    for (int y = 0; y < picture.height(); ++y)
+        for (int x = 0; x < picture.width(); ++x) colors.push_back(host::load_pixel(picture.row(y), x, 32));
+    return colors;
+}
+
+std::string ToolTest::bytes_of(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+}  // namespace tarvo::cli

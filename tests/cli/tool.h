@@ -1,0 +1,42 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace tarvo::cli {
+
+// How a run of the tool ended.
+struct Ending {
+    int status;  // negative: ended by that signal
+    std::string out, err;
+};
+
+// Tests that run the built tool, in a folder of their own.
+class ToolTest : public testing::Test {
+protected:
+    ToolTest();
+    ~ToolTest() override;
+
+    Ending tool(std::vector<std::string> arguments) const;
+    // `tarvo apply` with the sample operations as its plugin.
+    Ending apply_sample(std::vector<std::string> arguments) const;
+
+    std::string file(const std::string& name) const { return (folder_ / name).string(); }
+    bool exists(const std::string& name) const { return std::filesystem::exists(file(name)); }
+    std::vector<std::string> entries() const;
+    // A PPM file of these colours, 0x00RRGGBB.
+    std::string ppm(const std::string& name, int width, int height, const std::vector<std::uint32_t>& colors) const;
+    std::string text_file(const std::string& name, const std::string& bytes) const;
+    // The colours of a picture file; depth and mask are seen by the tool's own words.
+    static std::vector<std::uint32_t> colors_of(const std::string& path);
+    static std::string bytes_of(const std::string& path);
+
+private:
+    std::filesystem::path folder_;
+};
+
+}  // namespace tarvo::cli

@@ -1,0 +1,125 @@
+// Files that are cut off, damaged or lie: each gives a picture or an error of one line, and nothing is left behind.
+
+#include <gtest/gtest.h>
+
+#include "file_samples.h"
+#ifdef TARVO_PICTURE_LIBRARIES
+#include "jpeg_samples.h"
+#include "png_samples.h"
+#endif
+
+namespace tarvo::host {
+namespace {
+
+struct NamedFile {
+    std::string name;
+    FileBytes bytes;
+};
+
+FileBytes counting(std::size_t count) {
+    FileBytes bytes(count);
+    for (std::size_t i = 0; i < count; ++i) bytes[i] = static_cast<std::uint8_t>(i * 37 + 11);
+    return bytes;
+}
+
+std::vector<NamedFile> valid_files() {
+    std::vector<NamedFile> files = {
+        {"pbm", bytes_of("P4\n# bits\n12 3\n") + counting(6)},
+        {"pgm", bytes_of("P5\n5 3\n65535\n") + counting(30)},
+        {"ppm", bytes_of("P6\n5 3\n255\n") + counting(45)},
+        {"pam", bytes_of("P7\nWIDTH 3\nHEIGHT 2\nDEPTH 4\nMAXVAL 255\nTUPLTYPE RGB_ALPHA\nENDHDR\n") + counting(24)},
+    };
+#ifdef TARVO_PICTURE_LIBRARIES
+    FileBytes rows = counting(3 * (1 + 5 * 4));
+    for (std::size_t y = 0; y < 3; ++y) rows[y * 21] = static_cast<std::uint8_t>(y);  // the filters
+    files.push_back({"png", png_file({.width = 5,
+                                      .height = 3,
+                                      .bit_depth = 8,
+                                      .color_type = 6,
+                                      .rows = rows,
+                                      .exif = exif_of_orientation(6)})});
+    files.push_back({"palette png", png_file({.width = 6,
+                                              .height = 2,
+                                              .bit_depth = 2,
+                                              .color_type = 3,
+                                              .rows = {0, 0x1B, 0xE4, 0, 0x00, 0xFF},
+                                              .palette = counting(9),
+                                              .clear = {0, 128, 255}})});
+    files.push_back({"interlaced png", png_file({.width = 3,
+                                                 .height = 3,
+                                                 .bit_depth = 8,
+                                                 .color_type = 0,
+                                                 .rows = {0, 1, 0, 3, 0, 7, 9, 0, 2, 0, 8, 0, 4, 5, 6},
+                                                 .interlaced = true})});
+    files.push_back({"jpeg", jpeg_file({9, 9, JpegColors::ycc, counting(243), exif_of_orientation(8)})});
+    files.push_back({"progressive jpeg", jpeg_file({17, 9, JpegColors::ycc, counting(459), {}, true})});
+    files.push_back({"inks jpeg", jpeg_file({9, 9, JpegColors::adobe_ycck, counting(324)})});
+#endif
+    return files;
+}
+
+class HostileFiles : public FilesTest {
+protected:
+    // True when a picture came of it; anything but that and a proper error fails the test.
+    bool opens(const FileBytes& file) {
+        const Accounts before = host.accounts();
+        bool opened = false;
+        const std::string error = file_error([&] {
+            for (const bool keep_depth : {false, true}) {
+                const ObjectRef picture = decode_picture(host, file, {.keep_depth = keep_depth, .max_pixels = 1 << 20});
+                opened = picture_in(picture).width() > 0;
+            }
+        });
+        EXPECT_NE(opened, !error.empty());
+        EXPECT_EQ(error.find_first_of("\r\n"), std::string::npos) << error;
+        EXPECT_LT(error.size(), 200u);
+        EXPECT_EQ(host.accounts(), before);
+        return opened;
+    }
+};
+
+TEST_F(HostileFiles, CutShortAnywhereAreErrors) {
+    for (const NamedFile& file : valid_files()) {
+        EXPECT_TRUE(opens(file.bytes)) << file.name;
+        for (std::size_t length = 0; length < file.bytes.size(); ++length) {
+            const FileBytes cut(file.bytes.begin(), file.bytes.begin() + static_cast<std::ptrdiff_t>(length));
+            EXPECT_FALSE(opens(cut)) << file.name << " of " << length << " bytes";
+        }
+    }
+}
+
+TEST_F(HostileFiles, WithFlippedBitsOpenOrAreErrors) {
+    std::mt19937 random(20051);
+    for (const NamedFile& file : valid_files()) {
+        int opened = 0;
+        for (int round = 0; round < 1500; ++round) {
+            FileBytes damaged = file.bytes;
+            for (std::uint32_t flips = 1 + random() % 4; flips > 0; --flips)
+                damaged[random() % damaged.size()] ^= static_cast<std::uint8_t>(1u << random() % 8);
+            opened += opens(damaged);
+        }
+        EXPECT_LT(opened, 1500) << file.name;
+    }
+}
+
+TEST_F(HostileFiles, OfJunkBehindAnySignatureOpenOrAreErrors) {
+    const std::string_view signatures[] = {"P1 ",          "P2 ",
+                                           "P3 ",          "P4 ",
+                                           "P5 9 9 255 ",  "P6 ",
+                                           "P7\n",         "\x89PNG\r\n\x1A\n",
+                                           "\xFF\xD8\xFF", "\xFF\xD8\xFF\xE1"};
+    std::mt19937 random(20060);
+    for (const std::string_view signature : signatures)
+        for (int round = 0; round < 300; ++round) {
+            FileBytes junk(random() % 400);
+            for (std::uint8_t& byte : junk) byte = static_cast<std::uint8_t>(random());
+            opens(bytes_of(signature) + junk);
+        }
+}
+
+TEST_F(HostileFiles, ThatGoOnAfterTheirEndOpen) {
+    for (const NamedFile& file : valid_files()) EXPECT_TRUE(opens(file.bytes + counting(100))) << file.name;
+}
+
+}  // namespace
+}  // namespace tarvo::host

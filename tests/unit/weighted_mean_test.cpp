@@ -1,0 +1,72 @@
+// Quotients without a division, against the division.
+
+#include "weighted_mean.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <vector>
+
+namespace {
+
+TEST(Reciprocal, EveryQuotientOfEveryDivisorIsExact) {
+    for (std::uint32_t divisor = 1; divisor <= 256; ++divisor) {
+        const Reciprocal reciprocal = Reciprocal::of(divisor);
+        for (std::uint32_t dividend = 0; dividend <= 255 * divisor; ++dividend) {
+            const std::uint16_t prepared = reciprocal.prepare(static_cast<std::uint16_t>(dividend));
+            ASSERT_EQ(reciprocal.quotient_of(prepared), dividend / divisor) << dividend << " / " << divisor;
+        }
+    }
+}
+
+// The mean of pixels of one tap's grey levels, computed by the class.
+std::vector<PixelColor> means(const std::vector<std::int32_t>& coefficients,
+                              const std::vector<std::vector<PixelColor>>& greys) {
+    const WeightedMean mean(coefficients);
+    const std::size_t count = greys.front().size();
+    std::vector<std::vector<PixelColor>> red_blue = greys;
+    std::vector<std::vector<std::uint16_t>> green(greys.size(), std::vector<std::uint16_t>(count));
+    Taps taps{};
+    for (std::size_t k = 0; k < greys.size(); ++k) {
+        taps[k] = {red_blue[k].data(), green[k].data()};
+        taps[k].split(count);
+    }
+    std::vector<PixelColor> result(count);
+    mean(taps, result.data(), count);
+    return result;
+}
+
+// What coefficients of any size give about the multiples of their sum, where quotients change.
+TEST(WeightedMean, QuotientsOfLargeSumsChangeAtMultiplesOnly) {
+    std::vector<std::vector<PixelColor>> greys(3, std::vector<PixelColor>(256));
+    for (std::uint32_t v = 0; v < 256; ++v) {
+        greys[0][v] = grey(v);
+        greys[1][v] = grey(v > 0 ? v - 1 : 0);
+        greys[2][v] = grey(v);
+    }
+    for (std::int64_t sum = 1; sum <= 0x7FFFFFFF / 255; sum = sum < 3000 ? sum + 1 : sum * 21 / 20) {
+        for (const std::int64_t sign : {1, -1}) {
+            // A sum of v * sum - 1 (or, with the sign, its negative): one below a multiple.
+            const auto c = [&](std::int64_t value) { return static_cast<std::int32_t>(sign * value); };
+            const auto below = means({c(sum - 1), c(1), c(0)}, greys);
+            const auto exactly = means({c(sum), c(0), c(0)}, greys);
+            for (std::uint32_t v = 0; v < 256; ++v) {
+                ASSERT_EQ(exactly[v], grey(v)) << "sum " << sign * sum;
+                const std::int64_t dividend = v * (sum - 1) + (v > 0 ? v - 1 : 0);
+                ASSERT_EQ(below[v], grey(static_cast<std::uint32_t>(dividend / sum))) << "sum " << sign * sum;
+            }
+        }
+    }
+}
+
+TEST(WeightedMean, WithoutCoefficientsOrWithASumOfZeroThereIsNone) {
+    EXPECT_FALSE(WeightedMean({}).defined());
+    const auto defined = [](std::vector<std::int32_t> coefficients) { return WeightedMean(coefficients).defined(); };
+    EXPECT_FALSE(defined({0}));
+    EXPECT_FALSE(defined({-1, 2, -1}));
+    EXPECT_FALSE(defined({INT32_MIN, 0, INT32_MIN}));  // wraps to 0
+    EXPECT_TRUE(defined({INT32_MIN}));
+    EXPECT_TRUE(defined({INT32_MAX, INT32_MAX, 3}));  // wraps to 1
+}
+
+}  // namespace
