@@ -20,6 +20,9 @@ target_compile_options(tarvo_options INTERFACE
   -ffp-contract=off  # results are fixed to the bit
   -fvisibility=hidden -fvisibility-inlines-hidden
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wold-style-cast -Wnon-virtual-dtor)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+  target_compile_options(tarvo_options INTERFACE -Wno-restrict)  # warns of strings joined with +, wrongly
+endif()
 if(TARVO_WARNINGS_AS_ERRORS)
   target_compile_options(tarvo_options INTERFACE -Werror)
 endif()

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <string_view>
 #include <vector>
 
+#include "fuzz_check.h"
 #include "host.h"
 #include "picture_string.h"
 #include "plugin_entry.h"
@@ -16,15 +16,11 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-void require(bool true_of_every_string) {
-    if (!true_of_every_string) std::abort();
-}
-
 // The one host of the process, the plugin linked in.
 host::Host& fuzz_host() {
     static host::Host& host = []() -> host::Host& {
         static host::Host made;
-        require(made.start_plugin(REALPluginMain));
+        FUZZ_CHECK(made.start_plugin(REALPluginMain));
         return made;
     }();
     return host;
@@ -38,7 +34,7 @@ host::ObjectRef read(const host::ObjectRef& string) {
 Bytes write(const host::ObjectRef& picture) {
     auto* const made = TRV_ConvertToString(static_cast<REALpictureStruct*>(picture.handle()));
     const host::ObjectRef string = host::ObjectRef::adopt(fuzz_host().objects().find(made));
-    require(static_cast<bool>(string));
+    FUZZ_CHECK(static_cast<bool>(string));
     const std::string_view text = dynamic_cast<const host::StringObject&>(*string.get()).bytes();
     return {text.begin(), text.end()};
 }
@@ -70,10 +66,10 @@ void run(const Bytes& bytes) {
     {
         const host::ObjectRef string =
             host.new_string({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
-        if (const host::ObjectRef picture = read(string)) require(write(picture) == settled(bytes));
+        if (const host::ObjectRef picture = read(string)) FUZZ_CHECK(write(picture) == settled(bytes));
     }
-    require(host.accounts() == before);
-    require(host.complaints().empty());
+    FUZZ_CHECK(host.accounts() == before);
+    FUZZ_CHECK(host.complaints().empty());
 }
 
 }  // namespace

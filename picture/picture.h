@@ -80,14 +80,15 @@ public:
     // A run of one row, each pixel as the accessor by row and column gives or takes it.
     void GetPixels(long row, long column, std::span<PixelColor> colors, const char* caller) const;
     void SetPixels(long row, long column, std::span<const PixelColor> colors, const char* caller);
+    // Brings a run of one row near that is going to be read soon, for walks down columns: nothing but time depends on it.
+    void Prefetch(long row, long column, std::size_t count) const;
     // A run of one row, each pixel as the bit-addressed accessor gives or takes it when the address and the bit step
     // from pixel to pixel by the bits of a pixel.
     void GetPixelBits(long row, long column, std::span<PixelColor> colors, const char* caller) const;
     void SetPixelBits(long row, long column, std::span<const PixelColor> colors, const char* caller);
 
-    // A hint that a run will be read soon, for kernels that do not walk rows in the order of memory: processors see no
-    // pattern in theirs.
-    void WillRead(long row, long column, std::size_t count) const;
+    // Whether a run of one row shows the same red, green and blue as that of another picture, to whole-pixel access.
+    bool SameColors(const TRV_Picture& other, long row, long column, std::size_t count, const char* caller) const;
 
     // Copy `count` pixels from this image to another; both addresses are left behind the last pixel. Stored values of
     // equal depths (16 and 32 bits) are copied as they are, others go through colours.

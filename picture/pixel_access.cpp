@@ -58,13 +58,27 @@ void TRV_Picture::SetPixels(long row, long column, std::span<const PixelColor> c
     (streams_ ? encode_row_streaming : encode_row)(format_, colors.data(), first, colors.size());
 }
 
-void TRV_Picture::WillRead(long row, long column, std::size_t count) const {
+bool TRV_Picture::SameColors(const TRV_Picture& other, long row, long column, std::size_t count,
+                             const char* caller) const {
+    const std::uint8_t* const here = RowStart(row);
+    const std::uint8_t* const there = other.RowStart(row);
+    const bool side_by_side = bytesPerPixel_ == bytes_of(format_) && bytesPerPixel_ == other.bytesPerPixel_;
+    if (here && there && format_ == other.format_ && side_by_side) {
+        const std::ptrdiff_t offset = static_cast<std::ptrdiff_t>(column) * bytesPerPixel_;
+        return rows_agree(format_, here + offset, there + offset, count, indexColors_, other.indexColors_);
+    }
+    for (long end = column + static_cast<long>(count); column < end; ++column)
+        if ((GetPixel(row, column, caller) ^ other.GetPixel(row, column, caller)) & 0xFFFFFF) return false;
+    return true;
+}
+
+void TRV_Picture::Prefetch(long row, long column, std::size_t count) const {
     constexpr std::size_t kCacheLine = 64;
     const std::uint8_t* const start = RowStart(row);
-    if (!start || count == 0) return;
+    if (!start) return;
     const std::uint8_t* const first = start + static_cast<std::ptrdiff_t>(column) * bytesPerPixel_;
-    const std::size_t bytes = count * static_cast<std::size_t>(bytesPerPixel_);
-    for (std::size_t offset = 0; offset < bytes; offset += kCacheLine) __builtin_prefetch(first + offset);
+    for (std::size_t byte = 0; byte < count * static_cast<std::size_t>(bytesPerPixel_); byte += kCacheLine)
+        __builtin_prefetch(first + byte);
 }
 
 void TRV_Picture::GetPixelBits(long row, long column, std::span<PixelColor> colors, const char* caller) const {

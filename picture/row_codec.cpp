@@ -72,6 +72,22 @@ TARVO_ROW_CLONES void encode_rgb24(const PixelColor* __restrict span, std::uint8
     encode_as<Rgb24>(span + grouped, row + grouped * Rgb24::kBytes, count - grouped);
 }
 
+// The bits of a word in which any words of two rows differ, in the order of memory.
+TARVO_ROW_CLONES std::uint32_t differing_bits(const std::uint8_t* a, const std::uint8_t* b, std::size_t bytes) {
+    constexpr std::size_t kWord = sizeof(std::uint32_t);
+    std::uint32_t bits = 0, word_a = 0, word_b = 0;
+    const std::size_t words = bytes / kWord;
+    for (std::size_t i = 0; i < words; ++i) {
+        std::memcpy(&word_a, a + i * kWord, kWord);
+        std::memcpy(&word_b, b + i * kWord, kWord);
+        bits |= word_a ^ word_b;
+    }
+    word_a = word_b = 0;
+    std::memcpy(&word_a, a + words * kWord, bytes % kWord);
+    std::memcpy(&word_b, b + words * kWord, bytes % kWord);
+    return bits | (word_a ^ word_b);
+}
+
 }  // namespace
 
 PixelColor load_pixel(PixelFormat format, const std::uint8_t* at, long bit, const IndexColors& colors) {
@@ -124,6 +140,24 @@ void encode_row(PixelFormat format, const PixelColor* span, std::uint8_t* row, s
         case PixelFormat::mono1:
         case PixelFormat::opaque: break;
     }
+}
+
+bool rows_agree(PixelFormat format, const std::uint8_t* a, const std::uint8_t* b, std::size_t count,
+                const IndexColors& colors_a, const IndexColors& colors_b) {
+    const auto agree = [&](std::uint32_t color_bits) {
+        return (differing_bits(a, b, count * static_cast<std::size_t>(bytes_of(format))) & big_endian(color_bits)) == 0;
+    };
+    switch (format) {
+        case PixelFormat::xrgb32: return agree(0x00FFFFFF);
+        case PixelFormat::rgb555: return agree(0x7FFF7FFF);
+        case PixelFormat::rgb24:
+        case PixelFormat::grey8: return agree(0xFFFFFFFF);
+        case PixelFormat::indexed8:
+            return std::equal(a, a + count, b, [&](std::uint8_t i, std::uint8_t j) { return colors_a[i] == colors_b[j]; });
+        case PixelFormat::mono1:
+        case PixelFormat::opaque: break;
+    }
+    return true;  // both read 0
 }
 
 #if defined(__x86_64__)

@@ -45,6 +45,10 @@ void decode_row(PixelFormat format, const std::uint8_t* row, PixelColor* span, s
                 const IndexColors& colors);
 void encode_row(PixelFormat format, const PixelColor* span, std::uint8_t* row, std::size_t count);
 
+// Whether two rows of `count` pixels show the same colours. Bits that are no part of a colour do not count.
+bool rows_agree(PixelFormat format, const std::uint8_t* a, const std::uint8_t* b, std::size_t count,
+                const IndexColors& colors_a, const IndexColors& colors_b);
+
 // The same bytes, written past the caches where the machine can: for pictures too large to be found there again.
 void encode_row_streaming(PixelFormat format, const PixelColor* span, std::uint8_t* row, std::size_t count);
 // Ends a run of streaming writes: what was written is in order with what follows.

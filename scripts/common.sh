@@ -8,24 +8,26 @@ die() {
     exit 1
 }
 
-# Installs the Debian packages of scripts/packages that are missing.
+# install_packages GROUP...: the Debian packages of scripts/packages.GROUP that are missing.
 install_packages() {
-    command -v apt-get >/dev/null || die "This sets itself up on Debian 12 only: apt-get is missing. See scripts/packages for what is needed."
-    local wanted missing=()
-    wanted=$(sed 's/#.*//' "$root/scripts/packages")
-    for package in $wanted; do
-        dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null | grep -qx installed || missing+=("$package")
+    local group package missing=() as_root=()
+    command -v apt-get >/dev/null ||
+        die "This sets itself up on Debian 12 only: apt-get is missing. See scripts/packages.* for what is needed."
+    for group in "$@"; do
+        for package in $(sed 's/#.*//' "$root/scripts/packages.$group"); do
+            dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null | grep -qx installed || missing+=("$package")
+        done
     done
     [ ${#missing[@]} -eq 0 ] && return
-    local as_root=()
     if [ "$(id -u)" -ne 0 ]; then
-        command -v sudo >/dev/null || die "These packages are missing, and installing them takes root or sudo: ${missing[*]}"
+        command -v sudo >/dev/null ||
+            die "These packages are missing, and installing them takes root or sudo: ${missing[*]}"
         as_root=(sudo)
     fi
     say "Installing: ${missing[*]}"
     "${as_root[@]}" apt-get update -q >&2 || die "apt-get could not fetch the package lists."
-    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -q -y --no-install-recommends "${missing[@]}" >&2 ||
-        die "apt-get could not install: ${missing[*]}"
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -q -y --no-install-recommends "${missing[@]}" \
+        >&2 || die "apt-get could not install: ${missing[*]}"
 }
 
 # build PRESET [TARGET...]: configures once, builds what is out of date.

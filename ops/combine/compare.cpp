@@ -12,28 +12,14 @@
 
 namespace {
 
-constexpr PixelColor kChannels = 0xFFFFFF;
-
-// The bits in which any two colours of a row differ.
-TARVO_ROW_CLONES PixelColor difference_of_rows(const PixelColor* a, const PixelColor* b, std::size_t count) {
-    PixelColor bits = 0;
-    for (std::size_t x = 0; x < count; ++x) bits |= a[x] ^ b[x];
-    return bits;
-}
-
 // The ends of a compared region are exclusive, as opposed to all other regions: its last row and column are left out.
-bool rows_agree(const TRV_Picture& a, const TRV_Picture& b, const Region& region) {
-    constexpr const char* kCaller = "PrivCompare_NonVector";
-    Chunk colors_a, colors_b;
-    for (std::int32_t row = region.top; row < region.bottom; ++row) {
-        for (std::int32_t column = region.left; column < region.right; column += kChunkPixels) {
-            const auto count = static_cast<std::size_t>(std::min(kChunkPixels, region.right - column));
-            a.GetPixels(row, column, {colors_a.data(), count}, kCaller);
-            b.GetPixels(row, column, {colors_b.data(), count}, kCaller);
-            if (difference_of_rows(colors_a.data(), colors_b.data(), count) & kChannels) return false;
-        }
-    }
-    return true;
+bool same_colors(const TRV_Picture& a, const TRV_Picture& b, const Region& region) {
+    bool same = true;
+    for (std::int32_t row = region.top; same && row < region.bottom; ++row)
+        for_each_chunk(region.left, region.right - 1, [&](std::int32_t column, std::size_t count) {
+            same = same && a.SameColors(b, row, column, count, "PrivCompare_NonVector");
+        });
+    return same;
 }
 
 bool Disagree(ErrorCode code) {
@@ -74,7 +60,7 @@ bool PrivCompare_NonVector(REALpictureStruct* p, REALpictureStruct* compare, REA
     const Region region = SelectRegion(a, rect);
     TRV_Picture b(compare, false);
     if (!b.Lock()) return Disagree(ErrorCode::compare_lock);
-    return same_size(a, b) && a.depth() == b.depth() && rows_agree(a, b, region);
+    return same_size(a, b) && a.depth() == b.depth() && same_colors(a, b, region);
 }
 
 bool TRV_Compare(REALpictureStruct* p, REALpictureStruct* compare, REALobjectStruct* rect) {

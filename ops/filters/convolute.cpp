@@ -55,54 +55,39 @@ private:
 // picture read the row at the edge.
 class RunWindow {
 public:
-    explicit RunWindow(std::int32_t taps)
-        : taps_count_(taps), chunks_(kMostTaps * kLeastChunks / taps), stride_(chunks_ * kChunkPixels + kStagger) {}
-
-    // How many columns fit: the more, the fewer the taps.
-    std::int32_t columns() const { return chunks_ * kChunkPixels; }
-
     // Begins at a row of some columns; to be moved there.
-    void begin(std::int32_t row, std::int32_t first_column, std::int32_t last_column) {
-        next_row_ = std::max(row - taps_count_ / 2, 0);
-        first_column_ = first_column;
-        last_column_ = last_column;
-    }
+    RunWindow(std::int32_t taps, std::int32_t row, std::int32_t column, std::size_t count)
+        : taps_count_(taps), next_row_(std::max(row - taps / 2, 0)), column_(column), count_(count) {}
 
     // Down to a row, which is not above the last one.
-    void move_to(const TRV_Picture& source, std::int32_t row, const char* caller) {
-        row_ = row;
-        last_row_ = source.height() - 1;
-        for (; next_row_ <= std::min(row + taps_count_ / 2, last_row_); ++next_row_)
-            for_each_chunk(first_column_, last_column_, [&](std::int32_t column, std::size_t count) {
-                const SplitRun run = run_at(next_row_, column);
-                source.GetPixels(next_row_, column, {run.red_blue, count}, caller);
-                run.split(count);
-            });
-    }
-
-    Taps taps_from(std::int32_t column) {
-        Taps taps{};
+    const Taps& move_to(const TRV_Picture& source, std::int32_t row, const char* caller) {
+        const std::int32_t margin = taps_count_ / 2, last_row = source.height() - 1;
+        for (; next_row_ <= std::min(row + margin, last_row); ++next_row_) {
+            const SplitRun run = run_of(next_row_);
+            source.GetPixels(next_row_, column_, {run.red_blue, count_}, caller);
+            run.split(count_);
+            source.Prefetch(std::min(next_row_ + kRowsAhead, last_row), column_, count_);
+        }
         for (std::int32_t k = 0; k < taps_count_; ++k)
-            taps[static_cast<std::size_t>(k)] = run_at(std::clamp(row_ - taps_count_ / 2 + k, 0, last_row_), column);
-        return taps;
+            taps_[static_cast<std::size_t>(k)] = run_of(std::clamp(row - margin + k, 0, last_row));
+        return taps_;
     }
 
 private:
-    static constexpr std::int32_t kLeastChunks = 2;
-    // Keeps the runs from beginning on the same few sets of the cache.
-    static constexpr std::int32_t kStagger = kCacheLine / sizeof(PixelColor);
-    static constexpr std::size_t kPixels = kMostTaps * (kLeastChunks * kChunkPixels + kStagger);
+    static constexpr std::int32_t kRowsAhead = 4;
 
-    SplitRun run_at(std::int32_t row, std::int32_t column) {
-        return SplitRun{red_blue_.data(), green_.data()}.from(row % taps_count_ * stride_ + column - first_column_);
+    SplitRun run_of(std::int32_t row) {
+        const auto i = static_cast<std::size_t>(row % taps_count_);
+        return {red_blue_[i].data(), green_[i].data()};
     }
 
-    std::int32_t taps_count_, chunks_, stride_;
-    std::int32_t first_column_ = 0, last_column_ = 0;
-    std::int32_t row_ = 0, next_row_ = 0;  // of the centre; the first that has not been read
-    std::int32_t last_row_ = 0;            // of the picture
-    alignas(kCacheLine) std::array<PixelColor, kPixels> red_blue_;
-    alignas(kCacheLine) std::array<std::uint16_t, kPixels> green_;
+    std::int32_t taps_count_;
+    std::int32_t next_row_;  // the first that has not been read
+    std::int32_t column_;
+    std::size_t count_;
+    Taps taps_{};
+    alignas(kCacheLine) std::array<Chunk, kMostTaps> red_blue_;
+    alignas(kCacheLine) std::array<std::array<std::uint16_t, kChunkPixels>, kMostTaps> green_;
 };
 
 }  // namespace
@@ -122,22 +107,19 @@ void PrivConvoluteHorizontal(const TRV_Picture& source, TRV_Picture& destination
         });
 }
 
+// Chunk after chunk of columns, each from top to bottom, so that every pixel is read once and the window stays near.
 void PrivConvoluteVertical(const TRV_Picture& source, TRV_Picture& destination, REALobjectStruct* convolution,
                            const Region& region) {
     constexpr const char* kCaller = "PrivConvoluteVertical";
     const WeightedMean mean = mean_of(convolution);
     if (!mean.defined()) return copy_region(source, destination, whole_of(source), kCaller);
     copy_around(source, destination, region, kCaller);
-    RunWindow window(mean.taps());
     alignas(kCacheLine) Chunk means;
-    for_each_piece(region.left, region.right, window.columns(), [&](std::int32_t left, std::int32_t right) {
-        window.begin(region.top, left, right);
+    for_each_chunk(region.left, region.right, [&](std::int32_t column, std::size_t count) {
+        RunWindow window(mean.taps(), region.top, column, count);
         for (std::int32_t row = region.top; row <= region.bottom; ++row) {
-            window.move_to(source, row, kCaller);
-            for_each_chunk(left, right, [&](std::int32_t column, std::size_t count) {
-                mean(window.taps_from(column), means.data(), count);
-                destination.SetPixels(row, column, {means.data(), count}, kCaller);
-            });
+            mean(window.move_to(source, row, kCaller), means.data(), count);
+            destination.SetPixels(row, column, {means.data(), count}, kCaller);
         }
     });
 }

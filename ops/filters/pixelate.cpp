@@ -63,6 +63,8 @@ void read_as_stored(const TRV_Picture& source, TRV_Picture& result, std::int32_t
 
 void sum_blocks(const TRV_Picture& source, TRV_Picture& result, const Region& area, std::int32_t pixelation,
                 BlockSums& blocks) {
+    constexpr std::int32_t kRowsAhead = 4;
+    const std::int32_t last_row = source.height() - 1;
     Chunk colors;
     for_each_chunk(area.left, area.right, [&](std::int32_t column, std::size_t count) {
         for (std::int32_t row = area.top; row <= area.bottom;) {
@@ -71,6 +73,7 @@ void sum_blocks(const TRV_Picture& source, TRV_Picture& result, const Region& ar
             for (const std::int32_t end = row + rows; row < end; ++row) {
                 read_as_stored(source, result, row, column, {colors.data(), count});
                 add_row(sums, colors.data(), count);
+                source.Prefetch(std::min(row + kRowsAhead, last_row), column, count);
             }
             add_columns(blocks, sums, count, rows, pixelation);
         }

@@ -85,7 +85,7 @@ void turn_band(const Turning& how, const TRV_Picture& source, TRV_Picture& resul
             const std::span run(block_of(rows).row(x), static_cast<std::size_t>(count));
             how.read(source, source_row(column + x), source_column, run, how.caller);
             const std::int32_t later = column + x + kTile;
-            if (later < width) source.WillRead(source_row(later), source_column, run.size());
+            if (later < width) source.Prefetch(source_row(later), source_column, run.size());
         }
         transpose({rows.data(), kTile}, tile_width, count, block_of(columns));
         for (std::int32_t y = 0; y < count; ++y) {

@@ -52,7 +52,7 @@ private:
         const std::int32_t later = column + columns, ahead = std::min(kTile, source_.width() - later);
         for (std::int32_t i = 0; i < count_; ++i) {
             read_run(source_, row_ + i, column, {tile_line(rows_, i), std::size_t(columns)}, kCaller);
-            source_.WillRead(row_ + i, later, std::size_t(ahead));
+            source_.Prefetch(row_ + i, later, std::size_t(ahead));
         }
         transpose({rows_.data(), kTile}, count_, columns, {sources_.data(), kTile});
     }
@@ -99,7 +99,7 @@ public:
         : source_(source), destination_(destination), column_(column), count_(count), write_(write) {}
 
     const PixelColor* read(std::int32_t row) {
-        if (row + 1 < source_.height()) source_.WillRead(row + 1, column_, count_);
+        if (row + 1 < source_.height()) source_.Prefetch(row + 1, column_, count_);
         read_run(source_, row, column_, {line_.data(), count_}, kCaller);
         return line_.data();
     }

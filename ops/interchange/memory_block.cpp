@@ -6,7 +6,7 @@
 
 #include "error_state.h"
 #include "forms.h"
-#include "host_services.h"
+#include "host_reference.h"
 #include "row_clones.h"
 #include "rows.h"
 
@@ -33,8 +33,9 @@ std::size_t element_bytes(const TRV_Picture& source) {
     return result_depth(source) == 16 ? sizeof(std::uint16_t) : sizeof(std::uint32_t);
 }
 
-REALmemoryBlockStruct* new_block(std::int64_t size) {
-    return size <= std::numeric_limits<std::int32_t>::max() ? REALNewMemoryBlock(static_cast<int>(size)) : nullptr;
+HostReference<REALmemoryBlockStruct> new_block(std::int64_t size) {
+    const bool fits = size <= std::numeric_limits<std::int32_t>::max();
+    return HostReference<REALmemoryBlockStruct>(fits ? REALNewMemoryBlock(static_cast<int>(size)) : nullptr);
 }
 
 }  // namespace
@@ -61,14 +62,10 @@ REALmemoryBlockStruct* TRV_MakeMemoryBlock(REALpictureStruct* p, REALobjectStruc
     source.HasMask();
 
     const std::int64_t bytes_of_row = std::int64_t{region.right - region.left + 1} * element_bytes(source);
-    REALmemoryBlockStruct* const block = new_block(bytes_of_row * (region.bottom - region.top + 1));
-    if (!block) return nullptr;
-    auto* const bytes = static_cast<std::uint8_t*>(REALMemoryBlockGetPtr(block));
-    if (!bytes) {
-        REALUnlockObject(reinterpret_cast<REALobjectStruct*>(block));
-        return nullptr;
-    }
+    HostReference<REALmemoryBlockStruct> block = new_block(bytes_of_row * (region.bottom - region.top + 1));
+    auto* const bytes = block ? static_cast<std::uint8_t*>(REALMemoryBlockGetPtr(block.get())) : nullptr;
+    if (!bytes) return nullptr;
     PrivMakeMemoryBlock(source, region, bytes);
     if (row_bytes) *row_bytes = static_cast<int>(bytes_of_row);
-    return block;
+    return block.release();
 }

@@ -7,7 +7,7 @@
 #include <span>
 
 #include "error_state.h"
-#include "host_services.h"
+#include "host_reference.h"
 #include "row_clones.h"
 #include "rows.h"
 
@@ -58,26 +58,6 @@ void for_each_common_run(const TRV_Picture& picture, std::int32_t width, std::in
     }
 }
 
-// --- the host's strings ----------------------------------------------------------------------------------------------
-
-// A string that stays as long as this lives.
-class LockedString {
-public:
-    explicit LockedString(REALstringStruct* string) : string_(string) { REALLockString(string_); }
-    ~LockedString() { REALUnlockString(string_); }
-    LockedString(const LockedString&) = delete;
-    LockedString& operator=(const LockedString&) = delete;
-
-    std::span<const std::uint8_t> bytes() const {
-        const std::int32_t length = string_->storage ? REALstringStruct::Length(string_) : 0;
-        const auto* const first = reinterpret_cast<const std::uint8_t*>(REALstringStruct::CString(string_));
-        return {first, static_cast<std::size_t>(std::max(length, 0))};
-    }
-
-private:
-    REALstringStruct* string_;
-};
-
 // --- both directions -------------------------------------------------------------------------------------------------
 
 // What the mask does not reach, all of its plane if it cannot be locked, is zero.
@@ -93,6 +73,12 @@ void write_mask(const TRV_Picture& source, std::span<std::uint8_t> plane) {
 void read_mask(const std::uint8_t* plane, std::int32_t width, std::int32_t height, const TRV_Picture& result) {
     TRV_Picture mask(result, true);
     if (mask.Lock()) PrivReadMaskPlane(plane, width, height, mask);
+}
+
+std::span<const std::uint8_t> bytes_of(const REALstringStruct* string) {
+    const std::int32_t length = string->storage ? REALstringStruct::Length(string) : 0;
+    const auto* const first = reinterpret_cast<const std::uint8_t*>(REALstringStruct::CString(string));
+    return {first, static_cast<std::size_t>(std::max(length, 0))};
 }
 
 // The header of a string that is exactly as long as it says and can be a picture's; a header of nothing for any other.
@@ -175,14 +161,16 @@ REALstringStruct* TRV_ConvertToString(REALpictureStruct* p) {
 REALpictureStruct* TRV_ConvertToPicture(REALstringStruct* s) {
     ClearError();
     if (!s) return Fail(ErrorCode::string_nil);
-    const LockedString string(s);
-    const std::span bytes = string.bytes();
+    REALLockString(s);
+    const HostReference<REALstringStruct> string(s);
+    const std::span bytes = bytes_of(s);
     const PictureStringHeader header = valid_header(bytes);
     // Some depths and sides that are good in a string no new picture can have; 8 bits is one.
     TRV_Picture result(static_cast<long>(header.width), static_cast<long>(header.height), header.depth, true);
     if (!result.Lock()) return nullptr;
+    HostReference<REALpictureStruct> made(result.picture());
     const auto width = static_cast<std::int32_t>(header.width), height = static_cast<std::int32_t>(header.height);
     PrivReadColorPlane(bytes.data() + PictureStringHeader::kBytes, width, height, result);
     if (header.hasMask) read_mask(bytes.data() + header.mask_offset(), width, height, result);
-    return result.picture();
+    return made.release();
 }

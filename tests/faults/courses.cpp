@@ -29,7 +29,7 @@ void changes_a_copy_with_its_mask(Rehearsal& op) {
     measures(op);
     const bool masked = op.has_mask(0);
     op.make_result(6, masked);
-    if (masked) op.copy_mask(9);
+    if (masked && op.has_mask(0)) op.copy_mask(9);
 }
 
 void changes_by_mask(Rehearsal& op) {

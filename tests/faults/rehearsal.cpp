@@ -60,11 +60,12 @@ bool Rehearsal::flag(std::string_view parameter) const {
 
 bool Rehearsal::can_lock_new_picture() { return call("newPicture") && call("lockPictureDescription"); }
 
-// A drawing is rendered into a picture made for it.
+// A client picture's picture is held; a drawing is rendered into a picture made for it.
 bool Rehearsal::can_lock(int argument) {
     const Value& value = arguments_[static_cast<std::size_t>(argument)];
     const Picture* const shown = picture(argument);
     if (!shown && is_client(value)) return true;
+    if (is_client(value)) call("REALLockObject");
     if (!call("lockPictureDescription") || !shown) return false;
     return shown->backing() != Backing::drawing_commands || can_lock_new_picture();
 }

@@ -31,7 +31,8 @@ inline constexpr Ending kEndings[] = {
     {"unlockPictureDescription", Ending::Leaves::lock},
 };
 
-// Services whose failure nobody can notice: the plugin then drops a reference that it never got, and the host complains.
+// Services whose failure nobody can notice. The plugin then drops a reference that it never got: one that somebody else
+// holds, who loses the object, or none, of which the host complains.
 inline constexpr std::string_view kUnnoticed[] = {"REALLockObject", "REALLockString"};
 
 }  // namespace tarvo::test
