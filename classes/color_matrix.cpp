@@ -104,8 +104,8 @@ const REALmethodDefinition kMethods[] = {
     TRV_ASSIGNABLE_MEMBER(TRV_ColorMatrix_GetValue, TRV_ColorMatrix_SetValue,
                           "Value(i as integer, j as integer) as double", 0),
     TRV_MEMBER(TRV_ColorMatrix_CopyFrom, "CopyFrom(source as TRV_ColorMatrix)", 0),
-    // Crosswise, as programs know them: each of the two finds the other's arguments. With a host that fills unused arguments
-    // with zeros, the first gives nil and the second a matrix of zeros.
+    // Crosswise, as programs know them: each of the two finds the other's arguments. With a host that fills unused
+    // arguments with zeros, the first gives nil and the second a matrix of zeros.
     TRV_MISMATCHED_METHOD(TRV_ColorMatrix_MatrixMultiply, "Multiply(factor as double) as TRV_ColorMatrix"),
     TRV_MISMATCHED_METHOD(TRV_ColorMatrix_ScalarMultiply, "Multiply(source as TRV_ColorMatrix) as TRV_ColorMatrix"),
     TRV_MEMBER(TRV_ColorMatrix_Invert, "Invert() as TRV_ColorMatrix", 0),

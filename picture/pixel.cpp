@@ -44,8 +44,8 @@ void HSVToRGB_1024(long hue, long saturation, long value, unsigned long& color) 
     } else if (wanted.hue >= 0 && wanted.hue < kCircle) {
         color = rgb_of(wanted);
     } else if (wanted.hue > -kSector && wanted.hue < 0) {
-        // Sectors are counted by a division that truncates: these hues count as red's own sector, and green fades by more
-        // than all. What comes out below 0 takes from the channel above it.
+        // Sectors are counted by a division that truncates: these hues count as red's own sector, and green fades by
+        // more than all. What comes out below 0 takes from the channel above it.
         const auto channel = [&wanted](std::int32_t fade) {
             return faded(wanted.value, wanted.saturation, fade) / (1 << kFadedBits);
         };

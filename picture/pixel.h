@@ -14,15 +14,15 @@ namespace TRV_Pixel {
 // 1/256, not 1/255: what programs compare averages with rests on it.
 inline constexpr double kValueScale = 0.00390625;
 
-// Hue in degrees, 0 to below 360; -1 for black, and not a number for any other grey. Saturation 0 to 1. Value: the largest
-// channel of 256, so that white has 255/256. The top byte of a colour does not matter here or below.
+// Hue in degrees, 0 to below 360; -1 for black, and not a number for any other grey. Saturation 0 to 1. Value: the
+// largest channel of 256, so that white has 255/256. The top byte of a colour does not matter here or below.
 void RGBToHSV(unsigned long color, double& hue, double& saturation, double& value);
 
 // Hue in 1/1024 of a sector of 60 degrees, 0 to 6143; -1 for greys. Saturation 0 to 1024. Value: the largest channel.
 void RGBToHSV_1024(unsigned long color, long& hue, long& saturation, long& value);
 
-// Back again, for saturation 0 to 1024 and value 0 to 255. A hue that is no colour's is not wrapped: it gives black, unless
-// saturation is 0.
+// Back again, for saturation 0 to 1024 and value 0 to 255. A hue that is no colour's is not wrapped: it gives black,
+// unless saturation is 0.
 void HSVToRGB_1024(long hue, long saturation, long value, unsigned long& color);
 
 // --- the integer model for row loops: no branches --------------------------------------------------------------------
@@ -49,8 +49,9 @@ struct Extent {
     return {largest, largest - std::min(std::min(red, green), blue)};
 }
 
-// dividend * 1024 / divisor toward zero, for |dividend| <= divisor <= 255; 0 for 0 / 0. The quotient of floats rounds to an
-// integer only where it is one: between two integers it keeps a distance of 1/255, far more than the steps of a float.
+// dividend * 1024 / divisor toward zero, for |dividend| <= divisor <= 255; 0 for 0 / 0. The quotient of floats rounds
+// to an integer only where it is one: between two integers it keeps a distance of 1/255, far more than the steps of a
+// float.
 [[gnu::always_inline]] inline std::int32_t ratio_1024(std::int32_t dividend, std::int32_t divisor) {
     return static_cast<std::int32_t>(static_cast<float>(dividend * 1024) / static_cast<float>(std::max(divisor, 1)));
 }
@@ -70,8 +71,8 @@ struct Extent {
     return {delta == 0 ? kNoHue : hue, ratio_1024(delta, largest), largest};
 }
 
-// A channel in 1/2^20, as far below the value as `fade` says: 0 for the value itself, 1024 for the least that the saturation
-// allows.
+// A channel in 1/2^20, as far below the value as `fade` says: 0 for the value itself, 1024 for the least that the
+// saturation allows.
 inline constexpr int kFadedBits = 20;
 [[gnu::always_inline]] inline std::int32_t faded(std::int32_t value, std::int32_t saturation, std::int32_t fade) {
     return value * (kFullSaturation * kSector - saturation * fade);

@@ -1,6 +1,7 @@
 #include "row_codec.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "row_clones.h"
 

@@ -45,9 +45,9 @@ void blend_row_by_division(PixelColor* colors, std::size_t count, const Blend& b
 
 // --- weights from 0 to 255 -------------------------------------------------------------------------------------------
 
-// y = (offset + slope * x) >> 24. The two are rounded up by less than 1 each, so the sum by less than 1 + 255; the quotient
-// is then too large by less than 256 / 2^24, which is at most 1 / (W + 256), and that far each of the quotients lies
-// below the next integer at least.
+// y = (offset + slope * x) >> 24. The two are rounded up by less than 1 each, so the sum by less than 1 + 255; the
+// quotient is then too large by less than 256 / 2^24, which is at most 1 / (W + 256), and that far each of the
+// quotients lies below the next integer at least.
 struct FixedBlend {
     struct Channel {
         std::uint32_t offset, slope;

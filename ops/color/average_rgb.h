@@ -6,8 +6,8 @@
 #include "real_interface.h"
 #include "region.h"
 
-// New pictures with a region blended, or the whole weighted by a mask. Weights from 0 to 255: how often the centre counts
-// beside the pixel's one. `yield` is accepted here and below, and the host never gets control.
+// New pictures with a region blended, or the whole weighted by a mask. Weights from 0 to 255: how often the centre
+// counts beside the pixel's one. `yield` is accepted here and below, and the host never gets control.
 REALpictureStruct* TRV_AverageRGB(REALpictureStruct* p, REALobjectStruct* rect, int center, double red_weight,
                                   double green_weight, double blue_weight, int yield);
 REALpictureStruct* TRV_AverageRGBWithMask(REALpictureStruct* p, REALpictureStruct* mask, int center, double red_weight,

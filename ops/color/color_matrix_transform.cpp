@@ -43,8 +43,8 @@ FixedMatrix fixed_matrix_of(const TRV_ColorMatrix_Data& matrix) {
 TARVO_ROW_CLONES void transform_row(PixelColor* colors, std::size_t count, const FixedMatrix& matrix) {
     const auto [to_red, to_green, to_blue] = matrix;
     for (std::size_t x = 0; x < count; ++x)
-        colors[x] = pack_rgb(transformed(colors[x], to_red), transformed(colors[x], to_green),
-                             transformed(colors[x], to_blue));
+        colors[x] =
+            pack_rgb(transformed(colors[x], to_red), transformed(colors[x], to_green), transformed(colors[x], to_blue));
 }
 
 TARVO_ROW_CLONES void transform_by_mask_row(PixelColor* colors, const PixelColor* masks, std::size_t count,
@@ -56,8 +56,8 @@ TARVO_ROW_CLONES void transform_by_mask_row(PixelColor* colors, const PixelColor
         const auto channel = [color, level](std::uint32_t value, const FixedMatrix::Column& column) {
             return mixed_in_255ths_and_clamped(value, weighted_sum(color, column) / (1 << kFixedBits), level);
         };
-        colors[x] =
-            pack_rgb(channel(red_of(color), to_red), channel(green_of(color), to_green), channel(blue_of(color), to_blue));
+        colors[x] = pack_rgb(channel(red_of(color), to_red), channel(green_of(color), to_green),
+                             channel(blue_of(color), to_blue));
     }
 }
 
@@ -79,8 +79,8 @@ void PrivAdjustRGBWithMask_Matrix(const TRV_Picture& source, const TRV_Picture& 
                      });
 }
 
-// All of the objects are looked at before the call ends, and the code of the last one that is missing stays. A matrix is
-// missing when it has no data.
+// All of the objects are looked at before the call ends, and the code of the last one that is missing stays. A matrix
+// is missing when it has no data.
 REALpictureStruct* TRV_AdjustRGB_Matrix(REALpictureStruct* p, REALobjectStruct* rect, REALobjectStruct* cm) {
     ClearError();
     const TRV_ColorMatrix_Data* const matrix = TRV_ColorMatrix_GetData(cm);

@@ -163,19 +163,21 @@ REALpictureStruct* TRV_AdjustContrast(REALpictureStruct* p, REALobjectStruct* re
 REALobjectStruct* TRV_ClientPicture_AdjustContrast(REALobjectStruct* cp, REALobjectStruct* rect, int center,
                                                    double red_factor, double green_factor, double blue_factor,
                                                    int yield, bool as_picture) {
-    return adjust_about_center(kContrast, ClientForm{as_picture}, cp, rect, center, red_factor, green_factor, blue_factor, yield);
+    return adjust_about_center(kContrast, ClientForm{as_picture}, cp, rect, center, red_factor, green_factor,
+                               blue_factor, yield);
 }
 
 REALpictureStruct* TRV_AdjustContrastWithMask(REALpictureStruct* p, REALpictureStruct* mask, int center,
                                               double red_factor, double green_factor, double blue_factor, int yield) {
-    return adjust_about_center_with_mask(kContrast, PictureForm{}, p, mask, center, red_factor, green_factor, blue_factor, yield);
+    return adjust_about_center_with_mask(kContrast, PictureForm{}, p, mask, center, red_factor, green_factor,
+                                         blue_factor, yield);
 }
 
 REALobjectStruct* TRV_ClientPicture_AdjustContrastWithMask(REALobjectStruct* cp, REALpictureStruct* mask, int center,
                                                            double red_factor, double green_factor, double blue_factor,
                                                            int yield, bool as_picture) {
-    return adjust_about_center_with_mask(kContrast, ClientForm{as_picture}, cp, mask, center, red_factor, green_factor, blue_factor,
-                                     yield);
+    return adjust_about_center_with_mask(kContrast, ClientForm{as_picture}, cp, mask, center, red_factor, green_factor,
+                                         blue_factor, yield);
 }
 
 void TRV_GetAverageContrast(REALpictureStruct* p, REALobjectStruct* rect, int center, int* red_contrast,

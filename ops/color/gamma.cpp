@@ -25,8 +25,8 @@ struct GammaCurve {
 constexpr std::int32_t kOne = 256;
 constexpr std::int32_t kWhite = 255 * kOne;
 
-// The upper segment ends at white, but for what the two truncated divisions lose: white can come out a step darker. Large
-// factors wrap. With the bend at white there is no upper segment, and nothing is divided by.
+// The upper segment ends at white, but for what the two truncated divisions lose: white can come out a step darker.
+// Large factors wrap. With the bend at white there is no upper segment, and nothing is divided by.
 GammaCurve::Channel channel_curve_of(std::int32_t center, std::int32_t factor) {
     if (factor == kOne) return {center, kOne, 0, kOne};
     const std::int32_t run = kWhite - kOne * center;
@@ -50,15 +50,14 @@ GammaCurve curve_of(int center, double red_factor, double green_factor, double b
     const bool upper = x > curve.bend;
     const std::int32_t offset = upper ? curve.upper_offset : 0;
     const std::int32_t slope = upper ? curve.upper_slope : curve.lower_slope;
-    return static_cast<std::uint32_t>(
-        clamp_to_byte(floor_shift(wrapping_add(offset, wrapping_multiply(slope, x)), 8)));
+    return static_cast<std::uint32_t>(clamp_to_byte(floor_shift(wrapping_add(offset, wrapping_multiply(slope, x)), 8)));
 }
 
 TARVO_ROW_CLONES void gamma_row(PixelColor* colors, std::size_t count, const GammaCurve& curve) {
     const auto [red, green, blue] = curve;
     for (std::size_t x = 0; x < count; ++x)
-        colors[x] = pack_rgb(bent(red_of(colors[x]), red), bent(green_of(colors[x]), green),
-                             bent(blue_of(colors[x]), blue));
+        colors[x] =
+            pack_rgb(bent(red_of(colors[x]), red), bent(green_of(colors[x]), green), bent(blue_of(colors[x]), blue));
 }
 
 auto gamma_span(const GammaCurve& curve) {

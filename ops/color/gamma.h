@@ -6,8 +6,8 @@
 #include "real_interface.h"
 #include "region.h"
 
-// New pictures with the curves of a region bent, or of the whole weighted by a mask. Factors from 0 to 255. Results have no
-// mask. `yield` is accepted here and below, and the host never gets control.
+// New pictures with the curves of a region bent, or of the whole weighted by a mask. Factors from 0 to 255. Results
+// have no mask. `yield` is accepted here and below, and the host never gets control.
 REALpictureStruct* TRV_AdjustGamma(REALpictureStruct* p, REALobjectStruct* rect, int center, double red_factor,
                                    double green_factor, double blue_factor, int yield);
 REALpictureStruct* TRV_AdjustGammaWithMask(REALpictureStruct* p, REALpictureStruct* mask, int center, double red_factor,

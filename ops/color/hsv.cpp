@@ -68,8 +68,8 @@ TARVO_ROW_CLONES void invert_row(PixelColor* colors, std::size_t count) {
 
 // --- the average -----------------------------------------------------------------------------------------------------
 
-// Saturations are added in the order of the pixels, which decides the sum's last bits. Values are multiples of 1/256, whose
-// sums are exact in any order.
+// Saturations are added in the order of the pixels, which decides the sum's last bits. Values are multiples of 1/256,
+// whose sums are exact in any order.
 struct HsvSums {
     ChannelSums channels;
     double saturation = 0.0;
@@ -78,8 +78,8 @@ struct HsvSums {
 
 constexpr std::size_t kBlock = 16;
 
-// At most a block. Its divisions become vector code, and while its sum is made, one addition after the other, a processor
-// goes on to the next block's divisions.
+// At most a block. Its divisions become vector code, and while its sum is made, one addition after the other, a
+// processor goes on to the next block's divisions.
 [[gnu::always_inline]] inline void add_block(HsvSums& sums, const PixelColor* colors, std::size_t count) {
     double saturations[kBlock];
     std::uint32_t largest_channels = 0;
@@ -136,11 +136,10 @@ typename Form::Handle adjust_hsv_with_mask(Form form, typename Form::Handle p, R
     if (!p) return Fail(ErrorCode::source_nil);
     if (!mask) return Fail(ErrorCode::mask_nil);
     if (!arguments_pass(hue_degrees, saturation_factor, brightness_factor, kEndOfFactorsWithMask)) return nullptr;
-    return adjust_with_mask(form, p, mask,
-                            [&](const TRV_Picture& source, const TRV_Picture& weights, TRV_Picture& result) {
-                                PrivAdjustHSVWithMask(source, weights, result, hue_degrees, saturation_factor,
-                                                      brightness_factor, yield);
-                            });
+    return adjust_with_mask(
+        form, p, mask, [&](const TRV_Picture& source, const TRV_Picture& weights, TRV_Picture& result) {
+            PrivAdjustHSVWithMask(source, weights, result, hue_degrees, saturation_factor, brightness_factor, yield);
+        });
 }
 
 template <class Form>

@@ -6,9 +6,9 @@
 #include "real_interface.h"
 #include "region.h"
 
-// New pictures with a region changed, or the whole weighted by a mask. Hue is turned by more than -360 and less than 360
-// degrees; factors are from 0 to below 1000, in the mask forms to below 10. `negative` inverts all of the picture, not only
-// the region. `yield` is accepted here and below, and the host never gets control.
+// New pictures with a region changed, or the whole weighted by a mask. Hue is turned by more than -360 and less than
+// 360 degrees; factors are from 0 to below 1000, in the mask forms to below 10. `negative` inverts all of the picture,
+// not only the region. `yield` is accepted here and below, and the host never gets control.
 REALpictureStruct* TRV_AdjustHSV(REALpictureStruct* p, REALobjectStruct* rect, double hue_degrees,
                                  double saturation_factor, double brightness_factor, bool negative, int yield);
 REALpictureStruct* TRV_AdjustHSVWithMask(REALpictureStruct* p, REALpictureStruct* mask, double hue_degrees,
@@ -20,8 +20,8 @@ REALobjectStruct* TRV_ClientPicture_AdjustHSVWithMask(REALobjectStruct* cp, REAL
                                                       double saturation_factor, double brightness_factor, int yield,
                                                       bool as_picture);
 
-// The hue of a region's mean colour, in degrees, and the means of its pixels' saturations, 0 to 1, and values, 0 to 255/256.
-// The hue is -1 for black and not a number for any other grey. Null outputs are skipped.
+// The hue of a region's mean colour, in degrees, and the means of its pixels' saturations, 0 to 1, and values, 0 to
+// 255/256. The hue is -1 for black and not a number for any other grey. Null outputs are skipped.
 void TRV_GetAverageHSV(REALpictureStruct* p, REALobjectStruct* rect, double* hue_degrees, double* saturation,
                        double* brightness, int yield);
 void TRV_ClientPicture_GetAverageHSV(REALobjectStruct* cp, REALobjectStruct* rect, double* hue_degrees,

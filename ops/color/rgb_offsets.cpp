@@ -48,9 +48,8 @@ TARVO_ROW_CLONES void offset_row(PixelColor* colors, std::size_t count, const By
 }
 
 auto offset_span(const Offsets& offsets) {
-    return [bytes = byte_offsets_of(offsets)](PixelColor* colors, std::size_t count) {
-        offset_row(colors, count, bytes);
-    };
+    return
+        [bytes = byte_offsets_of(offsets)](PixelColor* colors, std::size_t count) { offset_row(colors, count, bytes); };
 }
 
 // --- weighted by a mask, clamped after that --------------------------------------------------------------------------

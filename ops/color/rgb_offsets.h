@@ -6,8 +6,8 @@
 #include "real_interface.h"
 #include "region.h"
 
-// Deltas from -255 to 255. New pictures with a region changed, or the whole weighted by a mask; or the region changed in
-// the picture itself. Results have no mask.
+// Deltas from -255 to 255. New pictures with a region changed, or the whole weighted by a mask; or the region changed
+// in the picture itself. Results have no mask.
 REALpictureStruct* TRV_AdjustRGB(REALpictureStruct* p, REALobjectStruct* rect, int red_delta, int green_delta,
                                  int blue_delta);
 REALpictureStruct* TRV_AdjustRGBWithMask(REALpictureStruct* p, REALpictureStruct* mask, int red_delta, int green_delta,

@@ -14,6 +14,7 @@ namespace {
 
 // The ends of a compared region are exclusive, as opposed to all other regions: its last row and column are left out.
 bool same_colors(const TRV_Picture& a, const TRV_Picture& b, const Region& region) {
+    if (region.empty()) return true;
     bool same = true;
     for (std::int32_t row = region.top; same && row < region.bottom; ++row)
         for_each_chunk(region.left, region.right - 1, [&](std::int32_t column, std::size_t count) {

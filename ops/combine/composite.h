@@ -7,13 +7,12 @@
 #include "real_interface.h"
 #include "region.h"
 
-// The overlay's own mask, when it has one, makes it more transparent: a black mask pixel leaves the fraction, a white one
-// nothing.
+// The overlay's own mask makes it more transparent: a black mask pixel leaves the fraction, a white one nothing.
 REALpictureStruct* TRV_Composite(REALpictureStruct* p, REALpictureStruct* overlay, double overlay_fraction, int left,
                                  int top, int yield);
 REALobjectStruct* TRV_ClientPicture_Composite(REALobjectStruct* cp, REALobjectStruct* overlay, double overlay_fraction,
                                               int left, int top, bool as_picture);
-// The mask, of the overlay's size, says how much of the overlay shows: nothing where it is black, all where it is white.
+// The mask, of the overlay's size, says how much of the overlay shows: nothing under black, all under white.
 REALpictureStruct* TRV_CompositeWithMask(REALpictureStruct* p, REALpictureStruct* overlay, REALpictureStruct* mask,
                                          int left, int top, int yield);
 REALpictureStruct* TRV_Composite_Color(REALpictureStruct* p, REALobjectStruct* rect, int overlay_color,

@@ -83,9 +83,10 @@ struct Composition {
     std::uint32_t weight;
 
     void blend_plainly() const {
-        for_covered_runs(kNoYielding, [this](std::int32_t, std::int32_t, PixelColor* colors, std::span<PixelColor> overlays) {
-            blend_row(colors, overlays.data(), overlays.size(), complementary_weights(weight));
-        });
+        for_covered_runs(kNoYielding,
+                         [this](std::int32_t, std::int32_t, PixelColor* colors, std::span<PixelColor> overlays) {
+                             blend_row(colors, overlays.data(), overlays.size(), complementary_weights(weight));
+                         });
     }
 
     void blend_masked(const TRV_Picture& mask, int yield) const {
@@ -118,8 +119,8 @@ private:
 bool compose(const TRV_Picture& source, const TRV_Picture& overlay, double overlay_fraction, int left, int top,
              TRV_Picture& result, int yield) {
     const Path& path = path_of(source, overlay, result);
-    const Composition composition = {source, overlay, result, path, place(overlay, left, top, source),
-                                     weight_of(overlay_fraction)};
+    const Composition composition = {
+        source, overlay, result, path, place(overlay, left, top, source), weight_of(overlay_fraction)};
     if (path.mask == Path::Mask::ignored || !overlay.HasMask()) return composition.blend_plainly(), true;
     TRV_Picture mask(overlay, true);
     if (!mask.Lock()) return false;

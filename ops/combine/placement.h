@@ -24,7 +24,8 @@ inline Placement place(const TRV_Picture& overlay, std::int32_t left, std::int32
         const std::int64_t last = std::int64_t{first} + size - 1;
         return static_cast<std::int32_t>(std::clamp<std::int64_t>(last, -1, limit - 1));
     };
-    return {left, top,
+    return {left,
+            top,
             {std::max(left, 0), std::max(top, 0), last_covered(left, overlay.width(), source.width()),
              last_covered(top, overlay.height(), source.height())}};
 }

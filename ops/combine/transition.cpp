@@ -50,7 +50,7 @@ REALpictureStruct* TRV_Transition(REALpictureStruct* p, REALpictureStruct* overl
     TRV_Picture b(overlay_b, false);
     if (!b.Lock()) return Fail(ErrorCode::overlay_lock);
     if (!same_size(a, source) || !same_size(b, source)) return Fail(ErrorCode::overlay_size);
-    return PictureForm{}.produce(source.width(), source.height(), result_depth(source), false, [&](TRV_Picture& result) {
-        PrivTransition(source, a, b, overlay_a_fraction, result);
-    });
+    return PictureForm{}.produce(
+        source.width(), source.height(), result_depth(source), false,
+        [&](TRV_Picture& result) { PrivTransition(source, a, b, overlay_a_fraction, result); });
 }

@@ -66,7 +66,7 @@ public:
             const SplitRun run = run_of(next_row_);
             source.GetPixels(next_row_, column_, {run.red_blue, count_}, caller);
             run.split(count_);
-            source.Prefetch(std::min(next_row_ + kRowsAhead, last_row), column_, count_);
+            prefetch_below(source, next_row_, column_, count_);
         }
         for (std::int32_t k = 0; k < taps_count_; ++k)
             taps_[static_cast<std::size_t>(k)] = run_of(std::clamp(row - margin + k, 0, last_row));
@@ -74,8 +74,6 @@ public:
     }
 
 private:
-    static constexpr std::int32_t kRowsAhead = 4;
-
     SplitRun run_of(std::int32_t row) {
         const auto i = static_cast<std::size_t>(row % taps_count_);
         return {red_blue_[i].data(), green_[i].data()};

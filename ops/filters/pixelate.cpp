@@ -15,23 +15,32 @@ namespace {
 
 constexpr const char* kCaller = "TRV_Pixelate";
 
-// Sums down the columns of a chunk. Red and blue share a word: the sums of 256 rows have 16 bits each.
+// Rows are read and written in long runs, one after the other, which is how memory is fastest.
+constexpr std::int32_t kRunPixels = 4 * kChunkPixels;
+constexpr std::int32_t kMostBlocks = 512;
+
+// Sums down the columns of a run. Red and blue share a word: the sums of 256 rows have 16 bits each.
 struct ColumnSums {
     static constexpr std::int32_t kMostRows = 256;
-    std::array<std::uint32_t, kChunkPixels> red_blue{}, green{};
+    std::array<std::uint32_t, kRunPixels> red_blue{}, green{};
 };
 
-TARVO_ROW_CLONES void add_row(ColumnSums& sums, const PixelColor* colors, std::size_t count) {
+TARVO_ROW_CLONES void add_row(std::uint32_t* __restrict red_blue, std::uint32_t* __restrict green,
+                              const PixelColor* colors, std::size_t count) {
     for (std::size_t x = 0; x < count; ++x) {
-        sums.red_blue[x] += colors[x] & 0xFF00FF;
-        sums.green[x] += green_of(colors[x]);
+        red_blue[x] += colors[x] & 0xFF00FF;
+        green[x] += green_of(colors[x]);
     }
 }
 
-// The blocks of some columns of one band of rows: of as many whole blocks as a chunk holds, or of a single wider one.
-using BlockSums = std::array<ChannelSums, kChunkPixels>;
+// The blocks of some columns of one band of rows: as many whole blocks as a run holds, or a single wider one.
+using BlockSums = std::array<ChannelSums, kMostBlocks>;
 
-// Calls `visit(block, first, end)` for the blocks of a chunk.
+std::int32_t columns_of_blocks(std::int32_t pixelation) {
+    return std::clamp(kRunPixels / pixelation, 1, kMostBlocks) * pixelation;
+}
+
+// Calls `visit(block, first, end)` for the blocks of a run.
 template <class Visit>
 void for_each_block(std::size_t count, std::int32_t pixelation, Visit visit) {
     const auto size = static_cast<std::size_t>(pixelation);
@@ -39,18 +48,24 @@ void for_each_block(std::size_t count, std::int32_t pixelation, Visit visit) {
         visit(block, first, std::min(first + size, count));
 }
 
-void add_columns(BlockSums& blocks, const ColumnSums& sums, std::size_t count, std::int32_t rows,
-                 std::int32_t pixelation) {
+// The sums of a run's columns fit in 32 bits.
+TARVO_ROW_CLONES void add_columns(BlockSums& blocks, const ColumnSums& sums, std::size_t count, std::int32_t rows,
+                                  std::int32_t pixelation) {
     for_each_block(count, pixelation, [&](std::size_t block, std::size_t first, std::size_t end) {
-        ChannelSums& total = blocks[block];
+        std::uint32_t red = 0, green = 0, blue = 0;
         for (std::size_t x = first; x < end; ++x) {
-            total.red += sums.red_blue[x] >> 16;
-            total.green += sums.green[x];
-            total.blue += sums.red_blue[x] & 0xFFFF;
+            red += sums.red_blue[x] >> 16;
+            green += sums.green[x];
+            blue += sums.red_blue[x] & 0xFFFF;
         }
+        ChannelSums& total = blocks[block];
+        total.red += red;
+        total.green += green;
+        total.blue += blue;
         total.count += (end - first) * static_cast<std::size_t>(rows);
     });
 }
+static_assert(std::uint64_t{kRunPixels} * ColumnSums::kMostRows * 255 <= 0xFFFFFFFF);
 
 // The source's colours as the result would hold them, which at another depth are not the same.
 void read_as_stored(const TRV_Picture& source, TRV_Picture& result, std::int32_t row, std::int32_t column,
@@ -63,31 +78,29 @@ void read_as_stored(const TRV_Picture& source, TRV_Picture& result, std::int32_t
 
 void sum_blocks(const TRV_Picture& source, TRV_Picture& result, const Region& area, std::int32_t pixelation,
                 BlockSums& blocks) {
-    constexpr std::int32_t kRowsAhead = 4;
-    const std::int32_t last_row = source.height() - 1;
     Chunk colors;
-    for_each_chunk(area.left, area.right, [&](std::int32_t column, std::size_t count) {
-        for (std::int32_t row = area.top; row <= area.bottom;) {
-            const std::int32_t rows = std::min(area.bottom - row + 1, ColumnSums::kMostRows);
+    for_each_piece(area.left, area.right, kRunPixels, [&](std::int32_t left, std::int32_t right) {
+        for_each_piece(area.top, area.bottom, ColumnSums::kMostRows, [&](std::int32_t top, std::int32_t bottom) {
             ColumnSums sums;
-            for (const std::int32_t end = row + rows; row < end; ++row) {
-                read_as_stored(source, result, row, column, {colors.data(), count});
-                add_row(sums, colors.data(), count);
-                source.Prefetch(std::min(row + kRowsAhead, last_row), column, count);
-            }
-            add_columns(blocks, sums, count, rows, pixelation);
-        }
+            for (std::int32_t row = top; row <= bottom; ++row)
+                for_each_chunk(left, right, [&](std::int32_t column, std::size_t count) {
+                    read_as_stored(source, result, row, column, {colors.data(), count});
+                    const std::int32_t at = column - left;
+                    add_row(sums.red_blue.data() + at, sums.green.data() + at, colors.data(), count);
+                });
+            add_columns(blocks, sums, static_cast<std::size_t>(right - left + 1), bottom - top + 1, pixelation);
+        });
     });
 }
 
 void fill_blocks(TRV_Picture& result, const Region& area, std::int32_t pixelation, const BlockSums& blocks) {
-    Chunk colors;
-    for_each_chunk(area.left, area.right, [&](std::int32_t column, std::size_t count) {
-        for_each_block(count, pixelation, [&](std::size_t block, std::size_t first, std::size_t end) {
-            std::fill(colors.data() + first, colors.data() + end, blocks[block].mean_color());
+    std::array<PixelColor, kRunPixels> colors;
+    for_each_piece(area.left, area.right, kRunPixels, [&](std::int32_t left, std::int32_t right) {
+        const std::span run(colors.data(), static_cast<std::size_t>(right - left + 1));
+        for_each_block(run.size(), pixelation, [&](std::size_t block, std::size_t first, std::size_t end) {
+            std::fill(run.data() + first, run.data() + end, blocks[block].mean_color());
         });
-        for (std::int32_t row = area.top; row <= area.bottom; ++row)
-            result.SetPixels(row, column, {colors.data(), count}, kCaller);
+        for (std::int32_t row = area.top; row <= area.bottom; ++row) result.SetPixels(row, left, run, kCaller);
     });
 }
 
@@ -110,9 +123,9 @@ void PrivPixelate(const TRV_Picture& source, TRV_Picture& result, const Region& 
     const Region mosaic = mosaic_of(source, region, pixelation);
     if (mosaic.empty()) return copy_region(source, result, whole_of(source), kCaller);
     copy_around(source, result, mosaic, kCaller);
-    const std::int32_t group = std::max(kChunkPixels / pixelation, 1) * pixelation;
+    const std::int32_t columns = columns_of_blocks(pixelation);
     for_each_piece(mosaic.top, mosaic.bottom, pixelation, [&](std::int32_t top, std::int32_t bottom) {
-        for_each_piece(mosaic.left, mosaic.right, group, [&](std::int32_t left, std::int32_t right) {
+        for_each_piece(mosaic.left, mosaic.right, columns, [&](std::int32_t left, std::int32_t right) {
             BlockSums blocks{};
             sum_blocks(source, result, {left, top, right, bottom}, pixelation, blocks);
             fill_blocks(result, {left, top, right, bottom}, pixelation, blocks);

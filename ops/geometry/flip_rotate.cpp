@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "forms.h"
+#include "host_reference.h"
 #include "quarter_turns.h"
 
 namespace {
@@ -48,11 +49,13 @@ REALpictureStruct* PrivFlipRotate_Mask_NonVector(TRV_Picture& source, bool flip_
     TRV_Picture source_mask(source, true);
     if (!source_mask.Lock()) return Fail(ErrorCode::mask_lock);
     const auto [width, height] = turned_size(source, rotation);
+    HostReference<REALpictureStruct> made;
     TRV_Picture result(width, height, result_depth(source), true);
     TRV_Picture result_mask(result, true);
     if (!result.Lock() || !result_mask.Lock()) return Fail(ErrorCode::result_lock);
+    made.reset(result.picture());  // the host may throw when it gets control
     QuarterTurn& kernel = quarter_turn(rotation, flip_h, flip_v);
     kernel(source, result, yield);
     kernel(source_mask, result_mask, yield);
-    return result.picture();
+    return made.release();
 }

@@ -5,9 +5,10 @@
 #include <limits>
 
 #include "forms.h"
+#include "free_rotation.h"
+#include "host_reference.h"
 #include "numbers.h"
 #include "quarter_turns.h"
-#include "free_rotation.h"
 #include "shear_kernels.h"
 
 namespace {
@@ -143,10 +144,12 @@ REALpictureStruct* rotate(Stage source, double rotation, int yield) {
     two.shear_columns_into(three, course.column_shear(), yield);
     two.Release();
 
+    HostReference<REALpictureStruct> made;
     Stage result(source, rotated_size(turned, course), Purpose::result);
     if (!result.Lock()) return nullptr;
+    made.reset(result.image().picture());  // the host may throw when it gets control
     three.shear_rows_into(result, course.row_shear(), yield);
-    return result.image().picture();
+    return made.release();
 }
 
 }  // namespace

@@ -13,8 +13,8 @@
 
 #include "rows.h"
 
-// Mix the changed colours into the source's, in place. In 256ths a weight of 0 leaves the whole word, top byte included; in
-// 255ths the top byte becomes 0.
+// Mix the changed colours into the source's, in place. In 256ths a weight of 0 leaves the whole word, top byte
+// included; in 255ths the top byte becomes 0.
 void mix_in_256ths(PixelColor* colors, const PixelColor* changed, const PixelColor* masks, std::size_t count);
 void mix_in_255ths(PixelColor* colors, const PixelColor* changed, const PixelColor* masks, std::size_t count);
 

@@ -23,13 +23,21 @@ struct Named {
 
 // For parameters that have bounds or want something special. Others take what is said below.
 constexpr Named<int> kIntegers[] = {
-    {"width", 9},   {"height", 8}, {"yield", kWidth},       {"left", 1},       {"top", 1},      {"h", 1},
-    {"v", 1},       {"i", 1},      {"j", 2},                {"rotation", 1},   {"ant_size", 2}, {"ant_state", 1},
-    {"pixelation", 2}, {"bits_per_channel", 4}, {"error_code", 4},
+    {"width", 9},      {"height", 8},
+    {"yield", kWidth}, {"left", 1},
+    {"top", 1},        {"h", 1},
+    {"v", 1},          {"i", 1},
+    {"j", 2},          {"rotation", 1},
+    {"ant_size", 2},   {"ant_state", 1},
+    {"pixelation", 2}, {"bits_per_channel", 4},
+    {"error_code", 4},
 };
 constexpr int kAnyInteger = 10;
 constexpr Named<double> kDoubles[] = {
-    {"overlay_fraction", 0.5}, {"overlay_a_fraction", 0.5}, {"shear", 0.5}, {"rotation", 30.0},
+    {"overlay_fraction", 0.5},
+    {"overlay_a_fraction", 0.5},
+    {"shear", 0.5},
+    {"rotation", 30.0},
 };
 constexpr double kAnyDouble = 1.5;
 
@@ -52,22 +60,27 @@ const std::vector<Variant>& picture_variants() {
         {.name = "32 bits", .shape = {.depth = 32}},
         {.name = "8 bits, 8-bit mask", .shape = {.depth = 8, .mask_depth = 8}},
         {.name = "16 bits, 32-bit mask", .shape = {.depth = 16, .mask_depth = 32}},
-        {.name = "24 bits, mask in a bitmap context", .shape = {.depth = 24, .mask_depth = 32},
+        {.name = "24 bits, mask in a bitmap context",
+         .shape = {.depth = 24, .mask_depth = 32},
          .mask_backing = Backing::bitmap_context},
         {.name = "pixel buffer", .shape = {.depth = 32, .backing = Backing::pixel_buffer}},
-        {.name = "pixel buffer, mask in another", .shape = {.depth = 32, .backing = Backing::pixel_buffer, .mask_depth = 32},
+        {.name = "pixel buffer, mask in another",
+         .shape = {.depth = 32, .backing = Backing::pixel_buffer, .mask_depth = 32},
          .mask_backing = Backing::pixel_buffer},
         {.name = "drawing commands", .shape = {.depth = 32, .backing = Backing::drawing_commands}},
-        {.name = "drawing commands, 8-bit mask", .shape = {.depth = 32, .backing = Backing::drawing_commands, .mask_depth = 8}},
+        {.name = "drawing commands, 8-bit mask",
+         .shape = {.depth = 32, .backing = Backing::drawing_commands, .mask_depth = 8}},
     };
     return variants;
 }
 
 std::vector<Variant> client_variants() {
     std::vector<Variant> variants = picture_variants();
-    variants.push_back({.name = "own memory, 32 bits, mask", .shape = {.depth = 32, .mask_depth = 8}, .own_memory = true});
+    variants.push_back(
+        {.name = "own memory, 32 bits, mask", .shape = {.depth = 32, .mask_depth = 8}, .own_memory = true});
     variants.push_back({.name = "own memory, 24 bits", .shape = {.depth = 24}, .own_memory = true});
-    variants.push_back({.name = "own memory, 16 bits, mask", .shape = {.depth = 16, .mask_depth = 8}, .own_memory = true});
+    variants.push_back(
+        {.name = "own memory, 16 bits, mask", .shape = {.depth = 16, .mask_depth = 8}, .own_memory = true});
     return variants;
 }
 
@@ -92,10 +105,8 @@ struct Maker {
         without_mask.mask_depth = 0;
         const ObjectRef made = random_picture(session, random, without_mask, kWidth, kHeight);
         if (!variant.shape.mask_depth) return made;
-        const ObjectRef mask = session.host.new_picture({.width = kWidth,
-                                                         .height = kHeight,
-                                                         .depth = variant.shape.mask_depth,
-                                                         .backing = variant.mask_backing});
+        const ObjectRef mask = session.host.new_picture(
+            {.width = kWidth, .height = kHeight, .depth = variant.shape.mask_depth, .backing = variant.mask_backing});
         scribble(pixels(mask), random);
         pixels(made).set_mask(mask);
         return made;
@@ -103,11 +114,13 @@ struct Maker {
 
     ObjectRef client() const {
         if (!variant.own_memory) return client_of_picture(session, picture());
-        return client_in_own_memory(session, random, kWidth, kHeight, variant.shape.depth, variant.shape.mask_depth != 0);
+        return client_in_own_memory(session, random, kWidth, kHeight, variant.shape.depth,
+                                    variant.shape.mask_depth != 0);
     }
 
     ObjectRef string() const {
-        return session.host.new_string(std::string("\0\0\0\1\0\0\0\1\0\x20\1RGBm", 15));  // a picture of one pixel, with a mask
+        return session.host.new_string(
+            std::string("\0\0\0\1\0\0\0\1\0\x20\1RGBm", 15));  // a picture of one pixel, with a mask
     }
 
     Value object(const Parameter& parameter) const {

@@ -1,7 +1,8 @@
 #pragma once
 
-// An operation as the host sees it: the calls of services that can fail, in their order, and what comes of each failure.
-// A course (see courses.h) tells one operation in these terms; run with a fault, it foretells what the operation does.
+// An operation as the host sees it: the calls of services that can fail, in their order, and what comes of each
+// failure. A course (see courses.h) tells one operation in these terms; run with a fault, it foretells what the
+// operation does.
 
 #include <map>
 #include <span>
@@ -26,7 +27,8 @@ enum class Survivor {
     // A result's host picture that was made, and then it or its mask could not be locked: it had been promised to the
     // caller.
     promised_picture,
-    // A client picture whose pixels could not be made: the plugin adds a reference and drops one, which keeps the first.
+    // A client picture whose pixels could not be made: the plugin adds a reference and drops one, which keeps the
+    // first.
     refused_client_picture,
 };
 

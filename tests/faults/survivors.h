@@ -16,7 +16,8 @@ struct NamedSurvivor {
 
 // By Survivor.
 inline constexpr std::array<NamedSurvivor, 2> kSurvivors = {{
-    {"a result's host picture that, or whose mask, could not be locked", "it had been promised to the caller when it was made"},
+    {"a result's host picture that, or whose mask, could not be locked",
+     "it had been promised to the caller when it was made"},
     {"a client picture that got no pixels", "one reference is added and one dropped: the host decides whether it goes"},
 }};
 

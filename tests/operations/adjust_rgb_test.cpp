@@ -66,7 +66,7 @@ protected:
     }
 };
 
-constexpr Deltas kDeltas[] = {{0, 0, 0},       {10, -20, 30},   {255, 255, 255}, {-255, -255, -255},
+constexpr Deltas kDeltas[] = {{0, 0, 0},      {10, -20, 30},   {255, 255, 255}, {-255, -255, -255},
                               {-255, 0, 255}, {254, -254, -1}, {1, -1, 0},      {100, 100, -128}};
 
 TEST_F(Offsets, AgreeWithTheJudge) {
@@ -174,8 +174,8 @@ TEST_F(Offsets, InPlaceChangesNothingButTheRegion) {
             const Area area = any_area(random, width, height);
 
             // The judge's copy has the same bytes, and writes the same pixels.
-            const auto expected =
-                Picture::make({.width = width, .height = height, .depth = shape.depth, .row_padding = shape.row_padding});
+            const auto expected = Picture::make(
+                {.width = width, .height = height, .depth = shape.depth, .row_padding = shape.row_padding});
             const std::size_t bytes = pixels(picture).packed_row_bytes() + static_cast<std::size_t>(shape.row_padding);
             for (int y = 0; y < height; ++y) std::copy_n(pixels(picture).row(y), bytes, expected->row(y));
             for (int y = 0; y < height; ++y)
@@ -250,7 +250,8 @@ std::uint32_t plain_matrix(std::uint32_t color, const Matrix& matrix) {
 std::uint32_t plain_matrix_masked(std::uint32_t color, std::uint32_t mask, const Matrix& matrix) {
     const int level = channel(mask, 0);
     return each_channel([&](int shift) {
-        return clamped((channel(color, shift) * (255 - level) + std::int64_t{plain_sum(color, matrix, shift)} * level) / 255);
+        return clamped((channel(color, shift) * (255 - level) + std::int64_t{plain_sum(color, matrix, shift)} * level) /
+                       255);
     });
 }
 
@@ -300,8 +301,7 @@ TEST_F(MatrixTransform, KnownValues) {
 
 TEST_F(MatrixTransform, TheMixIsClampedAfterTheMask) {
     const ObjectRef source = plain_picture(session, 0xFA0000), mask = plain_picture(session, 128);
-    const Value result =
-        member(session, kMatrixMask, source, mask, matrix({{{1.4, -1, 0}, {0, 0, 0}, {0, 0, 0}}}));
+    const Value result = member(session, kMatrixMask, source, mask, matrix({{{1.4, -1, 0}, {0, 0, 0}, {0, 0, 0}}}));
     const int red = (250 * 127 + 250 * 1433 / 1024 * 128) / 255;
     EXPECT_GT(red, 255);
     EXPECT_EQ(read_pixel(*picture_in(result), 0, 0), 0xFF0000u);
@@ -404,8 +404,8 @@ TEST_F(AverageRgb, ChecksComeInOrderAndFailuresLeaveTheOutputs) {
 
 // --- called as plain functions ---------------------------------------------------------------------------------------
 
-// Without `extends` each argument arrives one place too early: a rectangle or a mask where the picture should be, a number
-// where an object should be. All of it ends in a code.
+// Without `extends` each argument arrives one place too early: a rectangle or a mask where the picture should be, a
+// number where an object should be. All of it ends in a code.
 TEST_F(AdjustRgb, PlainFunctionsFailWithACode) {
     const ObjectRef rectangle = session.rectangle(0, 0, 2, 2), mask = session.picture(3, 2);
     const ObjectRef cm = session.host.new_instance("TRV_ColorMatrix");

@@ -18,8 +18,8 @@ class AverageBlend : public ::testing::Test {
 protected:
     int blended(int x, int center, double weight) {
         const auto grey = [](int level) { return static_cast<std::uint32_t>(level) * 0x010101; };
-        const Value result = kAverage.region_form(session, plain_picture(session, grey(x)), {}, grey(center),
-                                                  {weight, weight, weight});
+        const Value result =
+            kAverage.region_form(session, plain_picture(session, grey(x)), {}, grey(center), {weight, weight, weight});
         return channel(read_pixel(*picture_in(result), 1, 1), 8);
     }
 
@@ -35,9 +35,7 @@ TEST_F(AverageBlend, WeightBoundsAreInclusiveAndCheckedInOrder) { expect_factor_
 
 TEST_F(AverageBlend, ChecksComeInOrder) { expect_centered_checks(session, kAverage); }
 
-TEST_F(AverageBlend, ClientFormsGiveWhatThePictureFormsGive) {
-    expect_same_centered_forms(session, random, kAverage);
-}
+TEST_F(AverageBlend, ClientFormsGiveWhatThePictureFormsGive) { expect_same_centered_forms(session, random, kAverage); }
 
 // Each weight in 256ths has a divisor of its own: all of them, about centres and values of their own.
 TEST_F(AverageBlend, EveryWeightIsExact) {

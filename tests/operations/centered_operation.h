@@ -1,7 +1,7 @@
 #pragma once
 
-// Calls of the operations that have a centre colour and, for each channel, a factor from 0 to 255; and the tests that are
-// the same for each of them.
+// Calls of the operations that have a centre colour and, for each channel, a factor from 0 to 255; and the tests that
+// are the same for each of them.
 
 #include <gtest/gtest.h>
 
@@ -53,17 +53,16 @@ struct CenteredOperation {
                                const Factors& factors) const {
         const int level = channel(mask, 0);
         const std::uint32_t changed = plain(color, center, factors);
-        return each_channel([&](int shift) {
-            return (channel(color, shift) * (255 - level) + channel(changed, shift) * level) / 255;
-        });
+        return each_channel(
+            [&](int shift) { return (channel(color, shift) * (255 - level) + channel(changed, shift) * level) / 255; });
     }
 };
 
 // No effect, all of it, small steps, on the bounds, not a number.
 inline const std::vector<Factors>& awkward_factors() {
     static const std::vector<Factors> all = {
-        {1.0, 1.0, 1.0},       {0.0, 0.0, 0.0},       {1.6, 0.4, 2.999},
-        {1.0, 0.5, 1.0},       {255.0, 200.5, 100.0}, {0.5, 255.0, 0.001},
+        {1.0, 1.0, 1.0},       {0.0, 0.0, 0.0},         {1.6, 0.4, 2.999},
+        {1.0, 0.5, 1.0},       {255.0, 200.5, 100.0},   {0.5, 255.0, 0.001},
         {1.004, 0.997, 64.01}, {kNotANumber, 1.5, 1.5}, {1.5, kNotANumber, kNotANumber},
     };
     return all;
@@ -72,8 +71,8 @@ inline const std::vector<Factors>& awkward_factors() {
 inline void expect_centered_agreement(Session& session, Random& random, const CenteredOperation& operation) {
     for (const Factors& factors : awkward_factors()) {
         const std::uint32_t center = any_color(random);
-        SCOPED_TRACE(::testing::Message() << factors.red << " " << factors.green << " " << factors.blue << " about "
-                                          << std::hex << center);
+        SCOPED_TRACE(::testing::Message()
+                     << factors.red << " " << factors.green << " " << factors.blue << " about " << std::hex << center);
         expect_agreement(session, random,
                          RegionOperation{[&](Session& s, const ObjectRef& source, const ObjectRef& rectangle) {
                                              return operation.region_form(s, source, rectangle, center, factors);
@@ -94,8 +93,8 @@ inline void expect_centered_agreement(Session& session, Random& random, const Ce
 // Every channel value about every centre.
 inline void expect_every_value_exact(Session& session, const CenteredOperation& operation) {
     const ObjectRef ramp = grey_ramp(session);
-    for (const double factor : {0.0, 0.003, 0.1, 0.5, 0.999, 1.0, 1.004, 2.0, 17.3, 64.0, 129.7, 254.999, 255.0,
-                                kNotANumber}) {
+    for (const double factor :
+         {0.0, 0.003, 0.1, 0.5, 0.999, 1.0, 1.004, 2.0, 17.3, 64.0, 129.7, 254.999, 255.0, kNotANumber}) {
         for (int center = 0; center < 256; ++center) {
             const Value result = operation.region_form(session, ramp, {}, static_cast<std::uint32_t>(center) * 0x010101,
                                                        {factor, factor, factor});

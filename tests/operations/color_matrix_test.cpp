@@ -29,9 +29,7 @@ protected:
         std::array<Value, 2> indices = {i, j};
         session.caller.assign(self, "Value", indices, element);
     }
-    double element(const ObjectRef& self, int i, int j) {
-        return std::get<double>(session.call(self, "Value", i, j));
-    }
+    double element(const ObjectRef& self, int i, int j) { return std::get<double>(session.call(self, "Value", i, j)); }
     Elements elements(const ObjectRef& self) {
         Elements all;
         for (int i = 0; i < 3; ++i)
@@ -55,9 +53,7 @@ protected:
             "Multiply(source as TRV_ColorMatrix) as TRV_ColorMatrix");
         return adopt(multiply(handle(a), factor));
     }
-    static REALobjectStruct* handle(const ObjectRef& object) {
-        return static_cast<REALobjectStruct*>(object.handle());
-    }
+    static REALobjectStruct* handle(const ObjectRef& object) { return static_cast<REALobjectStruct*>(object.handle()); }
     ObjectRef adopt(REALobjectStruct* made) { return ObjectRef::adopt(session.host.objects().find(made)); }
 
     Session session;

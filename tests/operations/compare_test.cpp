@@ -118,7 +118,8 @@ TEST_F(Compare, TheLastRowAndColumnAreLeftOut) {
             const ObjectRef b = copy_of(a);
             change_pixel(b, x, y);
             EXPECT_EQ(compare(a, b), x == 8 || y == 6) << x << " " << y;
-            EXPECT_EQ(compare(a, b, session.rectangle(2, 1, 4, 3)), x < 2 || x >= 5 || y < 1 || y >= 3) << x << " " << y;
+            EXPECT_EQ(compare(a, b, session.rectangle(2, 1, 4, 3)), x < 2 || x >= 5 || y < 1 || y >= 3)
+                << x << " " << y;
         }
     }
     for (const auto& [width, height] : {std::pair{1, 5}, std::pair{5, 1}, std::pair{1, 1}})
@@ -141,15 +142,17 @@ TEST_F(Compare, SizeAndDepthCount) {
         EXPECT_EQ(session.last_error(), 0);
         EXPECT_FALSE(compare(a, other, session.rectangle(90, 90, 1, 1)));
     }
-    const ObjectRef buffer = session.host.new_picture({.width = 5, .height = 4, .backing = host::Backing::pixel_buffer});
+    const ObjectRef buffer =
+        session.host.new_picture({.width = 5, .height = 4, .backing = host::Backing::pixel_buffer});
     EXPECT_TRUE(compare(a, buffer));
 }
 
 TEST_F(Compare, AnEmptyRegionIsEqual) {
     const ObjectRef a = random_picture(session, random, {}, 9, 7), b = random_picture(session, random, {}, 9, 7);
     ASSERT_FALSE(compare(a, b));
-    for (const Area& area : {Area{9, 0, 5, 5}, Area{0, 7, 5, 5}, Area{-5, 0, 5, 5}, Area{0, 0, 0, 0}, Area{0, 0, -9, -9},
-                             Area{INT32_MAX, 0, INT32_MAX, 5}, Area{INT32_MIN, INT32_MIN, INT32_MIN, 1}}) {
+    for (const Area& area :
+         {Area{9, 0, 5, 5}, Area{0, 7, 5, 5}, Area{-5, 0, 5, 5}, Area{0, 0, 0, 0}, Area{0, 0, -9, -9},
+          Area{INT32_MIN, 0, 1, 5}, Area{INT32_MAX, 0, INT32_MAX, 5}, Area{INT32_MIN, INT32_MIN, INT32_MIN, 1}}) {
         EXPECT_TRUE(compare(a, b, session.rectangle(area.left, area.top, area.width, area.height)));
         EXPECT_EQ(session.last_error(), 0);
     }
@@ -176,7 +179,8 @@ TEST_F(Compare, ChecksComeInOrder) {
 }
 
 TEST_F(Compare, NothingIsLeftBehind) {
-    const ObjectRef a = random_picture(session, random, {.mask_depth = 8}, 9, 7), b = copy_of(a), other = session.picture(3, 3);
+    const ObjectRef a = random_picture(session, random, {.mask_depth = 8}, 9, 7), b = copy_of(a),
+                    other = session.picture(3, 3);
     const ObjectRef locked_out = unlockable();
     const host::Accounts before = session.host.accounts();
     for (const ObjectRef& second : {a, b, other, locked_out}) {
@@ -200,8 +204,9 @@ TEST_F(Difference, EveryPairOfKindsAgreesWithTheJudge) {
             const auto before_a = all_bytes(a), before_b = all_bytes(b);
             const Value result = map(a, b);
             ASSERT_TRUE(picture_in(result));
-            EXPECT_EQ(difference(*picture_in(result), plain_difference(read_image(pixels(a)), read_image(pixels(b))), 32),
-                      "");
+            EXPECT_EQ(
+                difference(*picture_in(result), plain_difference(read_image(pixels(a)), read_image(pixels(b))), 32),
+                "");
             EXPECT_FALSE(picture_in(result)->mask());
             EXPECT_EQ(all_bytes(a), before_a);
             EXPECT_EQ(all_bytes(b), before_b);
@@ -217,9 +222,9 @@ TEST_F(Difference, MostlyEqualPicturesOfAwkwardSizes) {
             SCOPED_TRACE(shape.name() + ", " + std::to_string(width));
             const ObjectRef a = random_picture(session, random, shape, width, 3), b = copy_of(a);
             for (int i = 0; i < 5; ++i) change_pixel(b, any_of(random, 0, width - 1), any_of(random, 0, 2));
-            EXPECT_EQ(difference(*picture_in(map(a, b)),
-                                 plain_difference(read_image(pixels(a)), read_image(pixels(b))), 32),
-                      "");
+            EXPECT_EQ(
+                difference(*picture_in(map(a, b)), plain_difference(read_image(pixels(a)), read_image(pixels(b))), 32),
+                "");
             const ObjectRef narrow = random_picture(session, random, shape, 3, 5);
             EXPECT_EQ(difference(*picture_in(map(a, narrow)),
                                  plain_difference(read_image(pixels(a)), read_image(pixels(narrow))), 32),

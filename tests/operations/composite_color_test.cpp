@@ -32,11 +32,12 @@ TEST_F(CompositeColor, AgreesWithTheJudge) {
         const std::uint32_t color = any_color(random);
         const int a = plain_weight(fraction), b = plain_weight(1 - fraction);
         SCOPED_TRACE(fraction);
-        expect_agreement(session, random,
-                         RegionOperation{[&](Session&, const ObjectRef& source, const ObjectRef& rectangle) {
-                                             return composite(source, rectangle, color, fraction);
-                                         },
-                                         [&](std::uint32_t source) { return plain_blend(source, color, b, a); }, false});
+        expect_agreement(
+            session, random,
+            RegionOperation{[&](Session&, const ObjectRef& source, const ObjectRef& rectangle) {
+                                return composite(source, rectangle, color, fraction);
+                            },
+                            [&](std::uint32_t source) { return plain_blend(source, color, b, a); }, false});
     }
 }
 
@@ -95,7 +96,8 @@ TEST_F(CompositeColor, ChecksComeInOrder) {
     session.host.faults.fail_at("newPicture", 1);
     EXPECT_EQ(code(good, outside, 1.0), 38);
     EXPECT_EQ(code(good, {}, 1.0), 6);
-    for (const double wrong : {-1e-300, std::nextafter(1.0, 2.0), -HUGE_VAL, HUGE_VAL}) EXPECT_EQ(code(good, {}, wrong), 15);
+    for (const double wrong : {-1e-300, std::nextafter(1.0, 2.0), -HUGE_VAL, HUGE_VAL})
+        EXPECT_EQ(code(good, {}, wrong), 15);
     for (const double right : {0.0, 1.0, -0.0, kNotANumber}) EXPECT_EQ(code(good, {}, right), 0);
     for (const Area& area : {Area{0, 80, 5, 5}, Area{-5, 0, 5, 5}, Area{0, 0, 0, 5}, Area{kMost, 0, kMost, 1}})
         EXPECT_EQ(code(good, session.rectangle(area.left, area.top, area.width, area.height), 1.0), 38);

@@ -181,7 +181,8 @@ TEST_F(Composite, MasksSmallerThanTheOverlayAreTransparentBeyondTheirEdges) {
             const ObjectRef source = random_picture(session, random, {.depth = depth}, 40, 9);
             const ObjectRef overlay = random_picture(session, random, {.depth = depth}, 20, 7);
             give_mask(overlay, mask_depth, any_of(random, 1, 25), any_of(random, 1, 9));
-            for (const Place place : {Place{0, 0}, Place{15, 3}, Place{-6, -2}}) expect_agreement(source, overlay, 0.9, place);
+            for (const Place place : {Place{0, 0}, Place{15, 3}, Place{-6, -2}})
+                expect_agreement(source, overlay, 0.9, place);
         }
     }
 }
@@ -217,8 +218,8 @@ TEST_F(Composite, AMaskThatCannotBeLockedLeavesTheResultAsItIsMade) {
         ASSERT_TRUE(picture_in(result));
         EXPECT_EQ(session.last_error(), 0);
         const int result_depth = std::max(depth, 16);
-        EXPECT_EQ(difference(*picture_in(result), read_image(pixels(session.picture(5, 3, result_depth))), result_depth),
-                  "");
+        EXPECT_EQ(
+            difference(*picture_in(result), read_image(pixels(session.picture(5, 3, result_depth))), result_depth), "");
         EXPECT_FALSE(picture_in(result)->mask());
     }
     EXPECT_TRUE(session.host.complaints().empty());
@@ -238,7 +239,8 @@ TEST_F(Composite, TheSourcesMaskIsCopied) {
             const Value result = composite(source, plain(0xFFFFFF, 3, 3, depth), 0.5, {2, 2});
             ASSERT_TRUE(picture_in(result));
             const Picture& mask = pixels(picture_in(result)->mask());
-            const auto expected = Picture::make({.width = 9, .height = 4, .depth = mask.depth()}, Picture::Paper::black);
+            const auto expected =
+                Picture::make({.width = 9, .height = 4, .depth = mask.depth()}, Picture::Paper::black);
             plain_copy_mask(pixels(mask_of(source)), *expected);
             EXPECT_EQ(difference(mask, read_image(*expected), mask.depth()), "") << depth << " " << mask_depth;
         }
@@ -284,7 +286,8 @@ TEST_F(Composite, ChecksComeInOrder) {
     session.host.faults.fail_at("newPicture", 1);
     EXPECT_EQ(code(good, locked_out, 1.0), 14);
     EXPECT_EQ(code(good, good, 1.0), 6);
-    for (const double wrong : {-1e-300, std::nextafter(1.0, 2.0), -HUGE_VAL, HUGE_VAL}) EXPECT_EQ(code(good, good, wrong), 15);
+    for (const double wrong : {-1e-300, std::nextafter(1.0, 2.0), -HUGE_VAL, HUGE_VAL})
+        EXPECT_EQ(code(good, good, wrong), 15);
     for (const double right : {0.0, 1.0, -0.0, kNotANumber}) EXPECT_EQ(code(good, good, right), 0);
 }
 

@@ -100,7 +100,8 @@ TEST_F(CompositeWithMask, WideRowsAgreeWithTheJudge) {
 
 TEST_F(CompositeWithMask, PlacesOnEverySide) {
     const ObjectRef source = random_picture(session, random, {}, 20, 4);
-    const ObjectRef overlay = random_picture(session, random, {}, 30, 5), mask = random_picture(session, random, {}, 30, 5);
+    const ObjectRef overlay = random_picture(session, random, {}, 30, 5),
+                    mask = random_picture(session, random, {}, 30, 5);
     for (const int left : {kLeast, kLeast + 29, -30, -29, 0, 19, 20, kMost - 29, kMost})
         for (const int top : {kLeast, kLeast + 4, -5, -4, 0, 3, 4, kMost - 4, kMost})
             expect_agreement(source, overlay, mask, {left, top});
@@ -128,8 +129,7 @@ TEST_F(CompositeWithMask, NeverYields) {
 
 TEST_F(CompositeWithMask, ChecksComeInOrder) {
     const auto code = [&](const ObjectRef& p, const ObjectRef& overlay, const ObjectRef& mask, Place place = {0, 0}) {
-        const Value result =
-            session.invoke("TRV_CompositeWithMask(", p, overlay, mask, place.left, place.top, 0);
+        const Value result = session.invoke("TRV_CompositeWithMask(", p, overlay, mask, place.left, place.top, 0);
         EXPECT_FALSE(picture_in(result));
         return session.last_error();
     };

@@ -7,21 +7,12 @@
 
 #include "pictures.h"
 #include "plain_pixels.h"
+#include "plain_turn.h"
 #include "session.h"
 #include "snapshot.h"
 
 namespace tarvo::test {
 namespace {
-
-struct Turn {
-    int rotation;
-    bool flip_h, flip_v;
-
-    std::string name() const {
-        return std::to_string(rotation) + " turns" + (flip_h ? ", left and right mirrored" : "") +
-               (flip_v ? ", top and bottom mirrored" : "");
-    }
-};
 
 std::vector<Turn> all_turns() {
     std::vector<Turn> turns;
@@ -29,35 +20,6 @@ std::vector<Turn> all_turns() {
         for (const bool h : {false, true})
             for (const bool v : {false, true}) turns.push_back({rotation, h, v});
     return turns;
-}
-
-struct Point {
-    int x, y;
-};
-
-// Where the pixel (x, y) of a turned picture comes from: turned back one quarter at a time, then mirrored back.
-Point source_of(const Turn& turn, Point at, int width, int height) {
-    int w = width, h = height;  // of the picture before each quarter turn
-    if (turn.rotation % 2) std::swap(w, h);
-    for (int i = 0; i < turn.rotation; ++i) {
-        std::swap(w, h);
-        at = {at.y, h - 1 - at.x};
-    }
-    return {turn.flip_h ? w - 1 - at.x : at.x, turn.flip_v ? h - 1 - at.y : at.y};
-}
-
-// Eight kernels do the work; those that mirror an even number of times see single bits.
-bool sees_bits(const Turn& turn) { return turn.flip_h == turn.flip_v; }
-
-void judge(const Turn& turn, const host::Picture& source, host::Picture& result, bool as_mask) {
-    const Addressing write = sees_bits(turn) ? Addressing::single_bits : Addressing::whole_pixels;
-    const Addressing read = turn.rotation % 2 && sees_bits(turn) ? Addressing::row_start : write;
-    for (int y = 0; y < result.height(); ++y) {
-        for (int x = 0; x < result.width(); ++x) {
-            const Point from = source_of(turn, {x, y}, source.width(), source.height());
-            store(result, x, y, load(source, from.x, from.y, as_mask, read), as_mask, write);
-        }
-    }
 }
 
 int expected_depth(const host::Picture& source) {
@@ -83,13 +45,13 @@ protected:
         ASSERT_EQ(result.depth(), expected_depth(pixels(source)));
 
         const auto expected = new_like(result, Picture::Paper::white);
-        judge(turn, pixels(source), *expected, false);
+        plain_turn(turn, pixels(source), false, *expected, false);
         expect_same_bytes(result, *expected);
 
         ASSERT_EQ(static_cast<bool>(result.mask()), static_cast<bool>(pixels(source).mask()));
         if (result.mask()) {
             const auto expected_mask = new_like(pixels(result.mask()), Picture::Paper::black);
-            judge(turn, pixels(pixels(source).mask()), *expected_mask, true);
+            plain_turn(turn, pixels(pixels(source).mask()), true, *expected_mask, true);
             expect_same_bytes(pixels(result.mask()), *expected_mask);
         }
         EXPECT_TRUE(before.unchanged());

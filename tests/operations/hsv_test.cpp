@@ -70,23 +70,15 @@ std::uint32_t plain_hsv(std::uint32_t color, const Change& change) {
 std::uint32_t plain_masked(std::uint32_t color, std::uint32_t mask, const Change& change) {
     const int level = channel(mask, 0);
     const std::uint32_t adjusted = plain_hsv(color, change);
-    return each_channel([&](int shift) {
-        return (channel(color, shift) * (255 - level) + channel(adjusted, shift) * level) / 255;
-    });
+    return each_channel(
+        [&](int shift) { return (channel(color, shift) * (255 - level) + channel(adjusted, shift) * level) / 255; });
 }
 
 const std::vector<Change>& awkward_changes() {
     static const std::vector<Change> all = {
-        {0.0, 1.0, 1.0},
-        {77.3, 1.3, 0.8},
-        {-77.3, 0.4, 1.7},
-        {359.999, 0.0, 9.99},
-        {-359.999, 9.99, 0.0},
-        {0.05, 0.999, 1.001},
-        {-0.05, 0.001, 0.003},
-        {kNotANumber, 1.0, 1.0},
-        {30.0, kNotANumber, 1.0},
-        {30.0, 1.0, kNotANumber},
+        {0.0, 1.0, 1.0},          {77.3, 1.3, 0.8},         {-77.3, 0.4, 1.7},     {359.999, 0.0, 9.99},
+        {-359.999, 9.99, 0.0},    {0.05, 0.999, 1.001},     {-0.05, 0.001, 0.003}, {kNotANumber, 1.0, 1.0},
+        {30.0, kNotANumber, 1.0}, {30.0, 1.0, kNotANumber},
     };
     return all;
 }
@@ -101,8 +93,8 @@ protected:
                               change.brightness_factor, negative, 1);
     }
     static Value mask_form(Session& session, const ObjectRef& p, const ObjectRef& mask, const Change& change) {
-        return session.invoke("TRV_AdjustHSVWithMask(extends p ", p, mask, change.hue_degrees,
-                              change.saturation_factor, change.brightness_factor, 1);
+        return session.invoke("TRV_AdjustHSVWithMask(extends p ", p, mask, change.hue_degrees, change.saturation_factor,
+                              change.brightness_factor, 1);
     }
     static Value client_region_form(Session& session, const ObjectRef& cp, const ObjectRef& rectangle,
                                     const Change& change, bool as_picture) {
@@ -127,20 +119,19 @@ protected:
 
 TEST_F(Hsv, AgreesWithTheJudge) {
     for (const Change& change : awkward_changes()) {
-        SCOPED_TRACE(::testing::Message() << change.hue_degrees << " " << change.saturation_factor << " "
-                                          << change.brightness_factor);
+        SCOPED_TRACE(::testing::Message()
+                     << change.hue_degrees << " " << change.saturation_factor << " " << change.brightness_factor);
         expect_agreement(session, random,
                          RegionOperation{[&](Session& s, const ObjectRef& source, const ObjectRef& rectangle) {
                                              return region_form(s, source, rectangle, change);
                                          },
                                          [&](std::uint32_t color) { return plain_hsv(color, change); }, true});
-        expect_agreement(session, random,
-                         MaskOperation{[&](Session& s, const ObjectRef& source, const ObjectRef& mask) {
-                                           return mask_form(s, source, mask, change);
-                                       },
-                                       [&](std::uint32_t color, std::uint32_t mask) {
-                                           return plain_masked(color, mask, change);
-                                       }});
+        expect_agreement(
+            session, random,
+            MaskOperation{[&](Session& s, const ObjectRef& source, const ObjectRef& mask) {
+                              return mask_form(s, source, mask, change);
+                          },
+                          [&](std::uint32_t color, std::uint32_t mask) { return plain_masked(color, mask, change); }});
     }
 }
 
@@ -272,11 +263,10 @@ TEST_F(Hsv, ChecksComeInOrder) {
                                  },
                                  43});
     for (const bool as_picture : {false, true}) {
-        expect_region_checks(session,
-                             {[&](Session& s, const ObjectRef& cp, const ObjectRef& rectangle, bool in_range) {
-                                  return client_region_form(s, cp, rectangle, change(in_range), as_picture);
-                              },
-                              43, true});
+        expect_region_checks(session, {[&](Session& s, const ObjectRef& cp, const ObjectRef& rectangle, bool in_range) {
+                                           return client_region_form(s, cp, rectangle, change(in_range), as_picture);
+                                       },
+                                       43, true});
         expect_mask_checks(session, {[&](Session& s, const ObjectRef& cp, const ObjectRef& mask, bool in_range) {
                                          return client_mask_form(s, cp, mask, change(in_range), as_picture);
                                      },
@@ -294,14 +284,13 @@ TEST_F(Hsv, ClientFormsGiveWhatThePictureFormsGive) {
                                   return client_region_form(s, cp, rectangle, change, as_picture);
                               },
                               true});
-    expect_same_mask_forms(session, random,
-                           {[&](Session& s, const ObjectRef& p, const ObjectRef& mask) {
-                                return mask_form(s, p, mask, change);
-                            },
-                            [&](Session& s, const ObjectRef& cp, const ObjectRef& mask, bool as_picture) {
-                                return client_mask_form(s, cp, mask, change, as_picture);
-                            },
-                            false});
+    expect_same_mask_forms(
+        session, random,
+        {[&](Session& s, const ObjectRef& p, const ObjectRef& mask) { return mask_form(s, p, mask, change); },
+         [&](Session& s, const ObjectRef& cp, const ObjectRef& mask, bool as_picture) {
+             return client_mask_form(s, cp, mask, change, as_picture);
+         },
+         false});
 }
 
 TEST_F(Hsv, AMaskThatCannotBeCopiedGivesCode9AndTheResult) {
@@ -359,8 +348,8 @@ class AverageHsv : public Hsv {
 protected:
     Average average(const ObjectRef& p, const ObjectRef& rectangle, const char* declaration = "(extends p ") {
         const Average untouched;
-        std::array<Value, 6> arguments = {value(p),        value(rectangle),         untouched.hue, untouched.saturation,
-                                          untouched.brightness, 1};
+        std::array<Value, 6> arguments = {
+            value(p), value(rectangle), untouched.hue, untouched.saturation, untouched.brightness, 1};
         session.caller.invoke(session.callable(std::string("TRV_GetAverageHSV") + declaration), arguments);
         return {std::get<double>(arguments[2]), std::get<double>(arguments[3]), std::get<double>(arguments[4])};
     }

@@ -75,10 +75,17 @@ TEST_F(Pixelate, EveryKindAndMaskAgreesWithTheJudge) {
 // Around what fits in a chunk of a row, and in the sums of a column.
 TEST_F(Pixelate, WidePicturesAndLargeBlocksAgreeWithTheJudge) {
     const ObjectRef wide = random_picture(session, random, {}, 1600, 20);
-    for (const int pixelation : {1, 7, 255, 256, 257, 300, 511, 512, 513, 700, 1600, 5000})
+    for (const int pixelation : {1, 7, 8, 9, 255, 256, 257, 511, 512, 513, 700, 1600, 5000})
         expect_mosaic(wide, {3, 1, 1590, 18}, pixelation);
     const ObjectRef high = random_picture(session, random, {}, 9, 1100);
     for (const int pixelation : {255, 256, 257, 513, 1025, 3000}) expect_mosaic(high, {0, 2, 9, 1090}, pixelation);
+}
+
+// Around the longest run that is summed up at once.
+TEST_F(Pixelate, VeryWidePicturesAgreeWithTheJudge) {
+    const ObjectRef source = random_picture(session, random, {}, 9000, 3);
+    for (const int pixelation : {1, 3, 8, 1000, 4095, 4096, 4097, 8192, 20000})
+        expect_mosaic(source, {1, 0, 8999, 3}, pixelation);
 }
 
 TEST_F(Pixelate, TheLargestBlocksDoNotOverflow) {

@@ -16,6 +16,8 @@ struct PlainShear {
     bool horizontal;
     double by;
     std::optional<std::uint32_t> frame = {};  // without: image and mask
+    // Whether the masks are bound as such, which matters below 8 bits.
+    bool source_mask_is_mask = true, result_mask_is_mask = true;
 };
 
 // One line: `get` reads the source line's image or mask, `put` writes the result's.
@@ -119,9 +121,9 @@ inline void plain_shear(const PlainShear& shear, const host::Picture& source, co
                            result_length,
                            content ? first_offset - step * (line - top) : result_length * 65536,
                            [&](long at) { return read(source, false, source_line, at); },
-                           [&](long at) { return source_mask ? read(*source_mask, true, source_line, at) : 0; },
+                           [&](long at) { return source_mask ? read(*source_mask, shear.source_mask_is_mask, source_line, at) : 0; },
                            [&](long at, std::uint32_t color) { write(result, false, line, at, color); },
-                           [&](long at, std::uint32_t color) { write(*result_mask, true, line, at, color); }};
+                           [&](long at, std::uint32_t color) { write(*result_mask, shear.result_mask_is_mask, line, at, color); }};
         if (shear.frame)
             plain_framed_line(plain, *shear.frame);
         else

@@ -15,19 +15,33 @@ using host::TypeKind;
 constexpr int kLeast = std::numeric_limits<int>::min(), kMost = std::numeric_limits<int>::max();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-constexpr int kIntegers[] = {0,   1,    2,    3,     4,     5,     6,         7,          8,     9,     10,
-                             11,  15,   16,   17,    20,    21,    22,        31,         32,    33,    -1,
-                             -2,  -3,   -255, -256,  255,   256,   257,       359,        360,   32767, 32768,
-                             511, 1024, -360, 65535, 65536, 65537, 1 << 24,   0xFFFFFF,   1 << 30,
-                             -(1 << 30), kMost, kMost - 1, kLeast, kLeast + 1};
+constexpr int kIntegers[] = {0,        1,       2,          3,     4,         5,      6,         7,     8,     9,
+                             10,       11,      15,         16,    17,        20,     21,        22,    31,    32,
+                             33,       -1,      -2,         -3,    -255,      -256,   255,       256,   257,   359,
+                             360,      32767,   32768,      511,   1024,      -360,   65535,     65536, 65537, 1 << 24,
+                             0xFFFFFF, 1 << 30, -(1 << 30), kMost, kMost - 1, kLeast, kLeast + 1};
 // Of pictures to be made: small ones, or such as no host makes. What lies between would only cost memory.
-constexpr int kSides[] = {0,  1,  1,     2,     3,     5,     8,     13,      17,    40,        65,        513, 1000, -1,
-                          -7, 32, 32767, 32768, 65535, 65536, 70000, 1 << 30, kMost, kMost - 1, kLeast, kLeast + 1};
-constexpr double kReals[] = {0.0,     -0.0,    1.0,      -1.0,  0.5,   -0.5,    1.5,   2.0,      10.0,      -10.0,
-                             45.0,    90.0,    135.0,    180.0, 270.0, 359.9,   360.0, -360.0,   255.0,     255.0000001,
-                             256.0,   -0.0001, 999.9,    1e3,   -1e3,  1.0001,  1e-9,  1e-300,   5e-324,    1e300,
-                             -1e300,  2147483647.0, 2147483648.0, -2147483649.0, 4294967296.0, kInfinity, -kInfinity,
-                             std::numeric_limits<double>::quiet_NaN()};
+constexpr int kSides[] = {0,  1,  1,  2,     3,     5,     8,     13,    17,      40,    65,        513,    1000,
+                          -1, -7, 32, 32767, 32768, 65535, 65536, 70000, 1 << 30, kMost, kMost - 1, kLeast, kLeast + 1};
+constexpr double kReals[] = {0.0,          -0.0,
+                             1.0,          -1.0,
+                             0.5,          -0.5,
+                             1.5,          2.0,
+                             10.0,         -10.0,
+                             45.0,         90.0,
+                             135.0,        180.0,
+                             270.0,        359.9,
+                             360.0,        -360.0,
+                             255.0,        255.0000001,
+                             256.0,        -0.0001,
+                             999.9,        1e3,
+                             -1e3,         1.0001,
+                             1e-9,         1e-300,
+                             5e-324,       1e300,
+                             -1e300,       2147483647.0,
+                             2147483648.0, -2147483649.0,
+                             4294967296.0, kInfinity,
+                             -kInfinity,   std::numeric_limits<double>::quiet_NaN()};
 // The first ones are good everywhere; so also of the backings.
 constexpr int kGoodDepths = 12;
 constexpr int kDepths[] = {1, 2, 4, 8, 8, 16, 16, 24, 24, 32, 32, 32, 3, 5, 12};

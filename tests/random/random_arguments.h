@@ -54,7 +54,7 @@ private:
 
     Session& session_;
     Random& random_;
-    bool tame_ = false;  // every argument of this call is one that most operations accept
+    bool tame_ = false;      // every argument of this call is one that most operations accept
     Size usual_size_{9, 7};  // of most pictures of a call, so that they fit each other
     std::vector<ObjectRef> pictures_;
 };

@@ -1,5 +1,5 @@
-// Every registered operation and class member with random arguments of the declared types: whatever comes of a call, what
-// was handed in is unchanged, nothing is left behind, and the host is never asked about a handle that is none.
+// Every registered operation and class member with random arguments of the declared types: whatever comes of a call,
+// what was handed in is unchanged, nothing is left behind, and the host is never asked about a handle that is none.
 //
 // TARVO_RANDOM_SEED and TARVO_RANDOM_CASES choose other cases and more of them; with TARVO_RANDOM_TRACE each case is
 // written out before it runs.
@@ -71,7 +71,7 @@ protected:
     bool run(const Callable& called, bool with_wrong_handle) {
         const Holdings before = holdings_in(session);
         const bool done = run_with_arguments(called, with_wrong_handle);
-        const int refused = drop_refused_clients();
+        const int refused = drop_refused_clients(session);
         EXPECT_LE(refused, done ? 0 : 1);
         EXPECT_EQ(holdings_in(session), before) << session.host.describe_live_objects();
         return done;
@@ -106,7 +106,8 @@ private:
         return !declared || !declared->is_object() || !host::is_nil(result);
     }
 
-    // An object that is no picture where a picture is declared: the host refuses its handle. False without such a place.
+    // An object that is no picture where a picture is declared: the host refuses its handle. False without such a
+    // place.
     bool put_wrong_handle(const Callable& called, std::vector<Value>& arguments) {
         for (std::size_t i = 0; i < arguments.size(); ++i) {
             if (called.parameters[i].type.name != "picture") continue;
@@ -117,22 +118,9 @@ private:
         return false;
     }
 
-    // A client picture whose pixels could not be made keeps a reference that nobody holds. How many there were.
-    int drop_refused_clients() {
-        int dropped = 0;
-        for (const host::Object* each : session.host.objects().all()) {
-            if (each->plugin_references() == 0) continue;
-            auto& object = const_cast<host::Object&>(*each);  // the store's own are not const
-            const ObjectRef held = ObjectRef::share(&object);
-            if (!is_client(held) || own_depth(held) || picture_behind(session, held)) continue;
-            session.host.objects().unlock(object);
-            ++dropped;
-        }
-        return dropped;
-    }
-
     void read_all(const ObjectRef& client) {
-        for (const char* const property : {"width", "height", "depth", "rowBytes", "hasMask", "maskDepth", "maskRowBytes", "pic"})
+        for (const char* const property :
+             {"width", "height", "depth", "rowBytes", "hasMask", "maskDepth", "maskRowBytes", "pic"})
             session.caller.get(client, property);
         session.caller.call_on(client, "operator_convert", {});
     }

@@ -72,9 +72,9 @@ void expect_checks_before_result(Session& session, Checks& checks) {
     checks.expect_numbers_checked(checks.unlockable(), checks.outside());
     EXPECT_EQ(checks.code(checks.unlockable(), checks.outside()), 4);
     EXPECT_EQ(checks.code(checks.good(), checks.outside()), 38);
-    for (const Area& area : {Area{0, 0, 0, 1}, Area{0, 0, 1, 0}, Area{0, 0, -1, -1}, Area{kWidth, 0, 1, 1},
-                             Area{0, kHeight, 1, 1}, Area{-5, 0, 5, 1}, Area{0, -5, 1, 5},
-                             Area{2147483647, 0, 2147483647, 1}})
+    for (const Area& area :
+         {Area{0, 0, 0, 1}, Area{0, 0, 1, 0}, Area{0, 0, -1, -1}, Area{kWidth, 0, 1, 1}, Area{0, kHeight, 1, 1},
+          Area{-5, 0, 5, 1}, Area{0, -5, 1, 5}, Area{2147483647, 0, 2147483647, 1}})
         EXPECT_EQ(checks.code(checks.good(), session.rectangle(area.left, area.top, area.width, area.height)), 38)
             << area.left << " " << area.top << " " << area.width << " " << area.height;
 }
@@ -114,7 +114,8 @@ void expect_mask_checks(Session& session, const CheckedForm& form) {
     EXPECT_EQ(checks.code(good, session.picture(kWidth - 1, kHeight)), 10);
     EXPECT_EQ(checks.code(good, session.picture(kWidth, kHeight + 1)), 10);
     EXPECT_EQ(checks.code(good, session.picture(kWidth, kHeight, 12)), 11);
-    EXPECT_EQ(checks.code(good, session.picture(kWidth - 1, kHeight, 12)), 11);  // after the size, whose code it replaces
+    EXPECT_EQ(checks.code(good, session.picture(kWidth - 1, kHeight, 12)),
+              11);  // after the size, whose code it replaces
     const ObjectRef mask = session.picture(kWidth, kHeight), small = session.picture(kWidth - 1, kHeight);
     refuse_results(session);
     EXPECT_EQ(checks.code(good, small), 10);
@@ -133,8 +134,8 @@ std::unique_ptr<Picture> copied_mask(const Picture& mask, int depth) {
     return copy;
 }
 
-// A copied mask went from the source's into the client picture's, 8 bits deep in own memory, and from there into the one that
-// the host made when it was converted.
+// A copied mask went from the source's into the client picture's, 8 bits deep in own memory, and from there into the
+// one that the host made when it was converted.
 void expect_mask(const Picture& converted, const Picture& source, bool copies_mask, bool as_picture) {
     ASSERT_EQ(static_cast<bool>(converted.mask()), copies_mask && source.mask());
     if (!converted.mask()) return;

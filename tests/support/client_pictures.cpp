@@ -29,7 +29,9 @@ void append(std::vector<std::uint8_t>& all, const void* bytes, std::size_t count
     std::memcpy(all.data() + end, bytes, count);
 }
 
-std::size_t area(int row_bytes, int rows) { return static_cast<std::size_t>(row_bytes) * static_cast<std::size_t>(rows); }
+std::size_t area(int row_bytes, int rows) {
+    return static_cast<std::size_t>(row_bytes) * static_cast<std::size_t>(rows);
+}
 
 }  // namespace
 
@@ -82,6 +84,19 @@ int own_depth(const ObjectRef& client) {
 
 ObjectRef picture_behind(Session& session, const ObjectRef& client) {
     return ObjectRef::share(session.host.objects().find(data_of(client).pic));
+}
+
+int drop_refused_clients(Session& session) {
+    int dropped = 0;
+    for (const host::Object* each : session.host.objects().all()) {
+        if (each->plugin_references() == 0) continue;
+        auto& object = const_cast<host::Object&>(*each);  // the store's own are not const
+        const ObjectRef held = ObjectRef::share(&object);
+        if (!is_client(held) || own_depth(held) || picture_behind(session, held)) continue;
+        session.host.objects().unlock(object);
+        ++dropped;
+    }
+    return dropped;
 }
 
 std::vector<std::uint8_t> client_bytes(const ObjectRef& client) {

@@ -18,6 +18,9 @@ bool client_has_mask(const ObjectRef& client);
 int own_depth(const ObjectRef& client);
 // The host picture that backs it; empty for own memory.
 ObjectRef picture_behind(Session& session, const ObjectRef& client);
+// A client picture whose pixels could not be made keeps a reference that nobody holds: drops these. How many there
+// were.
+int drop_refused_clients(Session& session);
 // All bytes of the record and of its own memory.
 std::vector<std::uint8_t> client_bytes(const ObjectRef& client);
 

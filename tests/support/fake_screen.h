@@ -36,7 +36,8 @@ public:
         for (int y = 0; y < height_; ++y)
             for (int x = 0; x < width_; ++x) {
                 const std::uint8_t* const at = row(y) + 4 * x;
-                image.at(x, y) = std::uint32_t{at[0]} << 24 | std::uint32_t{at[1]} << 16 | std::uint32_t{at[2]} << 8 | at[3];
+                image.at(x, y) =
+                    std::uint32_t{at[0]} << 24 | std::uint32_t{at[1]} << 16 | std::uint32_t{at[2]} << 8 | at[3];
             }
         return image;
     }

@@ -12,7 +12,7 @@ namespace tarvo::test {
 
 // What plugins hold of the host and of the platform.
 struct Holdings {
-    int references = 0;      // of objects of all types
+    int references = 0;  // of objects of all types
     int picture_locks = 0;
     int platform_locks = 0;  // of handles and pixels
 
@@ -24,8 +24,8 @@ void PrintTo(const Holdings& held, std::ostream* out);
 
 Holdings holdings_in(const Session& session);
 
-// Operations whose declaration lacks `extends`: what is declared first arrives in place of the picture, so that the host
-// is asked about handles that are no pictures.
+// Operations whose declaration lacks `extends`: what is declared first arrives in place of the picture, so that the
+// host is asked about handles that are no pictures.
 bool is_declared_crookedly(const host::Callable& method);
 // Members of the plugin's classes and the operation in place.
 bool changes_its_object(const host::Callable& method);

@@ -42,7 +42,8 @@ Bytes own_bytes(const ObjectRef& object) {
     if (is_client(object)) return client_bytes(object);
     if (auto* const instance = dynamic_cast<host::Instance*>(object.get()))
         return copied(std::span(static_cast<const std::uint8_t*>(instance->data()), instance->cls().data_size));
-    if (const auto* const string = dynamic_cast<const host::StringObject*>(object.get())) return copied(string->bytes());
+    if (const auto* const string = dynamic_cast<const host::StringObject*>(object.get()))
+        return copied(string->bytes());
     if (const auto* const block = dynamic_cast<const host::MemoryBlock*>(object.get())) return copied(block->bytes);
     if (const auto* const array = dynamic_cast<const host::IntegerArray*>(object.get())) return copied(array->elements);
     return {};

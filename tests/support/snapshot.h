@@ -13,8 +13,8 @@ class Snapshot {
 public:
     Snapshot(Session& session, const Value& value);
 
-    // A mask that the host has made since, because the plugin asked for one, is no change while it is black: the picture
-    // looks as before.
+    // A mask that the host has made since, because the plugin asked for one, is no change while it is black: the
+    // picture looks as before.
     bool unchanged() const;
 
 private:

@@ -52,13 +52,15 @@ TEST(MaskMix, In256ths) {
 
 TEST(MaskMix, In255thsAndClamped) {
     for (std::int32_t x = 0; x < 256; ++x) {
-        for (const std::int32_t changed :
-             {-2097152, -70000, -65536, -1000, -256, -255, -1, 0, 1, 128, 254, 255, 256, 511, 1000, 65535, 70000, 2097151}) {
+        for (const std::int32_t changed : {-2097152, -70000, -65536, -1000, -256, -255, -1, 0, 1, 128, 254, 255, 256,
+                                           511, 1000, 65535, 70000, 2097151}) {
             for (std::int32_t m = 0; m < 256; ++m) {
                 const std::int32_t exact = (x * (255 - m) + changed * m) / 255;
-                ASSERT_EQ(mixed_in_255ths_and_clamped(static_cast<std::uint32_t>(x), changed,
-                                                      static_cast<std::uint32_t>(m)),
-                          static_cast<std::uint32_t>(exact < 0 ? 0 : exact > 255 ? 255 : exact))
+                ASSERT_EQ(
+                    mixed_in_255ths_and_clamped(static_cast<std::uint32_t>(x), changed, static_cast<std::uint32_t>(m)),
+                    static_cast<std::uint32_t>(exact < 0     ? 0
+                                               : exact > 255 ? 255
+                                                             : exact))
                     << x << " to " << changed << " by " << m;
             }
         }

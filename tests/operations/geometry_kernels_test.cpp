@@ -1,0 +1,285 @@
+// What no program can bring about: operations that no declaration names, and kernels called by themselves.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <random>
+#include <vector>
+
+#include "area_average.h"
+#include "copy.h"
+#include "error_state.h"
+#include "free_rotate_direct.h"
+#include "host.h"
+#include "plain_rotation.h"
+#include "plugin_entry.h"
+#include "quarter_turns.h"
+#include "shear_kernels.h"
+#include "shear_line.h"
+#include "stretch.h"
+#include "transpose.h"
+
+namespace tarvo::test {
+namespace {
+
+class GeometryKernels : public ::testing::Test {
+protected:
+    GeometryKernels() { EXPECT_TRUE(host.start_plugin(REALPluginMain)); }
+
+    host::Picture& pixels(const host::ObjectRef& picture) { return dynamic_cast<host::Picture&>(*picture.get()); }
+    static REALpictureStruct* handle(const host::ObjectRef& picture) {
+        return static_cast<REALpictureStruct*>(picture.handle());
+    }
+    host::ObjectRef adopt(REALpictureStruct* picture) { return host::ObjectRef::adopt(host.objects().find(picture)); }
+
+    host::ObjectRef noise(int width, int height, int depth = 32) {
+        host::ObjectRef made = host.new_picture({.width = width, .height = height, .depth = depth});
+        for (int y = 0; y < height; ++y)
+            for (std::size_t i = 0; i < pixels(made).packed_row_bytes(); ++i)
+                pixels(made).row(y)[i] = static_cast<std::uint8_t>(random());
+        return made;
+    }
+
+    host::Host host;
+    std::mt19937 random{6000};
+};
+
+// A locked picture, bound as mask where a test says so.
+class Locked {
+public:
+    explicit Locked(const host::ObjectRef& picture)
+        : picture_(static_cast<REALpictureStruct*>(picture.handle()), false) {
+        EXPECT_TRUE(picture_.Lock());
+    }
+    operator TRV_Picture&() { return picture_; }
+
+private:
+    TRV_Picture picture_;
+};
+
+// --- copies ----------------------------------------------------------------------------------------------------------
+
+TEST_F(GeometryKernels, ACopyIsAtLeast16BitsDeepAndHasNoMask) {
+    for (const int depth : {1, 2, 4, 8, 16, 24, 32}) {
+        const host::ObjectRef source = noise(700, 3, depth);
+        pixels(source).set_mask(noise(700, 3));
+        const host::ObjectRef copy = adopt(TRV_CopyPicture(handle(source)));
+        ASSERT_TRUE(copy) << depth;
+        EXPECT_EQ(gTRV_Error, 0);
+        EXPECT_EQ(difference(pixels(copy), read_image(pixels(source)), std::max(depth, 16)), "") << depth;
+        EXPECT_FALSE(pixels(copy).mask());
+    }
+    EXPECT_EQ(host.yields(), 0);
+}
+
+TEST_F(GeometryKernels, ChecksOfACopyComeInOrder) {
+    const host::ObjectRef source = noise(3, 3), unlockable = noise(3, 3);
+    pixels(unlockable).set_purged(true);
+    EXPECT_EQ(TRV_CopyPicture(nullptr), nullptr);
+    EXPECT_EQ(gTRV_Error, 2);
+    EXPECT_EQ(TRV_CopyPicture(handle(unlockable)), nullptr);
+    EXPECT_EQ(gTRV_Error, 4);
+    host.faults.fail_at("newPicture", 1);
+    EXPECT_EQ(TRV_CopyPicture(handle(source)), nullptr);
+    EXPECT_EQ(gTRV_Error, 6);
+}
+
+// --- quarter turns ---------------------------------------------------------------------------------------------------
+
+TEST_F(GeometryKernels, EightNamesAreSecondNames) {
+    EXPECT_EQ(&Priv_Rotate180, &Priv_Rotate0_HV);
+    EXPECT_EQ(&Priv_Rotate180_H, &Priv_Rotate0_V);
+    EXPECT_EQ(&Priv_Rotate180_V, &Priv_Rotate0_H);
+    EXPECT_EQ(&Priv_Rotate180_HV, &Priv_Rotate0);
+    EXPECT_EQ(&Priv_Rotate270, &Priv_Rotate90_HV);
+    EXPECT_EQ(&Priv_Rotate270_H, &Priv_Rotate90_V);
+    EXPECT_EQ(&Priv_Rotate270_V, &Priv_Rotate90_H);
+    EXPECT_EQ(&Priv_Rotate270_HV, &Priv_Rotate90);
+}
+
+// As of masks that are not as large as their pictures: what both have is moved, nothing beyond is touched.
+TEST_F(GeometryKernels, TurnsOfUnequalSizesStayInside) {
+    for (int turns = 0; turns < 4; ++turns) {
+        for (const bool flip_h : {false, true}) {
+            for (const bool flip_v : {false, true}) {
+                for (const auto& [width, height] : {std::pair{3, 90}, std::pair{90, 3}, std::pair{70, 70}, std::pair{1, 1}}) {
+                    const host::ObjectRef source = noise(40, 30), result = noise(width, height);
+                    Locked from(source), to(result);
+                    quarter_turn(turns, flip_h, flip_v)(from, to, 0);
+                }
+            }
+        }
+    }
+}
+
+TEST_F(GeometryKernels, TransposesOfEverySize) {
+    for (std::size_t rows = 0; rows < 12; ++rows) {
+        for (std::size_t columns = 0; columns < 12; ++columns) {
+            std::array<PixelColor, 12 * 13> in{}, out{};
+            for (PixelColor& color : in) color = static_cast<PixelColor>(random());
+            transpose({in.data(), 13}, rows, columns, {out.data(), 12});
+            for (std::size_t row = 0; row < 12; ++row)
+                for (std::size_t column = 0; column < 12; ++column)
+                    ASSERT_EQ(out[column * 12 + row], row < rows && column < columns ? in[row * 13 + column] : 0u);
+        }
+    }
+}
+
+// --- shears ----------------------------------------------------------------------------------------------------------
+
+TEST_F(GeometryKernels, AMaskOfAnotherSizeThanTheResultIsRefused) {
+    const host::ObjectRef source = noise(9, 9), result = noise(12, 12), mask = noise(9, 9), other = noise(12, 13);
+    const PlainImage before = read_image(pixels(result));
+    Locked source_lock(source), result_lock(result), mask_lock(mask), other_lock(other);
+    EXPECT_EQ(Priv_ShearHorizontal(source_lock, result_lock, mask_lock, other_lock, 0.5, 0), 10);
+    EXPECT_EQ(Priv_ShearVertical(source_lock, result_lock, mask_lock, other_lock, 0.5, 0), 10);
+    EXPECT_EQ(difference(pixels(result), before, 32), "");
+    const host::ObjectRef right = noise(12, 12);
+    Locked right_lock(right);
+    EXPECT_EQ(Priv_ShearHorizontal(source_lock, result_lock, mask_lock, right_lock, 0.5, 0), 0);
+    EXPECT_EQ(Priv_ShearVertical(source_lock, result_lock, mask_lock, right_lock, 0.5, 0), 0);
+}
+
+TEST_F(GeometryKernels, BlendsDivideExactly) {
+    std::vector<PixelColor> pairs(2), out(1);
+    for (const std::uint32_t weight : {0u, 1u, 2u, 255u, 256u, 257u, 4369u, 32767u, 32768u, 40000u, 65279u, 65534u, 65535u}) {
+        const ShearedLine line = {.previous_weight = weight, .current_weight = 65535 - weight};
+        for (std::uint32_t previous = 0; previous < 256; ++previous) {
+            for (std::uint32_t current = 0; current < 256; ++current) {
+                const std::uint32_t exact = (previous * weight + current * (65535 - weight)) / 65535;
+                pairs = {0xAB000000 | previous * 0x010101, 0xCD000000 | current * 0x010101};
+                blend_colors_row(pairs.data(), out.data(), 1, line);
+                ASSERT_EQ(out[0], exact * 0x010101) << previous << " " << current << " " << weight;
+                blend_levels_row(pairs.data(), out.data(), 1, line);
+                ASSERT_EQ(out[0], exact * 0x010101) << previous << " " << current << " " << weight;
+            }
+        }
+    }
+}
+
+// --- stretches -------------------------------------------------------------------------------------------------------
+
+// Around every multiple of every total, where a quotient changes.
+TEST_F(GeometryKernels, MeansDivideExactly) {
+    constexpr std::size_t kLanes = 512;
+    std::vector<PixelColor> ones(kLanes, 0x010101), out(kLanes);
+    LineSums sums;
+    for (std::uint32_t total = 16384; total <= 32768; total += total < 32700 ? 41 : 1) {
+        for (std::uint32_t quotient = 1; quotient <= 255; quotient += 2) {
+            for (const std::uint32_t sum : {quotient * total - 1, quotient * total}) {
+                sums.begin(ones.data(), 1, sum);
+                sums.means(out.data(), 1, total);
+                ASSERT_EQ(out[0], sum / total * 0x010101) << sum << " / " << total;
+            }
+        }
+    }
+    const std::uint32_t beyond[] = {1, 7, 16383, 32769, 65536, 1u << 23};
+    for (const std::uint32_t total : beyond) {
+        sums.begin(ones.data(), kLanes, total * 200 + total / 2);
+        sums.means(out.data(), kLanes, total);
+        for (const PixelColor color : out) ASSERT_EQ(color, 200u * 0x010101) << total;
+    }
+}
+
+TEST_F(GeometryKernels, WeightsOfAnAxis) {
+    const auto expect = [](std::int32_t source, std::int32_t result, std::int64_t step, std::int64_t total) {
+        const AxisWeights weights(source, result);
+        EXPECT_EQ(weights.step, step) << source << " to " << result;
+        EXPECT_EQ(weights.total, total) << source << " to " << result;
+    };
+    expect(100, 100, 32768, 32768);
+    expect(100, 200, 65536, 32768);
+    expect(200, 100, 16384, 32768);
+    expect(3, 2, 21845, 32767);
+    expect(1, 65536, std::int64_t{1} << 31, 32768);  // more than 32 bits hold
+    expect(2, 1000000, std::int64_t{16384} * 1000000, 32768);
+    expect(32768, 1, 1, 32768);
+    expect(32769, 1, 1, 32769);   // in units half as large
+    expect(100000, 1, 1, 100000);
+    expect(std::numeric_limits<std::int32_t>::max(), 1, 0, 0);  // nothing, and so black
+    expect(0, 5, 0, 0);
+    expect(5, 0, 0, 0);
+}
+
+TEST_F(GeometryKernels, TheMaskKernelStretchesRedAsGrey) {
+    const host::ObjectRef source = noise(30, 20), as_colors = noise(30, 47), as_grey = noise(30, 47);
+    {
+        Locked from(source), colors(as_colors), grey(as_grey);
+        Priv_StetchVertical(from, colors, 0);
+        Priv_StetchVerticalMask(from, grey);
+    }
+    PlainImage expected = read_image(pixels(as_colors));
+    for (std::uint32_t& color : expected.colors) color = (color >> 16 & 255) * 0x010101;
+    EXPECT_EQ(difference(pixels(as_grey), expected, 32), "");
+    EXPECT_EQ(host.yields(), 0);
+}
+
+// At 1 bit it writes the first bit of each byte, all pixels of the byte one after the other.
+TEST_F(GeometryKernels, TheMaskKernelWritesFirstBitsOnly) {
+    const host::ObjectRef source = host.new_picture({.width = 16, .height = 2});
+    for (int y = 0; y < 2; ++y)
+        for (int x = 0; x < 16; ++x) write_pixel(pixels(source), x, y, x == 7 ? 0x000000 : 0xFFFFFF);
+    const host::ObjectRef result = host.new_picture({.width = 16, .height = 2, .depth = 1});
+    {
+        Locked from(source), to(result);
+        Priv_StetchVerticalMask(from, to);
+    }
+    for (int y = 0; y < 2; ++y) {
+        EXPECT_EQ(pixels(result).row(y)[0], 0x80);
+        EXPECT_EQ(pixels(result).row(y)[1], 0x00);
+    }
+}
+
+TEST_F(GeometryKernels, StretchesOfUnequalSizesStayInside) {
+    for (const auto& [width, height] : {std::pair{3, 90}, std::pair{90, 3}, std::pair{600, 70}, std::pair{1, 1}}) {
+        const host::ObjectRef source = noise(40, 30), result = noise(width, height);
+        Locked from(source), to(result);
+        Priv_StetchHorizontal(from, to, 0);
+        Priv_StetchVertical(from, to, 0);
+    }
+}
+
+// --- rotations -------------------------------------------------------------------------------------------------------
+
+TEST_F(GeometryKernels, TheFastRotationAgreesWithTheJudge) {
+    for (const int depth : {1, 8, 16, 24, 32}) {
+        for (const double rotation : {0.001, 5.0, 30.0, 45.0, 77.7, 89.999, 90.0, 120.0, 200.0, 359.9}) {
+            const host::ObjectRef source = noise(37, 21, depth);
+            const std::uint32_t frame = static_cast<std::uint32_t>(random());
+            const host::ObjectRef result =
+                adopt(TRV_FreeRotateFast(handle(source), rotation, static_cast<int>(frame)));
+            ASSERT_TRUE(result) << rotation;
+            const int quarters = static_cast<int>(rotation / 90.0);
+            const double rest = rotation - 90.0 * quarters;
+            if (rest == 0.0) continue;
+            const host::ObjectRef turned =
+                host.new_picture({.width = quarters % 2 ? 21 : 37, .height = quarters % 2 ? 37 : 21,
+                                  .depth = depth == 1 ? 1 : std::max(depth, 16)});
+            {
+                Locked from(source), to(turned);
+                quarter_turn(quarters, false, false)(from, to, 0);
+            }
+            expect_same_bytes(pixels(result), *plain_rotation(pixels(turned), {rest, frame & 0xFFFFFF, 1}));
+        }
+    }
+}
+
+TEST_F(GeometryKernels, ChecksOfTheFastRotation) {
+    const host::ObjectRef source = noise(3, 3);
+    EXPECT_EQ(TRV_FreeRotateFast(nullptr, 10.0, 0), nullptr);
+    EXPECT_EQ(gTRV_Error, 2);
+    EXPECT_EQ(TRV_FreeRotateFast(nullptr, 360.0, 0), nullptr);
+    EXPECT_EQ(gTRV_Error, 31);
+    EXPECT_EQ(TRV_FreeRotateFast(handle(source), -0.5, 0), nullptr);
+    EXPECT_EQ(gTRV_Error, 31);
+    host.faults.fail_at("newPicture", 2);
+    EXPECT_EQ(TRV_FreeRotateFast(handle(source), 10.0, 0), nullptr);
+    EXPECT_EQ(gTRV_Error, 6);
+}
+
+}  // namespace
+}  // namespace tarvo::test
