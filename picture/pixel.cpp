@@ -5,6 +5,7 @@ namespace TRV_Pixel {
 namespace {
 
 constexpr double kBlackHue = -1.0;
+constexpr long kNoHue = -1;
 constexpr double kDegreesOfSector = 60.0;
 
 }  // namespace
@@ -31,7 +32,7 @@ void RGBToHSV(unsigned long color, double& hue, double& saturation, double& valu
 
 void RGBToHSV_1024(unsigned long color, long& hue, long& saturation, long& value) {
     const Hsv1024 converted = hsv_1024_of(static_cast<PixelColor>(color));
-    hue = converted.hue;
+    hue = converted.saturation == 0 ? kNoHue : converted.hue;
     saturation = converted.saturation;
     value = converted.value;
 }

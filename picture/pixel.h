@@ -27,13 +27,13 @@ void HSVToRGB_1024(long hue, long saturation, long value, unsigned long& color);
 
 // --- the integer model for row loops: no branches --------------------------------------------------------------------
 
+// As above, but that greys have the hue 0.
 struct Hsv1024 {
     std::int32_t hue, saturation, value;
 };
 
 inline constexpr std::int32_t kSector = 1024;
 inline constexpr std::int32_t kCircle = 6 * kSector;
-inline constexpr std::int32_t kNoHue = -1;
 inline constexpr std::int32_t kFullSaturation = 1024;
 
 // The largest channel, and how far above the smallest it is.
@@ -56,6 +56,17 @@ struct Extent {
     return static_cast<std::int32_t>(static_cast<float>(dividend * 1024) / static_cast<float>(std::max(divisor, 1)));
 }
 
+// Bring a hue onto the circle that is at most a turn below it, or less than a turn above. Of a number below 0 and the
+// same one turn on, the one below 0 is the larger when signs are not looked at.
+[[gnu::always_inline]] inline std::int32_t wrapped_up(std::int32_t hue) {
+    const auto unsigned_hue = static_cast<std::uint32_t>(hue);
+    return static_cast<std::int32_t>(std::min(unsigned_hue, unsigned_hue + kCircle));
+}
+[[gnu::always_inline]] inline std::int32_t wrapped_down(std::int32_t hue) {
+    const auto unsigned_hue = static_cast<std::uint32_t>(hue);
+    return static_cast<std::int32_t>(std::min(unsigned_hue, unsigned_hue - kCircle));
+}
+
 [[gnu::always_inline]] inline Hsv1024 hsv_1024_of(PixelColor color) {
     const auto red = static_cast<std::int32_t>(red_of(color));
     const auto green = static_cast<std::int32_t>(green_of(color));
@@ -66,9 +77,7 @@ struct Extent {
     const bool is_red = red == largest, is_green = green == largest;
     const std::int32_t offset = is_red ? green - blue : is_green ? blue - red : red - green;
     const std::int32_t middle = is_red ? 0 : is_green ? 2 * kSector : 4 * kSector;
-    const std::int32_t turn = middle + ratio_1024(offset, delta);
-    const std::int32_t hue = turn + (turn < 0 ? kCircle : 0);
-    return {delta == 0 ? kNoHue : hue, ratio_1024(delta, largest), largest};
+    return {wrapped_up(middle + ratio_1024(offset, delta)), ratio_1024(delta, largest), largest};
 }
 
 // A channel in 1/2^20, as far below the value as `fade` says: 0 for the value itself, 1024 for the least that the
@@ -78,8 +87,8 @@ inline constexpr int kFadedBits = 20;
     return value * (kFullSaturation * kSector - saturation * fade);
 }
 
-// For a hue of 0 to 6143. A channel stands at the value for two sectors, fades over one, is faded
-// for two and returns over one; the hues of the channels' middles are 0, 2 * 1024 and 4 * 1024.
+// For a hue of 0 to 6143. A channel stands at the value for two sectors, fades over one, is faded for two and returns
+// over one; the hues of the channels' middles are 0, 2 * 1024 and 4 * 1024.
 [[gnu::always_inline]] inline PixelColor rgb_of(const Hsv1024& color) {
     const auto channel = [&color](std::int32_t fade) {
         const std::int32_t clamped = std::clamp<std::int32_t>(fade, 0, kSector);

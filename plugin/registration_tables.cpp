@@ -44,8 +44,8 @@ const REALmethodDefinition kErrorMethods[] = {
     TRV_METHOD(TRV_GetErrorMessage, "TRV_GetErrorMessage(error_code as integer) as String"),
 };
 
-// Registered twice: as methods of the picture class, and as plain functions, which for want of `extends` find each argument
-// one place too early.
+// Registered twice: as methods of the picture class, and as plain functions, which for want of `extends` find each
+// argument one place too early.
 constexpr const char* kAdjustRGB =
     "TRV_AdjustRGB(rect as TRV_Rectangle, red_delta as integer, green_delta as integer, blue_delta as integer) as "
     "picture";

@@ -1,6 +1,7 @@
 #include "hsv.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 
@@ -18,48 +19,49 @@ using TRV_Pixel::Hsv1024;
 
 // --- the adjustment --------------------------------------------------------------------------------------------------
 
-// What is added to the hue, and the factors of saturation and value in 1024ths.
+// How far hues are turned, 0 to 6143, and the factors of saturation and value in 1024ths.
 struct HsvChange {
-    std::int32_t hue_offset, saturation_factor, value_factor;
+    std::int32_t turn, saturation_factor, value_factor;
 };
 
+// Factors that are not a number make every product 0 or negative, which gives 0.
 HsvChange change_of(double hue_degrees, double saturation_factor, double brightness_factor) {
-    return {floor_to_int32(hue_degrees * TRV_Pixel::kSector / 60.0), in_1024ths(saturation_factor),
-            in_1024ths(brightness_factor)};
+    return {TRV_Pixel::wrapped_up(floor_to_int32(hue_degrees * TRV_Pixel::kSector / 60.0)),
+            std::max(in_1024ths(saturation_factor), 0), std::max(in_1024ths(brightness_factor), 0)};
 }
 
-// A product below 0, which only a factor that is not a number brings about, gives 0, however it is rounded.
 [[gnu::always_inline]] inline std::int32_t scaled(std::int32_t value, std::int32_t factor, std::int32_t most) {
-    return std::clamp(floor_shift(wrapping_multiply(factor, value), 10), 0, most);
-}
-
-// Once round in either direction: enough for every offset below a full turn.
-[[gnu::always_inline]] inline std::int32_t turned(std::int32_t hue, std::int32_t offset) {
-    hue = wrapping_add(hue, offset);
-    hue += hue < 0 ? TRV_Pixel::kCircle : 0;
-    return hue - (hue >= TRV_Pixel::kCircle ? TRV_Pixel::kCircle : 0);
+    return std::min(floor_shift(factor * value, 10), most);
 }
 
 // Full saturation is not reached again: a colour that had it keeps 1023 of 1024.
 constexpr std::int32_t kMostSaturation = TRV_Pixel::kFullSaturation - 1;
 
-// A hue that is still off the circle, by an offset that is not a number, is no colour's: only greys stay.
-[[gnu::always_inline]] inline PixelColor adjusted(PixelColor color, const HsvChange& change) {
+[[gnu::always_inline]] inline Hsv1024 adjusted(PixelColor color, const HsvChange& change) {
     const Hsv1024 from = TRV_Pixel::hsv_1024_of(color);
-    const Hsv1024 to = {turned(from.hue, change.hue_offset),
-                        scaled(from.saturation, change.saturation_factor, kMostSaturation),
-                        scaled(from.value, change.value_factor, 255)};
-    const bool is_color = (to.hue >= 0 && to.hue < TRV_Pixel::kCircle) || to.saturation == 0;
-    return is_color ? TRV_Pixel::rgb_of(to) : 0;
+    return {TRV_Pixel::wrapped_down(from.hue + change.turn),
+            scaled(from.saturation, change.saturation_factor, kMostSaturation),
+            scaled(from.value, change.value_factor, 255)};
 }
 
 TARVO_ROW_CLONES void adjust_row(PixelColor* colors, std::size_t count, const HsvChange& given) {
     const HsvChange change = given;
-    for (std::size_t x = 0; x < count; ++x) colors[x] = adjusted(colors[x], change);
+    for (std::size_t x = 0; x < count; ++x) colors[x] = TRV_Pixel::rgb_of(adjusted(colors[x], change));
 }
 
-auto adjust_span(const HsvChange& change) {
-    return [change](PixelColor* colors, std::size_t count) { adjust_row(colors, count, change); };
+// Turned by what is not a number, a hue is no colour's, and only greys stay.
+TARVO_ROW_CLONES void keep_greys_row(PixelColor* colors, std::size_t count, const HsvChange& given) {
+    const HsvChange change = given;
+    for (std::size_t x = 0; x < count; ++x) {
+        const Hsv1024 color = adjusted(colors[x], {0, change.saturation_factor, change.value_factor});
+        colors[x] = color.saturation == 0 ? grey(static_cast<std::uint32_t>(color.value)) : 0;
+    }
+}
+
+auto adjust_span(double hue_degrees, double saturation_factor, double brightness_factor) {
+    return [row = std::isnan(hue_degrees) ? keep_greys_row : adjust_row,
+            change = change_of(hue_degrees, saturation_factor, brightness_factor)](
+               PixelColor* colors, std::size_t count) { row(colors, count, change); };
 }
 
 TARVO_ROW_CLONES void invert_row(PixelColor* colors, std::size_t count) {
@@ -156,7 +158,7 @@ void get_average_hsv(Form form, typename Form::Handle p, REALobjectStruct* rect,
 
 void PrivAdjustHSV(const TRV_Picture& source, TRV_Picture& result, const Region& region, double hue_degrees,
                    double saturation_factor, double brightness_factor, bool negative, int /*yield*/) {
-    const auto adjust = adjust_span(change_of(hue_degrees, saturation_factor, brightness_factor));
+    const auto adjust = adjust_span(hue_degrees, saturation_factor, brightness_factor);
     if (negative)
         transform_region(source, result, region, kNoYielding, "PrivAdjustHSV", adjust, invert_row);
     else
@@ -166,7 +168,7 @@ void PrivAdjustHSV(const TRV_Picture& source, TRV_Picture& result, const Region&
 void PrivAdjustHSVWithMask(const TRV_Picture& source, const TRV_Picture& mask, TRV_Picture& result, double hue_degrees,
                            double saturation_factor, double brightness_factor, int /*yield*/) {
     transform_by_mask(source, mask, result, kNoYielding, "PrivAdjustHSVWithMask",
-                      adjust_span(change_of(hue_degrees, saturation_factor, brightness_factor)), mix_in_255ths);
+                      adjust_span(hue_degrees, saturation_factor, brightness_factor), mix_in_255ths);
 }
 
 void PrivGetAverageHSV(const TRV_Picture& source, const Region& region, double* hue, double* saturation,

@@ -51,8 +51,8 @@ private:
     alignas(kCacheLine) std::array<std::uint16_t, kPixels> green_;
 };
 
-// Runs one above the other, as many as there are taps, that move down some columns row by row. Rows beyond an edge of the
-// picture read the row at the edge.
+// Runs one above the other, as many as there are taps, that move down some columns row by row. Rows beyond an edge of
+// the picture read the row at the edge.
 class RunWindow {
 public:
     // Begins at a row of some columns; to be moved there.

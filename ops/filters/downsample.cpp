@@ -9,8 +9,8 @@
 
 namespace {
 
-// Two channels in a word, of 16 bits each, become multiples of the step, halves rounded upward. What would be 256 is 255:
-// one level more than the bits can tell apart.
+// Two channels in a word, of 16 bits each, become multiples of the step, halves rounded upward. What would be 256 is
+// 255: one level more than the bits can tell apart.
 [[gnu::always_inline]] inline std::uint32_t round_both(std::uint32_t channels, std::uint32_t half,
                                                        std::uint32_t multiples) {
     const std::uint32_t rounded = (channels + half) & multiples;

@@ -7,8 +7,8 @@
 
 namespace {
 
-// The colour at row `j` of a section whose last row is `last`. In a section of a single row both fractions are 0 / 0, not
-// a number, and such a row is black.
+// The colour at row `j` of a section whose last row is `last`. In a section of a single row both fractions are 0 / 0,
+// not a number, and such a row is black.
 PixelColor color_at(std::int32_t j, std::int32_t last, PixelColor from, PixelColor to) {
     const double from_fraction = static_cast<double>(last - j) / last;
     const double to_fraction = static_cast<double>(j) / last;

@@ -5,7 +5,8 @@
 #include "picture.h"
 #include "real_interface.h"
 
-// From `color1` to `color2`; or by way of `color2`, in the middle, to `color3`. The host gets no control, whatever `yield`.
+// From `color1` to `color2`; or by way of `color2`, in the middle, to `color3`. The host gets no control, whatever
+// `yield`.
 REALpictureStruct* TRV_MakeGradient(int width, int height, int color1, int color2, int yield);
 REALpictureStruct* TRV_MakeDoubleGradient(int width, int height, int color1, int color2, int color3, int yield);
 

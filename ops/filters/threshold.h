@@ -6,9 +6,9 @@
 #include "real_interface.h"
 #include "region.h"
 
-// New pictures with the pixels of a region that match replaced by `target`, or those of the whole picture mixed with it as
-// a mask says. A channel passes when it is at or above the threshold's, with `darker` at or below it; a pixel matches
-// when all its channels pass, without `and_threshold` when one does.
+// New pictures with the pixels of a region that match replaced by `target`, or those of the whole picture mixed with it
+// as a mask says. A channel passes when it is at or above the threshold's, with `darker` at or below it; a pixel
+// matches when all its channels pass, without `and_threshold` when one does.
 REALpictureStruct* TRV_Threshold(REALpictureStruct* p, REALobjectStruct* rect, bool darker, bool and_threshold,
                                  int threshold, int target);
 REALpictureStruct* TRV_ThresholdWithMask(REALpictureStruct* p, REALpictureStruct* mask, bool darker, bool and_threshold,

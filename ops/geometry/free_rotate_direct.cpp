@@ -84,6 +84,14 @@ public:
     SourceWindow(const TRV_Picture& source, PixelColor frame, const char* caller)
         : source_(source), frame_(frame), caller_(caller) {}
 
+    // What is loaded next.
+    void prefetch(const Box& box) const {
+        const std::int32_t left = std::max(box.left, 0), right = std::min(box.right, source_.width());
+        const std::int32_t top = std::max(box.top, 0), bottom = std::min(box.bottom, source_.height());
+        if (left >= right) return;
+        for (std::int32_t row = top; row < bottom; ++row)
+            source_.Prefetch(row, left, static_cast<std::size_t>(right - left));
+    }
     void load(const Box& box) {
         box_ = box;
         for (std::int32_t row = box.top; row < box.bottom; ++row) {
@@ -151,8 +159,7 @@ public:
             for (std::int32_t i = 0; i < rows; ++i) starts_[i] = mapping_.row_start(row + i);
             for_each_chunk(0, result_.width() - 1, [&](std::int32_t column, std::size_t columns) {
                 for (std::int32_t i = 0; i < rows; ++i) std::fill_n(band_[i].begin(), columns, frame_);
-                for (std::size_t done = 0; done < columns; done += kTile)
-                    draw_tile(rows, column, done, std::min<std::size_t>(kTile, columns - done));
+                draw_tiles(rows, column, columns);
                 for (std::int32_t i = 0; i < rows; ++i)
                     result_.SetPixels(row + i, column, {band_[i].data(), columns}, caller_);
             });
@@ -160,13 +167,23 @@ public:
     }
 
 private:
-    // The band's columns from `done` on; its first is the result's `column`.
-    void draw_tile(std::int32_t rows, std::int32_t column, std::size_t done, std::size_t columns) {
-        const std::int32_t first = column + static_cast<std::int32_t>(done);
-        const Box box = source_box(rows, first, first + static_cast<std::int32_t>(columns));
-        if (!box.meets(source_)) return;
-        window_.load(box);
-        for (std::int32_t i = 0; i < rows; ++i) draw_run(starts_[i], first, {band_[i].data() + done, columns});
+    // The band's first `columns`, which are the result's from `column` on.
+    void draw_tiles(std::int32_t rows, std::int32_t column, std::size_t columns) {
+        const auto box_from = [&](std::size_t done) {
+            const std::size_t end = std::min(done + kTile, columns);
+            return source_box(rows, column + static_cast<std::int32_t>(done), column + static_cast<std::int32_t>(end));
+        };
+        Box next = box_from(0);
+        for (std::size_t done = 0; done < columns; done += kTile) {
+            const Box box = next;
+            next = box_from(done + kTile);
+            if (!box.meets(source_)) continue;
+            window_.load(box);
+            window_.prefetch(next);
+            const std::size_t tile_columns = std::min<std::size_t>(kTile, columns - done);
+            for (std::int32_t i = 0; i < rows; ++i)
+                draw_run(starts_[i], column + static_cast<std::int32_t>(done), {band_[i].data() + done, tile_columns});
+        }
     }
 
     // All that footprints of the tile's pixels reach. To the right, places in the source move right and up.

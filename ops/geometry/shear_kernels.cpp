@@ -26,6 +26,9 @@ struct Layer {
         if (have) source.GetPixels(row, column, colors.first(have), caller);
         std::ranges::fill(colors.subspan(have), edges.fill());
     }
+    void prefetch(std::int32_t row, std::int32_t column, std::size_t count) const {
+        if (row < source.height()) source.Prefetch(row, column, count);
+    }
 };
 
 // --- rows ------------------------------------------------------------------------------------------------------------
@@ -101,8 +104,10 @@ void shear_block(const Layer<Edges>& layer, std::int32_t source_height, const Co
     std::array<PixelColor, std::size_t{kSourceRows} * kColumns> rows, columns;
     const RowRange window = source_rows(block, row, count, source_height);
     const std::int32_t content = block.end_content - block.first_content;
-    for (std::int32_t y = window.first; y < window.end; ++y)
+    for (std::int32_t y = window.first; y < window.end; ++y) {
         layer.read(y, block.source_column, {&rows[std::size_t{kColumns} * (y - window.first)], std::size_t(content)});
+        layer.prefetch(y + kRows, block.source_column, std::size_t(content));
+    }
     if (window.first < window.end)
         transpose({rows.data(), kColumns}, window.end - window.first, content, {columns.data(), kSourceRows});
 

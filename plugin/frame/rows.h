@@ -17,7 +17,7 @@ inline constexpr std::int32_t kChunkPixels = 512;
 // Colours of a chunk.
 using Chunk = std::array<PixelColor, kChunkPixels>;
 
-// Calls `visit(first, last)` for the pieces of at most `size` of the rows or columns from `first` to `last`, all included.
+// Calls `visit(first, last)` for pieces of at most `size` of the rows or columns from `first` to `last`, all included.
 template <class Visit>
 void for_each_piece(std::int32_t first, std::int32_t last, std::int32_t size, Visit visit) {
     for (std::int64_t piece = first; piece <= last; piece += size)

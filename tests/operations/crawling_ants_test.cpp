@@ -84,7 +84,7 @@ TEST_F(CrawlingAnts, WidePicturesAgreeWithTheJudge) {
 
 // Shifting the state by one moves every dash by one pixel.
 TEST_F(CrawlingAnts, KnownRows) {
-    EXPECT_EQ(top_row(7, 2, 0), "assaasa");  // phases 0 3 2 1 0 3, and the corner is the right column's, whose first is 1
+    EXPECT_EQ(top_row(7, 2, 0), "assaasa");  // phases 0 3 2 1 0 3; the corner has the right column's first, 1
     EXPECT_EQ(top_row(7, 2, 1).substr(0, 6), "aassaa");
     EXPECT_EQ(top_row(7, 2, 2).substr(0, 6), "saassa");
     EXPECT_EQ(top_row(7, 2, 3).substr(0, 6), "ssaass");
