@@ -5,6 +5,7 @@
 
 #include "client_memory.h"
 #include "error_state.h"
+#include "host_reference.h"
 #include "host_services.h"
 #include "picture.h"
 #include "registration.h"
@@ -13,6 +14,7 @@ namespace {
 
 using Data = TRV_ClientPicture_Data;
 
+// Counted over the fields of the data, of which not all are properties.
 enum Parameter : std::int32_t {
     kWidth = 1,
     kHeight = 2,
@@ -100,18 +102,20 @@ Data* TRV_ClientPicture_GetData(REALobjectStruct* clientPicture) {
 
 REALobjectStruct* TRV_ClientPicture_new(long width, long height, long depth, bool withMask, bool as_picture) {
     static REALclassRefStruct* sClientPicture_ClassRef = nullptr;
+    // Kept once there is one; a host that has none yet is asked again.
     if (!sClientPicture_ClassRef) sClientPicture_ClassRef = REALGetClassRef("TRV_ClientPicture");
     if (width <= 0 || height <= 0 || !sClientPicture_ClassRef) return nullptr;
 
-    REALobjectStruct* const instance = REALnewInstance(sClientPicture_ClassRef);
+    HostReference<REALobjectStruct> instance(REALnewInstance(sClientPicture_ClassRef));
     if (!instance) return nullptr;
-    Data& data = *TRV_ClientPicture_GetData(instance);
+    Data& data = *TRV_ClientPicture_GetData(instance.get());
     const auto back = as_picture ? back_with_host_picture : back_with_own_memory;
-    if (back(data, width, height, depth, withMask)) return instance;
+    if (back(data, width, height, depth, withMask)) return instance.release();
 
     // One reference added and dropped is all that a refused instance gets; the host decides whether it goes.
-    REALLockObject(instance);
-    REALUnlockObject(instance);
+    REALobjectStruct* const refused = instance.release();
+    REALLockObject(refused);
+    REALUnlockObject(refused);
     return nullptr;
 }
 
@@ -204,13 +208,10 @@ REALpictureStruct* TRV_ClientPicture_operator_convert_to_picture(REALobjectStruc
     }
     if (!data->pixels) return nullptr;
 
+    HostReference<REALpictureStruct> picture;
     TRV_Picture made(data->width, data->height, data->depth, true);
-    if (copy_image(*data, made)) return made.picture();
-
-    REALpictureStruct* const refused = made.picture();
-    made.Release();
-    if (refused) REALUnlockObject(refused);
-    return nullptr;
+    picture.reset(made.picture());
+    return copy_image(*data, made) ? picture.release() : nullptr;
 }
 
 #define CLIENT_PROPERTY(name, type, getter, parameter) \

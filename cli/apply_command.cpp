@@ -10,6 +10,7 @@
 
 #include "command_error.h"
 #include "commands.h"
+#include "messages.h"
 #include "names.h"
 #include "operation.h"
 #include "picture_io.h"
@@ -30,7 +31,7 @@ constexpr const char* kCallHelp =
     "  tarvo apply in.png 'TRV_AdjustContrast(rect(100, 50, 300, 200), &c808080, 1.6, 1.6, 1.6, 0)' -o out.png\n"
     "Arguments: numbers, true, false, nil, colours (&cRRGGBB), picture files (photo.png or \"my photo.png\"),\n"
     "rect(left, top, width, height), matrix(nine numbers, row by row), convolution(coefficients). Where a method\n"
-    "gives something back in an argument, write any value; what came back is printed.\n"
+    "gives something back in an argument, write any value or word; what came back is printed.\n"
     "Files: .png .jpg .jpeg .pbm .pgm .ppm .pam, and .trv, the string that TRV_ConvertToString makes. Transparency is\n"
     "the picture's mask; formats that have none leave the mask out.";
 
@@ -61,6 +62,7 @@ public:
 
         PluginSession session(options_.plugin);
         session_ = &session;
+        for (const Operation& operation : operations) check_known(session, operation);
         Value picture = read();
         for (const Operation& operation : operations) picture = apply(operation, picture);
         if (!options_.output.empty()) write(picture);
@@ -91,8 +93,7 @@ private:
 
     // An object in spite of a code is a result with a defect; anything else with a code is none.
     void check(const std::string& name, const Outcome& outcome) {
-        for (const std::string& complaint : session_->host().complaints()) warn(name + ": " + complaint);
-        session_->host().clear_complaints();
+        session_->show_complaints(name);
         const bool gave_object = std::holds_alternative<host::ObjectRef>(outcome.result) && !is_nil(outcome.result);
         const std::string code = "error " + std::to_string(outcome.code) + ": " + session_->error_message(outcome.code);
         if (outcome.code != 0 && gave_object) return warn(name + ": " + code);
@@ -103,15 +104,15 @@ private:
 
     void write(const Value& in_hand) {
         const Value value = as_picture(in_hand) ? in_hand : converted(in_hand, "picture");
-        const host::WriteReport report = write_picture(*session_, std::get<host::ObjectRef>(value), options_.output);
-        if (report.mask_left_out && !options_.quiet)
-            std::cerr << "note: " << options_.output << " has no transparency: the mask is left out\n";
+        const std::string lost = write_picture(*session_, std::get<host::ObjectRef>(value), options_.output);
+        if (!options_.quiet) note(lost);
         say(options_.output + ": " + describe(value));
     }
 
     Value converted(const Value& value, const char* type) {
         try {
             const Value result = session_->caller().convert(value, host::type_named(type));
+            session_->show_complaints(std::string("conversion to ") + type);
             if (is_nil(result))
                 throw CommandError(ExitStatus::operation_failed, std::string("no ") + type + " can be made");
             return result;
@@ -140,8 +141,6 @@ private:
     void say(const std::string& line) const {
         if (!options_.quiet) std::cout << line << '\n';
     }
-
-    static void warn(const std::string& line) { std::cerr << "warning: " << line << '\n'; }
 
     const ApplyOptions& options_;
     PluginSession* session_ = nullptr;  // only while running

@@ -8,6 +8,7 @@
 #include "command_error.h"
 #include "commands.h"
 #include "main_screen.h"
+#include "messages.h"
 #include "picture_io.h"
 #include "plugin_session.h"
 
@@ -17,6 +18,8 @@ namespace {
 constexpr const char* kWhatIsSeen =
     "The picture shows all monitors of the display's default screen. Under Wayland only windows of X programs are seen,\n"
     "on black, and without an X server there is nothing to capture.";
+
+constexpr const char* kCapture = "TRV_ScreenCapture";
 
 struct CaptureOptions {
     PluginOptions plugin;
@@ -29,10 +32,11 @@ void capture(const CaptureOptions& options) {
     const auto screen = host::MainScreen::open(options.display);
     if (!screen) throw CommandError(ExitStatus::operation_failed, "there is no X display whose pixels can be read");
     host::Value whole_screen[] = {host::Nil{}};
-    const host::Value captured = session.caller().call_on(session.host().new_screen(), "TRV_ScreenCapture", whole_screen);
+    const host::Value captured = session.caller().call_on(session.host().new_screen(), kCapture, whole_screen);
+    session.show_complaints(kCapture);
     const auto* picture = std::get_if<host::ObjectRef>(&captured);
     if (!picture) throw CommandError(ExitStatus::operation_failed, "the display does not give its pixels");
-    write_picture(session, *picture, options.output);
+    note(write_picture(session, *picture, options.output));
 }
 
 }  // namespace

@@ -2,11 +2,11 @@
 
 #include <CLI/App.hpp>
 
-#include <iostream>
 #include <memory>
 #include <string>
 
 #include "commands.h"
+#include "messages.h"
 #include "picture_io.h"
 #include "plugin_session.h"
 
@@ -27,8 +27,7 @@ void convert(const ConvertOptions& options) {
     check_output_name(options.output);
     PluginSession session(options.plugin);
     const host::ObjectRef picture = read_picture(session, options.input, options.keep_depth);
-    if (write_picture(session, picture, options.output).mask_left_out)
-        std::cerr << "note: " << options.output << " has no transparency: the mask is left out\n";
+    note(write_picture(session, picture, options.output));
 }
 
 }  // namespace

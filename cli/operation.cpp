@@ -7,6 +7,7 @@
 #include "command_error.h"
 #include "names.h"
 #include "picture_io.h"
+#include "scanner.h"
 
 namespace tarvo::cli {
 
@@ -26,22 +27,24 @@ CommandError call_error(const std::string& text, std::size_t column, const std::
     return {ExitStatus::wrong_usage, message + "\n  " + line + "\n  " + std::string(column - 1, ' ') + '^'};
 }
 
+// At the call's name.
+CommandError name_error(const Operation& operation, const std::string& message) {
+    return call_error(operation.text, operation.text.find_first_not_of(" \t") + 1, message);
+}
+
 // The methods that a call can mean, by its name and the number of its arguments.
 class Meanings {
 public:
     Meanings(const host::Caller& caller, const CallExpression& call) {
-        bool known = false;
         for (const Callable& callable : caller.callables())
-            if (host::same_name(callable.declaration.name, call.name)) {
-                known = true;
-                plain_ = plain_ && callable.owner.empty() && !callable.extends();
-            }
-        plain_ = plain_ && known;
-        for (const Callable& callable : caller.callables())
-            if (host::same_name(callable.declaration.name, call.name) && takes(callable, call.arguments.size()))
-                callables_.push_back(&callable);
+            if (host::same_name(callable.declaration.name, call.name)) callables_.push_back(&callable);
+        known_ = !callables_.empty();
+        plain_ = known_ && std::ranges::all_of(callables_, is_plain);
+        std::erase_if(callables_, [&](const Callable* c) { return !takes(*c, call.arguments.size()); });
     }
 
+    // True when some method has that name.
+    bool known() const { return known_; }
     // True when the call has no object.
     bool plain() const { return plain_; }
 
@@ -58,7 +61,21 @@ public:
         return find(argument, [](const Parameter& parameter) { return parameter.type.kind == TypeKind::object; });
     }
 
+    // "integer or color": what the argument may be; empty when no method takes so many.
+    std::string wanted_types(std::size_t argument) const {
+        std::vector<std::string> types;
+        for (const Callable* callable : callables_) {
+            std::string type = host::to_string(parameter(*callable, argument).type);
+            if (std::ranges::find(types, type) == types.end()) types.push_back(std::move(type));
+        }
+        std::string text;
+        for (const std::string& type : types) text += (text.empty() ? "" : " or ") + type;
+        return text;
+    }
+
 private:
+    static bool is_plain(const Callable* callable) { return callable->owner.empty() && !callable->extends(); }
+
     std::size_t first_parameter() const { return plain_ ? 0 : 1; }
 
     bool takes(const Callable& callable, std::size_t arguments) const {
@@ -68,17 +85,20 @@ private:
         return count == callable.parameters.size() || callable.parameters[count].default_value;
     }
 
+    const Parameter& parameter(const Callable& callable, std::size_t argument) const {
+        return callable.parameters[argument + first_parameter()];
+    }
+
     template <class Test>
     const Parameter* find(std::size_t argument, Test test) const {
-        for (const Callable* callable : callables_) {
-            const Parameter& parameter = callable->parameters[argument + first_parameter()];
-            if (test(parameter)) return &parameter;
-        }
+        for (const Callable* callable : callables_)
+            if (test(parameter(*callable, argument))) return &parameter(*callable, argument);
         return nullptr;
     }
 
-    bool plain_ = true;
     std::vector<const Callable*> callables_;
+    bool known_ = false;
+    bool plain_ = false;
 };
 
 // Makes the values that the arguments stand for.
@@ -89,22 +109,26 @@ public:
 
     std::vector<Value> read() {
         std::vector<Value> values;
-        for (index_ = 0; index_ < operation_.call.arguments.size(); ++index_)
-            values.push_back(std::visit(*this, operation_.call.arguments[index_].value));
+        for (index_ = 0; index_ < operation_.call.arguments.size(); ++index_) {
+            const Expression& written = operation_.call.arguments[index_].value;
+            const Parameter* output = meanings_.output(index_);
+            values.push_back(output ? variable(output->type, written) : std::visit(*this, written));
+        }
         return values;
     }
 
     Value operator()(const Literal& literal) {
         const auto* text = std::get_if<std::string>(&literal);
         if (text && meanings_.wants_object(index_)) return picture(*text);
-        // A variable of the right type for what comes back.
-        const Parameter* output = meanings_.output(index_);
-        const auto* integer = std::get_if<std::int32_t>(&literal);
-        if (integer && output && output->type.kind == TypeKind::real) return static_cast<double>(*integer);
         return session_.caller().value_of(literal);
     }
 
-    Value operator()(const FileName& name) { return picture(name.path); }
+    Value operator()(const FileName& name) {
+        const std::string wanted = meanings_.wanted_types(index_);
+        if (!wanted.empty() && !meanings_.wants_object(index_))
+            throw argument_error("expected " + wanted + ", found the file name " + host::quoted(name.path));
+        return picture(name.path);
+    }
 
     Value operator()(const RectangleExpression& rectangle) {
         const Value made = instance("TRV_Rectangle");
@@ -132,16 +156,23 @@ public:
     }
 
 private:
-    Value picture(const std::string& path) {
-        return read_picture(session_, path, keep_depth_);
+    // For what comes back: begins as the literal says, if it can, else as 0 or false.
+    Value variable(const host::Type& type, const Expression& written) {
+        if (const auto* literal = std::get_if<Literal>(&written))
+            if (const auto fitted = host::fit(session_.caller().value_of(*literal), type)) return fitted->value;
+        return type.kind == TypeKind::boolean ? Value(false) : host::fit(0, type)->value;
     }
+
+    Value picture(const std::string& path) { return read_picture(session_, path, keep_depth_); }
 
     Value instance(const std::string& class_name) {
         ObjectRef made = session_.host().new_instance(class_name);
-        if (!made)
-            throw call_error(operation_.text, operation_.call.arguments[index_].column,
-                             "the plugin has no class " + class_name);
+        if (!made) throw argument_error("the plugin has no class " + class_name);
         return made;
+    }
+
+    CommandError argument_error(const std::string& message) const {
+        return call_error(operation_.text, operation_.call.arguments[index_].column, message);
     }
 
     PluginSession& session_;
@@ -161,6 +192,11 @@ Operation parse_operation(const std::string& text) {
     }
 }
 
+void check_known(PluginSession& session, const Operation& operation) {
+    const std::string& name = operation.call.name;
+    if (!Meanings(session.caller(), operation.call).known()) throw name_error(operation, "there is no method " + name);
+}
+
 Outcome run_operation(PluginSession& session, const Operation& operation, const Value& self, bool keep_depth) {
     const Meanings meanings(session.caller(), operation.call);
     try {
@@ -177,7 +213,7 @@ Outcome run_operation(PluginSession& session, const Operation& operation, const 
             if (const Parameter* output = meanings.output(i)) outcome.outputs.push_back({output->name, arguments[i]});
         return outcome;
     } catch (const host::CallError& error) {
-        throw call_error(operation.text, operation.text.find_first_not_of(" \t") + 1, error.what());
+        throw name_error(operation, error.what());
     }
 }
 

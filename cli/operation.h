@@ -20,6 +20,9 @@ struct Operation {
 // Throws CommandError.
 Operation parse_operation(const std::string& text);
 
+// Throws CommandError when the plugin has no method of that name.
+void check_known(PluginSession& session, const Operation& operation);
+
 struct Outcome {
     struct Output {
         std::string name;

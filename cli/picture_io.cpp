@@ -5,31 +5,23 @@
 #include <string_view>
 #include <vector>
 
+#include "about_file.h"
 #include "command_error.h"
 #include "file_bytes.h"
-#include "names.h"
+#include "format.h"
+#include "picture_file.h"
 
 namespace tarvo::cli {
 namespace {
 
-bool holds_string(std::string_view path) {
-    constexpr std::string_view kEnding = ".trv";
-    return path.size() > kEnding.size() && host::same_name(path.substr(path.size() - kEnding.size()), kEnding);
-}
+constexpr std::string_view kStringEnding = ".trv";
 
-// Runs `work`; the message of its FileError gets the file's name.
-template <class Work>
-auto about_file(const std::string& path, Work work) {
-    try {
-        return work();
-    } catch (const host::FileError& error) {
-        throw host::FileError(path + ": " + error.what());
-    }
-}
+bool holds_string(std::string_view path) { return host::has_ending(path, kStringEnding); }
 
 // What the method of an object without further arguments gives; empty for nil.
 host::ObjectRef ask(PluginSession& session, const host::ObjectRef& object, const char* method) {
     const host::Value given = session.caller().call_on(object, method, {});
+    session.show_complaints(method);
     const auto* result = std::get_if<host::ObjectRef>(&given);
     return result ? *result : host::ObjectRef();
 }
@@ -43,34 +35,38 @@ std::span<const std::uint8_t> bytes_of(std::string_view text) {
 }
 
 host::ObjectRef read_string(PluginSession& session, const std::string& path) {
-    const host::ObjectRef string = session.host().new_string(text_of(host::read_file(path)));
+    const host::ObjectRef string =
+        session.host().new_string(text_of(host::read_file(path, host::Host::kLongestString)));
     const host::ObjectRef picture = ask(session, string, "TRV_ConvertToPicture");
     if (!picture) throw host::FileError("this is no string that a picture can be made of");
     return picture;
 }
 
-void write_string(PluginSession& session, const host::ObjectRef& picture, const std::string& path) {
+std::string write_string(PluginSession& session, const host::ObjectRef& picture, const std::string& path) {
     const host::ObjectRef string = ask(session, picture, "TRV_ConvertToString");
     if (!string) throw CommandError(ExitStatus::operation_failed, "TRV_ConvertToString gave no string");
     host::replace_file(path, bytes_of(dynamic_cast<const host::StringObject&>(*string.get()).bytes()));
+    if (ask(session, string, "TRV_ConvertToPicture")) return {};
+    return path + " holds a string that TRV_ConvertToPicture makes no picture of";
+}
+
+std::string write_file(const host::Picture& picture, const std::string& path) {
+    if (!host::write_picture_file(picture, path).mask_left_out) return {};
+    return path + " has no transparency: the mask is left out";
 }
 
 }  // namespace
 
 host::ObjectRef read_picture(PluginSession& session, const std::string& path, bool keep_depth) {
-    if (holds_string(path)) return about_file(path, [&] { return read_string(session, path); });
+    if (holds_string(path)) return host::about_file(path, [&] { return read_string(session, path); });
     return host::read_picture_file(session.host(), path, {.keep_depth = keep_depth});
 }
 
-host::WriteReport write_picture(PluginSession& session, const host::ObjectRef& picture, const std::string& path) {
-    if (!holds_string(path))
-        return host::write_picture_file(dynamic_cast<const host::Picture&>(*picture.get()), path);
-    about_file(path, [&] { write_string(session, picture, path); });
-    return {};
+std::string write_picture(PluginSession& session, const host::ObjectRef& picture, const std::string& path) {
+    if (holds_string(path)) return host::about_file(path, [&] { return write_string(session, picture, path); });
+    return write_file(dynamic_cast<const host::Picture&>(*picture.get()), path);
 }
 
-void check_output_name(const std::string& path) {
-    if (!holds_string(path)) host::check_writable_name(path);
-}
+void check_output_name(const std::string& path) { host::check_writable_name(path, kStringEnding); }
 
 }  // namespace tarvo::cli

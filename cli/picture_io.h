@@ -1,11 +1,10 @@
 #pragma once
 
-// Pictures from and to files as the tool takes them: in the host's formats, and as picture strings (.trv), which the plugin
-// writes and reads. A picture string keeps depth and mask.
+// Pictures from and to files as the tool takes them: in the host's formats, and as picture strings (.trv), which the
+// plugin writes and reads. A picture string keeps depth and mask.
 
 #include <string>
 
-#include "picture_file.h"
 #include "plugin_session.h"
 
 namespace tarvo::cli {
@@ -13,8 +12,10 @@ namespace tarvo::cli {
 // Throws FileError. `keep_depth` is as in host::ReadOptions.
 host::ObjectRef read_picture(PluginSession& session, const std::string& path, bool keep_depth);
 
-// Throws FileError, or CommandError when the plugin makes no string of the picture.
-host::WriteReport write_picture(PluginSession& session, const host::ObjectRef& picture, const std::string& path);
+// Throws FileError, or CommandError when the plugin makes no string of the picture. What comes back says in words what
+// the file does not keep; empty when it keeps everything.
+[[nodiscard]] std::string write_picture(PluginSession& session, const host::ObjectRef& picture,
+                                        const std::string& path);
 
 // Throws FileError when no picture can be written to a file of that name, because of its ending.
 void check_output_name(const std::string& path);

@@ -6,6 +6,7 @@
 #include <variant>
 
 #include "command_error.h"
+#include "messages.h"
 #include "names.h"
 
 namespace tarvo::cli {
@@ -56,6 +57,11 @@ host::Value PluginSession::ask(const char* method, std::vector<host::Value> argu
         if (callable.owner.empty() && host::same_name(callable.declaration.name, method))
             return caller_.invoke(callable, arguments);
     return {};
+}
+
+void PluginSession::show_complaints(const std::string& about) {
+    for (const std::string& complaint : host_.complaints()) warn(about + ": " + complaint);
+    host_.clear_complaints();
 }
 
 std::int32_t PluginSession::last_error() {

@@ -19,7 +19,7 @@ struct PluginOptions {
 
 void add_plugin_options(CLI::App& command, PluginOptions& options);
 
-// Message boxes go to the standard error stream.
+// Message boxes and warnings go to the standard error stream.
 class PluginSession {
 public:
     // Throws CommandError when the plugin cannot be loaded or refuses the host.
@@ -27,6 +27,9 @@ public:
 
     host::Host& host() { return host_; }
     host::Caller& caller() { return caller_; }
+
+    // Warns of what the host has complained of since it was last asked; each line begins with `about`.
+    void show_complaints(const std::string& about);
 
     // What TRV_GetLastError and TRV_GetErrorMessage answer; 0 and "" from a plugin that has no such methods.
     std::int32_t last_error();

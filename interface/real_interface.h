@@ -33,7 +33,6 @@ struct REALstringStruct {
 
 // What backs a picture's pixels.
 enum REALpictureKind : std::int32_t {
-    pictureNone = 0,
     pictureDrawingCommands = 1,
     pictureMacintoshGWorld = 4,    // store: GWorldPtr
     pictureCGBitmapContext = 8,    // store: CGContextRef

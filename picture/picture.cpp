@@ -181,7 +181,7 @@ bool TRV_Picture::lock_pixels() {
         if (!holdsDescription_ || isRefused_) return false;
         switch (description_.kind) {
             case pictureMacintoshGWorld: return lock_pixel_map();
-            case pictureCGBitmapContext: return isMask_ && lock_bitmap_context();  // masks alone may live in one
+            case pictureCGBitmapContext: return lock_bitmap_context();
             case pictureHostPixelBuffer: return lock_pixel_buffer();
             default: return false;
         }

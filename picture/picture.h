@@ -80,6 +80,10 @@ public:
     // A run of one row, each pixel as the accessor by row and column gives or takes it.
     void GetPixels(long row, long column, std::span<PixelColor> colors, const char* caller) const;
     void SetPixels(long row, long column, std::span<const PixelColor> colors, const char* caller);
+    // The stored pixels of a row from a column on, where they are 32-bit words side by side; else null.
+    std::uint8_t* WordsAt(long row, long column) const;
+    // Whether the picture is too large to be found in the caches again, and is better written past them.
+    bool streams() const { return streams_; }
     // Brings a run of one row near that is going to be read soon, for walks down columns: nothing but time depends on it.
     void Prefetch(long row, long column, std::size_t count) const;
     // A run of one row, each pixel as the bit-addressed accessor gives or takes it when the address and the bit step
@@ -137,9 +141,21 @@ private:
     std::int32_t vRes_ = -1;
 
     PixelFormat format_ = PixelFormat::opaque;  // of whole-pixel access
-    bool streams_ = false;                      // too large for the caches
+    bool streams_ = false;
     IndexColors indexColors_{};                 // black without a colour table
 };
+
+// Asked for every row, by kernels that walk columns too.
+inline std::uint8_t* TRV_Picture::RowStart(long row) const {
+    if (rowTableSource_) return rowTableSource_->rows ? rowTableSource_->rows[row] : nullptr;
+    return baseAddress_ ? baseAddress_ + static_cast<std::ptrdiff_t>(row) * rowBytes_ : nullptr;
+}
+
+inline std::uint8_t* TRV_Picture::WordsAt(long row, long column) const {
+    std::uint8_t* const start = RowStart(row);
+    if (format_ != PixelFormat::xrgb32 || bytesPerPixel_ != XRgb32::kBytes || !start) return nullptr;
+    return start + static_cast<std::ptrdiff_t>(column) * XRgb32::kBytes;
+}
 
 // Copy what both images have, from the top left corner on.
 void CopyRows(const TRV_Picture& source, TRV_Picture& destination, const char* caller);

@@ -2,11 +2,7 @@
 #include <cstring>
 
 #include "picture.h"
-
-std::uint8_t* TRV_Picture::RowStart(long row) const {
-    if (rowTableSource_) return rowTableSource_->rows ? rowTableSource_->rows[row] : nullptr;
-    return baseAddress_ ? baseAddress_ + static_cast<std::ptrdiff_t>(row) * rowBytes_ : nullptr;
-}
+#include "pixel_blocks.h"
 
 unsigned long TRV_Picture::GetPixel(const void* address, const char*) const {
     return address ? load_pixel(format_, static_cast<const std::uint8_t*>(address), 0, indexColors_) : 0;
@@ -73,7 +69,6 @@ bool TRV_Picture::SameColors(const TRV_Picture& other, long row, long column, st
 }
 
 void TRV_Picture::Prefetch(long row, long column, std::size_t count) const {
-    constexpr std::size_t kCacheLine = 64;
     const std::uint8_t* const start = RowStart(row);
     if (!start) return;
     const std::uint8_t* const first = start + static_cast<std::ptrdiff_t>(column) * bytesPerPixel_;

@@ -1,17 +1,40 @@
 #pragma once
 
-// TARVO_ROW_CLONES before a loop over a row compiles it twice on x86-64, once for every processor and once for those with
-// AVX2; the choice is made when the library is loaded. Both give the same bytes: integer arithmetic only, and no
-// contraction of floating-point operations (which is why the clone is "avx2", not an architecture level that has fused
-// operations). Elsewhere the loop is compiled once; so it is with TARVO_PLAIN_ROWS, which lets the tests see the version
-// for every processor on a machine that would never choose it.
+// Row loops are compiled twice on x86-64, once for every processor and once for those with AVX2. Both give the same
+// bytes: integer arithmetic only, and no contraction of floating-point operations (which is why it is "avx2", not an
+// architecture level that has fused operations). Elsewhere they are compiled once; so they are with TARVO_PLAIN_ROWS,
+// which lets the tests see the version for every processor on a machine that would never choose it.
+//
+// TARVO_ROW_CLONES before a plain function makes the two versions; the choice is made when the library is loaded.
+// `on_this_processor(body)` does it for what a template builds: of `body`, all that is marked TARVO_INLINED becomes
+// part of both versions.
+
+#define TARVO_INLINED __attribute__((always_inline))
 
 #if defined(__x86_64__) && defined(__has_attribute) && !defined(TARVO_PLAIN_ROWS)
 #if __has_attribute(target_clones)
 #define TARVO_ROW_CLONES __attribute__((target_clones("avx2", "default")))
+
+template <class Body>
+__attribute__((target("avx2"), noinline)) void on_avx2(const Body& body) {
+    body();
+}
+
+template <class Body>
+TARVO_INLINED inline void on_this_processor(const Body& body) {
+    if (__builtin_cpu_supports("avx2"))
+        on_avx2(body);
+    else
+        body();
+}
 #endif
 #endif
 
 #ifndef TARVO_ROW_CLONES
 #define TARVO_ROW_CLONES
+
+template <class Body>
+TARVO_INLINED inline void on_this_processor(const Body& body) {
+    body();
+}
 #endif

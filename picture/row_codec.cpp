@@ -3,25 +3,10 @@
 #include <algorithm>
 #include <cstring>
 
+#include "pixel_blocks.h"
 #include "row_clones.h"
 
-#if defined(__x86_64__)
-#include <immintrin.h>
-#endif
-
 namespace {
-
-template <class Format>
-[[gnu::always_inline]] inline void decode_as(const std::uint8_t* __restrict row, PixelColor* __restrict span,
-                                             std::size_t count) {
-    for (std::size_t x = 0; x < count; ++x) span[x] = Format::load(row + x * Format::kBytes);
-}
-
-template <class Format>
-[[gnu::always_inline]] inline void encode_as(const PixelColor* __restrict span, std::uint8_t* __restrict row,
-                                             std::size_t count) {
-    for (std::size_t x = 0; x < count; ++x) Format::store(row + x * Format::kBytes, span[x]);
-}
 
 // Clones must be plain functions, so that every compiler makes them.
 TARVO_ROW_CLONES void decode_xrgb32(const std::uint8_t* row, PixelColor* span, std::size_t count) {
@@ -154,57 +139,33 @@ bool rows_agree(PixelFormat format, const std::uint8_t* a, const std::uint8_t* b
         case PixelFormat::rgb24:
         case PixelFormat::grey8: return agree(0xFFFFFFFF);
         case PixelFormat::indexed8:
-            return std::equal(a, a + count, b, [&](std::uint8_t i, std::uint8_t j) { return colors_a[i] == colors_b[j]; });
+            return std::equal(a, a + count, b,
+                              [&](std::uint8_t i, std::uint8_t j) { return colors_a[i] == colors_b[j]; });
         case PixelFormat::mono1:
         case PixelFormat::opaque: break;
     }
     return true;  // both read 0
 }
 
-#if defined(__x86_64__)
-
 namespace {
 
-// Ordinary stores read each cache line before they overwrite it, which costs a third of the memory traffic of a large
-// picture. No plain loop compiles to the stores that do not. They write whole lines only: a line that two runs share, or
-// that is written in both ways, would cost more than it saves.
-__attribute__((target("avx2"))) void stream_xrgb32(const PixelColor* span, std::uint8_t* row, std::size_t count) {
-    constexpr std::size_t kLine = 64, kPixels = kLine / sizeof(PixelColor), kHalf = kPixels / 2;
-    const __m128i reverse_words = _mm_set_epi8(12, 13, 14, 15, 8, 9, 10, 11, 4, 5, 6, 7, 0, 1, 2, 3);
-    const __m256i reverse = _mm256_broadcastsi128_si256(reverse_words);
-    const auto stream = [&](std::size_t x) __attribute__((target("avx2"))) {
-        const __m256i colors = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(span + x));
-        _mm256_stream_si256(reinterpret_cast<__m256i*>(row + x * XRgb32::kBytes), _mm256_shuffle_epi8(colors, reverse));
-    };
-
-    const std::size_t misaligned = reinterpret_cast<std::uintptr_t>(row) % kLine;
-    std::size_t x = misaligned ? std::min((kLine - misaligned) / sizeof(PixelColor), count) : 0;
-    encode_as<XRgb32>(span, row, x);
-    for (; x + kPixels <= count; x += kPixels) {
-        stream(x);
-        stream(x + kHalf);
-    }
-    encode_as<XRgb32>(span + x, row + x * XRgb32::kBytes, count - x);
+// Whole lines only: a line that two runs share, or that is written in both ways, would cost more than it saves.
+TARVO_ROW_CLONES void stream_xrgb32(const PixelColor* span, std::uint8_t* row, std::size_t count) {
+    const std::size_t before = pixels_before_line(row, count);
+    const std::size_t in_lines = (count - before) / kLinePixels * kLinePixels;
+    const std::size_t after = before + in_lines;
+    encode_as<XRgb32>(span, row, before);
+    stream_xrgb32_lines(span + before, row + before * XRgb32::kBytes, in_lines);
+    encode_as<XRgb32>(span + after, row + after * XRgb32::kBytes, count - after);
 }
 
 }  // namespace
 
 void encode_row_streaming(PixelFormat format, const PixelColor* span, std::uint8_t* row, std::size_t count) {
-    const bool whole_pixels_align = reinterpret_cast<std::uintptr_t>(row) % XRgb32::kBytes == 0;
-    if (format == PixelFormat::xrgb32 && whole_pixels_align && __builtin_cpu_supports("avx2"))
+    if (format == PixelFormat::xrgb32 && has_aligned_pixels(row))
         stream_xrgb32(span, row, count);
     else
         encode_row(format, span, row, count);
 }
 
-void finish_streaming() { _mm_sfence(); }
-
-#else
-
-void encode_row_streaming(PixelFormat format, const PixelColor* span, std::uint8_t* row, std::size_t count) {
-    encode_row(format, span, row, count);
-}
-
-void finish_streaming() {}
-
-#endif
+void finish_streaming() { finish_streamed_lines(); }

@@ -24,7 +24,6 @@ struct CGContext {
 
 namespace {
 
-constexpr std::int32_t kMaxSide = 32767;
 constexpr std::int32_t kMaxDepth = 32;
 constexpr OSErr kParamErr = -50;
 
@@ -59,7 +58,7 @@ bool has_vector_unit() {
 
 bool is_possible(const PixelLayout* layout) {
     if (!layout || !layout->pixels) return false;
-    const auto side_fits = [](std::int32_t side) { return side >= 1 && side <= kMaxSide; };
+    const auto side_fits = [](std::int32_t side) { return side >= 1 && side <= kLongestSide; };
     if (!side_fits(layout->width) || !side_fits(layout->height)) return false;
     if (layout->depth < 1 || layout->depth > kMaxDepth) return false;
     return layout->rowBytes >= (layout->width * layout->depth + 7) / 8;

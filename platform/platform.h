@@ -111,16 +111,19 @@ PLATFORM_API void* CGBitmapContextGetData(CGContextRef context);
 
 // --- for who makes these objects ------------------------------------------------------------------------------------
 
+// The longest side of a picture: coordinates have 16 bits.
+inline constexpr std::int32_t kLongestSide = 32767;
+
 struct PixelLayout {
     std::uint8_t* pixels;
-    std::int32_t width, height;  // at most 32,767 each
+    std::int32_t width, height;  // 1 to kLongestSide
     std::int32_t depth;          // bits a pixel
     std::int32_t rowBytes;
     std::int32_t dotsPerInch;
 };
 
-// A world over the given pixels; null when the layout is impossible (a side of 0 or below, or above 32,767) or memory
-// is short. `colors`: `colorCount` entries for depths up to 8, copied, raised to 2^depth with black; null for none.
+// A world over the given pixels; null when the layout is impossible or memory is short. `colors`: `colorCount` entries
+// for depths up to 8, copied, raised to 2^depth with black; null for none.
 PLATFORM_API GWorldPtr PlatformNewGWorld(const PixelLayout* layout, const RGBColor* colors, std::int32_t colorCount);
 // Null is allowed. A disposed world that is current is no longer current.
 PLATFORM_API void PlatformDisposeGWorld(GWorldPtr world);
@@ -128,8 +131,8 @@ PLATFORM_API void PlatformDisposeGWorld(GWorldPtr world);
 PLATFORM_API CGContextRef PlatformNewBitmapContext(const PixelLayout* layout);
 PLATFORM_API void PlatformDisposeBitmapContext(CGContextRef context);
 
-// Hands in the main screen, or takes it away (null). The world must outlive its being the main device. `origin` moves
-// the device's rectangle.
+// Hands in the main screen, or takes it away (null). The world must outlive its being the main device. The
+// device's rectangle begins at `left`, `top`.
 PLATFORM_API void PlatformSetMainDevice(GWorldPtr screen, std::int16_t left, std::int16_t top);
 // Called by each GetMainDevice before it answers: brings the main screen's pixels up to date, and may hand in another screen
 // or take it away. Null for none.

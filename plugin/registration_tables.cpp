@@ -12,6 +12,7 @@
 #include "contrast.h"
 #include "convolute.h"
 #include "convolution_class.h"
+#include "copy.h"
 #include "crawling_ants.h"
 #include "downsample.h"
 #include "error_state.h"
@@ -273,6 +274,8 @@ REALclassDefinition TRV_Screen_Extension = {
     .methods = kScreenMethods,
     .methodCount = std::size(kScreenMethods),
 };
+const REALmethodDefinition TRV_CopyPicture_Method =
+    TRV_METHOD(TRV_CopyPicture, "TRV_CopyPicture(extends p as picture) as picture");
 const REALmethodDefinition TRV_MakeFolderItem_Method = TRV_METHOD(
     TRV_MakeFolderItem, "TRV_MakeFolderItem(vRefNum as integer, parID as integer, name as string) as FolderItem");
 

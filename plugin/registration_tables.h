@@ -12,8 +12,9 @@ void InstallClientPictureExtensions();
 void InstallScreenExtensions();
 void InstallGradientMethods();
 
-// What no host ever sees: a second entry routine, which nothing calls, and a class extension and a method, which nothing
-// registers.
+// What no host ever sees: a second entry routine, which nothing calls, and a class extension and two methods, which
+// nothing registers.
 void PluginEntryXX();
 extern REALclassDefinition TRV_Screen_Extension;
+extern const REALmethodDefinition TRV_CopyPicture_Method;
 extern const REALmethodDefinition TRV_MakeFolderItem_Method;

@@ -26,8 +26,8 @@ install_packages() {
     fi
     say "Installing: ${missing[*]}"
     "${as_root[@]}" apt-get update -q >&2 || die "apt-get could not fetch the package lists."
-    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -q -y --no-install-recommends "${missing[@]}" \
-        >&2 || die "apt-get could not install: ${missing[*]}"
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -q -y --no-install-recommends --no-remove \
+        "${missing[@]}" >&2 || die "apt-get could not install: ${missing[*]}"
 }
 
 # build PRESET [TARGET...]: configures once, builds what is out of date.

@@ -50,6 +50,17 @@ ssize_t retried(Transfer transfer) {
     return count;
 }
 
+FileError too_large(std::size_t most_bytes) {
+    return FileError("larger than " + std::to_string(most_bytes) + " bytes");
+}
+
+// Of a regular file; 0 for what has no size before it is read.
+std::uintmax_t size_of(int file) {
+    struct stat known {};
+    const bool regular = ::fstat(file, &known) == 0 && S_ISREG(known.st_mode);
+    return regular ? static_cast<std::uintmax_t>(known.st_size) : 0;
+}
+
 void write_all(int file, std::span<const std::uint8_t> bytes) {
     while (!bytes.empty()) {
         const ssize_t count = retried([&] { return ::write(file, bytes.data(), bytes.size()); });
@@ -103,10 +114,13 @@ private:
 std::vector<std::uint8_t> read_file(const std::string& path, std::size_t most_bytes) {
     const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
     if (!file) throw system_error("cannot be opened");
+    const std::uintmax_t size = size_of(file.get());
+    if (size > most_bytes) throw too_large(most_bytes);
     std::vector<std::uint8_t> bytes;
+    bytes.reserve(static_cast<std::size_t>(size) + kChunk);  // the end is seen without growing
     for (;;) {
         const std::size_t have = bytes.size();
-        if (have > most_bytes) throw FileError("larger than " + std::to_string(most_bytes) + " bytes");
+        if (have > most_bytes) throw too_large(most_bytes);
         bytes.resize(have + kChunk);
         const ssize_t count = retried([&] { return ::read(file.get(), bytes.data() + have, kChunk); });
         if (count < 0) throw system_error("cannot be read");

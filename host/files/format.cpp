@@ -1,10 +1,11 @@
 #include "format.h"
 
 #include <algorithm>
-#include <cctype>
 #include <limits>
 #include <string>
 
+#include "names.h"
+#include "platform.h"
 #include "pnm.h"
 #ifdef TARVO_PICTURE_LIBRARIES
 #include "jpeg_codec.h"
@@ -14,8 +15,6 @@
 namespace tarvo::host {
 
 namespace {
-
-constexpr std::uint64_t kMaxSide = 32767;
 
 constexpr std::string_view kPngEndings[] = {".png"};
 constexpr std::string_view kJpegEndings[] = {".jpg", ".jpeg"};
@@ -56,16 +55,7 @@ const Format& usable(const Format& format) {
     return format;
 }
 
-bool ends_with(std::string_view path, std::string_view ending) {
-    return path.size() > ending.size() &&
-           std::ranges::equal(path.substr(path.size() - ending.size()), ending, [](char in_path, char wanted) {
-               return std::tolower(static_cast<unsigned char>(in_path)) == wanted;
-           });
-}
-
 }  // namespace
-
-std::span<const Format> formats() { return kFormats; }
 
 const Format& format_of_bytes(std::span<const std::uint8_t> file) {
     for (const Format& format : kFormats)
@@ -73,21 +63,27 @@ const Format& format_of_bytes(std::span<const std::uint8_t> file) {
     throw FileError(file.empty() ? "empty" : "not a picture of a known format");
 }
 
-const Format& format_of_name(std::string_view path) {
+bool has_ending(std::string_view path, std::string_view ending) {
+    return !ending.empty() && path.size() > ending.size() &&
+           same_name(path.substr(path.size() - ending.size()), ending);
+}
+
+const Format& format_of_name(std::string_view path, std::string_view own_ending) {
     std::string known;
     for (const Format& format : kFormats)
         for (const std::string_view ending : format.endings) {
-            if (ends_with(path, ending)) return usable(format);
+            if (has_ending(path, ending)) return usable(format);
             known.append(known.empty() ? "" : ", ").append(ending);
         }
+    if (!own_ending.empty()) known.append(", ").append(own_ending);
     throw FileError("the name ends in none of " + known);
 }
 
 void check_size(std::uint64_t width, std::uint64_t height, const Limits& limits) {
     const std::string size = std::to_string(width) + " x " + std::to_string(height) + " pixels";
     if (width == 0 || height == 0) throw FileError("the size is " + size);
-    if (width > kMaxSide || height > kMaxSide)
-        throw FileError("the size is " + size + ", a side may have " + std::to_string(kMaxSide));
+    if (width > kLongestSide || height > kLongestSide)
+        throw FileError("the size is " + size + ", a side may have " + std::to_string(kLongestSide));
     // Four bytes a pixel and what else is counted must fit an address.
     const std::size_t most = std::min(limits.max_pixels, std::numeric_limits<std::size_t>::max() / 8);
     if (width * height > most) throw FileError("the size is " + size + ", there may be " + std::to_string(most));

@@ -32,15 +32,16 @@ struct Format {
     Bytes (*encode)(const Image& image, const EncodeOptions& options);
 };
 
-std::span<const Format> formats();
-
 // By the first bytes. Throws FileError.
 const Format& format_of_bytes(std::span<const std::uint8_t> file);
-// By the name's ending. Throws FileError, also when this build cannot write the format.
-const Format& format_of_name(std::string_view path);
+// True when a file's name has that ending (".png") behind something else, in letters of either case.
+bool has_ending(std::string_view path, std::string_view ending);
+// By the name's ending. Throws FileError, also when this build cannot write the format. `own_ending`: one that the
+// message names with the known ones.
+const Format& format_of_name(std::string_view path, std::string_view own_ending = {});
 
-// For decoders, before they make an image. Throws FileError when a side is 0 or above 32,767, or there are too many
-// pixels.
+// For decoders, before they make an image. Throws FileError when a side is 0 or above kLongestSide, or there are too
+// many pixels.
 void check_size(std::uint64_t width, std::uint64_t height, const Limits& limits);
 // The error of a file that ends too early, after that many rows.
 FileError cut_short(int rows);

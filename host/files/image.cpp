@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstring>
 #include <span>
-#include <utility>
 
 namespace tarvo::host {
 

@@ -1,8 +1,6 @@
 #include "picture_file.h"
 
-#include <algorithm>
-#include <new>
-
+#include "about_file.h"
 #include "file_bytes.h"
 #include "format.h"
 #include "picture_image.h"
@@ -10,28 +8,6 @@
 namespace tarvo::host {
 
 namespace {
-
-// Names may hold line breaks; messages are one line.
-std::string one_line(std::string text) {
-    std::ranges::replace_if(
-        text, [](char c) { return static_cast<unsigned char>(c) < ' '; }, '?');
-    return text;
-}
-
-// Runs `work`; its errors become FileErrors that name the file.
-template <class Work>
-auto about_file(const std::string& path, Work work) {
-    const auto named = [&](const std::string& reason) { return FileError(one_line(path + ": " + reason)); };
-    try {
-        return work();
-    } catch (const FileError& error) {
-        throw named(error.what());
-    } catch (const HostError& error) {
-        throw named(error.what());
-    } catch (const std::bad_alloc&) {
-        throw named("not enough memory");
-    }
-}
 
 Bytes encode(const Picture& picture, const Format& format, const WriteOptions& options) {
     return format.encode(image_of(picture), {.jpeg_quality = options.jpeg_quality});
@@ -60,8 +36,9 @@ WriteReport write_picture_file(const Picture& picture, const std::string& path, 
     });
 }
 
-void check_writable_name(const std::string& path) {
-    about_file(path, [&] { format_of_name(path); });
+void check_writable_name(const std::string& path, std::string_view own_ending) {
+    if (has_ending(path, own_ending)) return;
+    about_file(path, [&] { format_of_name(path, own_ending); });
 }
 
 }  // namespace tarvo::host

@@ -4,8 +4,8 @@
 
 #include <cstdint>
 #include <span>
-#include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "file_error.h"
@@ -43,7 +43,8 @@ WriteReport write_picture_file(const Picture& picture, const std::string& path, 
 std::vector<std::uint8_t> encode_picture(const Picture& picture, const std::string& name,
                                          const WriteOptions& options = {});
 
-// Throws FileError when no picture can be written to a file of that name, because of its ending.
-void check_writable_name(const std::string& path);
+// Throws FileError when no picture can be written to a file of that name, because of its ending. `own_ending`: one that
+// the caller knows how to write.
+void check_writable_name(const std::string& path, std::string_view own_ending = {});
 
 }  // namespace tarvo::host

@@ -1,11 +1,11 @@
 #include "bulk_memory.h"
 
+#include <sanitizer/asan_interface.h>
 #include <sys/mman.h>
 
-#include <algorithm>
-#include <deque>
 #include <limits>
 #include <new>
+#include <vector>
 
 namespace tarvo::host {
 namespace {
@@ -31,9 +31,23 @@ Mapping map_aligned(std::size_t capacity) {
     return {start + before, capacity};
 }
 
+// For memory checkers: of a mapping in use, `size` bytes may be touched; of an idle one, none.
+void allow_only(const Mapping& mapping, std::size_t size) {
+    ASAN_UNPOISON_MEMORY_REGION(mapping.address, size);
+    ASAN_POISON_MEMORY_REGION(mapping.address + size, mapping.capacity - size);
+}
+
+void unmap(const Mapping& mapping) {
+    allow_only(mapping, mapping.capacity);  // the addresses may become anything
+    munmap(mapping.address, mapping.capacity);
+}
+
 // Mappings that nobody uses, the longest idle first.
 class IdleMappings {
 public:
+    // Has room for all that can ever be idle, so that giving one back cannot fail.
+    IdleMappings() { mappings_.reserve(BulkMemory::kMostIdle / kHugePage + 1); }
+
     std::size_t bytes() const { return bytes_; }
 
     // The smallest that holds the size without wasting more than half of itself; null address when there is none.
@@ -50,19 +64,19 @@ public:
         return taken;
     }
 
-    void give(Mapping mapping) {
+    void give(const Mapping& mapping) noexcept {
+        allow_only(mapping, 0);
         mappings_.push_back(mapping);
         bytes_ += mapping.capacity;
         while (bytes_ > BulkMemory::kMostIdle) {
-            const Mapping oldest = mappings_.front();
-            mappings_.pop_front();
-            bytes_ -= oldest.capacity;
-            munmap(oldest.address, oldest.capacity);
+            bytes_ -= mappings_.front().capacity;
+            unmap(mappings_.front());
+            mappings_.erase(mappings_.begin());
         }
     }
 
 private:
-    std::deque<Mapping> mappings_;
+    std::vector<Mapping> mappings_;
     std::size_t bytes_ = 0;
 };
 
@@ -87,6 +101,7 @@ BulkMemory::BulkMemory(std::size_t size) : size_(size) {
         return;
     }
     const Mapping mapping = mapping_for(size);
+    allow_only(mapping, size);
     data_ = mapping.address;
     capacity_ = mapping.capacity;
 }

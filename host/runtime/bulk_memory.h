@@ -1,8 +1,9 @@
 #pragma once
 
-// Memory for pixels and whatever else comes in bulk. Small pieces are plain allocations of exactly the asked size, so
-// that a memory checker sees every step beyond them. For large ones the page faults of fresh memory would cost more
-// than any work on the bytes: they are mappings fit for huge pages, kept for the next object when one dies.
+// Memory for pixels and whatever else comes in bulk. Small pieces are plain allocations of exactly the asked size. For
+// large ones the page faults of fresh memory would cost more than any work on the bytes: they are mappings fit for huge
+// pages, kept for the next object when one dies. A memory checker sees every step beyond either kind, and every one
+// into memory that was given back.
 
 #include <cstddef>
 #include <cstdint>

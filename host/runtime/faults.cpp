@@ -1,5 +1,3 @@
-#include <algorithm>
-
 #include "host.h"
 #include "services.h"
 

@@ -1,7 +1,6 @@
 #include "host.h"
 
 #include <algorithm>
-#include <limits>
 
 #include "plugin_library.h"
 #include "services.h"
@@ -63,8 +62,8 @@ ObjectRef Host::new_picture(const PictureOptions& options) {
 }
 
 ObjectRef Host::new_string(std::string_view bytes) {
-    constexpr std::size_t kLongest = std::numeric_limits<std::int32_t>::max();
-    if (bytes.size() > kLongest) throw HostError("a string of " + std::to_string(bytes.size()) + " bytes is too long");
+    if (bytes.size() > kLongestString)
+        throw HostError("a string of " + std::to_string(bytes.size()) + " bytes is too long");
     return objects_.add(std::make_unique<StringObject>(bytes));
 }
 

@@ -9,11 +9,10 @@
 //
 // One host at a time, one thread. A host outlives every ObjectRef of its objects.
 
-#include <array>
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <memory>
-#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -117,9 +116,12 @@ public:
 
     // --- objects ---
 
+    // What a string's length can say.
+    static constexpr std::size_t kLongestString = std::numeric_limits<std::int32_t>::max();
+
     // Throws HostError when such a picture cannot be made.
     ObjectRef new_picture(const PictureOptions& options);
-    // Throws HostError for more bytes than a string's length can say.
+    // Throws HostError for more bytes than kLongestString.
     ObjectRef new_string(std::string_view bytes);
     ObjectRef new_integer_array(std::vector<std::int32_t> elements);
     ObjectRef new_memory_block(std::size_t size);

@@ -140,9 +140,11 @@ StringObject::StringObject(std::string_view bytes) : Object(ObjectType::string),
     record_ = {0, static_cast<std::int32_t>(bytes.size()), storage};
 }
 
-std::string_view StringObject::bytes() const { return {record_.storage + 1, static_cast<std::size_t>(record_.length)}; }
+std::string_view StringObject::bytes() const {
+    return {REALstringStruct::CString(&record_), static_cast<std::size_t>(REALstringStruct::Length(&record_))};
+}
 
-std::string StringObject::describe() const { return with_unit(static_cast<std::size_t>(record_.length), "bytes"); }
+std::string StringObject::describe() const { return with_unit(bytes().size(), "bytes"); }
 
 Instance::Instance(const RegisteredClass& cls, std::size_t data_size)
     : Object(ObjectType::instance),

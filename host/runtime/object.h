@@ -164,12 +164,15 @@ private:
 class StringObject final : public Object {
 public:
     explicit StringObject(std::string_view bytes);
-    std::string_view bytes() const;
+    std::string_view bytes() const;  // empty when it is dead
     void* handle() override { return &record_; }
     std::string describe() const override;
 
 private:
-    void release_contents() override { storage_ = {}; }
+    void release_contents() override {
+        storage_ = {};
+        record_ = {};
+    }
     void on_references_changed() override { record_.references = references(); }
 
     BulkMemory storage_;

@@ -9,7 +9,6 @@
 namespace tarvo::host {
 namespace {
 
-constexpr int kMaxSide = 32767;
 // Offsets into a picture must fit the 32-bit integers of the plugin interface.
 constexpr std::int64_t kMaxBytes = std::numeric_limits<std::int32_t>::max();
 
@@ -20,7 +19,7 @@ std::int64_t packed_bytes(const PictureOptions& options) {
 }
 
 bool is_possible(const PictureOptions& options) {
-    const auto side_fits = [](int side) { return side >= 1 && side <= kMaxSide; };
+    const auto side_fits = [](int side) { return side >= 1 && side <= kLongestSide; };
     if (!side_fits(options.width) || !side_fits(options.height)) return false;
     if (options.depth < 1 || options.depth > 32) return false;
     if (options.backing == Backing::pixel_buffer && (options.depth != 32 || options.row_padding != 0)) return false;
@@ -85,9 +84,9 @@ std::int32_t kind_of(Backing backing) {
         case Backing::bitmap_context: return pictureCGBitmapContext;
         case Backing::pixel_buffer: return pictureHostPixelBuffer;
         case Backing::drawing_commands: return pictureDrawingCommands;
-        case Backing::refused: return kRefusedKind;
+        case Backing::refused: break;
     }
-    return pictureNone;
+    return kRefusedKind;
 }
 
 }  // namespace

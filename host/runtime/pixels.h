@@ -2,7 +2,6 @@
 
 // Stored pixels of any depth from 1 to 32 bits: packed from the left, most significant bit first.
 
-#include <cstddef>
 #include <cstdint>
 #include <span>
 

@@ -106,7 +106,7 @@ Service service() {
     return {name.text, reinterpret_cast<void*>(&Gate<name, body>::enter)};
 }
 
-bool is_side(long length) { return length >= 1 && length <= 32767; }
+bool is_side(long length) { return length >= 1 && length <= kLongestSide; }
 
 bool is_picture_depth(long depth) {
     constexpr long kDepths[] = {1, 2, 4, 8, 16, 24, 32};

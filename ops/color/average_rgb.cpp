@@ -6,8 +6,7 @@
 #include "centered_adjustment.h"
 #include "mask_mix.h"
 #include "numbers.h"
-#include "row_clones.h"
-#include "rows.h"
+#include "pixel_maps.h"
 
 namespace {
 
@@ -37,11 +36,15 @@ std::uint32_t blended(std::uint32_t value, const Blend::Channel& channel) {
     return static_cast<std::uint32_t>(clamp_to_byte(truncating_divide(sum, wrapping_add(channel.weight, 256))));
 }
 
-void blend_row_by_division(PixelColor* colors, std::size_t count, const Blend& blend) {
-    for (std::size_t x = 0; x < count; ++x)
-        colors[x] = pack_rgb(blended(red_of(colors[x]), blend.red), blended(green_of(colors[x]), blend.green),
-                             blended(blue_of(colors[x]), blend.blue));
-}
+struct BlendByDivision {
+    Blend blend;
+
+    TARVO_INLINED void operator()(PixelColor* colors) const {
+        for (std::size_t x = 0; x < kBlockPixels; ++x)
+            colors[x] = pack_rgb(blended(red_of(colors[x]), blend.red), blended(green_of(colors[x]), blend.green),
+                                 blended(blue_of(colors[x]), blend.blue));
+    }
+};
 
 // --- weights from 0 to 255 -------------------------------------------------------------------------------------------
 
@@ -77,32 +80,24 @@ FixedBlend fixed_blend_of(const Blend& blend) {
     return (channel.offset + channel.slope * value) >> kFixedBits;
 }
 
-TARVO_ROW_CLONES void blend_row(PixelColor* colors, std::size_t count, const FixedBlend& blend) {
-    const auto [red, green, blue] = blend;
-    for (std::size_t x = 0; x < count; ++x)
-        colors[x] = pack_rgb(blended(red_of(colors[x]), red), blended(green_of(colors[x]), green),
-                             blended(blue_of(colors[x]), blue));
-}
+struct BlendByMultiplication {
+    FixedBlend blend;
 
-// The blend on spans of colours, by multiplication where that is exact.
-class BlendSpan {
-public:
-    explicit BlendSpan(const Blend& blend) : blend_(blend), is_fixed_(is_fixed(blend)) {
-        if (is_fixed_) fixed_ = fixed_blend_of(blend);
+    TARVO_INLINED void operator()(PixelColor* colors) const {
+        for (std::size_t x = 0; x < kBlockPixels; ++x)
+            colors[x] = pack_rgb(blended(red_of(colors[x]), blend.red), blended(green_of(colors[x]), blend.green),
+                                 blended(blue_of(colors[x]), blend.blue));
     }
-
-    void operator()(PixelColor* colors, std::size_t count) const {
-        if (is_fixed_)
-            blend_row(colors, count, fixed_);
-        else
-            blend_row_by_division(colors, count, blend_);
-    }
-
-private:
-    Blend blend_;
-    FixedBlend fixed_{};
-    bool is_fixed_;
 };
+
+// Has `map` map by the blend, by multiplication where that is exact.
+template <class Map>
+void map_by_blend(const Blend& blend, Map map) {
+    if (is_fixed(blend))
+        map(BlendByMultiplication{fixed_blend_of(blend)});
+    else
+        map(BlendByDivision{blend});
+}
 
 constexpr CenteredAdjustment kAverage = {"TRV_AverageRGB", PrivAverageRGB, PrivAverageRGBWithMask, SourceMask::copied};
 
@@ -110,14 +105,16 @@ constexpr CenteredAdjustment kAverage = {"TRV_AverageRGB", PrivAverageRGB, PrivA
 
 void PrivAverageRGB(const TRV_Picture& source, TRV_Picture& result, const Region& region, int center, double red_weight,
                     double green_weight, double blue_weight, int /*yield*/) {
-    transform_region(source, result, region, kNoYielding, "PrivAverageRGB",
-                     BlendSpan(blend_of(center, red_weight, green_weight, blue_weight)));
+    map_by_blend(blend_of(center, red_weight, green_weight, blue_weight), [&](const auto& kernel) {
+        map_region(source, result, region, kNoYielding, "PrivAverageRGB", kernel);
+    });
 }
 
 void PrivAverageRGBWithMask(const TRV_Picture& source, const TRV_Picture& mask, TRV_Picture& result, int center,
                             double red_weight, double green_weight, double blue_weight, int /*yield*/) {
-    transform_by_mask(source, mask, result, kNoYielding, "PrivAverageRGBWithMask",
-                      BlendSpan(blend_of(center, red_weight, green_weight, blue_weight)), mix_in_255ths);
+    map_by_blend(blend_of(center, red_weight, green_weight, blue_weight), [&](const auto& kernel) {
+        map_pictures(source, result, kNoYielding, "PrivAverageRGBWithMask", ByMask{kernel, MixIn255ths{}}, mask);
+    });
 }
 
 REALpictureStruct* TRV_AverageRGB(REALpictureStruct* p, REALobjectStruct* rect, int center, double red_weight,

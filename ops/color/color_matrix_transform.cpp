@@ -6,8 +6,7 @@
 #include "adjustment.h"
 #include "mask_mix.h"
 #include "numbers.h"
-#include "row_clones.h"
-#include "rows.h"
+#include "pixel_maps.h"
 
 namespace {
 
@@ -40,43 +39,43 @@ FixedMatrix fixed_matrix_of(const TRV_ColorMatrix_Data& matrix) {
     return static_cast<std::uint32_t>(clamp_to_byte(floor_shift(weighted_sum(color, column), kFixedBits)));
 }
 
-TARVO_ROW_CLONES void transform_row(PixelColor* colors, std::size_t count, const FixedMatrix& matrix) {
-    const auto [to_red, to_green, to_blue] = matrix;
-    for (std::size_t x = 0; x < count; ++x)
-        colors[x] =
-            pack_rgb(transformed(colors[x], to_red), transformed(colors[x], to_green), transformed(colors[x], to_blue));
-}
+struct Transform {
+    FixedMatrix matrix;
 
-TARVO_ROW_CLONES void transform_by_mask_row(PixelColor* colors, const PixelColor* masks, std::size_t count,
-                                            const FixedMatrix& matrix) {
-    const auto [to_red, to_green, to_blue] = matrix;
-    for (std::size_t x = 0; x < count; ++x) {
-        const PixelColor color = colors[x];
-        const std::uint32_t level = masks[x] & 255;
-        const auto channel = [color, level](std::uint32_t value, const FixedMatrix::Column& column) {
-            return mixed_in_255ths_and_clamped(value, weighted_sum(color, column) / (1 << kFixedBits), level);
-        };
-        colors[x] = pack_rgb(channel(red_of(color), to_red), channel(green_of(color), to_green),
-                             channel(blue_of(color), to_blue));
+    TARVO_INLINED void operator()(PixelColor* colors) const {
+        for (std::size_t x = 0; x < kBlockPixels; ++x)
+            colors[x] = pack_rgb(transformed(colors[x], matrix.to_red), transformed(colors[x], matrix.to_green),
+                                 transformed(colors[x], matrix.to_blue));
     }
-}
+};
+
+struct TransformByMask {
+    FixedMatrix matrix;
+
+    TARVO_INLINED void operator()(PixelColor* colors, const PixelColor* masks) const {
+        for (std::size_t x = 0; x < kBlockPixels; ++x) {
+            const PixelColor color = colors[x];
+            const std::uint32_t level = masks[x] & 255;
+            const auto channel = [color, level](std::uint32_t value, const FixedMatrix::Column& column) TARVO_INLINED {
+                return mixed_in_255ths_and_clamped(value, weighted_sum(color, column) / (1 << kFixedBits), level);
+            };
+            colors[x] = pack_rgb(channel(red_of(color), matrix.to_red), channel(green_of(color), matrix.to_green),
+                                 channel(blue_of(color), matrix.to_blue));
+        }
+    }
+};
 
 }  // namespace
 
 void PrivAdjustRGB_Matrix(const TRV_Picture& source, TRV_Picture& result, const Region& region,
                           const TRV_ColorMatrix_Data& matrix) {
-    const FixedMatrix fixed = fixed_matrix_of(matrix);
-    transform_region(source, result, region, kNoYielding, "PrivAdjustRGB_Matrix",
-                     [&](PixelColor* colors, std::size_t count) { transform_row(colors, count, fixed); });
+    map_region(source, result, region, kNoYielding, "PrivAdjustRGB_Matrix", Transform{fixed_matrix_of(matrix)});
 }
 
 void PrivAdjustRGBWithMask_Matrix(const TRV_Picture& source, const TRV_Picture& mask, TRV_Picture& result,
                                   const TRV_ColorMatrix_Data& matrix) {
-    const FixedMatrix fixed = fixed_matrix_of(matrix);
-    combine_pictures(source, mask, result, kNoYielding, "PrivAdjustRGBWithMask_Matrix",
-                     [&](PixelColor* colors, const PixelColor* masks, std::size_t count) {
-                         transform_by_mask_row(colors, masks, count, fixed);
-                     });
+    map_pictures(source, result, kNoYielding, "PrivAdjustRGBWithMask_Matrix", TransformByMask{fixed_matrix_of(matrix)},
+                 mask);
 }
 
 // All of the objects are looked at before the call ends, and the code of the last one that is missing stays. A matrix

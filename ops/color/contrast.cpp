@@ -9,8 +9,7 @@
 #include "channel_sums.h"
 #include "mask_mix.h"
 #include "numbers.h"
-#include "row_clones.h"
-#include "rows.h"
+#include "pixel_maps.h"
 
 namespace {
 
@@ -40,12 +39,15 @@ ContrastCurve curve_of(int center, double red_factor, double green_factor, doubl
     return static_cast<std::uint32_t>(clamp_to_byte(channel.center + floor_shift(product, 8)));
 }
 
-TARVO_ROW_CLONES void contrast_row(PixelColor* colors, std::size_t count, const ContrastCurve& curve) {
-    const auto [red, green, blue] = curve;
-    for (std::size_t x = 0; x < count; ++x)
-        colors[x] = pack_rgb(contrast(red_of(colors[x]), red), contrast(green_of(colors[x]), green),
-                             contrast(blue_of(colors[x]), blue));
-}
+struct Contrast {
+    ContrastCurve curve;
+
+    TARVO_INLINED void operator()(PixelColor* colors) const {
+        for (std::size_t x = 0; x < kBlockPixels; ++x)
+            colors[x] = pack_rgb(contrast(red_of(colors[x]), curve.red), contrast(green_of(colors[x]), curve.green),
+                                 contrast(blue_of(colors[x]), curve.blue));
+    }
+};
 
 // --- factors below 64: lanes of 16 bits ------------------------------------------------------------------------------
 
@@ -67,36 +69,29 @@ LaneCurve lane_curve_of(const ContrastCurve& curve) {
                                  wrapping_multiply(2, curve.blue.factor))};
 }
 
-TARVO_ROW_CLONES void contrast_row_in_lanes(PixelColor* colors, std::size_t count, const LaneCurve& curve) {
-    const auto [center, doubled_factor] = curve;
-    map_channels(
-        colors, count,
-        [](std::int16_t x, std::int16_t c, std::int16_t doubled) {
-            const auto distance = static_cast<std::int16_t>((x - c) * 128);
-            const auto moved = static_cast<std::int16_t>(c + (std::int32_t{doubled} * distance >> 16));
-            return std::clamp<std::int16_t>(moved, 0, 255);
-        },
-        center, doubled_factor);
-}
+struct ContrastInLanes {
+    LaneCurve curve;
 
-// The curve on spans of colours, by the faster of the two ways that is exact for its factors.
-class ContrastSpan {
-public:
-    explicit ContrastSpan(const ContrastCurve& curve)
-        : curve_(curve), lanes_(lane_curve_of(curve)), fits_in_lanes_(fits_in_lanes(curve)) {}
-
-    void operator()(PixelColor* colors, std::size_t count) const {
-        if (fits_in_lanes_)
-            contrast_row_in_lanes(colors, count, lanes_);
-        else
-            contrast_row(colors, count, curve_);
+    TARVO_INLINED void operator()(PixelColor* colors) const {
+        map_channels(
+            colors, kBlockPixels,
+            [](std::int16_t x, std::int16_t c, std::int16_t doubled) TARVO_INLINED {
+                const auto distance = static_cast<std::int16_t>((x - c) * 128);
+                const auto moved = static_cast<std::int16_t>(c + (std::int32_t{doubled} * distance >> 16));
+                return std::clamp<std::int16_t>(moved, 0, 255);
+            },
+            curve.center, curve.doubled_factor);
     }
-
-private:
-    ContrastCurve curve_;
-    LaneCurve lanes_;
-    bool fits_in_lanes_;
 };
+
+// Has `map` map by the curve, in the faster of the two ways that is exact for its factors.
+template <class Map>
+void map_by_curve(const ContrastCurve& curve, Map map) {
+    if (fits_in_lanes(curve))
+        map(ContrastInLanes{lane_curve_of(curve)});
+    else
+        map(Contrast{curve});
+}
 
 // --- average distance ------------------------------------------------------------------------------------------------
 
@@ -136,14 +131,15 @@ void get_average_contrast(Form form, typename Form::Handle p, REALobjectStruct* 
 
 void PrivAdjustContrast(const TRV_Picture& source, TRV_Picture& result, const Region& region, int center,
                         double red_factor, double green_factor, double blue_factor, int yield) {
-    const ContrastSpan contrast_span(curve_of(center, red_factor, green_factor, blue_factor));
-    transform_region(source, result, region, yield, "PrivAdjustContrast", contrast_span);
+    map_by_curve(curve_of(center, red_factor, green_factor, blue_factor),
+                 [&](const auto& kernel) { map_region(source, result, region, yield, "PrivAdjustContrast", kernel); });
 }
 
 void PrivAdjustContrastWithMask(const TRV_Picture& source, const TRV_Picture& mask, TRV_Picture& result, int center,
                                 double red_factor, double green_factor, double blue_factor, int yield) {
-    const ContrastSpan contrast_span(curve_of(center, red_factor, green_factor, blue_factor));
-    transform_by_mask(source, mask, result, yield, "PrivAdjustContrastWithMask", contrast_span, mix_in_256ths);
+    map_by_curve(curve_of(center, red_factor, green_factor, blue_factor), [&](const auto& kernel) {
+        map_pictures(source, result, yield, "PrivAdjustContrastWithMask", ByMask{kernel, MixIn256ths{}}, mask);
+    });
 }
 
 void PrivGetAverageContrast(const TRV_Picture& source, const Region& region, int center, int* red, int* green,

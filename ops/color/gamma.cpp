@@ -6,8 +6,7 @@
 #include "centered_adjustment.h"
 #include "mask_mix.h"
 #include "numbers.h"
-#include "row_clones.h"
-#include "rows.h"
+#include "pixel_maps.h"
 
 namespace {
 
@@ -53,16 +52,15 @@ GammaCurve curve_of(int center, double red_factor, double green_factor, double b
     return static_cast<std::uint32_t>(clamp_to_byte(floor_shift(wrapping_add(offset, wrapping_multiply(slope, x)), 8)));
 }
 
-TARVO_ROW_CLONES void gamma_row(PixelColor* colors, std::size_t count, const GammaCurve& curve) {
-    const auto [red, green, blue] = curve;
-    for (std::size_t x = 0; x < count; ++x)
-        colors[x] =
-            pack_rgb(bent(red_of(colors[x]), red), bent(green_of(colors[x]), green), bent(blue_of(colors[x]), blue));
-}
+struct Gamma {
+    GammaCurve curve;
 
-auto gamma_span(const GammaCurve& curve) {
-    return [curve](PixelColor* colors, std::size_t count) { gamma_row(colors, count, curve); };
-}
+    TARVO_INLINED void operator()(PixelColor* colors) const {
+        for (std::size_t x = 0; x < kBlockPixels; ++x)
+            colors[x] = pack_rgb(bent(red_of(colors[x]), curve.red), bent(green_of(colors[x]), curve.green),
+                                 bent(blue_of(colors[x]), curve.blue));
+    }
+};
 
 constexpr CenteredAdjustment kGamma = {"TRV_AdjustGamma", PrivAdjustGamma, PrivAdjustGammaWithMask,
                                        SourceMask::left_behind};
@@ -71,14 +69,14 @@ constexpr CenteredAdjustment kGamma = {"TRV_AdjustGamma", PrivAdjustGamma, PrivA
 
 void PrivAdjustGamma(const TRV_Picture& source, TRV_Picture& result, const Region& region, int center,
                      double red_factor, double green_factor, double blue_factor, int /*yield*/) {
-    transform_region(source, result, region, kNoYielding, "PrivAdjustGamma",
-                     gamma_span(curve_of(center, red_factor, green_factor, blue_factor)));
+    map_region(source, result, region, kNoYielding, "PrivAdjustGamma",
+               Gamma{curve_of(center, red_factor, green_factor, blue_factor)});
 }
 
 void PrivAdjustGammaWithMask(const TRV_Picture& source, const TRV_Picture& mask, TRV_Picture& result, int center,
                              double red_factor, double green_factor, double blue_factor, int /*yield*/) {
-    transform_by_mask(source, mask, result, kNoYielding, "PrivAdjustGammaWithMask",
-                      gamma_span(curve_of(center, red_factor, green_factor, blue_factor)), mix_in_255ths);
+    const Gamma gamma = {curve_of(center, red_factor, green_factor, blue_factor)};
+    map_pictures(source, result, kNoYielding, "PrivAdjustGammaWithMask", ByMask{gamma, MixIn255ths{}}, mask);
 }
 
 REALpictureStruct* TRV_AdjustGamma(REALpictureStruct* p, REALobjectStruct* rect, int center, double red_factor,

@@ -10,6 +10,7 @@
 #include "mask_mix.h"
 #include "numbers.h"
 #include "pixel.h"
+#include "pixel_maps.h"
 #include "row_clones.h"
 #include "rows.h"
 
@@ -44,29 +45,41 @@ constexpr std::int32_t kMostSaturation = TRV_Pixel::kFullSaturation - 1;
             scaled(from.value, change.value_factor, 255)};
 }
 
-TARVO_ROW_CLONES void adjust_row(PixelColor* colors, std::size_t count, const HsvChange& given) {
-    const HsvChange change = given;
-    for (std::size_t x = 0; x < count; ++x) colors[x] = TRV_Pixel::rgb_of(adjusted(colors[x], change));
-}
+struct AdjustHsv {
+    HsvChange change;
+
+    TARVO_INLINED void operator()(PixelColor* colors) const {
+        for (std::size_t x = 0; x < kBlockPixels; ++x) colors[x] = TRV_Pixel::rgb_of(adjusted(colors[x], change));
+    }
+};
 
 // Turned by what is not a number, a hue is no colour's, and only greys stay.
-TARVO_ROW_CLONES void keep_greys_row(PixelColor* colors, std::size_t count, const HsvChange& given) {
-    const HsvChange change = given;
-    for (std::size_t x = 0; x < count; ++x) {
-        const Hsv1024 color = adjusted(colors[x], {0, change.saturation_factor, change.value_factor});
-        colors[x] = color.saturation == 0 ? grey(static_cast<std::uint32_t>(color.value)) : 0;
+struct KeepGreys {
+    HsvChange change;
+
+    TARVO_INLINED void operator()(PixelColor* colors) const {
+        for (std::size_t x = 0; x < kBlockPixels; ++x) {
+            const Hsv1024 color = adjusted(colors[x], {0, change.saturation_factor, change.value_factor});
+            colors[x] = color.saturation == 0 ? grey(static_cast<std::uint32_t>(color.value)) : 0;
+        }
     }
+};
+
+// Has `map` map by the change.
+template <class Map>
+void map_by_change(double hue_degrees, double saturation_factor, double brightness_factor, Map map) {
+    const HsvChange change = change_of(hue_degrees, saturation_factor, brightness_factor);
+    if (std::isnan(hue_degrees))
+        map(KeepGreys{change});
+    else
+        map(AdjustHsv{change});
 }
 
-auto adjust_span(double hue_degrees, double saturation_factor, double brightness_factor) {
-    return [row = std::isnan(hue_degrees) ? keep_greys_row : adjust_row,
-            change = change_of(hue_degrees, saturation_factor, brightness_factor)](
-               PixelColor* colors, std::size_t count) { row(colors, count, change); };
-}
-
-TARVO_ROW_CLONES void invert_row(PixelColor* colors, std::size_t count) {
-    for (std::size_t x = 0; x < count; ++x) colors[x] = ~colors[x] & 0xFFFFFF;
-}
+struct Invert {
+    TARVO_INLINED void operator()(PixelColor* colors) const {
+        for (std::size_t x = 0; x < kBlockPixels; ++x) colors[x] = ~colors[x] & 0xFFFFFF;
+    }
+};
 
 // --- the average -----------------------------------------------------------------------------------------------------
 
@@ -158,17 +171,24 @@ void get_average_hsv(Form form, typename Form::Handle p, REALobjectStruct* rect,
 
 void PrivAdjustHSV(const TRV_Picture& source, TRV_Picture& result, const Region& region, double hue_degrees,
                    double saturation_factor, double brightness_factor, bool negative, int /*yield*/) {
-    const auto adjust = adjust_span(hue_degrees, saturation_factor, brightness_factor);
-    if (negative)
-        transform_region(source, result, region, kNoYielding, "PrivAdjustHSV", adjust, invert_row);
-    else
-        transform_region(source, result, region, kNoYielding, "PrivAdjustHSV", adjust);
+    constexpr const char* kCaller = "PrivAdjustHSV";
+    map_by_change(hue_degrees, saturation_factor, brightness_factor, [&](const auto& adjust) {
+        if (negative)
+            map_region_and_rest(source, result, region, kNoYielding, kCaller, Chain{adjust, Invert{}},
+                                [&](std::int32_t row, std::int32_t column, std::int32_t count) {
+                                    map_run(result, row, column, static_cast<std::size_t>(count), kCaller, Invert{},
+                                            RunSource{source, row, column});
+                                });
+        else
+            map_region(source, result, region, kNoYielding, kCaller, adjust);
+    });
 }
 
 void PrivAdjustHSVWithMask(const TRV_Picture& source, const TRV_Picture& mask, TRV_Picture& result, double hue_degrees,
                            double saturation_factor, double brightness_factor, int /*yield*/) {
-    transform_by_mask(source, mask, result, kNoYielding, "PrivAdjustHSVWithMask",
-                      adjust_span(hue_degrees, saturation_factor, brightness_factor), mix_in_255ths);
+    map_by_change(hue_degrees, saturation_factor, brightness_factor, [&](const auto& adjust) {
+        map_pictures(source, result, kNoYielding, "PrivAdjustHSVWithMask", ByMask{adjust, MixIn255ths{}}, mask);
+    });
 }
 
 void PrivGetAverageHSV(const TRV_Picture& source, const Region& region, double* hue, double* saturation,

@@ -9,6 +9,7 @@
 #include "adjustment.h"
 #include "channel_sums.h"
 #include "mask_mix.h"
+#include "pixel_maps.h"
 #include "row_clones.h"
 #include "rows.h"
 
@@ -35,37 +36,38 @@ ByteOffsets byte_offsets_of(const Offsets& offsets) {
             bytes(0xFF000000 | pack_rgb(down(offsets.red), down(offsets.green), down(offsets.blue)))};
 }
 
-TARVO_ROW_CLONES void offset_row(PixelColor* colors, std::size_t count, const ByteOffsets& offsets) {
-    const auto [raised, lowered] = offsets;
-    auto* const bytes = reinterpret_cast<std::uint8_t*>(colors);
-    for (std::size_t i = 0; i < count * sizeof(PixelColor); i += sizeof(PixelColor)) {
-        for (std::size_t k = 0; k < sizeof(PixelColor); ++k) {
-            const auto room = static_cast<std::uint8_t>(255 - raised[k]);
-            const auto up = static_cast<std::uint8_t>(std::min(bytes[i + k], room) + raised[k]);
-            bytes[i + k] = static_cast<std::uint8_t>(std::max(up, lowered[k]) - lowered[k]);
+struct OffsetBytes {
+    ByteOffsets offsets;
+
+    TARVO_INLINED void operator()(PixelColor* colors) const {
+        const auto [raised, lowered] = offsets;
+        auto* const bytes = reinterpret_cast<std::uint8_t*>(colors);
+        for (std::size_t i = 0; i < kBlockPixels * sizeof(PixelColor); i += sizeof(PixelColor)) {
+            for (std::size_t k = 0; k < sizeof(PixelColor); ++k) {
+                const auto room = static_cast<std::uint8_t>(255 - raised[k]);
+                const auto up = static_cast<std::uint8_t>(std::min(bytes[i + k], room) + raised[k]);
+                bytes[i + k] = static_cast<std::uint8_t>(std::max(up, lowered[k]) - lowered[k]);
+            }
         }
     }
-}
-
-auto offset_span(const Offsets& offsets) {
-    return
-        [bytes = byte_offsets_of(offsets)](PixelColor* colors, std::size_t count) { offset_row(colors, count, bytes); };
-}
+};
 
 // --- weighted by a mask, clamped after that --------------------------------------------------------------------------
 
-TARVO_ROW_CLONES void offset_by_mask_row(PixelColor* colors, const PixelColor* masks, std::size_t count,
-                                         const Offsets& offsets) {
-    const auto [red, green, blue] = offsets;
-    for (std::size_t x = 0; x < count; ++x) {
-        const std::uint32_t level = masks[x] & 255;
-        const auto channel = [level](std::uint32_t value, std::int32_t delta) {
-            return mixed_in_255ths_and_clamped(value, static_cast<std::int32_t>(value) + delta, level);
-        };
-        colors[x] = pack_rgb(channel(red_of(colors[x]), red), channel(green_of(colors[x]), green),
-                             channel(blue_of(colors[x]), blue));
+struct OffsetByMask {
+    Offsets offsets;
+
+    TARVO_INLINED void operator()(PixelColor* colors, const PixelColor* masks) const {
+        for (std::size_t x = 0; x < kBlockPixels; ++x) {
+            const std::uint32_t level = masks[x] & 255;
+            const auto channel = [level](std::uint32_t value, std::int32_t delta) TARVO_INLINED {
+                return mixed_in_255ths_and_clamped(value, static_cast<std::int32_t>(value) + delta, level);
+            };
+            colors[x] = pack_rgb(channel(red_of(colors[x]), offsets.red), channel(green_of(colors[x]), offsets.green),
+                                 channel(blue_of(colors[x]), offsets.blue));
+        }
     }
-}
+};
 
 // --- the average -----------------------------------------------------------------------------------------------------
 
@@ -83,21 +85,19 @@ bool deltas_pass(int red_delta, int green_delta, int blue_delta) {
 
 void PrivAdjustRGB(const TRV_Picture& source, TRV_Picture& result, const Region& region, int red_delta, int green_delta,
                    int blue_delta) {
-    transform_region(source, result, region, kNoYielding, "PrivAdjustRGB",
-                     offset_span({red_delta, green_delta, blue_delta}));
+    map_region(source, result, region, kNoYielding, "PrivAdjustRGB",
+               OffsetBytes{byte_offsets_of({red_delta, green_delta, blue_delta})});
 }
 
 void PrivAdjustRGBWithMask(const TRV_Picture& source, const TRV_Picture& mask, TRV_Picture& result, int red_delta,
                            int green_delta, int blue_delta) {
-    const Offsets offsets = {red_delta, green_delta, blue_delta};
-    combine_pictures(source, mask, result, kNoYielding, "PrivAdjustRGBWithMask",
-                     [&](PixelColor* colors, const PixelColor* masks, std::size_t count) {
-                         offset_by_mask_row(colors, masks, count, offsets);
-                     });
+    map_pictures(source, result, kNoYielding, "PrivAdjustRGBWithMask",
+                 OffsetByMask{{red_delta, green_delta, blue_delta}}, mask);
 }
 
 void PrivAdjustRGB_InPlace(TRV_Picture& picture, const Region& region, int red_delta, int green_delta, int blue_delta) {
-    transform_in_place(picture, region, "PrivAdjustRGB_InPlace", offset_span({red_delta, green_delta, blue_delta}));
+    map_in_place(picture, region, "PrivAdjustRGB_InPlace",
+                 OffsetBytes{byte_offsets_of({red_delta, green_delta, blue_delta})});
 }
 
 void PrivGetAverageRGB(const TRV_Picture& source, const Region& region, int* red, int* green, int* blue) {

@@ -4,8 +4,7 @@
 
 #include "error_state.h"
 #include "forms.h"
-#include "row_clones.h"
-#include "rows.h"
+#include "pixel_maps.h"
 
 namespace {
 
@@ -14,25 +13,29 @@ namespace {
 constexpr PixelColor kLowBits = 0x7F7F7F;
 constexpr PixelColor kHighBits = 0x808080;
 
-TARVO_ROW_CLONES void add_row(PixelColor* colors, const PixelColor* addends, std::size_t count) {
-    for (std::size_t x = 0; x < count; ++x) {
-        const PixelColor a = colors[x], b = addends[x];
-        colors[x] = ((a & kLowBits) + (b & kLowBits)) ^ ((a ^ b) & kHighBits);
+struct Add {
+    TARVO_INLINED void operator()(PixelColor* colors, const PixelColor* addends) const {
+        for (std::size_t x = 0; x < kBlockPixels; ++x) {
+            const PixelColor a = colors[x], b = addends[x];
+            colors[x] = ((a & kLowBits) + (b & kLowBits)) ^ ((a ^ b) & kHighBits);
+        }
     }
-}
+};
 
-TARVO_ROW_CLONES void subtract_row(PixelColor* colors, const PixelColor* subtractends, std::size_t count) {
-    for (std::size_t x = 0; x < count; ++x) {
-        const PixelColor a = colors[x], b = subtractends[x];
-        colors[x] = (((a & kLowBits) | kHighBits) - (b & kLowBits)) ^ (~(a ^ b) & kHighBits);
+struct Subtract {
+    TARVO_INLINED void operator()(PixelColor* colors, const PixelColor* subtractends) const {
+        for (std::size_t x = 0; x < kBlockPixels; ++x) {
+            const PixelColor a = colors[x], b = subtractends[x];
+            colors[x] = (((a & kLowBits) | kHighBits) - (b & kLowBits)) ^ (~(a ^ b) & kHighBits);
+        }
     }
-}
+};
 
 // What tells the two operations apart.
 struct Operation {
     void (*kernel)(const TRV_Picture&, const TRV_Picture&, TRV_Picture&, int yield);
     ErrorCode second_nil, second_lock, second_size;
-    bool asks_for_mask;  // of a client picture's result; the mask stays as it is made
+    bool asks_for_mask;  // of a client picture's result; the mask stays as it is made. The two differ on purpose
 };
 
 constexpr Operation kAdd = {PrivAdd, ErrorCode::addend_nil, ErrorCode::addend_lock, ErrorCode::addend_size, true};
@@ -57,11 +60,11 @@ typename Form::Handle combine(const Operation& operation, Form form, typename Fo
 }  // namespace
 
 void PrivAdd(const TRV_Picture& source, const TRV_Picture& addend, TRV_Picture& result, int yield) {
-    combine_pictures(source, addend, result, yield, "TRV_Add", add_row);
+    map_pictures(source, result, yield, "TRV_Add", Add{}, addend);
 }
 
 void PrivSubtract(const TRV_Picture& source, const TRV_Picture& subtractend, TRV_Picture& result, int yield) {
-    combine_pictures(source, subtractend, result, yield, "TRV_Subtract", subtract_row);
+    map_pictures(source, result, yield, "TRV_Subtract", Subtract{}, subtractend);
 }
 
 REALpictureStruct* TRV_Add(REALpictureStruct* p, REALpictureStruct* addend, int yield) {

@@ -7,36 +7,93 @@
 // On 16-bit pictures, whose channels are widened before and narrowed after, that is the same as a shift by 11.
 
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 
+#include "channel_lanes.h"
+#include "pixel_blocks.h"
 #include "pixel_formats.h"
 
 // How much of each colour shows, in 256ths. Together at most 256, so that channels stay in their bytes.
 struct BlendWeights {
-    std::uint32_t source;
-    std::uint32_t overlay;
+    std::uint16_t source;
+    std::uint16_t overlay;
+
+    BlendWeights exchanged() const { return {overlay, source}; }
 };
 
-inline constexpr std::uint32_t kFullWeight = 256;
+inline constexpr int kFullWeight = 256;
 
 // Fractions are from 0 to 1; one that is not a number is let through.
 inline bool fraction_out_of_bounds(double fraction) { return fraction < 0.0 || fraction > 1.0; }
 
 // The fraction in 256ths, cut off; not a number weighs nothing.
-inline std::uint32_t weight_of(double fraction) {
-    return std::isnan(fraction) ? 0 : static_cast<std::uint32_t>(fraction * kFullWeight);
+inline std::uint16_t weight_of(double fraction) {
+    return std::isnan(fraction) ? 0 : static_cast<std::uint16_t>(fraction * kFullWeight);
 }
 
 // What the overlay leaves is the source's.
-constexpr BlendWeights complementary_weights(std::uint32_t overlay) { return {kFullWeight - overlay, overlay}; }
+constexpr BlendWeights complementary_weights(std::uint16_t overlay) {
+    return {static_cast<std::uint16_t>(kFullWeight - overlay), overlay};
+}
 
 // Either is cut off on its own: together they are 255 when the fraction is no whole number of 256ths.
 inline BlendWeights separate_weights(double fraction) { return {weight_of(1.0 - fraction), weight_of(fraction)}; }
 
-// The top byte is 0. For use inside row loops.
-[[gnu::always_inline]] constexpr PixelColor blend(PixelColor source, PixelColor overlay, BlendWeights weights) {
-    // Red and blue share a word: their products have 16 bits each.
-    const std::uint32_t red_blue = (source & 0xFF00FF) * weights.source + (overlay & 0xFF00FF) * weights.overlay;
-    const std::uint32_t green = (source & 0xFF00) * weights.source + (overlay & 0xFF00) * weights.overlay;
-    return ((red_blue & 0xFF00FF00) | (green & 0xFF0000)) >> 8;
+// A channel times 256, in 16 bits.
+TARVO_INLINED constexpr std::uint16_t blended(int source, int overlay, BlendWeights weights) {
+    return static_cast<std::uint16_t>(source * weights.source + overlay * weights.overlay);
 }
+
+// The same, with what the overlay leaves for the source.
+TARVO_INLINED constexpr std::uint16_t blended(int source, int overlay, int overlay_weight) {
+    return static_cast<std::uint16_t>(source * kFullWeight + (overlay - source) * overlay_weight);
+}
+
+// A weight for each pixel of a block.
+class PixelWeights {
+public:
+    TARVO_INLINED void set(std::size_t pixel, std::uint32_t weight) { words_.colors[pixel] = weight * 0x10001; }
+    TARVO_INLINED const PixelColor* words() const { return words_.colors; }
+
+private:
+    ColorBlock words_;  // the weight is in both halves of its word
+};
+
+namespace blend_lanes {
+
+using channel_lanes::HalfWord;
+
+TARVO_INLINED inline int half(const PixelColor* words, std::size_t i) {
+    return reinterpret_cast<const HalfWord*>(words)[i];
+}
+TARVO_INLINED inline int low(const PixelColor* colors, std::size_t i) { return half(colors, i) & 255; }
+TARVO_INLINED inline int high(const PixelColor* colors, std::size_t i) { return half(colors, i) >> 8; }
+TARVO_INLINED inline int low(const PixelWeights& weights, std::size_t i) { return half(weights.words(), i); }
+TARVO_INLINED inline int high(const PixelWeights& weights, std::size_t i) { return half(weights.words(), i); }
+
+}  // namespace blend_lanes
+
+// channel = function(channel, others' channels or weights...) / 256 for the red, green and blue of a block, in lanes of
+// 16 bits. Top bytes become 0.
+template <class Function, class... Others>
+TARVO_INLINED inline void blend_channels(PixelColor* colors, Function function, const Others&... others) {
+    using namespace blend_lanes;
+    for (std::size_t i = 0; i < 2 * kBlockPixels; ++i) {
+        const std::uint16_t new_low = function(low(colors, i), low(others, i)...);
+        const std::uint16_t new_high = function(high(colors, i), high(others, i)...);
+        reinterpret_cast<HalfWord*>(colors)[i] = static_cast<std::uint16_t>(new_low >> 8 | (new_high & 0xFF00));
+    }
+    for (std::size_t x = 0; x < kBlockPixels; ++x) colors[x] &= 0xFFFFFF;
+}
+
+// A kernel: the same weights for a whole picture.
+struct Blend {
+    BlendWeights weights;
+
+    TARVO_INLINED void operator()(PixelColor* colors, const PixelColor* overlays) const {
+        const BlendWeights w = weights;
+        blend_channels(
+            colors, [w](int source, int overlay) TARVO_INLINED { return blended(source, overlay, w); }, overlays);
+    }
+};

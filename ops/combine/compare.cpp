@@ -6,9 +6,8 @@
 
 #include "error_state.h"
 #include "forms.h"
+#include "pixel_maps.h"
 #include "region.h"
-#include "row_clones.h"
-#include "rows.h"
 
 namespace {
 
@@ -37,9 +36,11 @@ constexpr PixelColor kNotFirst = 0xDDDDFF;
 constexpr const char* kDifferenceCaller = "TRV_Difference";
 
 // Whole words count here, top bytes included.
-TARVO_ROW_CLONES void map_difference_row(PixelColor* colors, const PixelColor* others, std::size_t count) {
-    for (std::size_t x = 0; x < count; ++x) colors[x] = colors[x] == others[x] ? kEqual : kDifferent;
-}
+struct MapDifference {
+    TARVO_INLINED void operator()(PixelColor* colors, const PixelColor* others) const {
+        for (std::size_t x = 0; x < kBlockPixels; ++x) colors[x] = colors[x] == others[x] ? kEqual : kDifferent;
+    }
+};
 
 void fill_run(TRV_Picture& result, std::int32_t row, std::int32_t first, std::int32_t end, PixelColor color) {
     Chunk colors;
@@ -73,13 +74,9 @@ void PrivDifference(const TRV_Picture& picture, const TRV_Picture& compare, TRV_
     for (std::int32_t row = 0; row < result.height(); ++row) {
         const std::int32_t end = row < picture.height() ? picture.width() : 0;
         const std::int32_t common_end = row < compare.height() ? std::min(end, compare.width()) : 0;
-        for_each_chunk(0, common_end - 1, [&](std::int32_t column, std::size_t count) {
-            Chunk colors, others;
-            picture.GetPixels(row, column, {colors.data(), count}, kDifferenceCaller);
-            compare.GetPixels(row, column, {others.data(), count}, kDifferenceCaller);
-            map_difference_row(colors.data(), others.data(), count);
-            result.SetPixels(row, column, {colors.data(), count}, kDifferenceCaller);
-        });
+        if (common_end > 0)
+            map_run(result, row, 0, static_cast<std::size_t>(common_end), kDifferenceCaller, MapDifference{},
+                    RunSource{picture, row, 0}, RunSource{compare, row, 0});
         fill_run(result, row, common_end, end, kOnlyFirst);
         fill_run(result, row, end, result.width(), kNotFirst);
     }

@@ -1,19 +1,25 @@
 // A colour over a region of a picture.
 
-#include <cstddef>
+#include <algorithm>
 #include <cstdint>
 
 #include "adjustment.h"
 #include "blend.h"
 #include "composite.h"
-#include "row_clones.h"
-#include "rows.h"
+#include "pixel_maps.h"
 
 namespace {
 
-TARVO_ROW_CLONES void blend_color_row(PixelColor* colors, std::size_t count, PixelColor color, BlendWeights weights) {
-    for (std::size_t x = 0; x < count; ++x) colors[x] = blend(colors[x], color, weights);
-}
+struct BlendWithColor {
+    Blend blend;
+    ColorBlock overlays;
+
+    BlendWithColor(PixelColor color, BlendWeights weights) : blend{weights} {
+        std::ranges::fill(overlays.colors, color);
+    }
+
+    TARVO_INLINED void operator()(PixelColor* colors) const { blend(colors, overlays.colors); }
+};
 
 const char* caller_at(std::int32_t depth) {
     switch (depth) {
@@ -29,10 +35,8 @@ const char* caller_at(std::int32_t depth) {
 // Gives the host control at 32 bits only.
 void PrivCompositeColor(const TRV_Picture& source, TRV_Picture& result, const Region& region, int overlay_color,
                         double overlay_fraction, int yield) {
-    const auto color = static_cast<PixelColor>(overlay_color);
-    const BlendWeights weights = separate_weights(overlay_fraction);
-    transform_region(source, result, region, source.depth() == 32 ? yield : kNoYielding, caller_at(source.depth()),
-                     [&](PixelColor* colors, std::size_t count) { blend_color_row(colors, count, color, weights); });
+    map_region(source, result, region, source.depth() == 32 ? yield : kNoYielding, caller_at(source.depth()),
+               BlendWithColor(static_cast<PixelColor>(overlay_color), separate_weights(overlay_fraction)));
 }
 
 REALpictureStruct* TRV_Composite_Color(REALpictureStruct* p, REALobjectStruct* rect, int overlay_color,

@@ -3,33 +3,39 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <span>
 
 #include "adjustment.h"
 #include "blend.h"
 #include "composite.h"
 #include "mask_mix.h"
+#include "pixel_maps.h"
 #include "placement.h"
-#include "row_clones.h"
-#include "rows.h"
 
 namespace {
 
-// --- rows ------------------------------------------------------------------------------------------------------------
-
-TARVO_ROW_CLONES void blend_row(PixelColor* colors, const PixelColor* overlays, std::size_t count,
-                                BlendWeights weights) {
-    for (std::size_t x = 0; x < count; ++x) colors[x] = blend(colors[x], overlays[x], weights);
-}
+// --- kernels ---------------------------------------------------------------------------------------------------------
 
 // A mask's black, read from its red channel, leaves the overlay its weight; white leaves it none.
-TARVO_ROW_CLONES void blend_masked_row(PixelColor* colors, const PixelColor* overlays, const PixelColor* masks,
-                                       std::size_t count, std::uint32_t weight) {
-    for (std::size_t x = 0; x < count; ++x) {
-        const std::uint32_t left_over = divided_by_255(weight * (255 - red_of(masks[x])));
-        colors[x] = blend(colors[x], overlays[x], complementary_weights(left_over));
+struct BlendByMask {
+    std::uint32_t weight;
+
+    TARVO_INLINED void operator()(PixelColor* colors, const PixelColor* overlays, const PixelColor* masks) const {
+        PixelWeights left_over;
+        for (std::size_t x = 0; x < kBlockPixels; ++x)
+            left_over.set(x, divided_by_255(weight * (255 - red_of(masks[x]))));
+        blend_channels(
+            colors,
+            [](int source, int overlay, int w) TARVO_INLINED { return blended(source, overlay, w); },
+            overlays, left_over);
     }
-}
+};
+
+// What a transparent overlay leaves.
+struct ClearTopBytes {
+    TARVO_INLINED void operator()(PixelColor* colors) const {
+        for (std::size_t x = 0; x < kBlockPixels; ++x) colors[x] &= 0xFFFFFF;
+    }
+};
 
 // --- paths -----------------------------------------------------------------------------------------------------------
 
@@ -62,15 +68,6 @@ const Path& path_of(const TRV_Picture& source, const TRV_Picture& overlay, const
     });
 }
 
-// Places outside the mask are transparent.
-void read_mask(const TRV_Picture& mask, std::int32_t row, std::int32_t column, std::span<PixelColor> levels) {
-    constexpr PixelColor kTransparent = 0xFFFFFF;
-    const std::int32_t columns = row < mask.height() ? std::max(mask.width() - column, 0) : 0;
-    const std::size_t inside = std::min(levels.size(), static_cast<std::size_t>(columns));
-    if (inside) mask.GetPixels(row, column, levels.first(inside), "TRV_Composite 17");
-    std::ranges::fill(levels.subspan(inside), kTransparent);
-}
-
 // --- the kernel ------------------------------------------------------------------------------------------------------
 
 // Some overlay over a source, on some path.
@@ -80,38 +77,28 @@ struct Composition {
     TRV_Picture& result;
     const Path& path;
     Placement placement;
-    std::uint32_t weight;
+    std::uint16_t weight;
 
     void blend_plainly() const {
-        for_covered_runs(kNoYielding,
-                         [this](std::int32_t, std::int32_t, PixelColor* colors, std::span<PixelColor> overlays) {
-                             blend_row(colors, overlays.data(), overlays.size(), complementary_weights(weight));
-                         });
+        map_region(source, result, placement.covered, kNoYielding, path.caller, Blend{complementary_weights(weight)},
+                   Overlay{overlay, placement.left, placement.top});
     }
 
+    // Places outside the mask are transparent.
     void blend_masked(const TRV_Picture& mask, int yield) const {
         const bool under_result = path.mask == Path::Mask::under_result;
-        for_covered_runs(
-            path.masked_yields ? yield : kNoYielding,
-            [&](std::int32_t row, std::int32_t column, PixelColor* colors, std::span<PixelColor> overlays) {
-                Chunk levels;
-                read_mask(mask, under_result ? row : placement.overlay_row(row),
-                          under_result ? column : placement.overlay_column(column), {levels.data(), overlays.size()});
-                blend_masked_row(colors, overlays.data(), levels.data(), overlays.size(), weight);
-            });
+        const std::int32_t left = under_result ? 0 : placement.left, top = under_result ? 0 : placement.top;
+        const Region& covered = placement.covered;
+        const Region masked = common_region(covered, place(mask, left, top, source).covered);
+        map_region(source, result, masked, path.masked_yields ? yield : kNoYielding, path.caller, BlendByMask{weight},
+                   Overlay{overlay, placement.left, placement.top}, Overlay{mask, left, top});
+        clear_top_bytes({std::max(masked.right + 1, covered.left), covered.top, covered.right, masked.bottom});
+        clear_top_bytes({covered.left, std::max(masked.bottom + 1, covered.top), covered.right, covered.bottom});
     }
 
 private:
-    template <class BlendRun>
-    void for_covered_runs(int yield, BlendRun blend_run) const {
-        transform_runs(source, result, placement.covered, yield, path.caller,
-                       [&](std::int32_t row, std::int32_t column, PixelColor* colors, std::size_t count) {
-                           Chunk overlays;
-                           const std::span run(overlays.data(), count);
-                           overlay.GetPixels(placement.overlay_row(row), placement.overlay_column(column), run,
-                                             path.caller);
-                           blend_run(row, column, colors, run);
-                       });
+    void clear_top_bytes(const Region& part) const {
+        if (!part.empty()) map_in_place(result, part, path.caller, ClearTopBytes{});
     }
 };
 

@@ -1,27 +1,16 @@
 // A picture over another, as much of it as a mask argument says.
 
-#include <cstddef>
-#include <cstdint>
-
 #include "adjustment.h"
 #include "composite.h"
 #include "mask_mix.h"
+#include "pixel_maps.h"
 #include "placement.h"
-#include "rows.h"
 
 void PrivCompositeWithMask(const TRV_Picture& source, const TRV_Picture& overlay, const TRV_Picture& mask, int left,
                            int top, TRV_Picture& result) {
-    constexpr const char* kCaller = "TRV_CompositeWithMask";
     const Placement placement = place(overlay, left, top, source);
-    transform_runs(source, result, placement.covered, kNoYielding, kCaller,
-                   [&](std::int32_t row, std::int32_t column, PixelColor* colors, std::size_t count) {
-                       Chunk overlays, masks;
-                       const std::int32_t overlay_row = placement.overlay_row(row);
-                       const std::int32_t overlay_column = placement.overlay_column(column);
-                       overlay.GetPixels(overlay_row, overlay_column, {overlays.data(), count}, kCaller);
-                       mask.GetPixels(overlay_row, overlay_column, {masks.data(), count}, kCaller);
-                       mix_in_256ths(colors, overlays.data(), masks.data(), count);
-                   });
+    map_region(source, result, placement.covered, kNoYielding, "TRV_CompositeWithMask", MixIn256ths{},
+               Overlay{overlay, left, top}, Overlay{mask, left, top});
 }
 
 // A placement outside the source does not end the checks: the mask's run, and replace its code.

@@ -18,6 +18,11 @@ struct Placement {
     std::int32_t overlay_column(std::int32_t column) const { return wrapping_subtract(column, left); }
 };
 
+inline Region common_region(const Region& a, const Region& b) {
+    return {std::max(a.left, b.left), std::max(a.top, b.top), std::min(a.right, b.right),
+            std::min(a.bottom, b.bottom)};
+}
+
 // Any place will do, also one from which the overlay's far edges do not fit in 32 bits.
 inline Placement place(const TRV_Picture& overlay, std::int32_t left, std::int32_t top, const TRV_Picture& source) {
     const auto last_covered = [](std::int32_t first, std::int32_t size, std::int32_t limit) {

@@ -1,40 +1,33 @@
 #include "transition.h"
 
-#include <cstddef>
 #include <cstdint>
 
 #include "blend.h"
 #include "error_state.h"
 #include "forms.h"
-#include "row_clones.h"
-#include "rows.h"
+#include "pixel_maps.h"
 
 namespace {
 
 // The source moved toward either overlay, then one of these toward the other.
-TARVO_ROW_CLONES void transition_row(PixelColor* colors, const PixelColor* colors_a, const PixelColor* colors_b,
-                                     std::size_t count, BlendWeights toward_a) {
-    const BlendWeights toward_b = {toward_a.overlay, toward_a.source};
-    for (std::size_t x = 0; x < count; ++x) {
-        const PixelColor near_a = blend(colors[x], colors_a[x], toward_a);
-        const PixelColor near_b = blend(colors[x], colors_b[x], toward_b);
-        colors[x] = blend(near_b, near_a, toward_a);
+struct Transition {
+    BlendWeights toward_a;
+
+    TARVO_INLINED void operator()(PixelColor* colors, const PixelColor* colors_a, const PixelColor* colors_b) const {
+        const BlendWeights a = toward_a, b = toward_a.exchanged();
+        const auto move = [=](int source, int overlay_a, int overlay_b) TARVO_INLINED {
+            return blended(blended(source, overlay_b, b) >> 8, blended(source, overlay_a, a) >> 8, a);
+        };
+        blend_channels(colors, move, colors_a, colors_b);
     }
-}
+};
 
 }  // namespace
 
 void PrivTransition(const TRV_Picture& source, const TRV_Picture& overlay_a, const TRV_Picture& overlay_b,
                     double overlay_a_fraction, TRV_Picture& result) {
-    constexpr const char* kCaller = "TRV_Transition";
-    const BlendWeights toward_a = separate_weights(overlay_a_fraction);
-    transform_runs(source, result, whole_of(result), kNoYielding, kCaller,
-                   [&](std::int32_t row, std::int32_t column, PixelColor* colors, std::size_t count) {
-                       Chunk colors_a, colors_b;
-                       overlay_a.GetPixels(row, column, {colors_a.data(), count}, kCaller);
-                       overlay_b.GetPixels(row, column, {colors_b.data(), count}, kCaller);
-                       transition_row(colors, colors_a.data(), colors_b.data(), count, toward_a);
-                   });
+    map_pictures(source, result, kNoYielding, "TRV_Transition", Transition{separate_weights(overlay_a_fraction)},
+                 overlay_a, overlay_b);
 }
 
 REALpictureStruct* TRV_Transition(REALpictureStruct* p, REALpictureStruct* overlay_a, REALpictureStruct* overlay_b,

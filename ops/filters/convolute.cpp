@@ -20,6 +20,13 @@ WeightedMean mean_of(REALobjectStruct* convolution) {
     return WeightedMean(data ? data->taps() : std::span<const std::int32_t>());
 }
 
+void read_run(const TRV_Picture& source, std::int32_t row, std::int32_t column, SplitRun run, std::size_t count,
+              const char* caller) {
+    if (const std::uint8_t* const words = source.WordsAt(row, column)) return run.split(words, count);
+    source.GetPixels(row, column, {run.red_blue, count}, caller);
+    run.split(count);
+}
+
 // A run of a row with as many more pixels on either side as the taps of its ends read. Places beyond an edge of the
 // picture read the pixel at the edge.
 class WidenedRun {
@@ -32,11 +39,11 @@ public:
                      const char* caller) {
         const std::int32_t first = column - margin_, end = column + static_cast<std::int32_t>(count) + margin_;
         const std::int32_t from = std::max(first, 0), to = std::min(end, source.width());
-        const std::span inside(red_blue_.data() + (from - first), static_cast<std::size_t>(to - from));
-        source.GetPixels(row, from, inside, caller);
-        std::fill_n(red_blue_.data(), from - first, inside.front());
-        std::fill_n(inside.data() + inside.size(), end - to, inside.back());
-        whole().split(static_cast<std::size_t>(end - first));
+        read_run(source, row, from, whole().from(from - first), static_cast<std::size_t>(to - from), caller);
+        repeat(from - first, 0, from - first);
+        repeat(to - 1 - first, to - first, end - to);
+        // What follows is brought near while this is worked on.
+        source.Prefetch(row, to, count);
         return taps_;
     }
 
@@ -44,6 +51,11 @@ private:
     static constexpr std::size_t kPixels = kChunkPixels + kMostTaps - 1;
 
     SplitRun whole() { return {red_blue_.data(), green_.data()}; }
+
+    void repeat(std::int32_t pixel, std::int32_t to, std::int32_t count) {
+        std::fill_n(whole().from(to).red_blue, count, *whole().from(pixel).red_blue);
+        std::fill_n(whole().from(to).green, count, *whole().from(pixel).green);
+    }
 
     std::int32_t margin_;
     Taps taps_{};
@@ -63,10 +75,7 @@ public:
     const Taps& move_to(const TRV_Picture& source, std::int32_t row, const char* caller) {
         const std::int32_t margin = taps_count_ / 2, last_row = source.height() - 1;
         for (; next_row_ <= std::min(row + margin, last_row); ++next_row_) {
-            const SplitRun run = run_of(next_row_);
-            source.GetPixels(next_row_, column_, {run.red_blue, count_}, caller);
-            run.split(count_);
-            prefetch_below(source, next_row_, column_, count_);
+            read_run(source, next_row_, column_, run_of(next_row_), count_, caller);
         }
         for (std::int32_t k = 0; k < taps_count_; ++k)
             taps_[static_cast<std::size_t>(k)] = run_of(std::clamp(row - margin + k, 0, last_row));
@@ -88,6 +97,42 @@ private:
     alignas(kCacheLine) std::array<std::array<std::uint16_t, kChunkPixels>, kMostTaps> green_;
 };
 
+// A walk down columns in bands of rows: some columns of a band, then the next ones, then the next band. Memory is fast only
+// where it is read in order, so the rows that the next band will read are brought near in order while a band is worked on.
+class Bands {
+public:
+    Bands(const TRV_Picture& source, const Region& region, std::int32_t taps) : source_(source), region_(region), margin_(taps / 2) {
+        constexpr std::int32_t kBandBytes = 256 << 10, kWindowBytes = 24 << 10;
+        constexpr std::int32_t kPixelBytes = sizeof(PixelColor) + sizeof(std::uint16_t);
+        rows_ = std::max(kBandBytes / std::max(source.rowBytes(), 1), taps + taps / 2);
+        columns_ = std::min(kWindowBytes / (kPixelBytes * taps) / 64 * 64, kChunkPixels);
+    }
+
+    // `visit(top, bottom, column, count)`, `done()`
+    template <class Visit>
+    void for_each(Visit visit) const {
+        for_each_piece(region_.top, region_.bottom, rows_, [&](std::int32_t top, std::int32_t bottom) {
+            std::int32_t next_row = bottom + 1 + margin_, next_column = region_.left;
+            const auto bring_near = [&] {
+                if (next_row >= source_.height()) return;
+                source_.Prefetch(next_row, next_column, static_cast<std::size_t>(std::min(columns_, region_.right + 1 - next_column)));
+                next_column += columns_;
+                if (next_column <= region_.right) return;
+                next_column = region_.left;
+                ++next_row;
+            };
+            for_each_piece(region_.left, region_.right, columns_, [&](std::int32_t left, std::int32_t right) {
+                visit(Region{left, top, right, bottom}, bring_near);
+            });
+        });
+    }
+
+private:
+    const TRV_Picture& source_;
+    Region region_;
+    std::int32_t margin_, rows_, columns_;
+};
+
 }  // namespace
 
 void PrivConvoluteHorizontal(const TRV_Picture& source, TRV_Picture& destination, REALobjectStruct* convolution,
@@ -105,7 +150,6 @@ void PrivConvoluteHorizontal(const TRV_Picture& source, TRV_Picture& destination
         });
 }
 
-// Chunk after chunk of columns, each from top to bottom, so that every pixel is read once and the window stays near.
 void PrivConvoluteVertical(const TRV_Picture& source, TRV_Picture& destination, REALobjectStruct* convolution,
                            const Region& region) {
     constexpr const char* kCaller = "PrivConvoluteVertical";
@@ -113,11 +157,13 @@ void PrivConvoluteVertical(const TRV_Picture& source, TRV_Picture& destination, 
     if (!mean.defined()) return copy_region(source, destination, whole_of(source), kCaller);
     copy_around(source, destination, region, kCaller);
     alignas(kCacheLine) Chunk means;
-    for_each_chunk(region.left, region.right, [&](std::int32_t column, std::size_t count) {
-        RunWindow window(mean.taps(), region.top, column, count);
-        for (std::int32_t row = region.top; row <= region.bottom; ++row) {
+    Bands(source, region, mean.taps()).for_each([&](const Region& part, const auto& bring_next_near) {
+        const auto count = static_cast<std::size_t>(part.right - part.left + 1);
+        RunWindow window(mean.taps(), part.top, part.left, count);
+        for (std::int32_t row = part.top; row <= part.bottom; ++row) {
             mean(window.move_to(source, row, kCaller), means.data(), count);
-            destination.SetPixels(row, column, {means.data(), count}, kCaller);
+            destination.SetPixels(row, part.left, {means.data(), count}, kCaller);
+            bring_next_near();
         }
     });
 }

@@ -1,39 +1,41 @@
 #include "downsample.h"
 
 #include <cstddef>
+#include <cstdint>
 
 #include "error_state.h"
 #include "forms.h"
-#include "row_clones.h"
-#include "rows.h"
+#include "pixel_maps.h"
 
 namespace {
 
-// Two channels in a word, of 16 bits each, become multiples of the step, halves rounded upward. What would be 256 is
-// 255: one level more than the bits can tell apart.
-[[gnu::always_inline]] inline std::uint32_t round_both(std::uint32_t channels, std::uint32_t half,
-                                                       std::uint32_t multiples) {
-    const std::uint32_t rounded = (channels + half) & multiples;
-    return rounded - (rounded >> 8 & 0x10001);
-}
+// Channels become multiples of the step, halves rounded upward. What would be 256 is 255: one level more than the bits
+// can tell apart.
+struct Round {
+    std::uint8_t half;
+    std::uint8_t multiples;  // the bits of a channel that multiples of the step have
+    std::uint8_t last;       // the last level that is not rounded to 256
 
-TARVO_ROW_CLONES void round_row(PixelColor* colors, std::size_t count, std::uint32_t step) {
-    constexpr std::uint32_t kBoth = 0x10001;
-    const std::uint32_t half = step / 2 * kBoth;
-    const std::uint32_t multiples = (0x200 - step) * kBoth;
-    for (std::size_t x = 0; x < count; ++x) {
-        const std::uint32_t red_blue = round_both(colors[x] & 0xFF00FF, half, multiples);
-        const std::uint32_t green = round_both(green_of(colors[x]), half, multiples);
-        colors[x] = red_blue | (green & 0xFF) << 8;
+    explicit Round(int step)
+        : half(static_cast<std::uint8_t>(step / 2)),
+          multiples(static_cast<std::uint8_t>(256 - step)),
+          last(static_cast<std::uint8_t>(255 - half)) {}
+
+    TARVO_INLINED void operator()(PixelColor* colors) const {
+        const Round by = *this;
+        auto* const channels = reinterpret_cast<std::uint8_t*>(colors);
+        for (std::size_t i = 0; i < kBlockPixels * sizeof(PixelColor); ++i) {
+            const auto rounded = static_cast<std::uint8_t>((channels[i] + by.half) & by.multiples);
+            channels[i] = channels[i] > by.last ? 255 : rounded;
+        }
+        for (std::size_t x = 0; x < kBlockPixels; ++x) colors[x] &= 0xFFFFFF;
     }
-}
+};
 
 }  // namespace
 
 void PrivDownsample(const TRV_Picture& source, TRV_Picture& result, int bits_per_channel) {
-    const std::uint32_t step = 1u << (8 - bits_per_channel);
-    transform_region(source, result, whole_of(source), 0, "TRV_Downsample",
-                     [step](PixelColor* colors, std::size_t count) { round_row(colors, count, step); });
+    map_pictures(source, result, kNoYielding, "TRV_Downsample", Round(1 << (8 - bits_per_channel)));
 }
 
 REALpictureStruct* TRV_Downsample(REALpictureStruct* p, int bits_per_channel) {

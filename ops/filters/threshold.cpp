@@ -4,8 +4,7 @@
 
 #include "adjustment.h"
 #include "mask_mix.h"
-#include "row_clones.h"
-#include "rows.h"
+#include "pixel_maps.h"
 
 namespace {
 
@@ -19,49 +18,54 @@ constexpr PixelColor kHighBits = 0x808080;
     return ((a & ~b) | (~(a ^ b) & low_bits)) & kHighBits;
 }
 
-// Colours are compared after `flip`, which turns at or below into at or above.
-TARVO_ROW_CLONES void replace_if_all_pass(PixelColor* colors, std::size_t count, PixelColor flip, PixelColor threshold,
-                                          PixelColor target) {
-    for (std::size_t x = 0; x < count; ++x)
-        colors[x] = at_or_above(colors[x] ^ flip, threshold) == kHighBits ? target : colors[x];
-}
+enum class Matches { if_all_pass, if_any_passes };
 
-TARVO_ROW_CLONES void replace_if_any_passes(PixelColor* colors, std::size_t count, PixelColor flip,
-                                            PixelColor threshold, PixelColor target) {
-    for (std::size_t x = 0; x < count; ++x)
-        colors[x] = at_or_above(colors[x] ^ flip, threshold) != 0 ? target : colors[x];
-}
-
-// The threshold on spans of colours. Kept pixels stay whole; replaced ones are the target, without a top byte.
-class ThresholdSpan {
+// Kept pixels stay whole; replaced ones are the target, without a top byte.
+template <Matches matches>
+class Replace {
 public:
-    ThresholdSpan(bool darker, bool and_threshold, int threshold, int target)
-        : replace_(and_threshold ? replace_if_all_pass : replace_if_any_passes),
-          flip_(darker ? kChannels : 0),
+    Replace(bool darker, int threshold, int target)
+        : flip_(darker ? kChannels : 0),
           threshold_((static_cast<PixelColor>(threshold) & kChannels) ^ flip_),
           target_(static_cast<PixelColor>(target) & kChannels) {}
 
-    void operator()(PixelColor* colors, std::size_t count) const {
-        replace_(colors, count, flip_, threshold_, target_);
+    TARVO_INLINED void operator()(PixelColor* colors) const {
+        const Replace by = *this;
+        for (std::size_t x = 0; x < kBlockPixels; ++x) {
+            const PixelColor passing = at_or_above(colors[x] ^ by.flip_, by.threshold_);
+            const bool match = matches == Matches::if_all_pass ? passing == kHighBits : passing != 0;
+            colors[x] = match ? by.target_ : colors[x];
+        }
     }
 
 private:
-    decltype(&replace_if_all_pass) replace_;
-    PixelColor flip_, threshold_, target_;
+    PixelColor flip_;  // of what is compared: it turns at or below into at or above
+    PixelColor threshold_, target_;
 };
+
+// `paint(kernel)` with the one that the arguments ask for.
+template <class Paint>
+void with_replacement(bool darker, bool and_threshold, int threshold, int target, Paint paint) {
+    if (and_threshold)
+        paint(Replace<Matches::if_all_pass>(darker, threshold, target));
+    else
+        paint(Replace<Matches::if_any_passes>(darker, threshold, target));
+}
 
 }  // namespace
 
 void PrivThreshold(const TRV_Picture& source, TRV_Picture& result, const Region& region, bool darker,
                    bool and_threshold, int threshold, int target) {
-    transform_region(source, result, region, 0, "TRV_Threshold",
-                     ThresholdSpan(darker, and_threshold, threshold, target));
+    with_replacement(darker, and_threshold, threshold, target, [&](const auto& replace) {
+        map_region(source, result, region, kNoYielding, "TRV_Threshold", replace);
+    });
 }
 
 void PrivThresholdWithMask(const TRV_Picture& source, const TRV_Picture& mask, TRV_Picture& result, bool darker,
                            bool and_threshold, int threshold, int target) {
-    transform_by_mask(source, mask, result, 0, "TRV_ThresholdWithMask",
-                      ThresholdSpan(darker, and_threshold, threshold, target), mix_in_255ths);
+    with_replacement(darker, and_threshold, threshold, target, [&](const auto& replace) {
+        map_pictures(source, result, kNoYielding, "TRV_ThresholdWithMask", ByMask{replace, MixIn255ths{}}, mask);
+    });
 }
 
 REALpictureStruct* TRV_Threshold(REALpictureStruct* p, REALobjectStruct* rect, bool darker, bool and_threshold,

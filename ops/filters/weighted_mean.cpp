@@ -21,12 +21,19 @@ Reciprocal Reciprocal::of(std::uint32_t divisor) {
 
 namespace {
 
-TARVO_ROW_CLONES void split_row(PixelColor* __restrict red_blue, std::uint16_t* __restrict green, std::size_t count) {
-    for (std::size_t x = 0; x < count; ++x) {
-        const auto green_and_blue = static_cast<std::uint16_t>(red_blue[x]);
-        green[x] = static_cast<std::uint16_t>(green_and_blue >> 8);
-        red_blue[x] &= 0xFF00FF;
-    }
+TARVO_INLINED inline void split(PixelColor color, PixelColor& red_blue, std::uint16_t& green) {
+    red_blue = color & 0xFF00FF;
+    green = static_cast<std::uint16_t>(static_cast<std::uint16_t>(color) >> 8);
+}
+
+TARVO_ROW_CLONES void split_colors(PixelColor* __restrict red_blue, std::uint16_t* __restrict green,
+                                   std::size_t count) {
+    for (std::size_t x = 0; x < count; ++x) split(red_blue[x], red_blue[x], green[x]);
+}
+
+TARVO_ROW_CLONES void split_words(const std::uint8_t* __restrict words, PixelColor* __restrict red_blue,
+                                  std::uint16_t* __restrict green, std::size_t count) {
+    for (std::size_t x = 0; x < count; ++x) split(XRgb32::load(words + x * XRgb32::kBytes), red_blue[x], green[x]);
 }
 
 // --- small coefficients: sums of 16 bits -----------------------------------------------------------------------------
@@ -149,7 +156,9 @@ TARVO_ROW_CLONES void divide_words(const WordSums& sums, PixelColor* __restrict 
 
 }  // namespace
 
-void SplitRun::split(std::size_t count) const { split_row(red_blue, green, count); }
+void SplitRun::split(std::size_t count) const { split_colors(red_blue, green, count); }
+
+void SplitRun::split(const std::uint8_t* words, std::size_t count) const { split_words(words, red_blue, green, count); }
 
 WeightedMean::WeightedMean(std::span<const std::int32_t> coefficients) {
     if (coefficients.empty()) return;

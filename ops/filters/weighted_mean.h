@@ -9,18 +9,17 @@
 #include <span>
 
 #include "convolution_class.h"
+#include "pixel_blocks.h"
 #include "pixel_formats.h"
-
-// Runs are read fastest where they begin on a cache line.
-inline constexpr std::size_t kCacheLine = 64;
 
 // A run of colours taken apart: red and blue in the half words of a word, green on its own. The top byte is gone.
 struct SplitRun {
     PixelColor* red_blue;
     std::uint16_t* green;
 
-    // Takes apart the colours that stand in `red_blue`.
+    // Takes apart the colours that stand in `red_blue`, or 32-bit pixels as they are stored.
     void split(std::size_t count) const;
+    void split(const std::uint8_t* words, std::size_t count) const;
     SplitRun from(std::int32_t pixel) const { return {red_blue + pixel, green + pixel}; }
 };
 

@@ -1,5 +1,7 @@
 #include "area_average.h"
 
+#include <algorithm>
+
 #include "row_clones.h"
 
 namespace {
@@ -8,58 +10,47 @@ namespace {
 constexpr std::uint32_t kUnit = 32768;
 // A sum of bytes weighted so fits in 32 bits.
 constexpr std::int64_t kMostUnit = std::int64_t{1} << 23;
+// What may be missing of a unit so that a division by what is there takes one correction.
+constexpr std::uint32_t kMostMissing = kUnit / 256;
 
-// sum / total as a product, exact for totals from 16384 to 32768 and sums of bytes that weigh so much.
-struct Reciprocal {
-    static constexpr int kBits = 38;
-    static constexpr std::uint32_t kLeastTotal = kUnit / 2, kMostTotal = kUnit;
-    std::uint64_t factor;
+using Byte [[gnu::may_alias]] = std::uint8_t;
 
-    static bool fits(std::uint32_t total) { return total >= kLeastTotal && total <= kMostTotal; }
-    explicit Reciprocal(std::uint32_t total) : factor((std::uint64_t{1} << kBits) / total + 1) {}
-};
-// The factor is too large by at most 1, and so the product by less than 1 / total.
-static_assert(std::uint64_t{255} * Reciprocal::kMostTotal * Reciprocal::kMostTotal <
-              std::uint64_t{1} << Reciprocal::kBits);
-
-[[gnu::always_inline]] inline std::uint32_t divide(std::uint32_t sum, std::uint32_t factor) {
-    return static_cast<std::uint32_t>(std::uint64_t{sum} * factor >> Reciprocal::kBits);
+TARVO_ROW_CLONES void begin_lanes(const Byte* __restrict bytes, std::size_t lanes, std::uint32_t weight,
+                                  std::uint32_t* __restrict sums) {
+    for (std::size_t i = 0; i < lanes; ++i) sums[i] = bytes[i] * weight;
 }
 
-TARVO_ROW_CLONES void begin_row(const PixelColor* __restrict line, std::size_t lanes, std::uint32_t weight,
-                                std::uint32_t* __restrict red, std::uint32_t* __restrict green,
-                                std::uint32_t* __restrict blue) {
-    for (std::size_t x = 0; x < lanes; ++x) {
-        red[x] = red_of(line[x]) * weight;
-        green[x] = green_of(line[x]) * weight;
-        blue[x] = blue_of(line[x]) * weight;
-    }
+TARVO_ROW_CLONES void add_lanes(const Byte* __restrict bytes, std::size_t lanes, std::uint32_t weight,
+                                std::uint32_t* __restrict sums) {
+    for (std::size_t i = 0; i < lanes; ++i) sums[i] += bytes[i] * weight;
 }
 
-TARVO_ROW_CLONES void add_row(const PixelColor* __restrict line, std::size_t lanes, std::uint32_t weight,
-                              std::uint32_t* __restrict red, std::uint32_t* __restrict green,
-                              std::uint32_t* __restrict blue) {
-    for (std::size_t x = 0; x < lanes; ++x) {
-        red[x] += red_of(line[x]) * weight;
-        green[x] += green_of(line[x]) * weight;
-        blue[x] += blue_of(line[x]) * weight;
-    }
+// sum / (kUnit - missing): for each whole unit in the sum, and one more, what is missing is added; a carry into the units
+// is the one that the quotient has more.
+TARVO_ROW_CLONES void divide_lanes(const std::uint32_t* __restrict sums, std::size_t lanes, std::uint32_t missing,
+                                   Byte* __restrict bytes) {
+    for (std::size_t i = 0; i < lanes; ++i)
+        bytes[i] = static_cast<Byte>((sums[i] + (sums[i] / kUnit + 1) * missing) / kUnit);
 }
 
-TARVO_ROW_CLONES void means_row(const std::uint32_t* red, const std::uint32_t* green, const std::uint32_t* blue,
-                                PixelColor* __restrict out, std::size_t lanes, std::uint32_t factor) {
-    for (std::size_t x = 0; x < lanes; ++x)
-        out[x] = pack_rgb(divide(red[x], factor), divide(green[x], factor), divide(blue[x], factor));
+TARVO_ROW_CLONES void divide_lanes_by_unit(const std::uint32_t* __restrict sums, std::size_t lanes,
+                                           Byte* __restrict bytes) {
+    for (std::size_t i = 0; i < lanes; ++i) bytes[i] = static_cast<Byte>(sums[i] / kUnit);
 }
 
-// For a total of the whole unit, the usual one.
-TARVO_ROW_CLONES void means_of_unit_row(const std::uint32_t* red, const std::uint32_t* green, const std::uint32_t* blue,
-                                        PixelColor* __restrict out, std::size_t lanes) {
-    for (std::size_t x = 0; x < lanes; ++x) out[x] = pack_rgb(red[x] / kUnit, green[x] / kUnit, blue[x] / kUnit);
+TARVO_ROW_CLONES void clear_top_bytes(PixelColor* colors, std::size_t count) {
+    for (std::size_t x = 0; x < count; ++x) colors[x] &= 0xFFFFFF;
 }
 
-TARVO_ROW_CLONES void strip_row(const PixelColor* __restrict line, PixelColor* __restrict out, std::size_t lanes) {
-    for (std::size_t x = 0; x < lanes; ++x) out[x] = line[x] & 0xFFFFFF;
+TARVO_ROW_CLONES void pick(const PixelColor* __restrict colors, const std::uint32_t* __restrict from, std::size_t count,
+                           PixelColor* __restrict out) {
+    for (std::size_t x = 0; x < count; ++x) out[x] = colors[from[x]] & 0xFFFFFF;
+}
+
+// A sum of whole pixels, and that one's share in another.
+TARVO_INLINED inline void add_pixel(std::uint32_t* sums, PixelColor color, std::uint32_t weight) {
+    const auto* const bytes = reinterpret_cast<const Byte*>(&color);
+    for (std::size_t lane = 0; lane < ColorSums::kLanes; ++lane) sums[lane] += bytes[lane] * weight;
 }
 
 }  // namespace
@@ -74,21 +65,102 @@ AxisWeights::AxisWeights(std::int32_t source_length, std::int32_t result_length)
     total = source_lines * step / result_lines;
 }
 
-void copy_line(const PixelColor* line, PixelColor* out, std::size_t lanes) { strip_row(line, out, lanes); }
-
-void LineSums::begin(const PixelColor* line, std::size_t lanes, std::uint32_t weight) {
-    begin_row(line, lanes, weight, red_.data(), green_.data(), blue_.data());
+std::uint32_t AxisWeights::weight(std::int64_t source_line, std::int64_t result_line) const {
+    const std::int64_t begin = std::max(source_line * step, result_line * total);
+    const std::int64_t end = std::min((source_line + 1) * step, (result_line + 1) * total);
+    return static_cast<std::uint32_t>(std::max<std::int64_t>(end - begin, 0));
 }
 
-void LineSums::add(const PixelColor* line, std::size_t lanes, std::uint32_t weight) {
-    add_row(line, lanes, weight, red_.data(), green_.data(), blue_.data());
+void ColorSums::begin(const PixelColor* colors, std::size_t count, std::uint32_t weight) {
+    begin_lanes(reinterpret_cast<const Byte*>(colors), count * kLanes, weight, sums_.data());
 }
 
-void LineSums::means(PixelColor* out, std::size_t lanes, std::uint32_t total) const {
-    if (total == kUnit) return means_of_unit_row(red_.data(), green_.data(), blue_.data(), out, lanes);
-    if (Reciprocal::fits(total)) {
-        const auto factor = static_cast<std::uint32_t>(Reciprocal(total).factor);
-        return means_row(red_.data(), green_.data(), blue_.data(), out, lanes, factor);
+void ColorSums::add(const PixelColor* colors, std::size_t count, std::uint32_t weight) {
+    add_lanes(reinterpret_cast<const Byte*>(colors), count * kLanes, weight, sums_.data());
+}
+
+void ColorSums::means(PixelColor* out, std::size_t count, std::uint32_t total) const {
+    const std::size_t lanes = count * kLanes;
+    auto* const bytes = reinterpret_cast<Byte*>(out);
+    if (total == kUnit)
+        divide_lanes_by_unit(sums_.data(), lanes, bytes);
+    else if (total < kUnit && kUnit - total <= kMostMissing)
+        divide_lanes(sums_.data(), lanes, kUnit - total, bytes);
+    else
+        std::transform(sums_.begin(), sums_.begin() + static_cast<std::ptrdiff_t>(lanes), bytes,
+                       [total](std::uint32_t sum) { return static_cast<Byte>(sum / total); });
+    clear_top_bytes(out, count);
+}
+
+RowAverage::RowAverage(const AxisWeights& weights, std::int32_t first, std::size_t count)
+    : weights_(weights), first_(first), count_(count) {
+    if (!weights.cover()) return;
+    const auto column_of = [first](std::size_t result) { return std::int64_t{first} + static_cast<std::int64_t>(result); };
+    source_column_ = weights.first_covered(first);
+    source_count_ = static_cast<std::size_t>(weights.last_covered(column_of(count - 1)) - source_column_ + 1);
+    for (std::size_t x = 0; x < count; ++x) {
+        const std::int32_t from = weights.first_covered(column_of(x));
+        taken_from_[x] = static_cast<std::uint32_t>(from - source_column_);
+        taps_ = std::max(taps_, static_cast<std::size_t>(weights.last_covered(column_of(x)) - from + 1));
     }
-    for (std::size_t x = 0; x < lanes; ++x) out[x] = pack_rgb(red_[x] / total, green_[x] / total, blue_[x] / total);
+    if (taps_ > kMostTaps) return;
+    for (std::size_t x = 0; x < count; ++x)
+        for (std::size_t tap = 0; tap < taps_; ++tap)
+            tap_weights_[x * taps_ + tap].fill(
+                weights.weight(std::int64_t{source_column_} + taken_from_[x] + static_cast<std::int64_t>(tap), column_of(x)));
+}
+
+template <std::size_t kTaps>
+void RowAverage::sum_taps() {
+    const auto sum = [](const PixelColor* window, const std::uint32_t* from, const Weight* weights, std::size_t count,
+                        std::uint32_t* __restrict sums) TARVO_INLINED {
+        for (std::size_t x = 0; x < count; ++x) {
+            const auto* const bytes = reinterpret_cast<const Byte*>(window + from[x]);
+            const Weight* const weight = weights + x * kTaps;
+            std::uint32_t collected[ColorSums::kLanes] = {};
+            for (std::size_t tap = 0; tap < kTaps; ++tap)
+                for (std::size_t lane = 0; lane < ColorSums::kLanes; ++lane)
+                    collected[lane] += bytes[tap * ColorSums::kLanes + lane] * weight[tap][lane];
+            for (std::size_t lane = 0; lane < ColorSums::kLanes; ++lane) sums[x * ColorSums::kLanes + lane] = collected[lane];
+        }
+    };
+    on_this_processor([&]() TARVO_INLINED {
+        sum(window_.data(), taken_from_.data(), tap_weights_.data(), count_, sums_.of(0));
+    });
+}
+
+void RowAverage::average_window(PixelColor* out) {
+    switch (taps_) {
+        case 0: std::fill_n(out, count_, 0); return;  // nothing is covered
+        case 1: pick(window_.data(), taken_from_.data(), count_, out); return;
+        case 2: sum_taps<2>(); break;
+        case 3: sum_taps<3>(); break;
+        default: sum_taps<4>(); break;
+    }
+    sums_.means(out, count_, total());
+}
+
+void RowAverage::begin_pieces() {
+    std::fill_n(sums_.of(0), count_ * ColorSums::kLanes, 0);
+    summed_ = 0;
+}
+
+void RowAverage::add_piece(std::size_t done, std::size_t pixels) {
+    const std::int64_t begin = source_column_ + static_cast<std::int64_t>(done);
+    const std::int64_t end = begin + static_cast<std::int64_t>(pixels);
+    const auto step = static_cast<std::uint32_t>(weights_.step);
+    for (; summed_ < count_; ++summed_) {
+        const std::int64_t column = first_ + static_cast<std::int64_t>(summed_);
+        const std::int64_t first = weights_.first_covered(column), last = weights_.last_covered(column);
+        std::uint32_t whole[ColorSums::kLanes] = {};
+        for (std::int64_t i = std::max(first + 1, begin); i < std::min(last, end); ++i) add_pixel(whole, window_[static_cast<std::size_t>(i - begin)], 1);
+        std::uint32_t* const sums = sums_.of(summed_);
+        for (std::size_t lane = 0; lane < ColorSums::kLanes; ++lane) sums[lane] += whole[lane] * step;
+        const auto add_edge = [&](std::int64_t i) {
+            if (i >= begin && i < end) add_pixel(sums, window_[static_cast<std::size_t>(i - begin)], weights_.weight(i, column));
+        };
+        add_edge(first);
+        if (last > first) add_edge(last);
+        if (last >= end) return;
+    }
 }

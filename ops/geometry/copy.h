@@ -5,7 +5,7 @@
 #include "picture.h"
 #include "real_interface.h"
 
-// For use within the library: no declaration names it. A mask is left behind.
+// For use within the library: it is declared, and no host is told of it. A mask is left behind.
 REALpictureStruct* TRV_CopyPicture(REALpictureStruct* p);
 
 // The kernel: locked pictures of one size.

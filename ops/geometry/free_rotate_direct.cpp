@@ -45,7 +45,7 @@ public:
         for (std::uint32_t weight = 1; weight <= kMostWeight; ++weight) factors_[weight] = (1u << kBits) / weight + 1;
     }
     PixelColor mean(Channels sums, std::int64_t weight) const {
-        const std::uint64_t factor = factors_[weight];
+        const std::uint64_t factor = factors_[static_cast<std::size_t>(weight)];
         const auto quotient = [factor](std::uint64_t sum) {
             return static_cast<std::uint32_t>((sum & kChannelMask) * factor >> kBits);
         };
@@ -279,8 +279,8 @@ void PrivRotateDirect(const TRV_Picture& source, TRV_Picture& result, double ang
 }
 
 void PrivRotateFast(const TRV_Picture& source, TRV_Picture& result, double angle, int frame_color) {
-    constexpr int kWholePixels = 0;
-    Rotator<kWholePixels>(source, result, angle, frame_color, "TRV_FreeRotateFast").run();
+    constexpr int kNoFraction = 0;
+    Rotator<kNoFraction>(source, result, angle, frame_color, "TRV_FreeRotateFast").run();
 }
 
 REALpictureStruct* PrivFreeRotateDirect_NonVector(REALpictureStruct* p, double rotation, int frame_color) {

@@ -5,14 +5,11 @@
 #include <cstddef>
 
 #include "pixel_runs.h"
-#include "row_clones.h"
+#include "rows.h"
+#include "stored_words.h"
 #include "transpose.h"
 
 namespace {
-
-TARVO_ROW_CLONES void reverse_row(const PixelColor* colors, PixelColor* reversed, std::size_t count) {
-    for (std::size_t x = 0; x < count; ++x) reversed[x] = colors[count - 1 - x];
-}
 
 // --- rows stay rows --------------------------------------------------------------------------------------------------
 
@@ -26,25 +23,18 @@ void mirror(const Mirroring& how, const TRV_Picture& source, TRV_Picture& result
     const std::int32_t width = std::min(source.width(), result.width());
     const std::int32_t height = std::min(source.height(), result.height());
     YieldBudget budget(yield);
-    Chunk colors, reversed;
-    for (std::int32_t row = 0; row < height; ++row) {
+    const std::int32_t column = how.left_right ? source.width() - width : 0;
+    for (std::int32_t i = 0; i < height; ++i) {
         budget.before_row(result.width());
-        const std::int32_t source_row = how.top_bottom ? source.height() - 1 - row : row;
-        for_each_chunk(0, width - 1, [&](std::int32_t column, std::size_t count) {
-            const std::int32_t mirrored = source.width() - column - static_cast<std::int32_t>(count);
-            const std::span run(colors.data(), count);
-            (source.*how.access.read)(source_row, how.left_right ? mirrored : column, run, how.caller);
-            if (how.left_right) reverse_row(colors.data(), reversed.data(), count);
-            (result.*how.access.write)(row, column, how.left_right ? std::span(reversed.data(), count) : run,
-                                       how.caller);
-        });
+        // Downwards in the source, as memory is read ahead.
+        const Place from = {how.top_bottom ? source.height() - height + i : i, column};
+        const Place to = {how.top_bottom ? height - 1 - i : i, 0};
+        const auto move = how.left_right ? mirror_run : copy_run;
+        move(source, from, result, to, width, how.caller, how.access);
     }
 }
 
 // --- columns become rows ---------------------------------------------------------------------------------------------
-
-constexpr std::int32_t kTile = 64;
-using Tile = std::array<PixelColor, std::size_t{kTile} * kTile>;
 
 // Of a source with less than a byte a pixel, each row gives its first pixel for all of its columns: addresses are
 // counted in whole bytes, bit 0 is read.
@@ -69,42 +59,129 @@ struct Turning {
     const char* caller;
 };
 
-constexpr Block<PixelColor> block_of(Tile& tile) { return {tile.data(), kTile}; }
+// A band of the result: its rows from `row` on, `count` of them.
+struct Band {
+    const Turning& how;
+    const TRV_Picture& source;
+    TRV_Picture& result;
+    std::int32_t row, count;
 
-// The result's rows from `row` on, `count` of them.
-void turn_band(const Turning& how, const TRV_Picture& source, TRV_Picture& result, std::int32_t row,
-               std::int32_t count, std::int32_t width) {
-    Tile rows, columns;
-    const std::int32_t source_column = how.reverses_columns ? source.width() - row - count : row;
-    const auto source_row = [&](std::int32_t column) {
+    std::int32_t source_column() const { return how.reverses_columns ? source.width() - row - count : row; }
+    std::int32_t source_row(std::int32_t column) const {
         return how.reverses_rows ? source.height() - 1 - column : column;
+    }
+    // The row that takes the source's column `source_column() + index`.
+    std::int32_t result_row(std::int32_t index) const { return row + (how.reverses_columns ? count - 1 - index : index); }
+};
+
+// Any pictures, as colours.
+class ColorTurner {
+public:
+    static constexpr std::int32_t kRows = 64;  // of a band
+
+    void turn(const Band& band, std::int32_t width) {
+        for (std::int32_t column = 0; column < width; column += kRows)
+            turn_tile(band, column, std::min(kRows, width - column));
+    }
+
+private:
+    using Tile = std::array<PixelColor, std::size_t{kRows} * kRows>;
+    static Block<PixelColor> block_of(Tile& tile) { return {tile.data(), kRows}; }
+
+    void turn_tile(const Band& band, std::int32_t column, std::int32_t width) {
+        for (std::int32_t x = 0; x < width; ++x) {
+            const std::span run(block_of(rows_).row(x), static_cast<std::size_t>(band.count));
+            band.how.read(band.source, band.source_row(column + x), band.source_column(), run, band.how.caller);
+        }
+        transpose({rows_.data(), kRows}, width, band.count, block_of(columns_));
+        for (std::int32_t y = 0; y < band.count; ++y) {
+            const std::span run(block_of(columns_).row(y), static_cast<std::size_t>(width));
+            (band.result.*band.how.write)(band.result_row(y), column, run, band.how.caller);
+        }
+    }
+
+    Tile rows_, columns_;
+};
+
+// Pictures of 32 bits, as their pixels are stored. Bands are as high as a cache line of the source is wide, and are
+// written in whole cache lines: what does not fill one waits for the next tile.
+class WordTurner {
+public:
+    static constexpr std::int32_t kRows = 16;  // of a band
+
+    static bool fits(const TRV_Picture& picture) {
+        for (std::int32_t row = 0; row < picture.height(); ++row)
+            if (!picture.WordsAt(row, 0)) return false;
+        return true;
+    }
+
+    void turn(const Band& band, std::int32_t width) {
+        find_rows(band, 0, width);
+        for (std::int32_t y = 0; y < band.count; ++y) waiting_[y] = 0;
+        for (std::int32_t column = 0; column < width; column += kColumns) {
+            const std::int32_t columns = std::min(kColumns, width - column);
+            for (std::int32_t x = 0; x < columns; x += kTurnedRows)
+                turn_words(&from_[x], bytes_of(rows_[0].tile + x), sizeof(Row), static_cast<std::size_t>(band.count));
+            const bool last = column + columns == width;
+            if (!last) find_rows(band, column + columns, width);
+            for (std::int32_t y = 0; y < band.count; ++y) write(band, y, column, columns, last);
+        }
+    }
+
+private:
+    static constexpr std::int32_t kColumns = 128;
+    static constexpr std::int32_t kWord = 4;
+    static constexpr std::int32_t kLineWords = 16;
+    struct alignas(kLineWords * kWord) Row {
+        std::uint32_t before[kLineWords];  // the last of them wait
+        std::uint32_t tile[kColumns];
     };
-    for (std::int32_t column = 0; column < width; column += kTile) {
-        const std::int32_t tile_width = std::min(kTile, width - column);
-        for (std::int32_t x = 0; x < tile_width; ++x) {
-            const std::span run(block_of(rows).row(x), static_cast<std::size_t>(count));
-            how.read(source, source_row(column + x), source_column, run, how.caller);
-            const std::int32_t later = column + x + kTile;
-            if (later < width) source.Prefetch(source_row(later), source_column, run.size());
+    static std::uint8_t* bytes_of(std::uint32_t* words) { return reinterpret_cast<std::uint8_t*>(words); }
+
+    // The source's rows for a tile, which are asked for at once. A tile's last few may stand for none: nobody writes them.
+    void find_rows(const Band& band, std::int32_t column, std::int32_t width) {
+        for (std::int32_t x = 0; x < kColumns; ++x) {
+            from_[x] = band.source.WordsAt(band.source_row(std::min(column + x, width - 1)), band.source_column());
+            __builtin_prefetch(from_[x]);
+            __builtin_prefetch(from_[x] + (band.count - 1) * kWord);
         }
-        transpose({rows.data(), kTile}, tile_width, count, block_of(columns));
-        for (std::int32_t y = 0; y < count; ++y) {
-            const std::int32_t line = how.reverses_columns ? count - 1 - y : y;
-            const std::span run(block_of(columns).row(line), static_cast<std::size_t>(tile_width));
-            (result.*how.write)(row + y, column, run, how.caller);
-        }
+    }
+
+    void write(const Band& band, std::int32_t y, std::int32_t column, std::int32_t columns, bool last) {
+        std::uint32_t* const words = rows_[y].tile - waiting_[y];
+        std::uint8_t* const to = band.result.WordsAt(band.result_row(y), column) - waiting_[y] * kWord;
+        const std::int32_t ready = waiting_[y] + columns;
+        const bool streams = band.result.streams();
+        const std::int32_t past = last || !streams ? 0 : words_past_line(to + ready * kWord);
+        copy_words(bytes_of(words), to, static_cast<std::size_t>(ready - past), streams);
+        std::copy_n(words + ready - past, past, rows_[y].tile - past);
+        waiting_[y] = past;
+    }
+    static std::int32_t words_past_line(const std::uint8_t* end) {
+        return static_cast<std::int32_t>(reinterpret_cast<std::uintptr_t>(end) / kWord % kLineWords);
+    }
+
+    std::array<Row, kRows> rows_;
+    std::array<const std::uint8_t*, kColumns> from_;
+    std::array<std::int32_t, kRows> waiting_;  // words
+};
+
+template <class Turner>
+void turn_bands(const Turning& how, const TRV_Picture& source, TRV_Picture& result, int yield) {
+    const std::int32_t width = std::min(source.height(), result.width());
+    const std::int32_t height = std::min(source.width(), result.height());
+    YieldBudget budget(yield);
+    Turner turner;
+    for (std::int32_t done = 0; done < height; done += Turner::kRows) {
+        const std::int32_t count = std::min(Turner::kRows, height - done);
+        for (std::int32_t i = 0; i < count; ++i) budget.before_row(result.width());
+        turner.turn({how, source, result, how.last_row_first ? height - done - count : done, count}, width);
     }
 }
 
 void turn(const Turning& how, const TRV_Picture& source, TRV_Picture& result, int yield) {
-    const std::int32_t width = std::min(source.height(), result.width());
-    const std::int32_t height = std::min(source.width(), result.height());
-    YieldBudget budget(yield);
-    for (std::int32_t done = 0; done < height; done += kTile) {
-        const std::int32_t count = std::min(kTile, height - done);
-        for (std::int32_t i = 0; i < count; ++i) budget.before_row(result.width());
-        turn_band(how, source, result, how.last_row_first ? height - done - count : done, count, width);
-    }
+    const bool as_stored = WordTurner::fits(source) && WordTurner::fits(result);
+    (as_stored ? turn_bands<WordTurner> : turn_bands<ColorTurner>)(how, source, result, yield);
 }
 
 }  // namespace

@@ -5,8 +5,7 @@
 
 #include "area_average.h"
 #include "forms.h"
-#include "pixel_runs.h"
-#include "transpose.h"
+#include "rows.h"
 
 namespace {
 
@@ -25,97 +24,63 @@ void read_run(const TRV_Picture& source, std::int32_t row, std::int32_t column, 
     }
 }
 
-// --- along rows: rows side by side, a tile's columns as lines --------------------------------------------------------
+// Rows are walked in runs, all rows of a run before the next: a run's sums stay in the first-level cache.
 
-constexpr std::int32_t kTile = 64;
+constexpr const char* kRowsCaller = "Priv_StetchHorizontal";
+constexpr const char* kColumnsCaller = "Priv_StetchVertical";
 
-class RowsAsLanes {
-public:
-    RowsAsLanes(const TRV_Picture& source, TRV_Picture& destination, std::int32_t row, std::int32_t count)
-        : source_(source), destination_(destination), row_(row), count_(count) {}
+void prefetch_run(const TRV_Picture& source, std::int32_t row, std::int32_t column, std::size_t count) {
+    constexpr std::int32_t kRowsAhead = 2;
+    if (row + kRowsAhead < source.height()) source.Prefetch(row + kRowsAhead, column, count);
+}
 
-    const PixelColor* read(std::int32_t column) {
-        if (column % kTile == 0) load(column, std::min(kTile, source_.width() - column));
-        return tile_line(sources_, column);
-    }
-    PixelColor* out(std::int32_t column) { return tile_line(results_, column); }
-    void done(std::int32_t column) {
-        if (column % kTile == kTile - 1 || column == destination_.width() - 1) store(column / kTile * kTile, column + 1);
-    }
+void average_row(RowAverage& across, const TRV_Picture& source, std::int32_t row, PixelColor* out) {
+    prefetch_run(source, row, across.source_column(), across.source_count());
+    across.average([&](std::int32_t column, std::span<PixelColor> colors) { read_run(source, row, column, colors, kRowsCaller); },
+                   out);
+}
 
-private:
-    static constexpr const char* kCaller = "Priv_StetchHorizontal";
-    using Tile = std::array<PixelColor, std::size_t{kTile} * kTile>;
-    static PixelColor* tile_line(Tile& tile, std::int32_t line) { return &tile[std::size_t{kTile} * (line % kTile)]; }
-
-    void load(std::int32_t column, std::int32_t columns) {
-        const std::int32_t later = column + columns, ahead = std::min(kTile, source_.width() - later);
-        for (std::int32_t i = 0; i < count_; ++i) {
-            read_run(source_, row_ + i, column, {tile_line(rows_, i), std::size_t(columns)}, kCaller);
-            source_.Prefetch(row_ + i, later, std::size_t(ahead));
-        }
-        transpose({rows_.data(), kTile}, count_, columns, {sources_.data(), kTile});
-    }
-    void store(std::int32_t column, std::int32_t end) {
-        const std::int32_t columns = end - column;
-        transpose({results_.data(), kTile}, columns, count_, {rows_.data(), kTile});
-        for (std::int32_t i = 0; i < count_; ++i)
-            destination_.SetPixelBits(row_ + i, column, {tile_line(rows_, i), std::size_t(columns)}, kCaller);
-    }
-
-    const TRV_Picture& source_;
-    TRV_Picture& destination_;
-    std::int32_t row_, count_;
-    Tile rows_, sources_, results_;
-};
-
-// --- along columns: a run of each row is a line ----------------------------------------------------------------------
-
-using WriteRun = void(TRV_Picture& destination, std::int32_t row, std::int32_t column, std::span<PixelColor> colors,
+using WriteRun = void(TRV_Picture& destination, std::int32_t row, std::int32_t column, std::span<const PixelColor> colors,
                       const char* caller);
 
-void write_colors(TRV_Picture& destination, std::int32_t row, std::int32_t column, std::span<PixelColor> colors,
+void write_colors(TRV_Picture& destination, std::int32_t row, std::int32_t column, std::span<const PixelColor> colors,
                   const char* caller) {
     destination.SetPixelBits(row, column, colors, caller);
 }
 
 // As `read_run` reads: always bit 0.
-void write_red_as_grey(TRV_Picture& destination, std::int32_t row, std::int32_t column, std::span<PixelColor> colors,
-                       const char* caller) {
-    for (PixelColor& color : colors) color = grey(red_of(color));
+void write_red_as_grey(TRV_Picture& destination, std::int32_t row, std::int32_t column,
+                       std::span<const PixelColor> colors, const char* caller) {
+    Chunk levels;
+    std::ranges::transform(colors, levels.begin(), [](PixelColor color) { return grey(red_of(color)); });
     const std::int32_t bits = destination.bitsPerPixel();
     std::uint8_t* const start = destination.RowStart(row);
-    if (bits == 0 || !start) return destination.SetPixels(row, column, colors, caller);
-    for (const PixelColor color : colors) {
-        const auto byte = std::int64_t{column++} * bits / 8;
-        destination.SetPixel(start + byte, 0, color, destination.depth(), caller);
+    if (bits == 0 || !start) return destination.SetPixels(row, column, {levels.data(), colors.size()}, caller);
+    for (std::size_t x = 0; x < colors.size(); ++x) {
+        const auto byte = (std::int64_t{column} + static_cast<std::int64_t>(x)) * bits / 8;
+        destination.SetPixel(start + byte, 0, levels[x], destination.depth(), caller);
     }
 }
 
-class ColumnsAsLanes {
-public:
-    ColumnsAsLanes(const TRV_Picture& source, TRV_Picture& destination, std::int32_t column, std::size_t count,
-                   WriteRun& write)
-        : source_(source), destination_(destination), column_(column), count_(count), write_(write) {}
-
-    const PixelColor* read(std::int32_t row) {
-        if (row + 1 < source_.height()) source_.Prefetch(row + 1, column_, count_);
-        read_run(source_, row, column_, {line_.data(), count_}, kCaller);
-        return line_.data();
+// A result that covers nothing of the source is black.
+void blacken(TRV_Picture& destination, std::int32_t column, std::size_t count, WriteRun& write) {
+    for (std::int32_t row = 0; row < destination.height(); ++row) {
+        Chunk black{};
+        write(destination, row, column, {black.data(), count}, kColumnsCaller);
     }
-    PixelColor* out(std::int32_t) { return result_.data(); }
-    void done(std::int32_t row) { write_(destination_, row, column_, {result_.data(), count_}, kCaller); }
+}
 
-private:
-    static constexpr const char* kCaller = "Priv_StetchVertical";
-
-    const TRV_Picture& source_;
-    TRV_Picture& destination_;
-    std::int32_t column_;
-    std::size_t count_;
-    WriteRun& write_;
-    Chunk line_, result_;
-};
+// Makes a run of all rows of the destination from the source's, which `read(row)` gives.
+template <class Read>
+void average_columns(const AxisWeights& weights, TRV_Picture& destination, std::int32_t column, std::size_t count,
+                     WriteRun& write, Read read) {
+    if (!weights.cover()) return blacken(destination, column, count, write);
+    ColumnAverage down(weights, count);
+    for (std::int32_t row = 0; row < weights.source_lines; ++row)
+        down.take(read(row), [&](std::int32_t result_row, const PixelColor* colors) {
+            write(destination, result_row, column, {colors, count}, kColumnsCaller);
+        });
+}
 
 void stretch_columns(const TRV_Picture& source, TRV_Picture& destination, int yield, WriteRun& write) {
     const AxisWeights weights(source.height(), destination.height());
@@ -123,9 +88,42 @@ void stretch_columns(const TRV_Picture& source, TRV_Picture& destination, int yi
     const std::int32_t width = std::min(source.width(), destination.width());
     for_each_chunk(0, width - 1, [&](std::int32_t column, std::size_t count) {
         for (std::size_t i = 0; i < count; ++i) budget.before_row(destination.height());
-        ColumnsAsLanes lines(source, destination, column, count, write);
-        average_lines(weights, count, lines);
+        Chunk line;
+        average_columns(weights, destination, column, count, write, [&](std::int32_t row) {
+            prefetch_run(source, row, column, count);
+            read_run(source, row, column, {line.data(), count}, kColumnsCaller);
+            for (PixelColor& color : line) color &= 0xFFFFFF;
+            return line.data();
+        });
     });
+}
+
+// --- along both at once ----------------------------------------------------------------------------------------------
+
+// As if one went after the other, by way of an intermediate picture that keeps every bit. The host gets control as often.
+void stretch_both(const TRV_Picture& source, TRV_Picture& result, int yield) {
+    const AxisWeights across(source.width(), result.width()), down(source.height(), result.height());
+    YieldBudget row_budget(yield), column_budget(yield);
+    for_each_chunk(0, result.width() - 1, [&](std::int32_t column, std::size_t count) {
+        for (std::size_t i = 0; i < count; ++i) column_budget.before_row(result.height());
+        RowAverage row_average(across, column, count);
+        Chunk line;
+        average_columns(down, result, column, count, write_colors, [&](std::int32_t row) {
+            if (column == 0) row_budget.before_row(result.width());
+            average_row(row_average, source, row, line.data());
+            return line.data();
+        });
+    });
+}
+
+// Stretches by way of an intermediate picture. It decides what a colour loses on the way, and a mask what it does not
+// have; where that is nothing, the picture has only to be there.
+void stretch_by_way_of(TRV_Picture& intermediate, const TRV_Picture& source, TRV_Picture& result, int yield) {
+    const bool keeps_colors = intermediate.depth() == 24 || intermediate.depth() == 32;
+    const bool fits = intermediate.width() == result.width() && intermediate.height() == source.height();
+    if (keeps_colors && fits) return stretch_both(source, result, yield);
+    Priv_StetchHorizontal(source, intermediate, yield);
+    Priv_StetchVertical(intermediate, result, yield);
 }
 
 // --- both forms ------------------------------------------------------------------------------------------------------
@@ -162,12 +160,15 @@ void Priv_StetchHorizontal(const TRV_Picture& source, TRV_Picture& destination, 
     const AxisWeights weights(source.width(), destination.width());
     YieldBudget budget(yield);
     const std::int32_t height = std::min(source.height(), destination.height());
-    for (std::int32_t row = 0; row < height; row += kTile) {
-        const std::int32_t count = std::min(kTile, height - row);
-        for (std::int32_t i = 0; i < count; ++i) budget.before_row(destination.width());
-        RowsAsLanes lines(source, destination, row, count);
-        average_lines(weights, count, lines);
-    }
+    for_each_chunk(0, destination.width() - 1, [&](std::int32_t column, std::size_t count) {
+        RowAverage across(weights, column, count);
+        Chunk line;
+        for (std::int32_t row = 0; row < height; ++row) {
+            if (column == 0) budget.before_row(destination.width());
+            average_row(across, source, row, line.data());
+            destination.SetPixelBits(row, column, {line.data(), count}, kRowsCaller);
+        }
+    });
 }
 
 void Priv_StetchVertical(const TRV_Picture& source, TRV_Picture& destination, int yield) {
@@ -181,8 +182,7 @@ void Priv_StetchVerticalMask(const TRV_Picture& source, TRV_Picture& destination
 void PrivStretch_NonVector_NoMask(TRV_Picture& source, TRV_Picture& result, int yield) {
     TRV_Picture intermediate(result.width(), source.height(), result_depth(result), false);
     if (!intermediate.Lock()) return SetError(ErrorCode::intermediate_lock);
-    Priv_StetchHorizontal(source, intermediate, yield);
-    Priv_StetchVertical(intermediate, result, yield);
+    stretch_by_way_of(intermediate, source, result, yield);
 }
 
 void PrivStretch_NonVector_Mask(TRV_Picture& source, TRV_Picture& result, int yield) {
@@ -192,10 +192,8 @@ void PrivStretch_NonVector_Mask(TRV_Picture& source, TRV_Picture& result, int yi
     TRV_Picture intermediate(result.width(), source.height(), result_depth(result), false);
     TRV_Picture intermediate_mask(result.width(), source.height(), kMaskDepth, false);
     if (!intermediate.Lock() || !intermediate_mask.Lock()) return SetError(ErrorCode::intermediate_lock);
-    Priv_StetchHorizontal(source, intermediate, yield);
-    Priv_StetchHorizontal(source_mask, intermediate_mask, yield);
-    Priv_StetchVertical(intermediate, result, yield);
-    Priv_StetchVertical(intermediate_mask, result_mask, yield);
+    stretch_by_way_of(intermediate, source, result, yield);
+    stretch_by_way_of(intermediate_mask, source_mask, result_mask, yield);
 }
 
 // A result that cannot be made leaves no code.

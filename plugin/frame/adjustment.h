@@ -32,10 +32,11 @@ typename Form::Handle adjust_region(const Form& form, typename Form::Handle p, R
     if (!source.Lock()) return Fail(ErrorCode::source_lock);
     const Region region = SelectRegion(source, rect);
     if (region.empty()) return Fail(ErrorCode::selection);
-    const bool copies_mask = mask == SourceMask::copied && source.HasMask();
-    return form.produce(source.width(), source.height(), result_depth(source), copies_mask, [&](TRV_Picture& result) {
+    const bool copies_mask = mask == SourceMask::copied;
+    const bool with_mask = copies_mask && form.makes_masks && source.HasMask();
+    return form.produce(source.width(), source.height(), result_depth(source), with_mask, [&](TRV_Picture& result) {
         paint(source, result, region);
-        // Asked again: the program may have taken the mask away while the host had control.
+        // Not before: the program may have given the source a mask, or taken it away, while the host had control.
         if (copies_mask && source.HasMask()) CopySourceMask(source, result, caller);
     });
 }

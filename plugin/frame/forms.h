@@ -15,12 +15,14 @@
 struct PictureForm {
     using Handle = REALpictureStruct*;
 
+    // A result's mask is made with the result. Here, binding the result's mask makes one.
+    static constexpr bool makes_masks = false;
     // Left when the result cannot be locked.
     ErrorCode refusal = ErrorCode::result_lock;
 
     static TRV_Picture bind(Handle picture) { return TRV_Picture(picture, false); }
 
-    // Makes the result and has it painted. `withMask` is for the other form: here, binding the result's mask makes one.
+    // Makes the result and has it painted.
     template <class Paint>
     Handle produce(std::int32_t width, std::int32_t height, std::int32_t depth, bool /*withMask*/, Paint paint) const {
         HostReference<REALpictureStruct> made;
@@ -37,6 +39,7 @@ struct PictureForm {
 struct ClientForm {
     using Handle = REALobjectStruct*;
 
+    static constexpr bool makes_masks = true;
     bool as_picture;
 
     static TRV_Picture bind(Handle clientPicture) {

@@ -11,33 +11,68 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "rows.h"
+#include "pixel_maps.h"
 
-// Mix the changed colours into the source's, in place. In 256ths a weight of 0 leaves the whole word, top byte
-// included; in 255ths the top byte becomes 0.
-void mix_in_256ths(PixelColor* colors, const PixelColor* changed, const PixelColor* masks, std::size_t count);
-void mix_in_255ths(PixelColor* colors, const PixelColor* changed, const PixelColor* masks, std::size_t count);
+// Red and blue share a word: what is mixed of them has 16 bits each.
+inline constexpr PixelColor kRedBlue = 0xFF00FF;
 
-// n / 255 for n from 0 to 65534.
-[[gnu::always_inline]] constexpr std::uint32_t divided_by_255(std::uint32_t n) { return (n + 1 + (n >> 8)) >> 8; }
+// from * (full - weight) + to * weight.
+TARVO_INLINED constexpr std::uint32_t mixed(std::uint32_t from, std::uint32_t to, std::uint32_t weight,
+                                            std::uint32_t full) {
+    return from * full + (to - from) * weight;
+}
+
+// n / 255 for n from 0 to 65534; and for two at once.
+TARVO_INLINED constexpr std::uint32_t divided_by_255(std::uint32_t n) { return (n + 1 + (n >> 8)) >> 8; }
+TARVO_INLINED constexpr std::uint32_t both_divided_by_255(std::uint32_t red_blue) {
+    return (red_blue + 0x10001 + (red_blue >> 8 & kRedBlue)) >> 8 & kRedBlue;
+}
+
+// Kernels: mix the changed colours into the source's. In 256ths a weight of 0 leaves the whole word, top byte included;
+// in 255ths the top byte becomes 0.
+struct MixIn256ths {
+    TARVO_INLINED void operator()(PixelColor* colors, const PixelColor* changed, const PixelColor* masks) const {
+        for (std::size_t x = 0; x < kBlockPixels; ++x) {
+            const std::uint32_t level = masks[x] & 255;
+            const std::uint32_t weight = level + (level >> 7);
+            const std::uint32_t red_blue = mixed(colors[x] & kRedBlue, changed[x] & kRedBlue, weight, 256);
+            const std::uint32_t green = mixed(green_of(colors[x]), green_of(changed[x]), weight, 256);
+            colors[x] = weight ? (red_blue >> 8 & kRedBlue) | (green & 0xFF00) : colors[x];
+        }
+    }
+};
+
+struct MixIn255ths {
+    TARVO_INLINED void operator()(PixelColor* colors, const PixelColor* changed, const PixelColor* masks) const {
+        for (std::size_t x = 0; x < kBlockPixels; ++x) {
+            const std::uint32_t level = masks[x] & 255;
+            const std::uint32_t red_blue = mixed(colors[x] & kRedBlue, changed[x] & kRedBlue, level, 255);
+            const std::uint32_t green = mixed(green_of(colors[x]), green_of(changed[x]), level, 255);
+            colors[x] = both_divided_by_255(red_blue) | divided_by_255(green) << 8;
+        }
+    }
+};
 
 // One channel, for row loops whose changed channels go beyond 0..255; up to 2^22 either way.
-[[gnu::always_inline]] constexpr std::uint32_t mixed_in_255ths_and_clamped(std::uint32_t source, std::int32_t changed,
-                                                                           std::uint32_t level) {
+TARVO_INLINED constexpr std::uint32_t mixed_in_255ths_and_clamped(std::uint32_t source, std::int32_t changed,
+                                                                  std::uint32_t level) {
     const auto x = static_cast<std::int32_t>(source);
     const std::int32_t sum = x * 255 + (changed - x) * static_cast<std::int32_t>(level);
     return divided_by_255(static_cast<std::uint32_t>(std::clamp(sum, 0, 255 * 255)));
 }
 
-// result = source, changed by `transform(colors, count)` as far as `mix` lets the mask say.
-template <class Transform>
-void transform_by_mask(const TRV_Picture& source, const TRV_Picture& mask, TRV_Picture& result, int yield,
-                       const char* caller, Transform transform, decltype(mix_in_255ths) mix) {
-    combine_pictures(source, mask, result, yield, caller,
-                     [&](PixelColor* colors, const PixelColor* masks, std::size_t count) {
-                         Chunk changed;
-                         std::copy_n(colors, count, changed.begin());
-                         transform(changed.data(), count);
-                         mix(colors, changed.data(), masks, count);
-                     });
-}
+// A kernel that changes the source's colours by `change` as far as `Mix` lets the mask say.
+template <class Change, class Mix>
+struct ByMask {
+    Change change;
+    Mix mix;
+
+    TARVO_INLINED void operator()(PixelColor* colors, const PixelColor* masks) const {
+        ColorBlock changed;
+        std::copy_n(colors, kBlockPixels, changed.colors);
+        change(changed.colors);
+        mix(colors, changed.colors, masks);
+    }
+};
+template <class Change, class Mix>
+ByMask(Change, Mix) -> ByMask<Change, Mix>;

@@ -114,6 +114,19 @@ TEST_F(ApplyTest, PrintsWhatComesBackInArguments) {
     EXPECT_EQ(colors_of(file("out.ppm")), kColors);  // the picture in hand stays
 }
 
+TEST_F(ApplyTest, AnythingCanStandWhereAnAnswerComesBack) {
+    for (const std::string written : {"1.5, 0, 0", "nil, true, &cFFFFFF", "red, \"green\", rect(1, 2, 3, 4)"}) {
+        const Ending run = tool({"apply", "-q", small(), "TRV_GetAverageRGB(nil, " + written + ")"});
+        EXPECT_EQ(run.status, 0) << run.err;
+        EXPECT_EQ(run.out, "red = 88\ngreen = 104\nblue = 120\n") << written;
+    }
+    EXPECT_EQ(tool({"apply", "-q", small(), "TRV_MakeMemoryBlock(nil, false, nil)"}).out,
+              "TRV_MakeMemoryBlock = a MemoryBlock of 16 bytes\nrow_bytes = 8\n");
+    EXPECT_EQ(apply_sample({"-q", small(), "Measure(nil, x, y)", "Measure(1, 1.5, 0)", "Measure(0.25, 0, true)"}).out,
+              "share = 0.5\ncount = -7\nfound = true\nshare = 1.5\ncount = -7\nfound = true\n"
+              "share = 0.75\ncount = -7\nfound = true\n");
+}
+
 TEST_F(ApplyTest, HostThatIsRefusedAppliesNothing) {
     const Ending run = tool({"apply", "--host-version", "2004", small(), "TRV_Add(nil, 0)", "-o", file("out.ppm")});
     EXPECT_EQ(run.status, 1);
@@ -202,10 +215,36 @@ TEST_F(ApplyTest, ErrorsInACallAreShownInItsText) {
 TEST_F(ApplyTest, CallsThatFitNoMethodAreRefused) {
     const Ending unknown = apply_sample({small(), "  Nonsense(1)"});
     EXPECT_EQ(unknown.status, 2);
-    EXPECT_EQ(unknown.err, "tarvo: there is no method for picture.Nonsense(integer)\n    Nonsense(1)\n    ^\n");
+    EXPECT_EQ(unknown.err, "tarvo: there is no method Nonsense\n    Nonsense(1)\n    ^\n");
     EXPECT_EQ(apply_sample({small(), "SamePicture(true)"}).status, 2);
     EXPECT_EQ(apply_sample({small(), "SamePicture(1, 2)"}).status, 2);
     EXPECT_EQ(apply_sample({small(), "Halves(true)"}).status, 2);
+}
+
+TEST_F(ApplyTest, UnknownMethodsAreToldBeforeAnyFileIsRead) {
+    const Ending run = tool({"apply", file("none.ppm"), "TRV_Ad(none.png, 0)"});
+    EXPECT_EQ(run.status, 2);
+    EXPECT_EQ(run.err, "tarvo: there is no method TRV_Ad\n  TRV_Ad(none.png, 0)\n  ^\n");
+}
+
+TEST_F(ApplyTest, WordsWhereNoFileIsWantedAreRefused) {
+    const struct {
+        std::string call, wanted, word;
+    } rows[] = {
+        {"TRV_AdjustHSV(nil, 1, 1, 1, flase, 0)", "boolean", "flase"},
+        {"TRV_AdjustContrast(nil, c808080, 1, 1, 1, 0)", "color", "c808080"},
+        {"TRV_Downsample(four)", "integer", "four"},
+        {"TRV_FreeRotateByShear(right, 0)", "double", "right"},
+        {"TRV_ShearHorizontal(3, 3, 0.5, white, 0)", "color", "white"},
+    };
+    for (const auto& [call, wanted, word] : rows) {
+        const Ending run = tool({"apply", small(), call});
+        EXPECT_EQ(run.status, 2) << call;
+        EXPECT_EQ(run.err, "tarvo: expected " + wanted + ", found the file name \"" + word + "\"\n  " + call + "\n  " +
+                               std::string(call.find(word), ' ') + "^\n");
+    }
+    const Ending text = apply_sample({small(), "Echo(word)"});
+    EXPECT_EQ(text.err, "tarvo: expected string, found the file name \"word\"\n  Echo(word)\n       ^\n");
 }
 
 TEST_F(ApplyTest, ClassesThatThePluginLacksAreTold) {

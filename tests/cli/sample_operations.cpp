@@ -85,6 +85,15 @@ void misuse(REALpictureStruct*) {
     service<void(REALobjectStruct*)>("REALLockObject")(reinterpret_cast<REALobjectStruct*>(&g_error));
 }
 
+// What the tool calls of its own accord.
+
+REALpictureStruct* convert_to_picture(REALstringStruct*) {
+    misuse(nullptr);
+    return service<REALpictureStruct*(long, long, long)>("newPicture")(2, 1, 32);
+}
+
+REALpictureStruct* capture_screen(REALobjectStruct*, REALobjectStruct*) { return convert_to_picture(nullptr); }
+
 // --- classes that keep what they are given --------------------------------------------------------------------------
 
 struct Matrix {
@@ -153,6 +162,8 @@ const REALmethodDefinition g_methods[] = {
     method(show, "Show(extends p as picture)"),
     method(halves, "Halves(count as integer) as double"),
     method(misuse, "Misuse(extends p as picture)"),
+    method(convert_to_picture, "TRV_ConvertToPicture(extends s as string) as picture"),
+    method(capture_screen, "TRV_ScreenCapture(extends s as screen, r as TRV_Rectangle) as picture"),
     method(matrix_element,
            "MatrixElement(extends p as picture, m as TRV_ColorMatrix, i as integer, j as integer) as double"),
     method(coefficient_count, "CoefficientCount(extends p as picture, c as TRV_Convolution) as integer"),

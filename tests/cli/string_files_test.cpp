@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "../host/watched_memory.h"
 #include "tool.h"
 
 namespace tarvo::cli {
@@ -70,8 +71,59 @@ TEST_F(StringFiles, ThatCannotBeReadOrWrittenAreTold) {
     const Ending nowhere = tool({"convert", picture(), "-o", file("no/folder.trv")});
     EXPECT_EQ(nowhere.status, 3);
     EXPECT_EQ(nowhere.err.rfind("tarvo: " + file("no/folder.trv") + ": ", 0), 0u) << nowhere.err;
-    EXPECT_EQ(tool({"convert", picture(), "-o", file("out.txt")}).status, 3);
     EXPECT_EQ(tool({"convert", picture()}).status, 2);
+}
+
+TEST_F(StringFiles, AreAmongTheEndingsThatAMessageNames) {
+    const Ending run = tool({"convert", picture(), "-o", file("noext")});
+    EXPECT_EQ(run.status, 3);
+    EXPECT_EQ(run.err, "tarvo: " + file("noext") +
+                           ": the name ends in none of .png, .jpg, .jpeg, .pbm, .pgm, .ppm, .pam, .trv\n");
+}
+
+TEST_F(StringFiles, AreToldInOneLineWhateverTheirName) {
+    const Ending run = tool({"convert", text_file("two\nlines.trv", "x"), "-o", file("out.ppm")});
+    EXPECT_EQ(run.status, 3);
+    EXPECT_EQ(run.err, "tarvo: " + file("two?lines.trv") + ": this is no string that a picture can be made of\n");
+}
+
+TEST_F(StringFiles, LongerThanAStringAreRefused) {
+    std::filesystem::resize_file(text_file("long.trv", ""), std::uintmax_t{1} << 31);
+    const Ending run = tool({"convert", file("long.trv"), "-o", file("out.ppm")});
+    EXPECT_EQ(run.status, 3);
+    EXPECT_EQ(run.err, "tarvo: " + file("long.trv") + ": larger than 2147483647 bytes\n");
+}
+
+TEST_F(StringFiles, ThatMemoryCannotHoldAreTold) {
+#ifdef WATCHED_MEMORY
+    GTEST_SKIP() << "AddressSanitizer needs all addresses";
+#endif
+    // As long as a string can be: memory is what they lack.
+    for (const std::uintmax_t size : {std::uintmax_t{300} << 20, (std::uintmax_t{1} << 31) - 1}) {
+        std::filesystem::resize_file(text_file("large.trv", ""), size);
+        const Ending run = shell("ulimit -v 200000 && tarvo convert large.trv -o out.ppm");
+        EXPECT_EQ(run.status, 3);
+        EXPECT_EQ(run.err, "tarvo: large.trv: not enough memory\n") << size;
+    }
+}
+
+TEST_F(StringFiles, ThatCannotBeReadAgainAreNoted) {
+    const std::string bits = text_file("bits.pbm", "P4\n2 1\n\x40");
+    const Ending run = tool({"convert", bits, "--keep-depth", "-o", file("bits.trv")});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.err, "note: " + file("bits.trv") + " holds a string that TRV_ConvertToPicture makes no picture of\n");
+    EXPECT_EQ(tool({"convert", file("bits.trv"), "-o", file("out.ppm")}).status, 3);
+    EXPECT_EQ(tool({"convert", bits, "-o", file("bits.trv")}).err, "");
+    const std::string nothing = "TRV_AdjustRGB_InPlace(nil, 0, 0, 0)";
+    EXPECT_EQ(tool({"apply", "--keep-depth", bits, nothing, "-o", file("bits.trv")}).err, run.err);
+    EXPECT_EQ(tool({"apply", "-q", "--keep-depth", bits, nothing, "-o", file("bits.trv")}).err, "");
+}
+
+TEST_F(StringFiles, MisuseByThePluginIsShown) {
+    const Ending run =
+        tool({"convert", "--plugin", TARVO_SAMPLE_OPERATIONS, text_file("string.trv", kString), "-o", file("out.ppm")});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.err.rfind("warning: TRV_ConvertToPicture: REALLockObject: ", 0), 0u) << run.err;
 }
 
 }  // namespace

@@ -28,11 +28,10 @@ ToolTest::~ToolTest() {
     fs::remove_all(folder_, ignored);
 }
 
-Ending ToolTest::tool(std::vector<std::string> arguments) const {
-    arguments.insert(arguments.begin(), TARVO_TOOL);
-    std::vector<char*> words;
-    for (std::string& argument : arguments) words.push_back(argument.data());
-    words.push_back(nullptr);
+Ending ToolTest::run(std::vector<std::string> words) const {
+    std::vector<char*> pointers;
+    for (std::string& word : words) pointers.push_back(word.data());
+    pointers.push_back(nullptr);
 
     const std::string out = file("tool.out"), err = file("tool.err");
     posix_spawn_file_actions_t actions;
@@ -40,16 +39,26 @@ Ending ToolTest::tool(std::vector<std::string> arguments) const {
     posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
     posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, err.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
     pid_t process = 0;
-    const int failed = posix_spawn(&process, TARVO_TOOL, &actions, nullptr, words.data(), environ);
+    const int failed = posix_spawn(&process, pointers[0], &actions, nullptr, pointers.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
-    if (failed != 0) throw std::runtime_error("the tool cannot be run");
+    if (failed != 0) throw std::runtime_error(words[0] + " cannot be run");
     int status = 0;
     ::waitpid(process, &status, 0);
 
-    Ending run{WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status), bytes_of(out), bytes_of(err)};
+    Ending ending{WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status), bytes_of(out), bytes_of(err)};
     fs::remove(out);
     fs::remove(err);
-    return run;
+    return ending;
+}
+
+Ending ToolTest::tool(std::vector<std::string> arguments) const {
+    arguments.insert(arguments.begin(), TARVO_TOOL);
+    return run(std::move(arguments));
+}
+
+Ending ToolTest::shell(const std::string& line) const {
+    const std::string programs = fs::path(TARVO_TOOL).parent_path();
+    return run({"/bin/sh", "-c", "cd \"$0\" && PATH=\"$1:$PATH\" && eval \"$2\"", folder_, programs, line});
 }
 
 Ending ToolTest::apply_sample(std::vector<std::string> arguments) const {

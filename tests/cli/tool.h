@@ -22,9 +22,12 @@ protected:
     ~ToolTest() override;
 
     Ending tool(std::vector<std::string> arguments) const;
+    // A line as people type it in a shell, in this folder; `tarvo` is the tool.
+    Ending shell(const std::string& line) const;
     // `tarvo apply` with the sample operations as its plugin.
     Ending apply_sample(std::vector<std::string> arguments) const;
 
+    const std::filesystem::path& folder() const { return folder_; }
     std::string file(const std::string& name) const { return (folder_ / name).string(); }
     bool exists(const std::string& name) const { return std::filesystem::exists(file(name)); }
     std::vector<std::string> entries() const;
@@ -36,6 +39,8 @@ protected:
     static std::string bytes_of(const std::string& path);
 
 private:
+    Ending run(std::vector<std::string> words) const;
+
     std::filesystem::path folder_;
 };
 

@@ -85,7 +85,6 @@ TEST(Pages, OperationPagesHaveTheSameHeadings) {
     for (const fs::path& page : pages_in(kDocs / "ops")) {
         const auto lines = lines_of(page);
         for (const char* heading : headings) EXPECT_TRUE(lines.contains(heading)) << page << ": " << heading;
-        EXPECT_TRUE(lines.begin() != lines.end());
     }
 }
 

@@ -328,7 +328,7 @@ constexpr Row kCourses[] = {
 }  // namespace
 
 CourseOf course_of(const Callable& method) {
-    const std::string text = (method.owner.empty() ? "" : method.owner + ".") + method.declaration.text;
+    const std::string text = full_declaration(method);
     const auto* const row =
         std::ranges::find_if(kCourses, [&](const Row& each) { return text.starts_with(each.begins); });
     if (row == std::end(kCourses)) throw std::runtime_error("no course is told of " + text);

@@ -32,6 +32,16 @@ TEST(FileBytes, OfAnEndlessFileAreRefused) {
     EXPECT_EQ(file_error([&] { read_file("/dev/zero", 1000000); }), "larger than 1000000 bytes");
 }
 
+TEST(FileBytes, OfALargeFileAreRefusedUnread) {
+    const Folder folder;
+    write_bytes(folder.file("a"), {});
+    fs::resize_file(folder.file("a"), (std::uintmax_t{1} << 30) + 1);
+    EXPECT_EQ(file_error([&] { read_file(folder.file("a")); }), "larger than 1073741824 bytes");
+    fs::resize_file(folder.file("a"), 10);
+    EXPECT_EQ(file_error([&] { read_file(folder.file("a"), 9); }), "larger than 9 bytes");
+    EXPECT_EQ(read_file(folder.file("a"), 10).size(), 10u);
+}
+
 TEST(FileBytes, ReplaceAFileAndLeaveNothingElse) {
     const Folder folder;
     replace_file(folder.file("a"), FileBytes{1, 2, 3});

@@ -57,6 +57,9 @@ TEST_F(PictureFileTest, NamesThatCannotBeWrittenAreRefused) {
     EXPECT_EQ(file_error([&] { check_writable_name("a.gif"); }),
               "a.gif: the name ends in none of .png, .jpg, .jpeg, .pbm, .pgm, .ppm, .pam");
     EXPECT_EQ(file_error([&] { check_writable_name("a.pam"); }), "");
+    EXPECT_EQ(file_error([&] { check_writable_name("a.Own", ".own"); }), "");
+    EXPECT_EQ(file_error([&] { check_writable_name(".own", ".own"); }),
+              ".own: the name ends in none of .png, .jpg, .jpeg, .pbm, .pgm, .ppm, .pam, .own");
     EXPECT_EQ(folder.entries(), 0u);
 }
 

@@ -2,11 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <limits>
-
 #include <cstring>
+#include <limits>
 #include <new>
 #include <vector>
+
+#include "watched_memory.h"
 
 namespace tarvo::host {
 namespace {
@@ -80,6 +81,32 @@ TEST(BulkMemory, IdleMemoryIsBounded) {
     { const BulkMemory larger_than_all(BulkMemory::kMostIdle + 1); }
     EXPECT_LE(BulkMemory::idle(), BulkMemory::kMostIdle);
 }
+
+TEST(BulkMemory, ManySmallMappingsAreBoundedToo) {
+    {
+        std::vector<BulkMemory> all;
+        for (int i = 0; i < 300; ++i) all.emplace_back(kMegabyte);
+    }
+    EXPECT_EQ(BulkMemory::idle(), BulkMemory::kMostIdle);
+}
+
+#ifdef WATCHED_MEMORY
+TEST(BulkMemory, IsWatchedWhileNobodyUsesIt) {
+    constexpr std::size_t kSize = 3 * kMegabyte + 5;
+    std::uint8_t* bytes = nullptr;
+    {
+        const BulkMemory memory(kSize);
+        bytes = memory.data();
+        EXPECT_EQ(__asan_region_is_poisoned(bytes, kSize), nullptr);
+        EXPECT_TRUE(__asan_address_is_poisoned(bytes + kSize));
+    }
+    EXPECT_TRUE(__asan_address_is_poisoned(bytes));
+    const BulkMemory again(kSize - 10);
+    ASSERT_EQ(again.data(), bytes);
+    EXPECT_EQ(__asan_region_is_poisoned(bytes, kSize - 10), nullptr);
+    EXPECT_TRUE(__asan_address_is_poisoned(bytes + kSize));
+}
+#endif
 
 TEST(BulkMemory, MovesWithItsBytes) {
     BulkMemory first(10);

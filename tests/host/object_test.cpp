@@ -98,6 +98,17 @@ TEST_F(Objects, AStaleHandleIsReported) {
     EXPECT_EQ(host_.complaints().size(), 2u);
 }
 
+TEST_F(Objects, ADeadStringReadsAsEmpty) {
+    REALstringStruct* record = plugin_.build_string("gone");
+    plugin_.unlock_string(record);
+    const auto* dead = dynamic_cast<const StringObject*>(host_.objects().find_dead(record));
+    ASSERT_NE(dead, nullptr);
+    EXPECT_EQ(dead->bytes(), "");
+    EXPECT_EQ(dead->describe(), "0 bytes");
+    EXPECT_EQ(REALstringStruct::Length(record), 0);
+    EXPECT_STREQ(REALstringStruct::CString(record), "");
+}
+
 TEST_F(Objects, AnAddressOfNoObjectIsReported) {
     int nothing = 0;
     plugin_.lock(&nothing);

@@ -5,6 +5,7 @@
 #include "bulk_memory.h"
 #include "pixels.h"
 #include "test_plugin.h"
+#include "watched_memory.h"
 
 namespace tarvo::host {
 namespace {
@@ -325,13 +326,6 @@ TEST(Masks, HaveTheDepthThatTheHostIsToldTo) {
     }
 }
 
-#if defined(__SANITIZE_ADDRESS__)
-#define WATCHED_MEMORY 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define WATCHED_MEMORY 1
-#endif
-#endif
 #ifdef WATCHED_MEMORY
 TEST_F(Pictures, EndWhereTheirPixelsEnd) {
     testing::FLAGS_gtest_death_test_style = "threadsafe";

@@ -22,11 +22,20 @@ struct Factors {
 
 // Of one channel.
 using PlainCurve = int (*)(int x, int center, double factor);
+// A colour that has changed as far as the mask's level, 0 to 255, says.
+using PlainMix = std::uint32_t (*)(std::uint32_t color, std::uint32_t changed, int level);
+
+inline std::uint32_t plain_mix_in_255ths(std::uint32_t color, std::uint32_t changed, int level) {
+    return each_channel(
+        [&](int shift) { return (channel(color, shift) * (255 - level) + channel(changed, shift) * level) / 255; });
+}
 
 struct CenteredOperation {
     const char* name;
     bool copies_mask;
     PlainCurve curve;
+    PlainMix mix = plain_mix_in_255ths;
+    bool yields = false;  // gives the host control, which all calls here ask for after each row
 
     Value region_form(Session& session, const ObjectRef& p, const ObjectRef& rectangle, std::uint32_t center,
                       const Factors& factors) const {
@@ -51,21 +60,25 @@ struct CenteredOperation {
     }
     std::uint32_t plain_masked(std::uint32_t color, std::uint32_t mask, std::uint32_t center,
                                const Factors& factors) const {
-        const int level = channel(mask, 0);
-        const std::uint32_t changed = plain(color, center, factors);
-        return each_channel(
-            [&](int shift) { return (channel(color, shift) * (255 - level) + channel(changed, shift) * level) / 255; });
+        return mix(color, plain(color, center, factors), channel(mask, 0));
     }
 };
 
-// No effect, all of it, small steps, on the bounds, not a number.
+// No effect, all of it, small steps, near 64, where contrast's arithmetic changes, on the bounds, not a number.
 inline const std::vector<Factors>& awkward_factors() {
     static const std::vector<Factors> all = {
-        {1.0, 1.0, 1.0},       {0.0, 0.0, 0.0},         {1.6, 0.4, 2.999},
-        {1.0, 0.5, 1.0},       {255.0, 200.5, 100.0},   {0.5, 255.0, 0.001},
-        {1.004, 0.997, 64.01}, {kNotANumber, 1.5, 1.5}, {1.5, kNotANumber, kNotANumber},
+        {1.0, 1.0, 1.0},         {0.0, 0.0, 0.0},
+        {1.6, 0.4, 2.999},       {1.0, 0.5, 1.0},
+        {255.0, 200.5, 100.0},   {0.5, 255.0, 0.001},
+        {1.004, 0.997, 64.01},   {63.99, 63.996, 0.003},
+        {64.0, 1.0, 1.0},        {kNotANumber, 1.5, 1.5},
+        {1.5, kNotANumber, kNotANumber},
     };
     return all;
+}
+
+inline void expect_yields_as_declared(Session& session, const CenteredOperation& operation) {
+    EXPECT_EQ(session.host.yields() > 0, operation.yields);
 }
 
 inline void expect_centered_agreement(Session& session, Random& random, const CenteredOperation& operation) {
@@ -87,14 +100,14 @@ inline void expect_centered_agreement(Session& session, Random& random, const Ce
                                            return operation.plain_masked(color, mask, center, factors);
                                        }});
     }
-    EXPECT_EQ(session.host.yields(), 0);
+    expect_yields_as_declared(session, operation);
 }
 
 // Every channel value about every centre.
 inline void expect_every_value_exact(Session& session, const CenteredOperation& operation) {
     const ObjectRef ramp = grey_ramp(session);
     for (const double factor :
-         {0.0, 0.003, 0.1, 0.5, 0.999, 1.0, 1.004, 2.0, 17.3, 64.0, 129.7, 254.999, 255.0, kNotANumber}) {
+         {0.0, 0.003, 0.1, 0.5, 0.999, 1.0, 1.004, 2.0, 17.3, 63.998, 64.0, 129.7, 254.999, 255.0, kNotANumber}) {
         for (int center = 0; center < 256; ++center) {
             const Value result = operation.region_form(session, ramp, {}, static_cast<std::uint32_t>(center) * 0x010101,
                                                        {factor, factor, factor});
@@ -155,7 +168,7 @@ inline void expect_centered_checks(Session& session, const CenteredOperation& op
 
 inline void expect_same_centered_forms(Session& session, Random& random, const CenteredOperation& operation) {
     const std::uint32_t center = 0x5A80C3;
-    const Factors factors = {1.6, 0.3, 2.2};
+    const Factors factors = {1.6, 0.3, 90.0};
     expect_same_region_forms(session, random,
                              {[&](Session& s, const ObjectRef& p, const ObjectRef& rectangle) {
                                   return operation.region_form(s, p, rectangle, center, factors);
@@ -172,7 +185,7 @@ inline void expect_same_centered_forms(Session& session, Random& random, const C
                                 return operation.client_form(s, "WithMask", cp, mask, center, factors, as_picture);
                             },
                             false});
-    EXPECT_EQ(session.host.yields(), 0);
+    expect_yields_as_declared(session, operation);
 }
 
 }  // namespace tarvo::test

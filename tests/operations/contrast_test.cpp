@@ -1,22 +1,10 @@
 // Contrast in all its forms, through the built library.
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-
-#include "judge.h"
-#include "session.h"
+#include "centered_operation.h"
+#include "client_pictures.h"
 
 namespace tarvo::test {
 namespace {
-
-constexpr double kNotANumber = std::numeric_limits<double>::quiet_NaN();
-
-struct Factors {
-    double red, green, blue;
-    double of(int shift) const { return shift == 16 ? red : shift == 8 ? green : blue; }
-};
 
 int plain_contrast(int x, int center, double factor) {
     const std::int64_t fixed = std::isnan(factor) ? INT32_MIN : static_cast<std::int64_t>(factor * 256.0);
@@ -25,43 +13,20 @@ int plain_contrast(int x, int center, double factor) {
     return moved < 0 ? 0 : moved > 255 ? 255 : moved;
 }
 
-std::uint32_t plain_contrast(std::uint32_t color, std::uint32_t center, const Factors& factors) {
-    return each_channel(
-        [&](int shift) { return plain_contrast(channel(color, shift), channel(center, shift), factors.of(shift)); });
-}
-
-std::uint32_t plain_masked(std::uint32_t color, std::uint32_t mask, std::uint32_t center, const Factors& factors) {
-    const int level = channel(mask, 0);
+std::uint32_t plain_mix_in_256ths(std::uint32_t color, std::uint32_t changed, int level) {
     const int weight = level > 127 ? level + 1 : level;
-    if (weight == 0) return color;
-    const std::uint32_t adjusted = plain_contrast(color, center, factors);
-    return each_channel([&](int shift) {
-        return (channel(color, shift) * (256 - weight) + channel(adjusted, shift) * weight) / 256;
-    });
+    if (weight == 0) return color;  // the top byte too
+    return each_channel(
+        [&](int shift) { return (channel(color, shift) * (256 - weight) + channel(changed, shift) * weight) / 256; });
 }
 
-// Below 64 and above, where the arithmetic differs; on the bounds; not a number.
-const std::vector<Factors>& awkward_factors() {
-    static const std::vector<Factors> all = {
-        {1.0, 1.0, 1.0},     {0.0, 0.0, 0.0},       {1.6, 0.4, 2.999},   {63.99, 63.996, 0.003},
-        {64.0, 1.0, 1.0},    {255.0, 200.5, 100.0}, {0.5, 255.0, 0.001}, {kNotANumber, 1.5, 1.5},
-        {1.5, kNotANumber, kNotANumber},
-    };
-    return all;
-}
+constexpr CenteredOperation kContrast = {"TRV_AdjustContrast", true, plain_contrast, plain_mix_in_256ths, true};
 
 class Contrast : public ::testing::Test {
 protected:
-    // A picture of one colour.
-    ObjectRef plain(std::uint32_t color, int width = 3, int height = 2, int depth = 32) {
-        const ObjectRef made = session.picture(width, height, depth);
-        for (int y = 0; y < height; ++y)
-            for (int x = 0; x < width; ++x) write_pixel(pixels(made), x, y, color);
-        return made;
-    }
     std::uint32_t adjusted(std::uint32_t color, std::uint32_t center, double factor) {
         const Value result =
-            session.call(plain(color), "TRV_AdjustContrast", nullptr, Color{center}, factor, factor, factor, 0);
+            kContrast.region_form(session, plain_picture(session, color), {}, center, {factor, factor, factor});
         return read_pixel(*picture_in(result), 1, 1);
     }
     Value adjust(const ObjectRef& source, const ObjectRef& rectangle, Factors factors, int yield = 0) {
@@ -73,49 +38,15 @@ protected:
     Random random{5005};
 };
 
-TEST_F(Contrast, RegionFormAgreesWithTheJudge) {
-    for (const Factors& factors : awkward_factors()) {
-        const std::uint32_t center = any_color(random);
-        SCOPED_TRACE(::testing::Message() << factors.red << " " << factors.green << " " << factors.blue);
-        expect_agreement(session, random,
-                         RegionOperation{[&](Session& s, const ObjectRef& source, const ObjectRef& rectangle) {
-                                             return s.call(source, "TRV_AdjustContrast", rectangle, Color{center},
-                                                           factors.red, factors.green, factors.blue, 0);
-                                         },
-                                         [&](std::uint32_t color) { return plain_contrast(color, center, factors); },
-                                         true});
-    }
-}
+TEST_F(Contrast, AgreesWithTheJudge) { expect_centered_agreement(session, random, kContrast); }
 
-TEST_F(Contrast, MaskFormAgreesWithTheJudge) {
-    for (const Factors& factors : awkward_factors()) {
-        const std::uint32_t center = any_color(random);
-        expect_agreement(session, random,
-                         MaskOperation{[&](Session& s, const ObjectRef& source, const ObjectRef& mask) {
-                                           return s.call(source, "TRV_AdjustContrastWithMask", mask, Color{center},
-                                                         factors.red, factors.green, factors.blue, 0);
-                                       },
-                                       [&](std::uint32_t color, std::uint32_t mask) {
-                                           return plain_masked(color, mask, center, factors);
-                                       }});
-    }
-}
+TEST_F(Contrast, EveryValueAndCentreIsExact) { expect_every_value_exact(session, kContrast); }
 
-// Every channel value, every centre, and factors over the whole range: the fast arithmetic against the plain one.
-TEST_F(Contrast, EveryValueAndCentreIsExact) {
-    const ObjectRef ramp = session.picture(256, 1);
-    for (int x = 0; x < 256; ++x) write_pixel(pixels(ramp), x, 0, static_cast<std::uint32_t>(x) * 0x010101);
-    for (const double factor : {0.0, 0.1, 0.5, 0.999, 1.0, 1.01, 2.0, 17.3, 63.998, 64.0, 129.7, 255.0}) {
-        for (int center = 0; center < 256; ++center) {
-            const Value result = session.call(ramp, "TRV_AdjustContrast", nullptr,
-                                              Color{static_cast<std::uint32_t>(center) * 0x010101}, factor, factor,
-                                              factor, 0);
-            for (int x = 0; x < 256; ++x)
-                ASSERT_EQ(channel(read_pixel(*picture_in(result), x, 0), 8), plain_contrast(x, center, factor))
-                    << x << " about " << center << " by " << factor;
-        }
-    }
-}
+TEST_F(Contrast, FactorBoundsAreInclusiveAndCheckedInOrder) { expect_factor_bounds(session, kContrast); }
+
+TEST_F(Contrast, ChecksComeInOrder) { expect_centered_checks(session, kContrast); }
+
+TEST_F(Contrast, ClientFormsGiveWhatThePictureFormsGive) { expect_same_centered_forms(session, random, kContrast); }
 
 TEST_F(Contrast, KnownValues) {
     EXPECT_EQ(adjusted(0x000000, 0x808080, 2.0), 0x000000u);
@@ -128,87 +59,14 @@ TEST_F(Contrast, KnownValues) {
 TEST_F(Contrast, DistancesRoundTowardMinusInfinity) { EXPECT_EQ(adjusted(0x636363, 0x646464, 0.5), 0x636363u); }
 
 TEST_F(Contrast, TopByteStaysOutsideTheRegionOnly) {
-    const ObjectRef source = plain(0xFF123456);
+    const ObjectRef source = plain_picture(session, 0xFF123456);
     const Value result = adjust(source, session.rectangle(0, 0, 1, 1), {1.0, 1.0, 1.0});
     EXPECT_EQ(read_pixel(*picture_in(result), 0, 0), 0x00123456u);
     EXPECT_EQ(read_pixel(*picture_in(result), 1, 0), 0xFF123456u);
 }
 
-TEST_F(Contrast, FactorBoundsAreInclusiveAndCheckedInOrder) {
-    const ObjectRef source = plain(0x808080);
-    const auto code = [&](Factors factors) {
-        const Value result = adjust(source, {}, factors);
-        EXPECT_EQ(picture_in(result) == nullptr, session.last_error() != 0);
-        return session.last_error();
-    };
-    EXPECT_EQ(code({0.0, 0.0, 0.0}), 0);
-    EXPECT_EQ(code({255.0, 255.0, 255.0}), 0);
-    EXPECT_EQ(code({kNotANumber, kNotANumber, kNotANumber}), 0);
-    for (const double wrong : {-0.01, 255.01, -1e300, 1e300, std::nextafter(255.0, 256.0)}) {
-        EXPECT_EQ(code({wrong, 1.0, 1.0}), 40);
-        EXPECT_EQ(code({1.0, wrong, 1.0}), 41);
-        EXPECT_EQ(code({1.0, 1.0, wrong}), 42);
-        EXPECT_EQ(code({wrong, wrong, wrong}), 40);
-        EXPECT_EQ(code({1.0, wrong, wrong}), 41);
-    }
-}
-
-TEST_F(Contrast, ChecksOfTheRegionFormComeInOrder) {
-    const ObjectRef source = plain(0x808080);
-    const auto code = [&](const ObjectRef& p, const ObjectRef& rectangle, double factor) {
-        const Value result = session.invoke("TRV_AdjustContrast(extends p", p, rectangle, Color{0}, factor, 1.0, 1.0, 0);
-        EXPECT_FALSE(picture_in(result));
-        return session.last_error();
-    };
-    const ObjectRef outside = session.rectangle(50, 50, 5, 5);
-    const ObjectRef unlockable = session.picture(3, 2);
-    pixels(unlockable).set_purged(true);
-    EXPECT_EQ(code({}, outside, 999.0), 2);
-    EXPECT_EQ(code(unlockable, outside, 999.0), 40);
-    EXPECT_EQ(code(unlockable, outside, 1.0), 4);
-    session.host.faults.fail_at("newPicture", 1);
-    EXPECT_EQ(code(source, outside, 1.0), 38);
-    EXPECT_EQ(code(source, {}, 1.0), 6);
-}
-
-TEST_F(Contrast, ChecksOfTheMaskFormComeInOrder) {
-    const ObjectRef source = plain(0x808080);
-    const auto code = [&](const ObjectRef& p, const ObjectRef& mask, double factor = 1.0) {
-        const Value result =
-            session.invoke("TRV_AdjustContrastWithMask(extends p", p, mask, Color{0}, factor, 1.0, 1.0, 0);
-        EXPECT_FALSE(picture_in(result));
-        return session.last_error();
-    };
-    const ObjectRef mask = session.picture(3, 2), small = session.picture(2, 2);
-    const ObjectRef unlockable = session.picture(3, 2), odd = session.picture(3, 2, 12);
-    const ObjectRef small_and_odd = session.picture(2, 2, 12);
-    pixels(unlockable).set_purged(true);
-    EXPECT_EQ(code({}, {}, 999.0), 2);
-    EXPECT_EQ(code(unlockable, {}, 999.0), 8);
-    EXPECT_EQ(code(unlockable, unlockable, 999.0), 40);
-    EXPECT_EQ(code(unlockable, unlockable), 4);
-    EXPECT_EQ(code(source, unlockable), 9);
-    EXPECT_EQ(code(source, small), 10);
-    EXPECT_EQ(code(source, session.picture(3, 3)), 10);
-    EXPECT_EQ(code(source, odd), 11);
-    EXPECT_EQ(code(source, small_and_odd), 11);  // tested after the size, whose code it replaces
-    session.host.faults.fail_at("newPicture", 1);
-    EXPECT_EQ(code(source, mask), 6);
-}
-
-TEST_F(Contrast, EmptyRegions) {
-    const ObjectRef source = plain(0x123456);
-    for (const Area& area : {Area{0, 0, 0, 1}, Area{0, 0, 1, 0}, Area{0, 0, -1, -1}, Area{3, 0, 1, 1}, Area{0, 2, 1, 1},
-                             Area{-5, 0, 5, 1}, Area{2147483647, 0, 2147483647, 1}}) {
-        const Value result =
-            adjust(source, session.rectangle(area.left, area.top, area.width, area.height), {2.0, 2.0, 2.0});
-        EXPECT_FALSE(picture_in(result));
-        EXPECT_EQ(session.last_error(), 38);
-    }
-}
-
 TEST_F(Contrast, ARectangleThatReachesOutIsClipped) {
-    const ObjectRef source = plain(0x646464, 100, 100);
+    const ObjectRef source = plain_picture(session, 0x646464, 100, 100);
     const Value result = adjust(source, session.rectangle(-5, -5, 10, 10), {2.0, 2.0, 2.0});
     for (int y = 0; y < 100; ++y)
         for (int x = 0; x < 100; ++x)
@@ -216,7 +74,7 @@ TEST_F(Contrast, ARectangleThatReachesOutIsClipped) {
 }
 
 TEST_F(Contrast, MaskLevelsAbove127WeighOneMore) {
-    const ObjectRef source = plain(0x000000, 4, 1), mask = session.picture(4, 1);
+    const ObjectRef source = plain_picture(session, 0x000000, 4, 1), mask = session.picture(4, 1);
     const std::uint32_t levels[] = {0, 127, 128, 255};
     for (int x = 0; x < 4; ++x) write_pixel(pixels(mask), x, 0, levels[x]);
     const Value result = session.call(source, "TRV_AdjustContrastWithMask", mask, Color{0xFFFFFF}, 0.0, 0.0, 0.0, 0);
@@ -225,7 +83,7 @@ TEST_F(Contrast, MaskLevelsAbove127WeighOneMore) {
 }
 
 TEST_F(Contrast, AMaskThatCannotBeCopiedGivesCode9AndTheResult) {
-    const ObjectRef source = plain(0x646464);
+    const ObjectRef source = plain_picture(session, 0x646464);
     pixels(source).set_mask(session.picture(3, 2));
     pixels(pixels(source).mask()).set_purged(true);
     const Value result = adjust(source, {}, {2.0, 2.0, 2.0});
@@ -236,7 +94,7 @@ TEST_F(Contrast, AMaskThatCannotBeCopiedGivesCode9AndTheResult) {
 
 TEST_F(Contrast, MasksOfAnotherSizeAreCopiedWhereBothExist) {
     for (const auto& [width, height] : {std::pair{2, 1}, std::pair{9, 9}, std::pair{1, 9}, std::pair{9, 1}}) {
-        const ObjectRef source = plain(0x646464, 4, 3);
+        const ObjectRef source = plain_picture(session, 0x646464, 4, 3);
         pixels(source).set_mask(session.picture(width, height, 8));
         scribble(pixels(pixels(source).mask()), random);
         const Value result = adjust(source, {}, {2.0, 2.0, 2.0});
@@ -247,6 +105,50 @@ TEST_F(Contrast, MasksOfAnotherSizeAreCopiedWhereBothExist) {
                 EXPECT_EQ(read_pixel(mask, x, y),
                           x < width && y < height ? read_pixel(pixels(pixels(source).mask()), x, y, true) : 0u);
     }
+}
+
+TEST_F(Contrast, AClientResultThatCannotBeLockedIsReturnedUnpainted) {
+    const ObjectRef client = session.client(plain_picture(session, 0x808080));
+    session.host.faults.fail_at("lockPictureDescription", 2);  // behind the source's
+    const Value unpainted = kContrast.client_form(session, "", client, {}, 0, {0.0, 0.0, 0.0}, true);
+    EXPECT_EQ(session.last_error(), 6);
+    ASSERT_TRUE(is_client(unpainted));
+    EXPECT_EQ(read_pixel(pixels(picture_behind(session, object_in(unpainted))), 1, 1) & 0xFFFFFF, 0xFFFFFFu);
+}
+
+// What counts is whether there is a mask once the pixels are done.
+TEST_F(Contrast, AMaskGivenOrTakenWhileTheHostHasControl) {
+    const ObjectRef source = random_picture(session, random, {}, 9, 4);
+    const ObjectRef levels = random_mask(session, random, 32, 9, 4);
+    const auto masked = [&](const Value& result) { return static_cast<bool>(picture_in(result)->mask()); };
+
+    session.host.on_yield = [&] { pixels(source).set_mask(levels); };
+    const Value given = adjust(source, {}, {2.0, 2.0, 2.0}, 1);
+    ASSERT_TRUE(masked(given));
+    EXPECT_EQ(all_bytes(picture_in(given)->mask()), all_bytes(levels));
+
+    session.host.on_yield = [&] { pixels(source).set_mask({}); };
+    EXPECT_FALSE(masked(adjust(source, {}, {2.0, 2.0, 2.0}, 1)));
+    EXPECT_EQ(session.last_error(), 0);
+    EXPECT_TRUE(session.host.complaints().empty());
+}
+
+// Own memory for a mask is there from the beginning or not at all; a host picture can still be given one.
+TEST_F(Contrast, AMaskGivenToAClientPictureWhileTheHostHasControl) {
+    for (const bool as_picture : {false, true}) {
+        const ObjectRef source = random_picture(session, random, {}, 9, 4);
+        const ObjectRef levels = random_mask(session, random, 32, 9, 4);
+        const ObjectRef client = client_of_picture(session, source);
+        session.host.on_yield = [&] { pixels(source).set_mask(levels); };
+        const Value result = kContrast.client_form(session, "", client, {}, 0, {2.0, 2.0, 2.0}, as_picture);
+        ASSERT_TRUE(is_client(result));
+        EXPECT_EQ(session.last_error(), 0);
+        const ObjectRef converted = session.picture_of(object_in(result));
+        ASSERT_EQ(static_cast<bool>(pixels(converted).mask()), as_picture);
+        if (!as_picture) continue;
+        EXPECT_EQ(all_bytes(pixels(converted).mask()), all_bytes(levels));
+    }
+    EXPECT_TRUE(session.host.complaints().empty());
 }
 
 TEST_F(Contrast, YieldsBetweenRowsByTheBudget) {
@@ -282,10 +184,13 @@ struct Average {
 
 class AverageContrast : public Contrast {
 protected:
-    Average average(const ObjectRef& source, const ObjectRef& rectangle, std::uint32_t center) {
-        std::vector<Value> arguments = {value(rectangle), Color{center}, -1, -1, -1, 0};
-        session.caller.call_on(source, "TRV_GetAverageContrast", arguments);
-        return {std::get<int>(arguments[2]), std::get<int>(arguments[3]), std::get<int>(arguments[4])};
+    Average average(const ObjectRef& p, const ObjectRef& rectangle, std::uint32_t center,
+                    const char* declaration = "(extends p ") {
+        const Average untouched;
+        std::array<Value, 7> arguments = {
+            value(p), value(rectangle), Color{center}, untouched.red, untouched.green, untouched.blue, 0};
+        session.caller.invoke(session.callable(std::string("TRV_GetAverageContrast") + declaration), arguments);
+        return {std::get<int>(arguments[3]), std::get<int>(arguments[4]), std::get<int>(arguments[5])};
     }
 };
 
@@ -310,11 +215,24 @@ TEST_F(AverageContrast, AgreesWithTheJudge) {
                                   static_cast<int>(sums[2] / count)};
         const ObjectRef rectangle = session.rectangle(area.left, area.top, area.width, area.height);
         EXPECT_EQ(average(source, rectangle, center), expected);
+        EXPECT_EQ(session.last_error(), 0);
+        if (shape.backing == host::Backing::drawing_commands) continue;
+        EXPECT_EQ(average(client_of_picture(session, source), rectangle, center, "(extends cp "), expected);
+    }
+    EXPECT_TRUE(session.host.complaints().empty());
+}
+
+TEST_F(AverageContrast, OfClientPicturesInOwnMemory) {
+    for (const int depth : {16, 24, 32}) {
+        const ObjectRef client = client_in_own_memory(session, random, 23, 5, depth, true);
+        const ObjectRef rectangle = session.rectangle(3, 1, 30, 3);
+        EXPECT_EQ(average(client, rectangle, 0x405060, "(extends cp "),
+                  average(session.picture_of(client), rectangle, 0x405060));
     }
 }
 
 TEST_F(AverageContrast, AUniformRegionAtTheCentreIsZero) {
-    EXPECT_EQ(average(plain(0x123456), {}, 0x123456), (Average{0, 0, 0}));
+    EXPECT_EQ(average(plain_picture(session, 0x123456), {}, 0x123456), (Average{0, 0, 0}));
 }
 
 TEST_F(AverageContrast, SumsOfLargePicturesDoNotWrap) {
@@ -322,74 +240,15 @@ TEST_F(AverageContrast, SumsOfLargePicturesDoNotWrap) {
     EXPECT_EQ(average(source, {}, 0x000000), (Average{255, 255, 255}));
 }
 
-TEST_F(AverageContrast, FailuresLeaveTheOutputs) {
-    const Average untouched;
-    const ObjectRef source = plain(0x123456);
-    EXPECT_EQ(average(source, session.rectangle(9, 9, 1, 1), 0), untouched);
-    EXPECT_EQ(session.last_error(), 38);
-    pixels(source).set_purged(true);
-    EXPECT_EQ(average(source, session.rectangle(9, 9, 1, 1), 0), untouched);
-    EXPECT_EQ(session.last_error(), 4);
-    session.invoke("TRV_GetAverageContrast(extends p", nullptr, nullptr, Color{0}, -1, -1, -1, 0);
-    EXPECT_EQ(session.last_error(), 2);
-}
-
-// --- client pictures -------------------------------------------------------------------------------------------------
-
-class ClientContrast : public Contrast, public ::testing::WithParamInterface<bool> {};
-INSTANTIATE_TEST_SUITE_P(AsPicture, ClientContrast, ::testing::Bool());
-
-TEST_P(ClientContrast, GivesWhatThePictureFormGives) {
-    for (const Shape& shape : source_shapes()) {
-        if (shape.backing == host::Backing::drawing_commands) continue;
-        for (const int mask_depth : {0, 8, 32}) {
-            Shape masked = shape;
-            masked.mask_depth = mask_depth;
-            SCOPED_TRACE(masked.name());
-            const ObjectRef source = random_picture(session, random, masked, 21, 4);
-            const ObjectRef mask = random_mask(session, random, 32, 21, 4);
-            const ObjectRef client = session.client(source);
-            const ObjectRef area = session.rectangle(3, 1, 30, 2);
-
-            const Value plain_result = adjust(source, area, {1.6, 0.3, 90.0});
-            const Value client_result = session.call(client, "TRV_AdjustContrast", area, Color{0x808080}, 1.6, 0.3,
-                                                     90.0, 0, GetParam());
-            const ObjectRef converted = session.picture_of(object_in(client_result));
-            EXPECT_EQ(difference(pixels(converted), read_image(*picture_in(plain_result)), std::max(shape.depth, 16)),
-                      "");
-            EXPECT_EQ(static_cast<bool>(pixels(converted).mask()), mask_depth != 0);
-
-            const Value masked_result = session.call(client, "TRV_AdjustContrastWithMask", mask, Color{0x808080}, 1.6,
-                                                     0.3, 90.0, 0, GetParam());
-            const Value plain_masked_result =
-                session.call(source, "TRV_AdjustContrastWithMask", mask, Color{0x808080}, 1.6, 0.3, 90.0, 0);
-            const ObjectRef converted_masked = session.picture_of(object_in(masked_result));
-            EXPECT_EQ(difference(pixels(converted_masked), read_image(*picture_in(plain_masked_result)),
-                                 std::max(shape.depth, 16)),
-                      "");
-            EXPECT_FALSE(pixels(converted_masked).mask());
-
-            std::vector<Value> of_client = {value(area), Color{0x102030}, 0, 0, 0, 0}, of_picture = of_client;
-            session.caller.call_on(client, "TRV_GetAverageContrast", of_client);
-            session.caller.call_on(source, "TRV_GetAverageContrast", of_picture);
-            EXPECT_EQ(of_client, of_picture);
-        }
-    }
-    EXPECT_TRUE(session.host.complaints().empty());
-}
-
-TEST_P(ClientContrast, AResultThatCannotBeLockedIsReturnedUnpainted) {
-    const ObjectRef client = session.client(plain(0x808080));
-    const Value nothing = session.call(client, "TRV_AdjustContrast", session.rectangle(7, 7, 1, 1), Color{0}, 1.0, 1.0,
-                                       1.0, 0, GetParam());
-    EXPECT_FALSE(object_in(nothing));
-    EXPECT_EQ(session.last_error(), 38);
-    if (!GetParam()) return;
-    session.host.faults.fail_at("lockPictureDescription", 2);  // behind the source's
-    const Value unpainted =
-        session.call(client, "TRV_AdjustContrast", nullptr, Color{0}, 1.0, 1.0, 1.0, 0, GetParam());
-    EXPECT_TRUE(object_in(unpainted));
-    EXPECT_EQ(session.last_error(), 6);
+TEST_F(AverageContrast, ChecksComeInOrderAndFailuresLeaveTheOutputs) {
+    const auto unchanged = [&](const char* declaration) {
+        return [this, declaration](Session&, const ObjectRef& p, const ObjectRef& rectangle, bool) {
+            EXPECT_EQ(average(p, rectangle, 0, declaration), Average{});
+            return Value(Nil{});
+        };
+    };
+    expect_region_checks_without_result(session, {unchanged("(extends p "), 0});
+    expect_region_checks_without_result(session, {unchanged("(extends cp "), 0, true});
 }
 
 }  // namespace

@@ -104,6 +104,8 @@ TEST(UnregisteredRecords, AreComplete) {
     EXPECT_STREQ(TRV_MakeFolderItem_Method.declaration,
                  "TRV_MakeFolderItem(vRefNum as integer, parID as integer, name as string) as FolderItem");
     EXPECT_TRUE(TRV_MakeFolderItem_Method.function);
+    EXPECT_STREQ(TRV_CopyPicture_Method.declaration, "TRV_CopyPicture(extends p as picture) as picture");
+    EXPECT_TRUE(TRV_CopyPicture_Method.function);
     EXPECT_STREQ(TRV_Screen_Extension.name, "screen");
     ASSERT_EQ(TRV_Screen_Extension.methodCount, 1);
     EXPECT_STREQ(static_cast<const REALmethodDefinition*>(TRV_Screen_Extension.methods)->declaration,

@@ -97,9 +97,9 @@ protected:
                               change.brightness_factor, 1);
     }
     static Value client_region_form(Session& session, const ObjectRef& cp, const ObjectRef& rectangle,
-                                    const Change& change, bool as_picture) {
+                                    const Change& change, bool as_picture, bool negative = false) {
         return session.invoke("TRV_AdjustHSV(extends cp ", cp, rectangle, change.hue_degrees, change.saturation_factor,
-                              change.brightness_factor, false, 1, as_picture);
+                              change.brightness_factor, negative, 1, as_picture);
     }
     static Value client_mask_form(Session& session, const ObjectRef& cp, const ObjectRef& mask, const Change& change,
                                   bool as_picture) {
@@ -276,14 +276,15 @@ TEST_F(Hsv, ChecksComeInOrder) {
 
 TEST_F(Hsv, ClientFormsGiveWhatThePictureFormsGive) {
     const Change change = {100.0, 1.4, 0.8};
-    expect_same_region_forms(session, random,
-                             {[&](Session& s, const ObjectRef& p, const ObjectRef& rectangle) {
-                                  return region_form(s, p, rectangle, change);
-                              },
-                              [&](Session& s, const ObjectRef& cp, const ObjectRef& rectangle, bool as_picture) {
-                                  return client_region_form(s, cp, rectangle, change, as_picture);
-                              },
-                              true});
+    for (const bool negative : {false, true})
+        expect_same_region_forms(session, random,
+                                 {[&](Session& s, const ObjectRef& p, const ObjectRef& rectangle) {
+                                      return region_form(s, p, rectangle, change, negative);
+                                  },
+                                  [&](Session& s, const ObjectRef& cp, const ObjectRef& rectangle, bool as_picture) {
+                                      return client_region_form(s, cp, rectangle, change, as_picture, negative);
+                                  },
+                                  true});
     expect_same_mask_forms(
         session, random,
         {[&](Session& s, const ObjectRef& p, const ObjectRef& mask) { return mask_form(s, p, mask, change); },
@@ -371,6 +372,20 @@ TEST_F(AverageHsv, AgreesWithTheJudgeToTheBit) {
         }
     }
     EXPECT_TRUE(session.host.complaints().empty());
+}
+
+TEST_F(AverageHsv, OfClientPicturesInOwnMemory) {
+    for (const int depth : {16, 24, 32}) {
+        const ObjectRef client = client_in_own_memory(session, random, 23, 5, depth, true);
+        const ObjectRef rectangle = session.rectangle(3, 1, 30, 3);
+        EXPECT_EQ(average(client, rectangle, "(extends cp "), average(session.picture_of(client), rectangle));
+    }
+}
+
+// The sums' fractions are exact: 20 million times 255/256.
+TEST_F(AverageHsv, SumsOfLargePicturesDoNotWrap) {
+    const ObjectRef white = session.host.new_picture({.width = 5000, .height = 4000, .depth = 8});
+    EXPECT_EQ(average(white, {}), (Average{kNotANumber, 0.0, 0.99609375}));
 }
 
 TEST_F(AverageHsv, KnownValues) {

@@ -64,6 +64,40 @@ TEST_F(ClientPicture, HasMaskReadsFalseEvenWithAMask) {
     EXPECT_EQ(get(client, "maskRowBytes"), 5);
 }
 
+TEST_F(ClientPicture, GettersAnswerForTheirNumbersAlone) {
+    const ObjectRef own = own_memory(session.picture(5, 3)), backed = own_memory(session.picture(5, 3), true);
+    const auto handle = [](const ObjectRef& client) { return static_cast<REALobjectStruct*>(client.handle()); };
+    const auto property = [&](std::string_view name) {
+        for (const auto& each : session.host.registry().find_class("TRV_ClientPicture")->properties)
+            if (each.name == name) return each;
+        throw std::runtime_error("no such property");
+    };
+    using IntegerGetter = int (*)(REALobjectStruct*, REALword);
+    const auto integer = reinterpret_cast<IntegerGetter>(property("width").getter);
+    EXPECT_EQ(integer(handle(own), 9), 5);
+    for (const REALword parameter : {0, 4, 6, 8, 10, 11, -1}) {
+        EXPECT_EQ(integer(handle(own), parameter), 0) << parameter;
+        EXPECT_EQ(integer(handle(backed), parameter), 0) << parameter;
+    }
+    EXPECT_EQ(integer(nullptr, 1), 0);
+
+    // Whether there is a host picture, which gets a reference for the asker.
+    using BooleanGetter = bool (*)(REALobjectStruct*, REALword);
+    const auto boolean = reinterpret_cast<BooleanGetter>(property("hasMask").getter);
+    const auto before = session.host.accounts().references;
+    for (const REALword parameter : {0, 1, 5, 6, 7, 9, 11, -1}) {
+        EXPECT_FALSE(boolean(handle(own), parameter)) << parameter;
+        EXPECT_FALSE(boolean(handle(backed), parameter)) << parameter;
+    }
+    EXPECT_FALSE(boolean(handle(own), 10));
+    EXPECT_FALSE(boolean(nullptr, 10));
+    EXPECT_EQ(session.host.accounts().references, before);
+    EXPECT_TRUE(boolean(handle(backed), 10));
+    EXPECT_EQ(session.host.accounts().references, before + 1);
+    ObjectRef::adopt(session.host.objects().find(data(backed).pic));
+    EXPECT_EQ(session.host.accounts().references, before);
+}
+
 // Nothing that was in memory before may reach a picture.
 TEST_F(ClientPicture, NewMemoryIsCleared) {
     const ObjectRef client = own_memory(session.picture(50, 30));

@@ -41,6 +41,27 @@ TEST_F(Rectangle, ANewOneIsEmpty) {
     EXPECT_EQ(message_of(r), "left: 0 top: 0 right: -1 bottom: -1\nwidth: 0 height: 0\ninvalid");
 }
 
+TEST_F(Rectangle, NumbersOfNoPropertyReadZeroAndWriteNothing) {
+    using Getter = int (*)(REALobjectStruct*, REALword);
+    using Setter = void (*)(REALobjectStruct*, REALword, int);
+    const ObjectRef r = session.rectangle(1, 2, 30, 40);
+    const auto self = static_cast<REALobjectStruct*>(r.handle());
+    const host::RegisteredClass& cls = *session.host.registry().find_class("TRV_Rectangle");
+    ASSERT_EQ(cls.properties.size(), 6u);
+    for (const host::RegisteredProperty& property : cls.properties) {
+        const auto getter = reinterpret_cast<Getter>(property.getter);
+        const auto setter = reinterpret_cast<Setter>(property.setter);
+        EXPECT_EQ(getter(self, property.parameter), get(r, property.name.c_str()));
+        for (const REALword parameter : {0, 7, -1}) {
+            EXPECT_EQ(getter(self, parameter), 0) << property.name << " " << parameter;
+            setter(self, parameter, 99);
+            EXPECT_EQ(fields(r), (Fields{1, 2, 30, 40})) << property.name << " " << parameter;
+        }
+        EXPECT_EQ(getter(nullptr, property.parameter), 0);
+        setter(nullptr, property.parameter, 99);
+    }
+}
+
 TEST_F(Rectangle, EdgesMoveWithTheOriginAndSetTheSize) {
     const ObjectRef r = session.rectangle(2, 3, 1, 1);
     set(r, "right", 9);

@@ -9,7 +9,7 @@ namespace {
 
 constexpr const char* kQualification =
     "This verion of Tarvo Graphics is qualified for REALbasic REALbasic 2005 only. If you are using a previous or future "
-    "version of REALbasic, please visit ";
+    "version of REALbasic, please visit https://www.tarvo-graphics.example/ for information on other versions.";
 
 bool accepts(host::Host& host) { return host.load_plugin(plugin_path(), true); }
 
@@ -33,7 +33,7 @@ TEST(Startup, RefusedVersionsShowTwoBoxesAndRegisterNothing) {
         EXPECT_FALSE(accepts(host)) << version;
         ASSERT_EQ(host.message_boxes().size(), 2u);
         EXPECT_EQ(host.message_boxes()[0], text);
-        EXPECT_TRUE(host.message_boxes()[1].starts_with(kQualification));
+        EXPECT_EQ(host.message_boxes()[1], kQualification);
         EXPECT_TRUE(host.registry().log().empty());
         EXPECT_EQ(host.accounts(), host::Accounts{});  // the texts are dropped again
     }
@@ -46,6 +46,7 @@ TEST(Startup, VersionsThatAreNoNumbers) {
         EXPECT_FALSE(accepts(host));
         ASSERT_EQ(host.message_boxes().size(), 2u);
         EXPECT_TRUE(host.message_boxes()[0].starts_with("rb_version: "));
+        EXPECT_EQ(host.message_boxes()[1], kQualification);
     }
 }
 

@@ -40,7 +40,7 @@ std::string describe(const Value& value) {
 }
 
 std::string describe(const Callable& method, const std::vector<Value>& arguments) {
-    std::string text = method.owner + "." + method.declaration.text + " with";
+    std::string text = full_declaration(method) + " with";
     for (const Value& argument : arguments) text += "\n  " + describe(argument);
     return text;
 }

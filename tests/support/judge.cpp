@@ -8,7 +8,8 @@ namespace tarvo::test {
 
 Area any_area(Random& random, int width, int height) {
     const int left = any_of(random, -3, width - 1), top = any_of(random, -3, height - 1);
-    const int right = any_of(random, std::max(left, 0), width + 3), bottom = any_of(random, std::max(top, 0), height + 3);
+    const int right = any_of(random, std::max(left, 0), width + 3);
+    const int bottom = any_of(random, std::max(top, 0), height + 3);
     return {left, top, right - left + 1, bottom - top + 1};
 }
 
@@ -66,6 +67,13 @@ void expect_mask_copied(Session& session, const Picture& source, const Picture& 
     EXPECT_TRUE(session.host.complaints().empty());
 }
 
+// Pixels of 16 bits go through colours, which have no place for the unused bit.
+void expect_unused_bits_clear(const Picture& result) {
+    if (result.depth() != 16) return;
+    for (int y = 0; y < result.height(); ++y)
+        for (int x = 0; x < result.width(); ++x) ASSERT_EQ(result.row(y)[2 * x] & 0x80, 0) << x << ", " << y;
+}
+
 void expect_region(Session& session, const RegionOperation& operation, const ObjectRef& source, const Area* area) {
     const ObjectRef rectangle =
         area ? session.rectangle(area->left, area->top, area->width, area->height) : ObjectRef();
@@ -79,11 +87,25 @@ void expect_region(Session& session, const RegionOperation& operation, const Obj
         for (int x = 0; x < expected.width; ++x)
             if (!area || area->has(x, y)) expected.at(x, y) = operation.change(expected.at(x, y));
     EXPECT_EQ(difference(*picture_in(result), expected, std::max(pixels(source).depth(), 16)), "");
+    expect_unused_bits_clear(*picture_in(result));
     if (operation.copies_mask)
         expect_mask_copied(session, pixels(source), *picture_in(result));
     else
         EXPECT_FALSE(picture_in(result)->mask());
     EXPECT_EQ(all_bytes(source), before);
+}
+
+// Around the blocks and chunks that kernels work in.
+const std::vector<int>& wide_runs() {
+    static const std::vector<int> runs = {63, 64, 65, 511, 512, 513, 1025};
+    return runs;
+}
+
+// One for each way in which pixels are read and written.
+const std::vector<Shape>& wide_shapes() {
+    static const std::vector<Shape> shapes = {
+        {.depth = 8}, {.depth = 16}, {.depth = 24}, {.depth = 32}, {.backing = host::Backing::pixel_buffer}};
+    return shapes;
 }
 
 }  // namespace
@@ -102,33 +124,55 @@ void expect_agreement(Session& session, Random& random, const RegionOperation& o
             expect_region(session, operation, source, &area);
         }
     }
-    for (const int width : {511, 512, 513, 1025}) {  // around the chunks that kernels work in
-        const ObjectRef source = random_picture(session, random, {}, width, 2);
-        const Area area = {any_of(random, 0, 3), 0, width - any_of(random, 3, 6), 2};
-        SCOPED_TRACE(width);
-        expect_region(session, operation, source, &area);
+    for (const Shape& shape : wide_shapes()) {
+        for (const int run : wide_runs()) {
+            SCOPED_TRACE(shape.name() + ", a run of " + std::to_string(run));
+            const Area area = {any_of(random, 1, 20), any_of(random, 0, 1), run, 1};
+            const int width = area.left + run + any_of(random, 0, 20);
+            expect_region(session, operation, random_picture(session, random, shape, width, 2), &area);
+        }
     }
 }
 
-void expect_agreement(Session& session, Random& random, const MaskOperation& operation) {
-    for (const Shape& shape : source_shapes()) {
-        for (const Shape& mask_shape : source_shapes()) {
-            SCOPED_TRACE(shape.name() + " with a mask of " + mask_shape.name());
-            const int width = any_of(random, 1, 40), height = any_of(random, 1, 6);
-            const ObjectRef source = random_picture(session, random, shape, width, height);
-            const ObjectRef mask = random_picture(session, random, mask_shape, width, height);
-            const auto source_before = all_bytes(source), mask_before = all_bytes(mask);
-            const Value result = operation.call(session, source, mask);
-            ASSERT_TRUE(picture_in(result)) << session.last_error();
+namespace {
 
-            PlainImage expected = read_image(pixels(source));
-            const PlainImage weights = read_image(pixels(mask));
-            for (std::size_t i = 0; i < expected.colors.size(); ++i)
-                expected.colors[i] = operation.change(expected.colors[i], weights.colors[i]);
-            EXPECT_EQ(difference(*picture_in(result), expected, std::max(shape.depth, 16)), "");
-            EXPECT_FALSE(picture_in(result)->mask());
-            EXPECT_EQ(all_bytes(source), source_before);
-            EXPECT_EQ(all_bytes(mask), mask_before);
+void expect_weighted(Session& session, const MaskOperation& operation, const ObjectRef& source, const ObjectRef& mask) {
+    const auto source_before = all_bytes(source), mask_before = all_bytes(mask);
+    const Value result = operation.call(session, source, mask);
+    ASSERT_TRUE(picture_in(result)) << session.last_error();
+    EXPECT_EQ(session.last_error(), 0);
+
+    PlainImage expected = read_image(pixels(source));
+    const PlainImage weights = read_image(pixels(mask));
+    for (std::size_t i = 0; i < expected.colors.size(); ++i)
+        expected.colors[i] = operation.change(expected.colors[i], weights.colors[i]);
+    EXPECT_EQ(difference(*picture_in(result), expected, std::max(pixels(source).depth(), 16)), "");
+    expect_unused_bits_clear(*picture_in(result));
+    EXPECT_FALSE(picture_in(result)->mask());  // not the source's either
+    EXPECT_EQ(all_bytes(source), source_before);
+    EXPECT_EQ(all_bytes(mask), mask_before);
+}
+
+}  // namespace
+
+void expect_agreement(Session& session, Random& random, const MaskOperation& operation) {
+    std::size_t round = 0;
+    for (Shape shape : source_shapes()) {
+        for (const Shape& mask_shape : source_shapes()) {
+            if (shape.backing != host::Backing::drawing_commands)
+                shape.mask_depth = mask_depths()[round++ % mask_depths().size()];
+            SCOPED_TRACE(shape.name() + " with a mask argument of " + mask_shape.name());
+            const int width = any_of(random, 1, 40), height = any_of(random, 1, 6);
+            expect_weighted(session, operation, random_picture(session, random, shape, width, height),
+                            random_picture(session, random, mask_shape, width, height));
+        }
+    }
+    for (const Shape& shape : wide_shapes()) {
+        for (const int run : wide_runs()) {
+            const Shape& mask_shape = wide_shapes()[round++ % wide_shapes().size()];  // of each depth in turn
+            SCOPED_TRACE(shape.name() + " with a mask argument of " + mask_shape.name() + ", " + std::to_string(run));
+            expect_weighted(session, operation, random_picture(session, random, shape, run, 2),
+                            random_picture(session, random, mask_shape, run, 2));
         }
     }
 }

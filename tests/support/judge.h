@@ -29,7 +29,7 @@ struct RegionOperation {
     std::function<std::uint32_t(std::uint32_t)> change;
     bool copies_mask;
 };
-// Random pictures of every depth, kind and mask, each with a random rectangle and with none.
+// Random pictures of every depth, kind and mask, each with a random rectangle and with none; and wide rectangles.
 void expect_agreement(Session& session, Random& random, const RegionOperation& operation);
 
 // An operation that changes the whole picture, weighted by a mask.
@@ -37,7 +37,8 @@ struct MaskOperation {
     std::function<Value(Session&, const ObjectRef& source, const ObjectRef& mask)> call;
     std::function<std::uint32_t(std::uint32_t color, std::uint32_t mask)> change;
 };
-// Random pictures of every depth and kind, with random masks of every depth and kind.
+// Random pictures of every depth and kind, with masks of their own, and random mask arguments of every depth and kind;
+// and wide pictures.
 void expect_agreement(Session& session, Random& random, const MaskOperation& operation);
 
 }  // namespace tarvo::test

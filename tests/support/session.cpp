@@ -6,6 +6,10 @@ namespace tarvo::test {
 
 std::string plugin_path() { return TARVO_PLUGIN_PATH; }
 
+std::string full_declaration(const host::Callable& method) {
+    return (method.owner.empty() ? "" : method.owner + ".") + method.declaration.text;
+}
+
 namespace {
 
 void load(host::Host& host, bool private_copy) {

@@ -21,6 +21,8 @@ using host::Value;
 
 // The shared library under test.
 std::string plugin_path();
+// A method's declaration, a member's class before it: "picture.TRV_Difference(compare as picture) as picture".
+std::string full_declaration(const host::Callable& method);
 
 template <class T>
 Value value(T&& argument) {

@@ -8,15 +8,15 @@
 
 namespace {
 
-using Mix = decltype(mix_in_255ths);
-
 // All levels of the mask, for one source and one changed channel.
-std::array<PixelColor, 256> mixed(Mix mix, std::uint32_t from, std::uint32_t to) {
+template <class Mix>
+std::array<PixelColor, 256> at_all_levels(Mix mix, std::uint32_t from, std::uint32_t to) {
     std::array<PixelColor, 256> colors, changed, masks;
     colors.fill(0xAB000000 | pack_rgb(from, to, from));
     changed.fill(pack_rgb(to, from, to));
     for (std::uint32_t level = 0; level < 256; ++level) masks[level] = 0x00ABCD00 | level;
-    mix(colors.data(), changed.data(), masks.data(), colors.size());
+    for (std::size_t block = 0; block < colors.size(); block += kBlockPixels)
+        mix(colors.data() + block, changed.data() + block, masks.data() + block);
     return colors;
 }
 
@@ -27,7 +27,7 @@ TEST(MaskMix, DivisionBy255) {
 TEST(MaskMix, In255ths) {
     for (std::uint32_t from = 0; from < 256; ++from) {
         for (std::uint32_t to = 0; to < 256; ++to) {
-            const auto colors = mixed(mix_in_255ths, from, to);
+            const auto colors = at_all_levels(MixIn255ths{}, from, to);
             for (std::uint32_t m = 0; m < 256; ++m) {
                 const std::uint32_t there = (from * (255 - m) + to * m) / 255, back = (to * (255 - m) + from * m) / 255;
                 ASSERT_EQ(colors[m], pack_rgb(there, back, there)) << from << " to " << to << " by " << m;
@@ -39,7 +39,7 @@ TEST(MaskMix, In255ths) {
 TEST(MaskMix, In256ths) {
     for (std::uint32_t from = 0; from < 256; ++from) {
         for (std::uint32_t to = 0; to < 256; ++to) {
-            const auto colors = mixed(mix_in_256ths, from, to);
+            const auto colors = at_all_levels(MixIn256ths{}, from, to);
             ASSERT_EQ(colors[0], 0xAB000000 | pack_rgb(from, to, from));
             for (std::uint32_t m = 1; m < 256; ++m) {
                 const std::uint32_t w = m > 127 ? m + 1 : m;

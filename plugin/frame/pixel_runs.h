@@ -1,11 +1,13 @@
 #pragma once
 
-// Runs of one row, of any length, moved from picture to picture in chunks.
+// Pixels moved from picture to picture unchanged: runs of one row, of any length, and parts of pictures. Between pictures
+// of 32 bits they go as they are stored, else in chunks of colours.
 
 #include <cstdint>
 #include <span>
 
-#include "rows.h"
+#include "picture.h"
+#include "region.h"
 
 // How a kernel addresses pixels. Below 8 bits it matters: whole-pixel addresses stand still there, and single bits are
 // only reached by the other way.
@@ -22,5 +24,13 @@ struct Place {
 };
 
 void copy_run(const TRV_Picture& source, Place from, TRV_Picture& result, Place to, std::int32_t count,
-              const char* caller);
+              const char* caller, const RunAccess& access = kWholePixels);
+// The same, last pixel first.
+void mirror_run(const TRV_Picture& source, Place from, TRV_Picture& result, Place to, std::int32_t count,
+                const char* caller, const RunAccess& access = kWholePixels);
 void fill_run(TRV_Picture& result, Place to, std::int32_t count, PixelColor color, const char* caller);
+
+// result = source, within a part of both.
+void copy_region(const TRV_Picture& source, TRV_Picture& result, const Region& part, const char* caller);
+// result = source, outside a part of both that is not empty.
+void copy_around(const TRV_Picture& source, TRV_Picture& result, const Region& part, const char* caller);

@@ -1,0 +1,17 @@
+#pragma once
+
+// Lines on the standard error stream that do not end a command.
+
+#include <iostream>
+#include <string>
+
+namespace tarvo::cli {
+
+inline void warn(const std::string& line) { std::cerr << "warning: " << line << '\n'; }
+
+// Nothing for an empty line.
+inline void note(const std::string& line) {
+    if (!line.empty()) std::cerr << "note: " << line << '\n';
+}
+
+}  // namespace tarvo::cli

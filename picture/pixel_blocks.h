@@ -1,0 +1,111 @@
+#pragma once
+
+// Rows of 32-bit pixels, read, worked on and written a block at a time: all of a block's steps happen in one function,
+// between a block of the row in the cache and the next.
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+
+#include "pixel_formats.h"
+#include "row_clones.h"
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#else
+#include <cstring>
+#endif
+
+inline constexpr std::size_t kCacheLine = 64;
+inline constexpr std::size_t kLinePixels = kCacheLine / XRgb32::kBytes;
+inline constexpr std::size_t kBlockPixels = 32;
+
+// Colours that a kernel works on. Kernels take whole blocks, in place: what a block holds beyond the row's end is
+// worked on too, and never written.
+struct alignas(kCacheLine) ColorBlock {
+    PixelColor colors[kBlockPixels];
+};
+
+template <class Format>
+TARVO_INLINED inline void decode_as(const std::uint8_t* __restrict row, PixelColor* __restrict span,
+                                    std::size_t count) {
+    for (std::size_t x = 0; x < count; ++x) span[x] = Format::load(row + x * Format::kBytes);
+}
+
+template <class Format>
+TARVO_INLINED inline void encode_as(const PixelColor* __restrict span, std::uint8_t* __restrict row,
+                                    std::size_t count) {
+    for (std::size_t x = 0; x < count; ++x) Format::store(row + x * Format::kBytes, span[x]);
+}
+
+// One cache line, written past the caches where the machine can. Ordinary stores read each line before they overwrite
+// it, which costs a third of the memory traffic of a large picture. `to` is aligned. No plain loop compiles to this.
+TARVO_INLINED inline void stream_line(const std::uint8_t* line, std::uint8_t* to) {
+#if defined(__SSE2__)
+    for (std::size_t i = 0; i < kCacheLine; i += sizeof(__m128i))
+        _mm_stream_si128(reinterpret_cast<__m128i*>(to + i),
+                         _mm_load_si128(reinterpret_cast<const __m128i*>(line + i)));
+#else
+    std::memcpy(to, line, kCacheLine);
+#endif
+}
+
+// Ends a run of streamed lines: what was written is in order with what follows.
+inline void finish_streamed_lines() {
+#if defined(__SSE2__)
+    _mm_sfence();
+#endif
+}
+
+// Colours to whole cache lines.
+TARVO_INLINED inline void stream_xrgb32_lines(const PixelColor* colors, std::uint8_t* row, std::size_t count) {
+    for (std::size_t x = 0; x < count; x += kLinePixels) {
+        alignas(kCacheLine) std::uint8_t line[kCacheLine];
+        encode_as<XRgb32>(colors + x, line, kLinePixels);
+        stream_line(line, row + x * XRgb32::kBytes);
+    }
+}
+
+// Pixels of a row of 32-bit pixels before its first whole cache line, at most `count`.
+inline std::size_t pixels_before_line(const std::uint8_t* row, std::size_t count) {
+    const std::size_t past = reinterpret_cast<std::uintptr_t>(row) % kCacheLine;
+    return past ? std::min((kCacheLine - past) / XRgb32::kBytes, count) : 0;
+}
+
+// Whether the pixels of a row do not lie across cache lines.
+inline bool has_aligned_pixels(const std::uint8_t* row) {
+    return reinterpret_cast<std::uintptr_t>(row) % XRgb32::kBytes == 0;
+}
+
+// to = kernel(from...), for `count` 32-bit pixels. `kernel(colors, others...)` works on blocks, in place on the colours
+// of the first run. The runs may be the same memory, or must not overlap. `streams` writes whole cache lines past the
+// caches.
+template <class Kernel, class... Run>
+void map_xrgb32_run(std::uint8_t* to, bool streams, std::size_t count, const Kernel& kernel, const Run*... from) {
+    const bool streams_lines = streams && has_aligned_pixels(to);
+    const std::size_t before_line = streams_lines ? pixels_before_line(to, count) : 0;
+    const auto map = [&]<std::size_t... i>(std::index_sequence<i...>) TARVO_INLINED {
+        for (std::size_t x = 0, pixels = before_line; x < count; x += pixels) {
+            if (x > 0 || pixels == 0) pixels = std::min(kBlockPixels, count - x);
+            const bool whole = pixels == kBlockPixels;
+            std::uint8_t* const out = to + x * XRgb32::kBytes;
+            ColorBlock blocks[sizeof...(from)];
+            const auto decode = [&](std::size_t n) TARVO_INLINED {
+                (decode_as<XRgb32>(from + x * XRgb32::kBytes, blocks[i].colors, n), ...);
+            };
+            if (whole)
+                decode(kBlockPixels);
+            else
+                (std::fill_n(blocks[i].colors, kBlockPixels, 0), ...), decode(pixels);
+            kernel(blocks[i].colors...);
+            if (!whole)
+                encode_as<XRgb32>(blocks[0].colors, out, pixels);
+            else if (streams_lines)
+                stream_xrgb32_lines(blocks[0].colors, out, kBlockPixels);
+            else
+                encode_as<XRgb32>(blocks[0].colors, out, kBlockPixels);
+        }
+    };
+    on_this_processor([&]() TARVO_INLINED { map(std::index_sequence_for<Run...>{}); });
+}

@@ -1,0 +1,133 @@
+#pragma once
+
+// Operations that make each colour of the result from the colours at the same place, or beside it in an overlay.
+//
+// A kernel is a function object marked TARVO_INLINED that works on blocks (pixel_blocks.h), in place on the colours of
+// the source: `kernel(colors, others...)`, with one pointer for each further picture. It becomes part of the loops
+// here, which are compiled for the processor at hand; pictures of 32 bits are read, worked on and written in one pass.
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <utility>
+
+#include "numbers.h"
+#include "picture.h"
+#include "pixel_blocks.h"
+#include "pixel_runs.h"
+#include "region.h"
+#include "rows.h"
+#include "yield_budget.h"
+
+// Where a run of a row is read.
+struct RunSource {
+    const TRV_Picture& picture;
+    std::int32_t row, column;
+};
+
+// Colours of a chunk, in whole blocks.
+struct alignas(kCacheLine) BlockedChunk {
+    static_assert(kChunkPixels % kBlockPixels == 0);
+    Chunk colors{};
+};
+
+// result = kernel(first, others...) for a run of one row.
+template <class Kernel, class... Others>
+void map_run(TRV_Picture& result, std::int32_t row, std::int32_t column, std::size_t count, const char* caller,
+             const Kernel& kernel, const RunSource& first, const Others&... others) {
+    const auto words = [](const RunSource& run) -> const std::uint8_t* {
+        return run.picture.WordsAt(run.row, run.column);
+    };
+    std::uint8_t* const to = result.WordsAt(row, column);
+    if (to && words(first) && (... && words(others)))
+        return map_xrgb32_run(to, result.streams(), count, kernel, words(first), words(others)...);
+
+    constexpr std::size_t kPictures = 1 + sizeof...(others);
+    const auto map_chunks = [&]<std::size_t... i>(std::index_sequence<i...>) TARVO_INLINED {
+        BlockedChunk chunks[kPictures];
+        for (std::size_t x = 0; x < count; x += kChunkPixels) {
+            const std::size_t pixels = std::min<std::size_t>(kChunkPixels, count - x);
+            const auto offset = static_cast<std::int32_t>(x);
+            std::size_t next = 0;
+            const auto read = [&](const RunSource& run) {
+                run.picture.GetPixels(run.row, run.column + offset, {chunks[next++].colors.data(), pixels}, caller);
+            };
+            read(first);
+            (read(others), ...);
+            for (std::size_t block = 0; block < pixels; block += kBlockPixels)
+                kernel((chunks[i].colors.data() + block)...);
+            result.SetPixels(row, column + offset, std::span(chunks[0].colors).first(pixels), caller);
+        }
+    };
+    on_this_processor([&]() TARVO_INLINED { map_chunks(std::make_index_sequence<kPictures>{}); });
+}
+
+// A kernel that is one after another.
+template <class First, class Second>
+struct Chain {
+    First first;
+    Second second;
+
+    TARVO_INLINED void operator()(PixelColor* colors) const {
+        first(colors);
+        second(colors);
+    }
+};
+template <class First, class Second>
+Chain(First, Second) -> Chain<First, Second>;
+
+// A further picture of an operation, with its first pixel over the source's at `left`, `top`. It covers the region.
+struct Overlay {
+    const TRV_Picture& picture;
+    std::int32_t left = 0, top = 0;
+
+    RunSource run(std::int32_t row, std::int32_t column) const {
+        return {picture, wrapping_subtract(row, top), wrapping_subtract(column, left)};
+    }
+};
+
+// result = kernel(source, overlays...) in the region. `rest(row, column, count)` makes the runs around it.
+template <class Kernel, class Rest, class... Overlays>
+void map_region_and_rest(const TRV_Picture& source, TRV_Picture& result, const Region& region, int yield,
+                         const char* caller, const Kernel& kernel, Rest rest, const Overlays&... overlays) {
+    YieldBudget budget(yield);
+    const std::int32_t width = result.width();
+    const std::int32_t end = region.right + 1;
+    for (std::int32_t row = 0; row < result.height(); ++row) {
+        budget.before_row(width);
+        if (region.empty() || !region.has_row(row)) {
+            rest(row, 0, width);
+            continue;
+        }
+        if (region.left > 0) rest(row, 0, region.left);
+        map_run(result, row, region.left, static_cast<std::size_t>(end - region.left), caller, kernel,
+                RunSource{source, row, region.left}, overlays.run(row, region.left)...);
+        if (end < width) rest(row, end, width - end);
+    }
+}
+
+// result = source, with `kernel(colors, overlays...)` applied to the region.
+template <class Kernel, class... Overlays>
+void map_region(const TRV_Picture& source, TRV_Picture& result, const Region& region, int yield, const char* caller,
+                const Kernel& kernel, const Overlays&... overlays) {
+    const auto copy = [&](std::int32_t row, std::int32_t column, std::int32_t count) {
+        copy_run(source, {row, column}, result, {row, column}, count, caller);
+    };
+    map_region_and_rest(source, result, region, yield, caller, kernel, copy, overlays...);
+}
+
+// result = kernel(source, others...), for pictures of the result's size.
+template <class Kernel, class... Pictures>
+void map_pictures(const TRV_Picture& source, TRV_Picture& result, int yield, const char* caller, const Kernel& kernel,
+                  const Pictures&... others) {
+    map_region(source, result, whole_of(result), yield, caller, kernel, Overlay{others}...);
+}
+
+// Applies `kernel(colors)` to the region of the picture itself. Nothing else is written.
+template <class Kernel>
+void map_in_place(TRV_Picture& picture, const Region& region, const char* caller, const Kernel& kernel) {
+    const auto count = static_cast<std::size_t>(region.right - region.left + 1);
+    for (std::int32_t row = region.top; row <= region.bottom; ++row)
+        map_run(picture, row, region.left, count, caller, kernel, RunSource{picture, row, region.left});
+}

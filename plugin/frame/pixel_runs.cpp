@@ -1,0 +1,78 @@
+#include "pixel_runs.h"
+
+#include "row_clones.h"
+#include "rows.h"
+#include "stored_words.h"
+
+namespace {
+
+// Calls `visit(done, count)` for the pieces of a run that is written from `column` on. Pieces end where all rows' do, so
+// that no cache line is written by two pieces.
+template <class Visit>
+void for_each_run_piece(std::int32_t column, std::int32_t count, Visit visit) {
+    for (std::int32_t done = 0; done < count;) {
+        const std::int32_t piece = std::min(kChunkPixels - (column + done) % kChunkPixels, count - done);
+        visit(done, static_cast<std::size_t>(piece));
+        done += piece;
+    }
+}
+
+TARVO_ROW_CLONES void reverse_row(const PixelColor* colors, PixelColor* reversed, std::size_t count) {
+    for (std::size_t x = 0; x < count; ++x) reversed[x] = colors[count - 1 - x];
+}
+
+// Moves the run by `move` as it is stored; false where one of the pictures stores it in another way.
+template <class Move>
+bool move_stored(const TRV_Picture& source, Place from, TRV_Picture& result, Place to, std::int32_t count, Move move) {
+    const std::uint8_t* const words = source.WordsAt(from.row, from.column);
+    std::uint8_t* const out = result.WordsAt(to.row, to.column);
+    if (!words || !out) return false;
+    move(words, out, static_cast<std::size_t>(count), result.streams());
+    return true;
+}
+
+}  // namespace
+
+void copy_run(const TRV_Picture& source, Place from, TRV_Picture& result, Place to, std::int32_t count,
+              const char* caller, const RunAccess& access) {
+    if (count <= 0 || move_stored(source, from, result, to, count, copy_words)) return;
+    Chunk colors;
+    for_each_run_piece(to.column, count, [&](std::int32_t done, std::size_t pixels) {
+        const std::span run(colors.data(), pixels);
+        (source.*access.read)(from.row, from.column + done, run, caller);
+        (result.*access.write)(to.row, to.column + done, run, caller);
+    });
+}
+
+void mirror_run(const TRV_Picture& source, Place from, TRV_Picture& result, Place to, std::int32_t count,
+                const char* caller, const RunAccess& access) {
+    if (count <= 0 || move_stored(source, from, result, to, count, mirror_words)) return;
+    Chunk colors, reversed;
+    for_each_run_piece(to.column, count, [&](std::int32_t done, std::size_t pixels) {
+        const std::int32_t column = from.column + count - done - static_cast<std::int32_t>(pixels);
+        (source.*access.read)(from.row, column, std::span(colors.data(), pixels), caller);
+        reverse_row(colors.data(), reversed.data(), pixels);
+        (result.*access.write)(to.row, to.column + done, std::span(reversed.data(), pixels), caller);
+    });
+}
+
+void fill_run(TRV_Picture& result, Place to, std::int32_t count, PixelColor color, const char* caller) {
+    Chunk colors;
+    std::fill_n(colors.begin(), std::clamp(count, 0, kChunkPixels), color);
+    for_each_run_piece(to.column, count, [&](std::int32_t done, std::size_t pixels) {
+        result.SetPixels(to.row, to.column + done, std::span(colors.data(), pixels), caller);
+    });
+}
+
+void copy_region(const TRV_Picture& source, TRV_Picture& result, const Region& part, const char* caller) {
+    for (std::int32_t row = part.top; row <= part.bottom; ++row)
+        copy_run(source, {row, part.left}, result, {row, part.left}, part.right - part.left + 1, caller);
+}
+
+void copy_around(const TRV_Picture& source, TRV_Picture& result, const Region& part, const char* caller) {
+    const std::int32_t last_column = source.width() - 1, last_row = source.height() - 1;
+    copy_region(source, result, {0, 0, last_column, part.top - 1}, caller);
+    copy_region(source, result, {0, part.top, part.left - 1, part.bottom}, caller);
+    copy_region(source, result, {part.right + 1, part.top, last_column, part.bottom}, caller);
+    copy_region(source, result, {0, part.bottom + 1, last_column, last_row}, caller);
+}

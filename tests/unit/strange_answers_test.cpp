@@ -1,0 +1,288 @@
+// A host whose services work, but for what the test makes them answer about pictures.
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string_view>
+#include <vector>
+
+#include "add_subtract.h"
+#include "client_picture.h"
+#include "contrast.h"
+#include "error_state.h"
+#include "host_services.h"
+#include "locked_picture.h"
+#include "plain_image.h"
+
+namespace tarvo::test {
+namespace {
+
+using NewPicture = REALpictureStruct*(long width, long height, long depth);
+using LockDescription = int(REALpictureStruct* picture, REALpictureDescription* description);
+
+// The host's own services, and what stands before them.
+REALresolver host_services = nullptr;
+std::function<NewPicture> on_new_picture;
+std::function<void(REALpictureDescription&)> on_description;
+
+template <class Service>
+Service* host_service(const char* name) {
+    return reinterpret_cast<Service*>(host_services(name));
+}
+
+REALpictureStruct* new_picture(long width, long height, long depth) {
+    if (on_new_picture) return on_new_picture(width, height, depth);
+    return host_service<NewPicture>("newPicture")(width, height, depth);
+}
+
+int lock_description(REALpictureStruct* picture, REALpictureDescription* description) {
+    const int granted = host_service<LockDescription>("lockPictureDescription")(picture, description);
+    if (granted && on_description) on_description(*description);
+    return granted;
+}
+
+void* resolve(const char* name) {
+    if (std::string_view(name) == "newPicture") return reinterpret_cast<void*>(new_picture);
+    if (std::string_view(name) == "lockPictureDescription") return reinterpret_cast<void*>(lock_description);
+    return host_services(name);
+}
+
+// Entry points are kept once they are found, so all tests of this program look them up here.
+class StrangeAnswers : public LockedPicture {
+protected:
+    StrangeAnswers() {
+        host_services = gResolverPPC;
+        gResolverPPC = resolve;
+    }
+    ~StrangeAnswers() override {
+        EXPECT_TRUE(host.complaints().empty());
+        on_new_picture = nullptr;
+        on_description = nullptr;
+    }
+
+    // Every new picture is like this one, whatever it was asked to be.
+    void make_all(const PictureOptions& options) {
+        on_new_picture = [this, options](long, long, long) {
+            return static_cast<REALpictureStruct*>(host.new_picture(options).hand_over());
+        };
+    }
+    static void answer_without_store() {
+        on_description = [](REALpictureDescription& description) { description.store = nullptr; };
+    }
+    ObjectRef client_of(const ObjectRef& picture) {
+        ObjectRef client = host.new_instance("TRV_ClientPicture");
+        TRV_ClientPicture_Data& data = data_of(client);
+        data.width = of(picture).width();
+        data.height = of(picture).height();
+        data.depth = of(picture).depth();
+        data.pic = static_cast<REALpictureStruct*>(ObjectRef(picture).hand_over());
+        return client;
+    }
+    static REALobjectStruct* object_handle(const ObjectRef& object) {
+        return static_cast<REALobjectStruct*>(object.handle());
+    }
+    static TRV_ClientPicture_Data& data_of(const ObjectRef& client) {
+        return *TRV_ClientPicture_GetData(object_handle(client));
+    }
+    // Takes over what the plugin made.
+    ObjectRef adopted(const void* made) { return ObjectRef::adopt(host.objects().find(made)); }
+};
+
+// --- stores ----------------------------------------------------------------------------------------------------------
+
+TEST_F(StrangeAnswers, AWorldThatIsNullDoesNotLock) {
+    const ObjectRef picture = make({.width = 4, .height = 2});
+    answer_without_store();
+    TRV_Picture locked(handle(picture), false);
+    EXPECT_FALSE(locked.Lock());
+    EXPECT_FALSE(locked.isLocked());
+    EXPECT_EQ(PlatformLiveObjects().handleLocks, 0);
+}
+
+TEST_F(StrangeAnswers, ABitmapContextThatIsNullDoesNotLock) {
+    const ObjectRef picture = make({.width = 4, .height = 2});
+    of(picture).set_mask(make({.width = 4, .height = 2, .depth = 8, .backing = Backing::bitmap_context}));
+    answer_without_store();
+    TRV_Picture mask(handle(picture), true);
+    EXPECT_FALSE(mask.Lock());
+    on_description = nullptr;
+    TRV_Picture there(handle(picture), true);
+    EXPECT_TRUE(there.Lock());
+}
+
+TEST_F(StrangeAnswers, APixelBufferThatIsNullLocksWithoutPixels) {
+    const ObjectRef picture = make({.width = 4, .height = 2, .backing = Backing::pixel_buffer});
+    answer_without_store();
+    TRV_Picture locked(handle(picture), false);
+    ASSERT_TRUE(locked.Lock());
+    EXPECT_EQ(locked.width(), 0);
+    EXPECT_EQ(locked.height(), 0);
+    EXPECT_EQ(locked.depth(), 32);
+    EXPECT_EQ(locked.rowBytes(), 0);
+    EXPECT_EQ(locked.RowStart(0), nullptr);
+    EXPECT_EQ(locked.GetPixel(0L, 0L, nullptr), 0u);
+}
+
+TEST_F(StrangeAnswers, APixelBufferWithoutRowsReadsZeroAndTakesNoWrites) {
+    const ObjectRef picture = make({.width = 4, .height = 2, .backing = Backing::pixel_buffer});
+    REALpixelBuffer without_rows = {4, 2, nullptr};
+    on_description = [&](REALpictureDescription& description) { description.store = &without_rows; };
+    TRV_Picture locked(handle(picture), false);
+    ASSERT_TRUE(locked.Lock());
+    EXPECT_EQ(locked.width(), 4);
+    locked.SetPixel(1L, 1L, 0x123456, nullptr);
+    EXPECT_EQ(locked.GetPixel(1L, 1L, nullptr), 0u);
+}
+
+// --- renderings of drawings ------------------------------------------------------------------------------------------
+
+TEST_F(StrangeAnswers, ADrawingNeedsAWorldToBeRenderedIn) {
+    const ObjectRef drawing = host.new_picture({.width = 6, .height = 5, .backing = Backing::drawing_commands});
+    const auto before = host.accounts();
+    for (const Backing backing : {Backing::pixel_buffer, Backing::drawing_commands, Backing::refused}) {
+        make_all({.width = 6, .height = 5, .backing = backing});
+        {
+            TRV_Picture locked(handle(drawing), false);
+            EXPECT_FALSE(locked.Lock());
+        }
+        EXPECT_EQ(host.accounts(), before);
+    }
+    on_new_picture = nullptr;
+    on_description = [](REALpictureDescription& description) {
+        if (description.kind == pictureMacintoshGWorld) description.store = nullptr;
+    };
+    {
+        TRV_Picture locked(handle(drawing), false);
+        EXPECT_FALSE(locked.Lock());
+    }
+    EXPECT_EQ(host.accounts(), before);
+    EXPECT_EQ(host.faults.calls("drawPicturePrimitive"), 0);
+}
+
+// --- new pictures of another size ------------------------------------------------------------------------------------
+
+// Kernels walk all pictures by the sizes that were checked.
+TEST_F(StrangeAnswers, ANewPictureOfAnotherSizeDoesNotLock) {
+    for (const auto& [width, height] : {std::pair{8, 3}, std::pair{7, 2}, std::pair{6, 3}, std::pair{7, 4}}) {
+        make_all({.width = width, .height = height});
+        const auto before = host.accounts();
+        {
+            TRV_Picture made(7, 3, 32, false);
+            EXPECT_FALSE(made.Lock()) << width << " x " << height;
+            EXPECT_EQ(made.width(), 0);
+        }
+        EXPECT_EQ(host.accounts(), before);
+    }
+    make_all({.width = 7, .height = 3, .depth = 16});
+    TRV_Picture of_another_depth(7, 3, 32, false);
+    ASSERT_TRUE(of_another_depth.Lock());
+    EXPECT_EQ(of_another_depth.depth(), 16);
+}
+
+TEST_F(StrangeAnswers, AResultOfAnotherSizeIsCode6InThePictureForm) {
+    const ObjectRef source = make({.width = 7, .height = 3});
+    make_all({.width = 7, .height = 2});
+    EXPECT_EQ(TRV_AdjustContrast(handle(source), nullptr, 0, 1.0, 1.0, 1.0, 0), nullptr);
+    EXPECT_EQ(gTRV_Error, 6);
+    EXPECT_EQ(TRV_Add(handle(source), handle(source), 0), nullptr);
+    EXPECT_EQ(gTRV_Error, 6);
+}
+
+TEST_F(StrangeAnswers, AResultOfAnotherSizeIsCode6AndStaysUnpaintedInTheClientForm) {
+    const ObjectRef source = client_of(make({.width = 7, .height = 3}));
+    ObjectRef backing;
+    std::vector<std::uint8_t> before;
+    on_new_picture = [&](long, long, long) {
+        backing = make({.width = 7, .height = 2});
+        before.assign(of(backing).row(1), of(backing).row(1) + 28);
+        return static_cast<REALpictureStruct*>(ObjectRef(backing).hand_over());
+    };
+    const ObjectRef result =
+        adopted(TRV_ClientPicture_AdjustContrast(object_handle(source), nullptr, 0, 0.0, 0.0, 0.0, 0, true));
+    EXPECT_EQ(gTRV_Error, 6);
+    ASSERT_TRUE(result);
+    EXPECT_EQ(data_of(result).pic, handle(backing));
+    EXPECT_TRUE(std::equal(before.begin(), before.end(), of(backing).row(1)));
+}
+
+// --- client pictures -------------------------------------------------------------------------------------------------
+
+using NewClientPicture = StrangeAnswers;
+
+TEST_F(NewClientPicture, OwnMemoryIsOf16Or24Or32Bits) {
+    const auto before = host.accounts();
+    for (const long depth : {16L, 24L, 32L}) {
+        const ObjectRef made = adopted(TRV_ClientPicture_new(10, 10, depth, false, false));
+        ASSERT_TRUE(made) << depth;
+        EXPECT_EQ(data_of(made).depth, depth);
+        EXPECT_EQ(data_of(made).hasMask, 0);
+        EXPECT_EQ(data_of(made).maskPixels, nullptr);
+        EXPECT_EQ(data_of(made).pic, nullptr);
+    }
+    EXPECT_EQ(host.accounts(), before);
+    for (const long depth : {8L, 1L, 0L, 12L, -16L, 33L}) {
+        EXPECT_EQ(TRV_ClientPicture_new(10, 10, depth, false, false), nullptr) << depth;
+        // The one reference that was added and dropped has left the first one, which nobody holds.
+        ASSERT_EQ(host.accounts().instances, before.instances + 1);
+        for (const host::Object* each : host.objects().all())
+            if (each->type() == host::ObjectType::instance) ObjectRef::adopt(const_cast<host::Object*>(each));
+    }
+    EXPECT_EQ(host.accounts(), before);
+}
+
+TEST_F(NewClientPicture, SizesBelowOneGiveNil) {
+    for (const auto& [width, height] : {std::pair{0L, 10L}, {10L, 0L}, {-1L, 10L}, {10L, -1L}})
+        for (const bool as_picture : {false, true})
+            EXPECT_EQ(TRV_ClientPicture_new(width, height, 32, false, as_picture), nullptr);
+    EXPECT_EQ(host.accounts().instances, 0);
+}
+
+TEST_F(NewClientPicture, TheHostIsAskedForTheDepthAsItIs) {
+    for (const long depth : {8L, 1L, 16L, 32L}) {
+        std::vector<long> asked;
+        on_new_picture = [&](long width, long height, long bits) {
+            asked = {width, height, bits};
+            return host_service<NewPicture>("newPicture")(width, height, bits);
+        };
+        const ObjectRef made = adopted(TRV_ClientPicture_new(10, 7, depth, false, true));
+        ASSERT_TRUE(made) << depth;
+        EXPECT_EQ(asked, (std::vector<long>{10, 7, depth}));
+        EXPECT_EQ(data_of(made).width, 10);
+        EXPECT_EQ(data_of(made).height, 7);
+        EXPECT_EQ(data_of(made).depth, depth);
+        EXPECT_EQ(data_of(made).pixels, nullptr);
+        EXPECT_EQ(data_of(made).rowBytes, 0);
+    }
+}
+
+TEST_F(NewClientPicture, TheHostPicturesOwnMaskIsNotedWhenOneIsAskedFor) {
+    for (const int mask_depth : {8, 16, 32}) {
+        on_new_picture = [&](long width, long height, long) {
+            const auto side = [](long length) { return static_cast<int>(length); };
+            ObjectRef picture = make({.width = side(width), .height = side(height)});
+            of(picture).set_mask(make({.width = side(width), .height = side(height), .depth = mask_depth}));
+            return static_cast<REALpictureStruct*>(picture.hand_over());
+        };
+        const auto before = host.accounts();
+        {
+            const ObjectRef made = adopted(TRV_ClientPicture_new(10, 7, 32, true, true));
+            EXPECT_EQ(data_of(made).hasMask, 1);
+            EXPECT_EQ(data_of(made).maskDepth, mask_depth);
+            EXPECT_EQ(data_of(made).maskPixels, nullptr);
+            EXPECT_EQ(host.accounts().picture_locks, 0);
+            const ObjectRef not_asked = adopted(TRV_ClientPicture_new(10, 7, 32, false, true));
+            EXPECT_EQ(data_of(not_asked).hasMask, 0);
+            EXPECT_EQ(data_of(not_asked).maskDepth, 0);
+        }
+        EXPECT_EQ(host.accounts(), before);
+    }
+}
+
+TEST_F(NewClientPicture, AHostPictureWithoutAMaskIsNotGivenOne) {
+    const ObjectRef made = adopted(TRV_ClientPicture_new(10, 7, 32, true, true));
+    EXPECT_EQ(data_of(made).hasMask, 0);
+    EXPECT_EQ(host.accounts().pictures, 1);
+}
+
+}  // namespace
+}  // namespace tarvo::test
