@@ -35,8 +35,8 @@ const char* caller_at(std::int32_t depth) {
 // Gives the host control at 32 bits only.
 void PrivCompositeColor(const TRV_Picture& source, TRV_Picture& result, const Region& region, int overlay_color,
                         double overlay_fraction, int yield) {
-    map_region(source, result, region, source.depth() == 32 ? yield : kNoYielding, caller_at(source.depth()),
-               BlendWithColor(static_cast<PixelColor>(overlay_color), separate_weights(overlay_fraction)));
+    map_region_in_copy(source, result, region, source.depth() == 32 ? yield : kNoYielding, caller_at(source.depth()),
+                       BlendWithColor(static_cast<PixelColor>(overlay_color), separate_weights(overlay_fraction)));
 }
 
 REALpictureStruct* TRV_Composite_Color(REALpictureStruct* p, REALobjectStruct* rect, int overlay_color,

@@ -24,9 +24,8 @@ struct BlendByMask {
         for (std::size_t x = 0; x < kBlockPixels; ++x)
             left_over.set(x, divided_by_255(weight * (255 - red_of(masks[x]))));
         blend_channels(
-            colors,
-            [](int source, int overlay, int w) TARVO_INLINED { return blended(source, overlay, w); },
-            overlays, left_over);
+            colors, [](int source, int overlay, int w) TARVO_INLINED { return blended(source, overlay, w); }, overlays,
+            left_over);
     }
 };
 
@@ -80,8 +79,8 @@ struct Composition {
     std::uint16_t weight;
 
     void blend_plainly() const {
-        map_region(source, result, placement.covered, kNoYielding, path.caller, Blend{complementary_weights(weight)},
-                   Overlay{overlay, placement.left, placement.top});
+        map_region_in_copy(source, result, placement.covered, kNoYielding, path.caller,
+                           Blend{complementary_weights(weight)}, Overlay{overlay, placement.left, placement.top});
     }
 
     // Places outside the mask are transparent.

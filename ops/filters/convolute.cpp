@@ -42,8 +42,6 @@ public:
         read_run(source, row, from, whole().from(from - first), static_cast<std::size_t>(to - from), caller);
         repeat(from - first, 0, from - first);
         repeat(to - 1 - first, to - first, end - to);
-        // What follows is brought near while this is worked on.
-        source.Prefetch(row, to, count);
         return taps_;
     }
 
@@ -97,40 +95,39 @@ private:
     alignas(kCacheLine) std::array<std::array<std::uint16_t, kChunkPixels>, kMostTaps> green_;
 };
 
-// A walk down columns in bands of rows: some columns of a band, then the next ones, then the next band. Memory is fast only
-// where it is read in order, so the rows that the next band will read are brought near in order while a band is worked on.
-class Bands {
-public:
-    Bands(const TRV_Picture& source, const Region& region, std::int32_t taps) : source_(source), region_(region), margin_(taps / 2) {
-        constexpr std::int32_t kBandBytes = 256 << 10, kWindowBytes = 24 << 10;
-        constexpr std::int32_t kPixelBytes = sizeof(PixelColor) + sizeof(std::uint16_t);
-        rows_ = std::max(kBandBytes / std::max(source.rowBytes(), 1), taps + taps / 2);
-        columns_ = std::min(kWindowBytes / (kPixelBytes * taps) / 64 * 64, kChunkPixels);
-    }
+void write_means(const WeightedMean& mean, const Taps& taps, TRV_Picture& destination, std::int32_t row,
+                 std::int32_t column, std::size_t count, const char* caller) {
+    std::uint8_t* const words = destination.streams() ? destination.WordsAt(row, column) : nullptr;
+    if (words && pixels_before_line(words, count) == 0) return mean.stream(taps, words, count);
+    alignas(kCacheLine) Chunk means;
+    mean(taps, means.data(), count);
+    destination.SetPixels(row, column, {means.data(), count}, caller);
+}
 
-    // `visit(top, bottom, column, count)`, `done()`
-    template <class Visit>
-    void for_each(Visit visit) const {
-        for_each_piece(region_.top, region_.bottom, rows_, [&](std::int32_t top, std::int32_t bottom) {
-            std::int32_t next_row = bottom + 1 + margin_, next_column = region_.left;
-            const auto bring_near = [&] {
-                if (next_row >= source_.height()) return;
-                source_.Prefetch(next_row, next_column, static_cast<std::size_t>(std::min(columns_, region_.right + 1 - next_column)));
-                next_column += columns_;
-                if (next_column <= region_.right) return;
-                next_column = region_.left;
-                ++next_row;
-            };
-            for_each_piece(region_.left, region_.right, columns_, [&](std::int32_t left, std::int32_t right) {
-                visit(Region{left, top, right, bottom}, bring_near);
-            });
-        });
+// Memory is fast only where it is read in order. What a walk down columns reads is read once in order before, by which it
+// comes into the second-level cache.
+void bring_near(const TRV_Picture& source, const Region& part) {
+    for (std::int32_t row = part.top; row <= part.bottom; ++row) {
+        const volatile std::uint8_t* const words = source.WordsAt(row, 0);
+        if (!words) return;
+        for (std::int32_t column = part.left; column <= part.right; column += static_cast<std::int32_t>(kLinePixels))
+            static_cast<void>(words[column * XRgb32::kBytes]);
+    }
+}
+
+// The size of the parts in which a picture is walked down columns: the rows of a part fit into the second-level cache, and
+// a window onto its columns into the first-level cache.
+struct PartSize {
+    std::int32_t rows, columns;
+
+    PartSize(std::int32_t row_pixels, std::int32_t taps) {
+        constexpr std::int32_t kNearPixels = 1 << 16, kWindowPixels = 4096;
+        rows = std::max(kNearPixels / row_pixels, taps + taps / 2);
+        columns = std::min(kWindowPixels / taps / kColumnsStep * kColumnsStep, kChunkPixels);
     }
 
 private:
-    const TRV_Picture& source_;
-    Region region_;
-    std::int32_t margin_, rows_, columns_;
+    static constexpr std::int32_t kColumnsStep = 64;
 };
 
 }  // namespace
@@ -142,11 +139,10 @@ void PrivConvoluteHorizontal(const TRV_Picture& source, TRV_Picture& destination
     if (!mean.defined()) return copy_region(source, destination, whole_of(source), kCaller);
     copy_around(source, destination, region, kCaller);
     WidenedRun run(mean.taps());
-    alignas(kCacheLine) Chunk means;
     for (std::int32_t row = region.top; row <= region.bottom; ++row)
         for_each_chunk(region.left, region.right, [&](std::int32_t column, std::size_t count) {
-            mean(run.read(source, row, column, count, kCaller), means.data(), count);
-            destination.SetPixels(row, column, {means.data(), count}, kCaller);
+            const Taps& taps = run.read(source, row, column, count, kCaller);
+            write_means(mean, taps, destination, row, column, count, kCaller);
         });
 }
 
@@ -156,15 +152,15 @@ void PrivConvoluteVertical(const TRV_Picture& source, TRV_Picture& destination, 
     const WeightedMean mean = mean_of(convolution);
     if (!mean.defined()) return copy_region(source, destination, whole_of(source), kCaller);
     copy_around(source, destination, region, kCaller);
-    alignas(kCacheLine) Chunk means;
-    Bands(source, region, mean.taps()).for_each([&](const Region& part, const auto& bring_next_near) {
-        const auto count = static_cast<std::size_t>(part.right - part.left + 1);
-        RunWindow window(mean.taps(), part.top, part.left, count);
-        for (std::int32_t row = part.top; row <= part.bottom; ++row) {
-            mean(window.move_to(source, row, kCaller), means.data(), count);
-            destination.SetPixels(row, part.left, {means.data(), count}, kCaller);
-            bring_next_near();
-        }
+    const PartSize size(region.right - region.left + 1, mean.taps());
+    for_each_piece(region.top, region.bottom, size.rows, [&](std::int32_t top, std::int32_t bottom) {
+        bring_near(source, {region.left, top, region.right, std::min(bottom + mean.taps() / 2, source.height() - 1)});
+        for_each_piece(region.left, region.right, size.columns, [&](std::int32_t left, std::int32_t right) {
+            const auto count = static_cast<std::size_t>(right - left + 1);
+            RunWindow window(mean.taps(), top, left, count);
+            for (std::int32_t row = top; row <= bottom; ++row)
+                write_means(mean, window.move_to(source, row, kCaller), destination, row, left, count, kCaller);
+        });
     });
 }
 

@@ -15,9 +15,9 @@ namespace {
 
 constexpr const char* kCaller = "TRV_Pixelate";
 
-// Rows are read and written in long runs, one after the other, which is how memory is fastest.
-constexpr std::int32_t kRunPixels = 4 * kChunkPixels;
-constexpr std::int32_t kMostBlocks = 512;
+// Rows are read and written in long runs, whole where they can be, one after the other: so memory is fastest.
+constexpr std::int32_t kRunPixels = 8 * kChunkPixels;
+constexpr std::int32_t kMostBlocks = 1024;
 
 // Sums down the columns of a run. Red and blue share a word: the sums of 256 rows have 16 bits each.
 struct ColumnSums {
@@ -25,12 +25,20 @@ struct ColumnSums {
     std::array<std::uint32_t, kRunPixels> red_blue{}, green{};
 };
 
-TARVO_ROW_CLONES void add_row(std::uint32_t* __restrict red_blue, std::uint32_t* __restrict green,
-                              const PixelColor* colors, std::size_t count) {
-    for (std::size_t x = 0; x < count; ++x) {
-        red_blue[x] += colors[x] & 0xFF00FF;
-        green[x] += green_of(colors[x]);
-    }
+TARVO_INLINED inline void add_color(PixelColor color, std::uint32_t& red_blue, std::uint32_t& green) {
+    red_blue += color & 0xFF00FF;
+    green += green_of(color);
+}
+
+TARVO_ROW_CLONES void add_colors(const PixelColor* colors, std::uint32_t* __restrict red_blue,
+                                 std::uint32_t* __restrict green, std::size_t count) {
+    for (std::size_t x = 0; x < count; ++x) add_color(colors[x], red_blue[x], green[x]);
+}
+
+TARVO_ROW_CLONES void add_words(const std::uint8_t* words, std::uint32_t* __restrict red_blue,
+                                std::uint32_t* __restrict green, std::size_t count) {
+    for (std::size_t x = 0; x < count; ++x)
+        add_color(XRgb32::load(words + x * XRgb32::kBytes), red_blue[x], green[x]);
 }
 
 // The blocks of some columns of one band of rows: as many whole blocks as a run holds, or a single wider one.
@@ -76,18 +84,24 @@ void read_as_stored(const TRV_Picture& source, TRV_Picture& result, std::int32_t
     result.GetPixels(row, column, colors, kCaller);
 }
 
+void add_row(const TRV_Picture& source, TRV_Picture& result, std::int32_t row, std::int32_t left, std::int32_t right,
+             ColumnSums& sums) {
+    std::uint32_t *const red_blue = sums.red_blue.data(), *const green = sums.green.data();
+    if (const std::uint8_t* const words = source.WordsAt(row, left); words && result.depth() == 32)
+        return add_words(words, red_blue, green, static_cast<std::size_t>(right - left + 1));
+    Chunk colors;
+    for_each_chunk(left, right, [&](std::int32_t column, std::size_t count) {
+        read_as_stored(source, result, row, column, {colors.data(), count});
+        add_colors(colors.data(), red_blue + (column - left), green + (column - left), count);
+    });
+}
+
 void sum_blocks(const TRV_Picture& source, TRV_Picture& result, const Region& area, std::int32_t pixelation,
                 BlockSums& blocks) {
-    Chunk colors;
     for_each_piece(area.left, area.right, kRunPixels, [&](std::int32_t left, std::int32_t right) {
         for_each_piece(area.top, area.bottom, ColumnSums::kMostRows, [&](std::int32_t top, std::int32_t bottom) {
             ColumnSums sums;
-            for (std::int32_t row = top; row <= bottom; ++row)
-                for_each_chunk(left, right, [&](std::int32_t column, std::size_t count) {
-                    read_as_stored(source, result, row, column, {colors.data(), count});
-                    const std::int32_t at = column - left;
-                    add_row(sums.red_blue.data() + at, sums.green.data() + at, colors.data(), count);
-                });
+            for (std::int32_t row = top; row <= bottom; ++row) add_row(source, result, row, left, right, sums);
             add_columns(blocks, sums, static_cast<std::size_t>(right - left + 1), bottom - top + 1, pixelation);
         });
     });

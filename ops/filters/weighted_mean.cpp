@@ -40,58 +40,53 @@ TARVO_ROW_CLONES void split_words(const std::uint8_t* __restrict words, PixelCol
 
 using HalfWord = channel_lanes::HalfWord;
 
-struct HalfWordSums {
-    alignas(kCacheLine) std::array<std::uint16_t, 2 * kChunkPixels> red_blue;
-    alignas(kCacheLine) std::array<std::uint16_t, kChunkPixels> green;
-};
-
-// A tap of some channel; its coefficient modulo 2^16.
 struct HalfWordTap {
-    const HalfWord* values;
-    std::uint32_t coefficient;
+    SplitRun run;
+    std::uint32_t coefficient;  // modulo 2^16
 
-    [[gnu::always_inline]] std::uint32_t weighted(std::size_t i) const { return coefficient * values[i]; }
+    TARVO_INLINED std::uint32_t red_or_blue(std::size_t i) const {
+        return coefficient * reinterpret_cast<const HalfWord*>(run.red_blue)[i];
+    }
+    TARVO_INLINED std::uint32_t green(std::size_t x) const { return coefficient * run.green[x]; }
 };
 
-TARVO_ROW_CLONES void begin_sums(std::uint16_t* __restrict sums, std::size_t count, std::uint32_t start,
-                                 HalfWordTap a, HalfWordTap b, HalfWordTap c) {
-    for (std::size_t i = 0; i < count; ++i)
-        sums[i] = static_cast<std::uint16_t>(start + a.weighted(i) + b.weighted(i) + c.weighted(i));
-}
+// What sums begin with, as if it were a tap.
+struct HalfWordStart {
+    std::uint32_t value;
 
-TARVO_ROW_CLONES void add_two(std::uint16_t* __restrict sums, std::size_t count, HalfWordTap a, HalfWordTap b) {
-    for (std::size_t i = 0; i < count; ++i)
-        sums[i] = static_cast<std::uint16_t>(sums[i] + a.weighted(i) + b.weighted(i));
-}
+    TARVO_INLINED std::uint32_t red_or_blue(std::size_t) const { return value; }
+    TARVO_INLINED std::uint32_t green(std::size_t) const { return value; }
+};
 
-// Four taps at a time read and write the sums half as often as twice two.
-TARVO_ROW_CLONES void add_four(std::uint16_t* __restrict sums, std::size_t count, HalfWordTap a, HalfWordTap b,
-                               HalfWordTap c, HalfWordTap d) {
-    for (std::size_t i = 0; i < count; ++i)
-        sums[i] = static_cast<std::uint16_t>(sums[i] + a.weighted(i) + b.weighted(i) + c.weighted(i) + d.weighted(i));
-}
+// Of some pixels at a time.
+struct HalfWordSums {
+    static constexpr std::size_t kPixels = 128;
 
-// Where the sums are still raised by `start`, and may lie on either side of what has a quotient.
-TARVO_ROW_CLONES void prepare_dividends(std::uint16_t* sums, std::size_t count, std::uint16_t start,
-                                        std::uint16_t largest, const Reciprocal& by) {
-    const Reciprocal reciprocal = by;
-    for (std::size_t i = 0; i < count; ++i) {
-        const auto positive = static_cast<std::uint16_t>(std::max(sums[i], start) - start);
-        sums[i] = reciprocal.prepare(std::min(positive, largest));
+    alignas(kCacheLine) PixelColor red_blue_words[kPixels];
+    alignas(kCacheLine) std::uint16_t greens[kPixels];
+
+    TARVO_INLINED std::uint32_t red_or_blue(std::size_t i) const {
+        return reinterpret_cast<const HalfWord*>(red_blue_words)[i];
     }
-}
+    TARVO_INLINED std::uint32_t green(std::size_t x) const { return greens[x]; }
 
-TARVO_ROW_CLONES void divide_red_blue(const std::uint16_t* sums, HalfWord* __restrict means, std::size_t count,
-                                      const Reciprocal& by) {
-    const Reciprocal reciprocal = by;
-    for (std::size_t i = 0; i < count; ++i) means[i] = reciprocal.quotient_of(sums[i]);
-}
+    // Several terms at a time: that reads and writes the sums less often.
+    template <class... Term>
+    TARVO_INLINED void become_sum(std::size_t count, const Term&... terms) {
+        HalfWord* const red_blue = reinterpret_cast<HalfWord*>(red_blue_words);
+        for (std::size_t i = 0; i < 2 * count; ++i)
+            red_blue[i] = static_cast<std::uint16_t>((terms.red_or_blue(i) + ...));
+        for (std::size_t x = 0; x < count; ++x) greens[x] = static_cast<std::uint16_t>((terms.green(x) + ...));
+    }
 
-TARVO_ROW_CLONES void divide_green(const std::uint16_t* sums, PixelColor* __restrict means, std::size_t count,
-                                   const Reciprocal& by) {
-    const Reciprocal reciprocal = by;
-    for (std::size_t x = 0; x < count; ++x) means[x] |= std::uint32_t{reciprocal.quotient_of(sums[x])} << 8;
-}
+    // value = function(value) for all that is summed.
+    template <class Function>
+    TARVO_INLINED void map(std::size_t count, Function function) {
+        HalfWord* const red_blue = reinterpret_cast<HalfWord*>(red_blue_words);
+        for (std::size_t i = 0; i < 2 * count; ++i) red_blue[i] = function(red_blue[i]);
+        for (std::size_t x = 0; x < count; ++x) greens[x] = function(greens[x]);
+    }
+};
 
 // --- any coefficients: sums of 32 bits -------------------------------------------------------------------------------
 
@@ -190,31 +185,57 @@ WeightedMean::WeightedMean(std::span<const std::int32_t> coefficients) {
 }
 
 void WeightedMean::operator()(const Taps& taps, PixelColor* means, std::size_t count) const {
-    if (fits_in_half_words_)
-        mean_in_half_words(taps, means, count);
-    else
-        mean_in_words(taps, means, count);
+    if (!fits_in_half_words_) return mean_in_words(taps, means, count);
+    mean_in_half_words(taps, count, [=](const PixelColor* some, std::size_t first, std::size_t pixels) TARVO_INLINED {
+        std::copy_n(some, pixels, means + first);
+    });
 }
 
-void WeightedMean::mean_in_half_words(const Taps& taps, PixelColor* means, std::size_t count) const {
-    HalfWordSums sums;
-    const auto sum_up = [&](std::uint16_t* channel, std::size_t values, auto values_of) {
-        const auto tap = [&](std::int32_t k) {
-            const auto i = static_cast<std::size_t>(k);
-            return HalfWordTap{values_of(taps[i]), static_cast<std::uint32_t>(coefficients_[i])};
-        };
-        begin_sums(channel, values, start_, tap(0), tap(1), tap(2));
-        std::int32_t k = 3;
-        for (; k + 4 <= taps_; k += 4) add_four(channel, values, tap(k), tap(k + 1), tap(k + 2), tap(k + 3));
-        if (k < taps_) add_two(channel, values, tap(k), tap(k + 1));
-        if (has_negative_)
-            prepare_dividends(channel, values, start_, static_cast<std::uint16_t>(255 * sum_), reciprocal_);
+void WeightedMean::stream(const Taps& taps, std::uint8_t* lines, std::size_t count) const {
+    const auto put = [=](const PixelColor* some, std::size_t first, std::size_t pixels) TARVO_INLINED {
+        const std::size_t in_lines = pixels / kLinePixels * kLinePixels;
+        std::uint8_t* const to = lines + first * XRgb32::kBytes;
+        stream_xrgb32_lines(some, to, in_lines);
+        encode_as<XRgb32>(some + in_lines, to + in_lines * XRgb32::kBytes, pixels - in_lines);
     };
-    sum_up(sums.red_blue.data(), 2 * count,
-           [](const SplitRun& run) { return reinterpret_cast<const HalfWord*>(run.red_blue); });
-    sum_up(sums.green.data(), count, [](const SplitRun& run) { return run.green; });
-    divide_red_blue(sums.red_blue.data(), reinterpret_cast<HalfWord*>(means), 2 * count, reciprocal_);
-    divide_green(sums.green.data(), means, count, reciprocal_);
+    if (fits_in_half_words_) return mean_in_half_words(taps, count, put);
+    alignas(kCacheLine) std::array<PixelColor, kChunkPixels> means;
+    mean_in_words(taps, means.data(), count);
+    put(means.data(), 0, count);
+}
+
+template <class Put>
+void WeightedMean::mean_in_half_words(const Taps& taps, std::size_t count, const Put& put) const {
+    const auto mean_from = [&](std::size_t first, std::size_t pixels) TARVO_INLINED {
+        const auto tap = [&](std::int32_t k) TARVO_INLINED {
+            const auto i = static_cast<std::size_t>(k);
+            const SplitRun run = {taps[i].red_blue + first, taps[i].green + first};
+            return HalfWordTap{run, static_cast<std::uint32_t>(coefficients_[i])};
+        };
+        HalfWordSums sums;
+        sums.become_sum(pixels, HalfWordStart{start_}, tap(0), tap(1), tap(2));
+        std::int32_t k = 3;
+        for (; k + 4 <= taps_; k += 4) sums.become_sum(pixels, sums, tap(k), tap(k + 1), tap(k + 2), tap(k + 3));
+        if (k < taps_) sums.become_sum(pixels, sums, tap(k), tap(k + 1));
+
+        const Reciprocal reciprocal = reciprocal_;
+        if (has_negative_) {
+            // Sums are still raised by `start`, and may lie on either side of what has a quotient.
+            const std::uint16_t start = start_, largest = static_cast<std::uint16_t>(255 * sum_);
+            sums.map(pixels, [=](std::uint16_t sum) TARVO_INLINED {
+                const auto positive = static_cast<std::uint16_t>(std::max(sum, start) - start);
+                return reciprocal.prepare(std::min(positive, largest));
+            });
+        }
+        sums.map(pixels, [=](std::uint16_t sum) TARVO_INLINED { return reciprocal.quotient_of(sum); });
+        for (std::size_t x = 0; x < pixels; ++x) sums.red_blue_words[x] |= std::uint32_t{sums.greens[x]} << 8;
+        put(sums.red_blue_words, first, pixels);
+    };
+    on_this_processor([&]() TARVO_INLINED {
+        std::size_t x = 0;
+        for (; x + HalfWordSums::kPixels <= count; x += HalfWordSums::kPixels) mean_from(x, HalfWordSums::kPixels);
+        if (x < count) mean_from(x, count - x);
+    });
 }
 
 void WeightedMean::mean_in_words(const Taps& taps, PixelColor* means, std::size_t count) const {

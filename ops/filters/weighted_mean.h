@@ -58,9 +58,12 @@ public:
     std::int32_t taps() const { return taps_; }
     // The means of `count` pixels, at most a chunk of them, as 0x00RRGGBB.
     void operator()(const Taps& taps, PixelColor* means, std::size_t count) const;
+    // The same as 32-bit pixels, written past the caches from the beginning of a cache line on.
+    void stream(const Taps& taps, std::uint8_t* lines, std::size_t count) const;
 
 private:
-    void mean_in_half_words(const Taps& taps, PixelColor* means, std::size_t count) const;
+    template <class Put>
+    void mean_in_half_words(const Taps& taps, std::size_t count, const Put& put) const;
     void mean_in_words(const Taps& taps, PixelColor* means, std::size_t count) const;
 
     std::array<std::int32_t, TRV_Convolution_Data::kMostTaps> coefficients_{};

@@ -47,10 +47,62 @@ TARVO_ROW_CLONES void pick(const PixelColor* __restrict colors, const std::uint3
     for (std::size_t x = 0; x < count; ++x) out[x] = colors[from[x]] & 0xFFFFFF;
 }
 
-// A sum of whole pixels, and that one's share in another.
-TARVO_INLINED inline void add_pixel(std::uint32_t* sums, PixelColor color, std::uint32_t weight) {
-    const auto* const bytes = reinterpret_cast<const Byte*>(&color);
-    for (std::size_t lane = 0; lane < ColorSums::kLanes; ++lane) sums[lane] += bytes[lane] * weight;
+// For each result so many pixels of the window, weighed.
+template <std::size_t kTaps>
+TARVO_INLINED inline void sum_taps(const PixelColor* window, const std::uint32_t* from, const LaneWeight* weights,
+                                   std::size_t count, std::uint32_t* __restrict sums) {
+    constexpr std::size_t kLanes = ColorSums::kLanes;
+    for (std::size_t x = 0; x < count; ++x) {
+        const auto* const bytes = reinterpret_cast<const Byte*>(window + from[x]);
+        const LaneWeight* const weight = weights + x * kTaps;
+        std::uint32_t collected[kLanes] = {};
+        for (std::size_t tap = 0; tap < kTaps; ++tap)
+            for (std::size_t lane = 0; lane < kLanes; ++lane)
+                collected[lane] += bytes[tap * kLanes + lane] * weight[tap][lane];
+        for (std::size_t lane = 0; lane < kLanes; ++lane) sums[x * kLanes + lane] = collected[lane];
+    }
+}
+
+using SumTaps = void(const PixelColor* window, const std::uint32_t* from, const LaneWeight* weights, std::size_t count,
+                     std::uint32_t* sums);
+
+// Clones must be plain functions, so that every compiler makes them.
+TARVO_ROW_CLONES void sum_2_taps(const PixelColor* window, const std::uint32_t* from, const LaneWeight* weights,
+                                 std::size_t count, std::uint32_t* sums) {
+    sum_taps<2>(window, from, weights, count, sums);
+}
+TARVO_ROW_CLONES void sum_3_taps(const PixelColor* window, const std::uint32_t* from, const LaneWeight* weights,
+                                 std::size_t count, std::uint32_t* sums) {
+    sum_taps<3>(window, from, weights, count, sums);
+}
+TARVO_ROW_CLONES void sum_4_taps(const PixelColor* window, const std::uint32_t* from, const LaneWeight* weights,
+                                 std::size_t count, std::uint32_t* sums) {
+    sum_taps<4>(window, from, weights, count, sums);
+}
+TARVO_ROW_CLONES void sum_8_taps(const PixelColor* window, const std::uint32_t* from, const LaneWeight* weights,
+                                 std::size_t count, std::uint32_t* sums) {
+    sum_taps<8>(window, from, weights, count, sums);
+}
+
+// The kernel for results that cover up to so many pixels; the last ones may weigh nothing.
+struct TapKernel {
+    std::size_t taps;
+    SumTaps* sum;
+};
+constexpr TapKernel kTapKernels[] = {{2, sum_2_taps}, {3, sum_3_taps}, {4, sum_4_taps}, {8, sum_8_taps}};
+
+const TapKernel& tap_kernel(std::size_t taps) {
+    return *std::ranges::find_if(kTapKernels, [taps](const TapKernel& kernel) { return kernel.taps >= taps; });
+}
+
+// sums += pixels * weight.
+TARVO_ROW_CLONES void add_pixels(const PixelColor* colors, std::size_t count, std::uint32_t weight,
+                                 std::uint32_t* __restrict sums) {
+    const auto* const bytes = reinterpret_cast<const Byte*>(colors);
+    std::uint32_t whole[ColorSums::kLanes] = {};
+    for (std::size_t x = 0; x < count; ++x)
+        for (std::size_t lane = 0; lane < ColorSums::kLanes; ++lane) whole[lane] += bytes[x * ColorSums::kLanes + lane];
+    for (std::size_t lane = 0; lane < ColorSums::kLanes; ++lane) sums[lane] += whole[lane] * weight;
 }
 
 }  // namespace
@@ -103,40 +155,21 @@ RowAverage::RowAverage(const AxisWeights& weights, std::int32_t first, std::size
         taken_from_[x] = static_cast<std::uint32_t>(from - source_column_);
         taps_ = std::max(taps_, static_cast<std::size_t>(weights.last_covered(column_of(x)) - from + 1));
     }
-    if (taps_ > kMostTaps) return;
+    if (taps_ < 2 || taps_ > kMostTaps) return;
+    taps_ = tap_kernel(taps_).taps;
     for (std::size_t x = 0; x < count; ++x)
         for (std::size_t tap = 0; tap < taps_; ++tap)
             tap_weights_[x * taps_ + tap].fill(
                 weights.weight(std::int64_t{source_column_} + taken_from_[x] + static_cast<std::int64_t>(tap), column_of(x)));
 }
 
-template <std::size_t kTaps>
-void RowAverage::sum_taps() {
-    const auto sum = [](const PixelColor* window, const std::uint32_t* from, const Weight* weights, std::size_t count,
-                        std::uint32_t* __restrict sums) TARVO_INLINED {
-        for (std::size_t x = 0; x < count; ++x) {
-            const auto* const bytes = reinterpret_cast<const Byte*>(window + from[x]);
-            const Weight* const weight = weights + x * kTaps;
-            std::uint32_t collected[ColorSums::kLanes] = {};
-            for (std::size_t tap = 0; tap < kTaps; ++tap)
-                for (std::size_t lane = 0; lane < ColorSums::kLanes; ++lane)
-                    collected[lane] += bytes[tap * ColorSums::kLanes + lane] * weight[tap][lane];
-            for (std::size_t lane = 0; lane < ColorSums::kLanes; ++lane) sums[x * ColorSums::kLanes + lane] = collected[lane];
-        }
-    };
-    on_this_processor([&]() TARVO_INLINED {
-        sum(window_.data(), taken_from_.data(), tap_weights_.data(), count_, sums_.of(0));
-    });
-}
-
 void RowAverage::average_window(PixelColor* out) {
-    switch (taps_) {
-        case 0: std::fill_n(out, count_, 0); return;  // nothing is covered
-        case 1: pick(window_.data(), taken_from_.data(), count_, out); return;
-        case 2: sum_taps<2>(); break;
-        case 3: sum_taps<3>(); break;
-        default: sum_taps<4>(); break;
+    if (taps_ == 0) {  // nothing is covered
+        std::fill_n(out, count_, 0);
+        return;
     }
+    if (taps_ == 1) return pick(window_.data(), taken_from_.data(), count_, out);
+    tap_kernel(taps_).sum(window_.data(), taken_from_.data(), tap_weights_.data(), count_, sums_.of(0));
     sums_.means(out, count_, total());
 }
 
@@ -148,19 +181,19 @@ void RowAverage::begin_pieces() {
 void RowAverage::add_piece(std::size_t done, std::size_t pixels) {
     const std::int64_t begin = source_column_ + static_cast<std::int64_t>(done);
     const std::int64_t end = begin + static_cast<std::int64_t>(pixels);
-    const auto step = static_cast<std::uint32_t>(weights_.step);
     for (; summed_ < count_; ++summed_) {
         const std::int64_t column = first_ + static_cast<std::int64_t>(summed_);
         const std::int64_t first = weights_.first_covered(column), last = weights_.last_covered(column);
-        std::uint32_t whole[ColorSums::kLanes] = {};
-        for (std::int64_t i = std::max(first + 1, begin); i < std::min(last, end); ++i) add_pixel(whole, window_[static_cast<std::size_t>(i - begin)], 1);
-        std::uint32_t* const sums = sums_.of(summed_);
-        for (std::size_t lane = 0; lane < ColorSums::kLanes; ++lane) sums[lane] += whole[lane] * step;
-        const auto add_edge = [&](std::int64_t i) {
-            if (i >= begin && i < end) add_pixel(sums, window_[static_cast<std::size_t>(i - begin)], weights_.weight(i, column));
+        // Of the source's pixels from `from` to before `to` those that are here.
+        const auto add = [&](std::int64_t from, std::int64_t to, std::uint32_t weight) {
+            const std::int64_t here = std::max(from, begin), behind = std::min(to, end);
+            if (here >= behind) return;
+            add_pixels(&window_[static_cast<std::size_t>(here - begin)], static_cast<std::size_t>(behind - here), weight,
+                       sums_.of(summed_));
         };
-        add_edge(first);
-        if (last > first) add_edge(last);
+        add(first, first + 1, weights_.weight(first, column));
+        add(first + 1, last, static_cast<std::uint32_t>(weights_.step));
+        add(last, last + 1, weights_.weight(last, column));
         if (last >= end) return;
     }
 }

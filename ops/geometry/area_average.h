@@ -46,6 +46,9 @@ private:
     std::array<std::uint32_t, kLanes * kChunkPixels> sums_;
 };
 
+// A weight, the same in every lane.
+using LaneWeight = std::array<std::uint32_t, ColorSums::kLanes>;
+
 // Averages runs of rows, `count` result pixels from the column `first` on: the same course for every row.
 class RowAverage {
 public:
@@ -70,13 +73,10 @@ public:
 
 private:
     // Up to so many pixels are averaged with a weight for each, laid out for all results at once.
-    static constexpr std::size_t kMostTaps = 4;
+    static constexpr std::size_t kMostTaps = 8;
     static constexpr std::size_t kWindow = kMostTaps * kChunkPixels;
-    using Weight = std::array<std::uint32_t, ColorSums::kLanes>;  // the same in every lane
 
     std::uint32_t total() const { return static_cast<std::uint32_t>(weights_.total); }
-    template <std::size_t kTaps>
-    void sum_taps();
     void average_window(PixelColor* out);
     void begin_pieces();
     void add_piece(std::size_t done, std::size_t pixels);
@@ -89,7 +89,7 @@ private:
     std::size_t taps_ = 0;  // the most pixels that a result covers
     std::size_t summed_ = 0;  // results that are complete, where sums grow piece by piece
     std::array<std::uint32_t, kChunkPixels> taken_from_;  // each result's first pixel in the window
-    std::array<Weight, kMostTaps * kChunkPixels> tap_weights_;
+    std::array<LaneWeight, kMostTaps * kChunkPixels> tap_weights_;
     std::array<PixelColor, kWindow + kMostTaps> window_{};
     ColorSums sums_;
 };

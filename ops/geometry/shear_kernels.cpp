@@ -41,6 +41,7 @@ void shear_row(const ShearPlan& plan, const Layer<Edges>& layer, std::int32_t ro
         const std::span out(colors.data(), count);
         draw_segment(line, layer.edges, column, out, [&](std::int32_t index, std::span<PixelColor> into) {
             layer.read(plan.source_line(row), index, into);
+            return into.data();
         });
         layer.result.SetPixels(row, column, out, layer.caller);
     });
@@ -115,9 +116,8 @@ void shear_block(const Layer<Edges>& layer, std::int32_t source_height, const Co
     for (std::int32_t i = 0; i < block.count; ++i) {
         const PixelColor* const line = &columns[std::size_t{kSourceRows} * std::max(i - block.first_content, 0)];
         const std::span out(&drawn_columns[std::size_t{kRows} * i], count);
-        draw_segment(block.lines[i], layer.edges, row, out, [&](std::int32_t index, std::span<PixelColor> into) {
-            std::copy_n(line + (index - window.first), into.size(), into.begin());
-        });
+        draw_segment(block.lines[i], layer.edges, row, out,
+                     [&](std::int32_t index, std::span<PixelColor>) { return line + (index - window.first); });
     }
     transpose({drawn_columns.data(), kRows}, block.count, count, {drawn_rows.data(), kColumns});
     for (std::int32_t y = 0; y < count; ++y)

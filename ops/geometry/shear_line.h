@@ -83,7 +83,8 @@ struct FrameEdges {
     PixelColor trailing(PixelColor last, const ShearedLine& line) const;
 };
 
-// Draws the places from `from` on, at most a chunk of them. `read(index, colors)` reads the source line from a pixel on.
+// Draws the places from `from` on, at most a chunk of them. `read(index, colors)` gives the source line's pixels from one
+// on, in `colors` or wherever they lie already.
 template <class Edges, class Read>
 void draw_segment(const ShearedLine& line, const Edges& edges, std::int32_t from, std::span<PixelColor> out, Read read) {
     const std::int32_t to = from + static_cast<std::int32_t>(out.size());
@@ -93,22 +94,24 @@ void draw_segment(const ShearedLine& line, const Edges& edges, std::int32_t from
 
     std::fill(place(from), place(first), edges.fill());
     if (first < end) {
-        std::array<PixelColor, kChunkPixels + 1> pairs;
+        std::array<PixelColor, kChunkPixels + 1> room;
+        const PixelColor* pairs = room.data();
         const auto count = static_cast<std::size_t>(end - first);
         const std::int32_t index = source_index(first);
         if (first > line.first || (Edges::kKeepsCutNeighbor && index > 0)) {
-            read(index - 1, std::span(pairs.data(), count + 1));
+            pairs = read(index - 1, std::span(room.data(), count + 1));
         } else {
-            read(index, std::span(pairs.data() + 1, count));
-            pairs[0] = edges.before(pairs[1]);
+            const PixelColor* const own = read(index, std::span(room.data() + 1, count));
+            if (own != room.data() + 1) std::copy_n(own, count, room.data() + 1);
+            room[0] = edges.before(room[1]);
         }
-        Edges::blend(pairs.data(), place(first), count, line);
+        Edges::blend(pairs, place(first), count, line);
     }
     std::fill(place(end), place(to), edges.fill());
     const bool has_last = line.end > line.first || Edges::kKeepsCutNeighbor;
     if (line.trails && has_last && line.end >= from && line.end < to) {
-        PixelColor last;
-        read(source_index(line.end) - 1, std::span(&last, 1));
-        *place(line.end) = edges.trailing(last, line);
+        PixelColor room;
+        const PixelColor* const last = read(source_index(line.end) - 1, std::span(&room, 1));
+        *place(line.end) = edges.trailing(*last, line);
     }
 }

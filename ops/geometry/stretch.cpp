@@ -30,7 +30,7 @@ constexpr const char* kRowsCaller = "Priv_StetchHorizontal";
 constexpr const char* kColumnsCaller = "Priv_StetchVertical";
 
 void prefetch_run(const TRV_Picture& source, std::int32_t row, std::int32_t column, std::size_t count) {
-    constexpr std::int32_t kRowsAhead = 2;
+    constexpr std::int32_t kRowsAhead = 4;
     if (row + kRowsAhead < source.height()) source.Prefetch(row + kRowsAhead, column, count);
 }
 

@@ -117,6 +117,16 @@ void map_region(const TRV_Picture& source, TRV_Picture& result, const Region& re
     map_region_and_rest(source, result, region, yield, caller, kernel, copy, overlays...);
 }
 
+// The same, with whole words around the region: at 16 bits they keep their unused bit.
+template <class Kernel, class... Overlays>
+void map_region_in_copy(const TRV_Picture& source, TRV_Picture& result, const Region& region, int yield,
+                        const char* caller, const Kernel& kernel, const Overlays&... overlays) {
+    const auto copy = [&](std::int32_t row, std::int32_t column, std::int32_t count) {
+        copy_run_whole(source, result, {row, column}, count, caller);
+    };
+    map_region_and_rest(source, result, region, yield, caller, kernel, copy, overlays...);
+}
+
 // result = kernel(source, others...), for pictures of the result's size.
 template <class Kernel, class... Pictures>
 void map_pictures(const TRV_Picture& source, TRV_Picture& result, int yield, const char* caller, const Kernel& kernel,

@@ -6,8 +6,8 @@
 
 namespace {
 
-// Calls `visit(done, count)` for the pieces of a run that is written from `column` on. Pieces end where all rows' do, so
-// that no cache line is written by two pieces.
+// Calls `visit(done, count)` for the pieces of a run that is written from `column` on. Pieces end where all rows' do,
+// so that no cache line is written by two pieces.
 template <class Visit>
 void for_each_run_piece(std::int32_t column, std::int32_t count, Visit visit) {
     for (std::int32_t done = 0; done < count;) {
@@ -42,6 +42,16 @@ void copy_run(const TRV_Picture& source, Place from, TRV_Picture& result, Place 
         (source.*access.read)(from.row, from.column + done, run, caller);
         (result.*access.write)(to.row, to.column + done, run, caller);
     });
+}
+
+void copy_run_whole(const TRV_Picture& source, TRV_Picture& result, Place at, std::int32_t count, const char* caller) {
+    if (source.depth() != 16 || result.depth() != 16) return copy_run(source, at, result, at, count, caller);
+    const auto address = [at](const TRV_Picture& picture) -> void* {
+        std::uint8_t* const start = picture.RowStart(at.row);
+        return start ? start + static_cast<std::ptrdiff_t>(at.column) * picture.bytesPerPixel() : nullptr;
+    };
+    void *from = address(source), *to = address(result);
+    source.CopyPixels(result, &from, &to, count, caller);
 }
 
 void mirror_run(const TRV_Picture& source, Place from, TRV_Picture& result, Place to, std::int32_t count,

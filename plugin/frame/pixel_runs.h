@@ -25,7 +25,9 @@ struct Place {
 
 void copy_run(const TRV_Picture& source, Place from, TRV_Picture& result, Place to, std::int32_t count,
               const char* caller, const RunAccess& access = kWholePixels);
-// The same, last pixel first.
+// The same at the same place, but between pictures of 16 bits with the unused bit, which colours have no place for.
+void copy_run_whole(const TRV_Picture& source, TRV_Picture& result, Place at, std::int32_t count, const char* caller);
+// As copy_run, last pixel first.
 void mirror_run(const TRV_Picture& source, Place from, TRV_Picture& result, Place to, std::int32_t count,
                 const char* caller, const RunAccess& access = kWholePixels);
 void fill_run(TRV_Picture& result, Place to, std::int32_t count, PixelColor color, const char* caller);

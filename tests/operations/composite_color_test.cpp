@@ -34,10 +34,12 @@ TEST_F(CompositeColor, AgreesWithTheJudge) {
         SCOPED_TRACE(fraction);
         expect_agreement(
             session, random,
-            RegionOperation{[&](Session&, const ObjectRef& source, const ObjectRef& rectangle) {
-                                return composite(source, rectangle, color, fraction);
-                            },
-                            [&](std::uint32_t source) { return plain_blend(source, color, b, a); }, false});
+            RegionOperation{
+                .call = [&](Session&, const ObjectRef& source,
+                            const ObjectRef& rectangle) { return composite(source, rectangle, color, fraction); },
+                .change = [&](std::uint32_t source) { return plain_blend(source, color, b, a); },
+                .copies_mask = false,
+                .copies_words = true});
     }
 }
 

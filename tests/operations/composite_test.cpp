@@ -60,6 +60,9 @@ protected:
         EXPECT_EQ(difference(*picture_in(result), plain_composite(source, overlay, fraction, place),
                              std::max(pixels(source).depth(), 16)),
                   "");
+        const PlainImage upper = read_image(pixels(overlay));
+        expect_unused_bits(*picture_in(result), pixels(source),
+                           [&](int x, int y) { return !place.covers(upper, x, y); });
         EXPECT_EQ(static_cast<bool>(picture_in(result)->mask()), static_cast<bool>(mask_of(source)));
         EXPECT_EQ(all_bytes(source), source_before);
         EXPECT_EQ(all_bytes(overlay), overlay_before);

@@ -167,7 +167,7 @@ TEST_F(GeometryKernels, BlendsDivideExactly) {
 TEST_F(GeometryKernels, MeansDivideExactly) {
     constexpr std::size_t kLanes = 512;
     std::vector<PixelColor> ones(kLanes, 0x010101), out(kLanes);
-    LineSums sums;
+    ColorSums sums;
     for (std::uint32_t total = 16384; total <= 32768; total += total < 32700 ? 41 : 1) {
         for (std::uint32_t quotient = 1; quotient <= 255; quotient += 2) {
             for (const std::uint32_t sum : {quotient * total - 1, quotient * total}) {
@@ -182,6 +182,38 @@ TEST_F(GeometryKernels, MeansDivideExactly) {
         sums.begin(ones.data(), kLanes, total * 200 + total / 2);
         sums.means(out.data(), kLanes, total);
         for (const PixelColor color : out) ASSERT_EQ(color, 200u * 0x010101) << total;
+    }
+}
+
+// Runs of rows of every proportion, against the overlap of each source pixel with each result pixel.
+TEST_F(GeometryKernels, RowsAreAveragedByOverlap) {
+    for (const std::int32_t source_width : {1, 2, 7, 100, 4000, 30000}) {
+        std::vector<PixelColor> row(static_cast<std::size_t>(source_width));
+        for (PixelColor& color : row) color = static_cast<PixelColor>(random());
+        for (const std::int32_t width : {1, 3, 33, 50, 64, 99, 150, 300, 600}) {
+            const AxisWeights weights(source_width, width);
+            for (std::int32_t first = 0; first < width; first += 200) {
+                const auto count = static_cast<std::size_t>(std::min(200, width - first));
+                RowAverage across(weights, first, count);
+                std::vector<PixelColor> out(count);
+                across.average([&](std::int32_t column, std::span<PixelColor> colors) {
+                    std::copy_n(row.begin() + column, colors.size(), colors.begin());
+                }, out.data());
+                for (std::size_t x = 0; x < count; ++x) {
+                    const std::int64_t begin = (first + static_cast<std::int64_t>(x)) * weights.total;
+                    const std::int64_t end = begin + weights.total;
+                    std::int64_t sums[3] = {};
+                    for (std::int64_t i = begin / weights.step; i * weights.step < end; ++i) {
+                        const std::int64_t weight =
+                            std::min(end, (i + 1) * weights.step) - std::max(begin, i * weights.step);
+                        for (int c = 0; c < 3; ++c) sums[c] += (row[static_cast<std::size_t>(i)] >> 8 * c & 255) * weight;
+                    }
+                    PixelColor expected = 0;
+                    for (int c = 0; c < 3; ++c) expected |= static_cast<PixelColor>(sums[c] / weights.total) << 8 * c;
+                    ASSERT_EQ(out[x], expected) << source_width << " to " << width << " at " << first + static_cast<int>(x);
+                }
+            }
+        }
     }
 }
 

@@ -13,6 +13,15 @@ Area any_area(Random& random, int width, int height) {
     return {left, top, right - left + 1, bottom - top + 1};
 }
 
+void expect_unused_bits(const Picture& result, const Picture& source, const std::function<bool(int x, int y)>& kept) {
+    if (result.depth() != 16) return;
+    const auto unused_bit = [](const Picture& picture, int x, int y) { return picture.row(y)[2 * x] & 0x80; };
+    for (int y = 0; y < result.height(); ++y)
+        for (int x = 0; x < result.width(); ++x)
+            ASSERT_EQ(unused_bit(result, x, y), source.depth() == 16 && kept(x, y) ? unused_bit(source, x, y) : 0)
+                << x << ", " << y;
+}
+
 namespace {
 
 std::uint32_t stored(const Picture& mask, int x, int y) {
@@ -67,13 +76,6 @@ void expect_mask_copied(Session& session, const Picture& source, const Picture& 
     EXPECT_TRUE(session.host.complaints().empty());
 }
 
-// Pixels of 16 bits go through colours, which have no place for the unused bit.
-void expect_unused_bits_clear(const Picture& result) {
-    if (result.depth() != 16) return;
-    for (int y = 0; y < result.height(); ++y)
-        for (int x = 0; x < result.width(); ++x) ASSERT_EQ(result.row(y)[2 * x] & 0x80, 0) << x << ", " << y;
-}
-
 void expect_region(Session& session, const RegionOperation& operation, const ObjectRef& source, const Area* area) {
     const ObjectRef rectangle =
         area ? session.rectangle(area->left, area->top, area->width, area->height) : ObjectRef();
@@ -87,7 +89,8 @@ void expect_region(Session& session, const RegionOperation& operation, const Obj
         for (int x = 0; x < expected.width; ++x)
             if (!area || area->has(x, y)) expected.at(x, y) = operation.change(expected.at(x, y));
     EXPECT_EQ(difference(*picture_in(result), expected, std::max(pixels(source).depth(), 16)), "");
-    expect_unused_bits_clear(*picture_in(result));
+    expect_unused_bits(*picture_in(result), pixels(source),
+                       [&](int x, int y) { return operation.copies_words && area && !area->has(x, y); });
     if (operation.copies_mask)
         expect_mask_copied(session, pixels(source), *picture_in(result));
     else
@@ -147,7 +150,7 @@ void expect_weighted(Session& session, const MaskOperation& operation, const Obj
     for (std::size_t i = 0; i < expected.colors.size(); ++i)
         expected.colors[i] = operation.change(expected.colors[i], weights.colors[i]);
     EXPECT_EQ(difference(*picture_in(result), expected, std::max(pixels(source).depth(), 16)), "");
-    expect_unused_bits_clear(*picture_in(result));
+    expect_unused_bits(*picture_in(result), pixels(source), [](int, int) { return false; });
     EXPECT_FALSE(picture_in(result)->mask());  // not the source's either
     EXPECT_EQ(all_bytes(source), source_before);
     EXPECT_EQ(all_bytes(mask), mask_before);

@@ -22,12 +22,17 @@ Area any_area(Random& random, int width, int height);
 // What a copied mask holds, by the rules for each pair of depths, where both masks exist.
 void plain_copy_mask(const Picture& source, Picture& destination);
 
+// That the unused bit of a 16-bit result is the source's where it is kept, and else clear: colours have no place for
+// it.
+void expect_unused_bits(const Picture& result, const Picture& source, const std::function<bool(int x, int y)>& kept);
+
 // An operation that changes the pixels of a region, each on its own.
 struct RegionOperation {
     // Calls the picture form.
     std::function<Value(Session&, const ObjectRef& source, const ObjectRef& rectangle)> call;
     std::function<std::uint32_t(std::uint32_t)> change;
     bool copies_mask;
+    bool copies_words = false;  // around the region, at 16 bits with the unused bit
 };
 // Random pictures of every depth, kind and mask, each with a random rectangle and with none; and wide rectangles.
 void expect_agreement(Session& session, Random& random, const RegionOperation& operation);
