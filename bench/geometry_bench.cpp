@@ -3,6 +3,7 @@
 #include "flip_rotate.h"
 #include "free_rotate_by_shear.h"
 #include "free_rotate_direct.h"
+#include "plain_rotation.h"
 #include "quarter_turns.h"
 #include "rectangle.h"
 #include "shear_kernels.h"
@@ -68,6 +69,13 @@ void rotate(benchmark::State& state) {
     measure(state, [&] { Kernel(source, result, kAngle, kGrey); });
 }
 
+// What the direct rotation is compared with: the same, one pixel at a time.
+void rotate_plainly(benchmark::State& state) {
+    const host::ObjectRef source = noise(1);
+    const auto& picture = dynamic_cast<const host::Picture&>(*source.get());
+    measure(state, [&] { test::plain_rotation(picture, {.degrees = 30.0, .frame = kGrey, .units = 16}); });
+}
+
 template <class Rotate>
 void whole_call(benchmark::State& state, Rotate rotate) {
     const host::ObjectRef source = noise(1);
@@ -101,6 +109,7 @@ BENCHMARK_CAPTURE(stretch_columns, half, kHeight / 2)->UseManualTime();
 BENCHMARK_CAPTURE(stretch_columns, double, 2 * kHeight)->UseManualTime();
 
 BENCHMARK(rotate<PrivRotateDirect>)->Name("free rotation, direct")->UseManualTime();
+BENCHMARK(rotate_plainly)->Name("free rotation, direct, pixel by pixel")->UseManualTime()->Iterations(1);
 BENCHMARK(rotate<PrivRotateFast>)->Name("free rotation, fast")->UseManualTime();
 
 constexpr double kDegrees = 30.0;

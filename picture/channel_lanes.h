@@ -26,6 +26,7 @@ struct ChannelConstants {
 };
 
 namespace channel_lanes {
+// Never deduced: `auto` and templates lose the attribute.
 using HalfWord [[gnu::may_alias]] = std::uint16_t;
 }
 
@@ -34,7 +35,7 @@ using HalfWord [[gnu::may_alias]] = std::uint16_t;
 template <class Function, class... Constants>
 [[gnu::always_inline]] inline void map_channels(PixelColor* colors, std::size_t count, Function function,
                                                 const Constants&... constants) {
-    auto* const halves = reinterpret_cast<channel_lanes::HalfWord*>(colors);
+    channel_lanes::HalfWord* const halves = reinterpret_cast<channel_lanes::HalfWord*>(colors);
     for (std::size_t i = 0; i < 2 * count; i += 2) {
         for (std::size_t k = 0; k < 2; ++k) {
             const std::uint16_t half = halves[i + k];

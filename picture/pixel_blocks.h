@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 #include <utility>
 
 #include "pixel_formats.h"
@@ -19,13 +20,26 @@
 
 inline constexpr std::size_t kCacheLine = 64;
 inline constexpr std::size_t kLinePixels = kCacheLine / XRgb32::kBytes;
-inline constexpr std::size_t kBlockPixels = 32;
+inline constexpr std::size_t kBlockPixels = 128;
 
-// Colours that a kernel works on. Kernels take whole blocks, in place: what a block holds beyond the row's end is
-// worked on too, and never written.
+// Colours that a kernel works on, always a whole block: what it holds beyond the row's end is worked on too, and never
+// written.
 struct alignas(kCacheLine) ColorBlock {
     PixelColor colors[kBlockPixels];
 };
+
+// A kernel is a function object marked TARVO_INLINED. Either it makes one colour, `kernel(color, others...)`, from
+// those of all pictures at a place; or it takes blocks, `kernel(colors, others...)`, and works in place on the first.
+template <class Kernel, class... Colors>
+concept ColorKernel = std::is_invocable_r_v<PixelColor, const Kernel&, Colors...>;
+
+template <class Kernel, class... Others>
+TARVO_INLINED inline void apply_kernel(const Kernel& kernel, PixelColor* colors, const Others*... others) {
+    if constexpr (ColorKernel<Kernel, PixelColor, Others...>)
+        for (std::size_t x = 0; x < kBlockPixels; ++x) colors[x] = kernel(colors[x], others[x]...);
+    else
+        kernel(colors, others...);
+}
 
 template <class Format>
 TARVO_INLINED inline void decode_as(const std::uint8_t* __restrict row, PixelColor* __restrict span,
@@ -78,9 +92,8 @@ inline bool has_aligned_pixels(const std::uint8_t* row) {
     return reinterpret_cast<std::uintptr_t>(row) % XRgb32::kBytes == 0;
 }
 
-// to = kernel(from...), for `count` 32-bit pixels. `kernel(colors, others...)` works on blocks, in place on the colours
-// of the first run. The runs may be the same memory, or must not overlap. `streams` writes whole cache lines past the
-// caches.
+// to = kernel(from...), for `count` 32-bit pixels. The runs may be the same memory, or must not overlap. `streams`
+// writes whole cache lines past the caches.
 template <class Kernel, class... Run>
 void map_xrgb32_run(std::uint8_t* to, bool streams, std::size_t count, const Kernel& kernel, const Run*... from) {
     const bool streams_lines = streams && has_aligned_pixels(to);
@@ -98,7 +111,7 @@ void map_xrgb32_run(std::uint8_t* to, bool streams, std::size_t count, const Ker
                 decode(kBlockPixels);
             else
                 (std::fill_n(blocks[i].colors, kBlockPixels, 0), ...), decode(pixels);
-            kernel(blocks[i].colors...);
+            apply_kernel(kernel, blocks[i].colors...);
             if (!whole)
                 encode_as<XRgb32>(blocks[0].colors, out, pixels);
             else if (streams_lines)

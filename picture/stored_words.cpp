@@ -41,7 +41,8 @@ void mirror_words(const std::uint8_t* from, std::uint8_t* to, std::size_t count,
     };
     std::uint8_t* const end = to + count * kWord;
     const bool by_lines = streams && has_aligned_pixels(to);
-    const std::size_t behind = by_lines ? std::min(reinterpret_cast<std::uintptr_t>(end) % kCacheLine / kWord, count) : count;
+    const std::size_t past_line = reinterpret_cast<std::uintptr_t>(end) % kCacheLine / kWord;
+    const std::size_t behind = by_lines ? std::min(past_line, count) : count;
     mirror(end - behind * kWord, 0, behind);
     std::size_t done = behind;
     for (; done + kLinePixels <= count; done += kLinePixels) {
@@ -65,5 +66,6 @@ void turn_words(const std::uint8_t* const* from, std::uint8_t* to, std::size_t s
         }
     }
     for (std::size_t i = whole; i < count; ++i)
-        for (std::size_t k = 0; k < kTurnedRows; ++k) std::memcpy(to + i * stride + k * kWord, from[k] + i * kWord, kWord);
+        for (std::size_t k = 0; k < kTurnedRows; ++k)
+            std::memcpy(to + i * stride + k * kWord, from[k] + i * kWord, kWord);
 }

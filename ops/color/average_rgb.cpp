@@ -39,10 +39,9 @@ std::uint32_t blended(std::uint32_t value, const Blend::Channel& channel) {
 struct BlendByDivision {
     Blend blend;
 
-    TARVO_INLINED void operator()(PixelColor* colors) const {
-        for (std::size_t x = 0; x < kBlockPixels; ++x)
-            colors[x] = pack_rgb(blended(red_of(colors[x]), blend.red), blended(green_of(colors[x]), blend.green),
-                                 blended(blue_of(colors[x]), blend.blue));
+    TARVO_INLINED PixelColor operator()(PixelColor color) const {
+        return pack_rgb(blended(red_of(color), blend.red), blended(green_of(color), blend.green),
+                        blended(blue_of(color), blend.blue));
     }
 };
 
@@ -83,10 +82,9 @@ FixedBlend fixed_blend_of(const Blend& blend) {
 struct BlendByMultiplication {
     FixedBlend blend;
 
-    TARVO_INLINED void operator()(PixelColor* colors) const {
-        for (std::size_t x = 0; x < kBlockPixels; ++x)
-            colors[x] = pack_rgb(blended(red_of(colors[x]), blend.red), blended(green_of(colors[x]), blend.green),
-                                 blended(blue_of(colors[x]), blend.blue));
+    TARVO_INLINED PixelColor operator()(PixelColor color) const {
+        return pack_rgb(blended(red_of(color), blend.red), blended(green_of(color), blend.green),
+                        blended(blue_of(color), blend.blue));
     }
 };
 

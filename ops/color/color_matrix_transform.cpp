@@ -42,26 +42,22 @@ FixedMatrix fixed_matrix_of(const TRV_ColorMatrix_Data& matrix) {
 struct Transform {
     FixedMatrix matrix;
 
-    TARVO_INLINED void operator()(PixelColor* colors) const {
-        for (std::size_t x = 0; x < kBlockPixels; ++x)
-            colors[x] = pack_rgb(transformed(colors[x], matrix.to_red), transformed(colors[x], matrix.to_green),
-                                 transformed(colors[x], matrix.to_blue));
+    TARVO_INLINED PixelColor operator()(PixelColor color) const {
+        return pack_rgb(transformed(color, matrix.to_red), transformed(color, matrix.to_green),
+                        transformed(color, matrix.to_blue));
     }
 };
 
 struct TransformByMask {
     FixedMatrix matrix;
 
-    TARVO_INLINED void operator()(PixelColor* colors, const PixelColor* masks) const {
-        for (std::size_t x = 0; x < kBlockPixels; ++x) {
-            const PixelColor color = colors[x];
-            const std::uint32_t level = masks[x] & 255;
-            const auto channel = [color, level](std::uint32_t value, const FixedMatrix::Column& column) TARVO_INLINED {
-                return mixed_in_255ths_and_clamped(value, weighted_sum(color, column) / (1 << kFixedBits), level);
-            };
-            colors[x] = pack_rgb(channel(red_of(color), matrix.to_red), channel(green_of(color), matrix.to_green),
-                                 channel(blue_of(color), matrix.to_blue));
-        }
+    TARVO_INLINED PixelColor operator()(PixelColor color, PixelColor mask) const {
+        const std::uint32_t level = mask & 255;
+        const auto channel = [color, level](std::uint32_t value, const FixedMatrix::Column& column) TARVO_INLINED {
+            return mixed_in_255ths_and_clamped(value, weighted_sum(color, column) / (1 << kFixedBits), level);
+        };
+        return pack_rgb(channel(red_of(color), matrix.to_red), channel(green_of(color), matrix.to_green),
+                        channel(blue_of(color), matrix.to_blue));
     }
 };
 

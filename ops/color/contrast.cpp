@@ -42,10 +42,9 @@ ContrastCurve curve_of(int center, double red_factor, double green_factor, doubl
 struct Contrast {
     ContrastCurve curve;
 
-    TARVO_INLINED void operator()(PixelColor* colors) const {
-        for (std::size_t x = 0; x < kBlockPixels; ++x)
-            colors[x] = pack_rgb(contrast(red_of(colors[x]), curve.red), contrast(green_of(colors[x]), curve.green),
-                                 contrast(blue_of(colors[x]), curve.blue));
+    TARVO_INLINED PixelColor operator()(PixelColor color) const {
+        return pack_rgb(contrast(red_of(color), curve.red), contrast(green_of(color), curve.green),
+                        contrast(blue_of(color), curve.blue));
     }
 };
 

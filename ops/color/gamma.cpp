@@ -55,10 +55,9 @@ GammaCurve curve_of(int center, double red_factor, double green_factor, double b
 struct Gamma {
     GammaCurve curve;
 
-    TARVO_INLINED void operator()(PixelColor* colors) const {
-        for (std::size_t x = 0; x < kBlockPixels; ++x)
-            colors[x] = pack_rgb(bent(red_of(colors[x]), curve.red), bent(green_of(colors[x]), curve.green),
-                                 bent(blue_of(colors[x]), curve.blue));
+    TARVO_INLINED PixelColor operator()(PixelColor color) const {
+        return pack_rgb(bent(red_of(color), curve.red), bent(green_of(color), curve.green),
+                        bent(blue_of(color), curve.blue));
     }
 };
 

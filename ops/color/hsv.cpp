@@ -45,6 +45,7 @@ constexpr std::int32_t kMostSaturation = TRV_Pixel::kFullSaturation - 1;
             scaled(from.value, change.value_factor, 255)};
 }
 
+// A loop of its own: the registers of a processor do not hold what a mask's mix would need besides.
 struct AdjustHsv {
     HsvChange change;
 
@@ -57,11 +58,9 @@ struct AdjustHsv {
 struct KeepGreys {
     HsvChange change;
 
-    TARVO_INLINED void operator()(PixelColor* colors) const {
-        for (std::size_t x = 0; x < kBlockPixels; ++x) {
-            const Hsv1024 color = adjusted(colors[x], {0, change.saturation_factor, change.value_factor});
-            colors[x] = color.saturation == 0 ? grey(static_cast<std::uint32_t>(color.value)) : 0;
-        }
+    TARVO_INLINED PixelColor operator()(PixelColor color) const {
+        const Hsv1024 to = adjusted(color, {0, change.saturation_factor, change.value_factor});
+        return to.saturation == 0 ? grey(static_cast<std::uint32_t>(to.value)) : 0;
     }
 };
 
@@ -76,9 +75,7 @@ void map_by_change(double hue_degrees, double saturation_factor, double brightne
 }
 
 struct Invert {
-    TARVO_INLINED void operator()(PixelColor* colors) const {
-        for (std::size_t x = 0; x < kBlockPixels; ++x) colors[x] = ~colors[x] & 0xFFFFFF;
-    }
+    TARVO_INLINED PixelColor operator()(PixelColor color) const { return ~color & 0xFFFFFF; }
 };
 
 // --- the average -----------------------------------------------------------------------------------------------------

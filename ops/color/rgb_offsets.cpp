@@ -57,15 +57,13 @@ struct OffsetBytes {
 struct OffsetByMask {
     Offsets offsets;
 
-    TARVO_INLINED void operator()(PixelColor* colors, const PixelColor* masks) const {
-        for (std::size_t x = 0; x < kBlockPixels; ++x) {
-            const std::uint32_t level = masks[x] & 255;
-            const auto channel = [level](std::uint32_t value, std::int32_t delta) TARVO_INLINED {
-                return mixed_in_255ths_and_clamped(value, static_cast<std::int32_t>(value) + delta, level);
-            };
-            colors[x] = pack_rgb(channel(red_of(colors[x]), offsets.red), channel(green_of(colors[x]), offsets.green),
-                                 channel(blue_of(colors[x]), offsets.blue));
-        }
+    TARVO_INLINED PixelColor operator()(PixelColor color, PixelColor mask) const {
+        const std::uint32_t level = mask & 255;
+        const auto channel = [level](std::uint32_t value, std::int32_t delta) TARVO_INLINED {
+            return mixed_in_255ths_and_clamped(value, static_cast<std::int32_t>(value) + delta, level);
+        };
+        return pack_rgb(channel(red_of(color), offsets.red), channel(green_of(color), offsets.green),
+                        channel(blue_of(color), offsets.blue));
     }
 };
 

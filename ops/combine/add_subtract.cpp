@@ -14,20 +14,14 @@ constexpr PixelColor kLowBits = 0x7F7F7F;
 constexpr PixelColor kHighBits = 0x808080;
 
 struct Add {
-    TARVO_INLINED void operator()(PixelColor* colors, const PixelColor* addends) const {
-        for (std::size_t x = 0; x < kBlockPixels; ++x) {
-            const PixelColor a = colors[x], b = addends[x];
-            colors[x] = ((a & kLowBits) + (b & kLowBits)) ^ ((a ^ b) & kHighBits);
-        }
+    TARVO_INLINED PixelColor operator()(PixelColor a, PixelColor b) const {
+        return ((a & kLowBits) + (b & kLowBits)) ^ ((a ^ b) & kHighBits);
     }
 };
 
 struct Subtract {
-    TARVO_INLINED void operator()(PixelColor* colors, const PixelColor* subtractends) const {
-        for (std::size_t x = 0; x < kBlockPixels; ++x) {
-            const PixelColor a = colors[x], b = subtractends[x];
-            colors[x] = (((a & kLowBits) | kHighBits) - (b & kLowBits)) ^ (~(a ^ b) & kHighBits);
-        }
+    TARVO_INLINED PixelColor operator()(PixelColor a, PixelColor b) const {
+        return (((a & kLowBits) | kHighBits) - (b & kLowBits)) ^ (~(a ^ b) & kHighBits);
     }
 };
 

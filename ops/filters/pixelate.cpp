@@ -25,20 +25,30 @@ struct ColumnSums {
     std::array<std::uint32_t, kRunPixels> red_blue{}, green{};
 };
 
-TARVO_INLINED inline void add_color(PixelColor color, std::uint32_t& red_blue, std::uint32_t& green) {
-    red_blue += color & 0xFF00FF;
-    green += green_of(color);
-}
+// Rows are added several at a time: that reads and writes the sums less often.
+constexpr std::int32_t kRowsAtOnce = 4;
 
 TARVO_ROW_CLONES void add_colors(const PixelColor* colors, std::uint32_t* __restrict red_blue,
                                  std::uint32_t* __restrict green, std::size_t count) {
-    for (std::size_t x = 0; x < count; ++x) add_color(colors[x], red_blue[x], green[x]);
+    for (std::size_t x = 0; x < count; ++x) {
+        red_blue[x] += colors[x] & 0xFF00FF;
+        green[x] += green_of(colors[x]);
+    }
 }
 
-TARVO_ROW_CLONES void add_words(const std::uint8_t* words, std::uint32_t* __restrict red_blue,
-                                std::uint32_t* __restrict green, std::size_t count) {
-    for (std::size_t x = 0; x < count; ++x)
-        add_color(XRgb32::load(words + x * XRgb32::kBytes), red_blue[x], green[x]);
+// 32-bit pixels as they are stored.
+TARVO_ROW_CLONES void add_four_rows(const std::uint8_t* __restrict a, const std::uint8_t* __restrict b,
+                                    const std::uint8_t* __restrict c, const std::uint8_t* __restrict d,
+                                    std::uint32_t* __restrict red_blue, std::uint32_t* __restrict green,
+                                    std::size_t count) {
+    for (std::size_t x = 0; x < count; ++x) {
+        const PixelColor colors[] = {XRgb32::load(a + x * XRgb32::kBytes), XRgb32::load(b + x * XRgb32::kBytes),
+                                     XRgb32::load(c + x * XRgb32::kBytes), XRgb32::load(d + x * XRgb32::kBytes)};
+        for (const PixelColor color : colors) {
+            red_blue[x] += color & 0xFF00FF;
+            green[x] += green_of(color);
+        }
+    }
 }
 
 // The blocks of some columns of one band of rows: as many whole blocks as a run holds, or a single wider one.
@@ -86,14 +96,23 @@ void read_as_stored(const TRV_Picture& source, TRV_Picture& result, std::int32_t
 
 void add_row(const TRV_Picture& source, TRV_Picture& result, std::int32_t row, std::int32_t left, std::int32_t right,
              ColumnSums& sums) {
-    std::uint32_t *const red_blue = sums.red_blue.data(), *const green = sums.green.data();
-    if (const std::uint8_t* const words = source.WordsAt(row, left); words && result.depth() == 32)
-        return add_words(words, red_blue, green, static_cast<std::size_t>(right - left + 1));
     Chunk colors;
     for_each_chunk(left, right, [&](std::int32_t column, std::size_t count) {
         read_as_stored(source, result, row, column, {colors.data(), count});
-        add_colors(colors.data(), red_blue + (column - left), green + (column - left), count);
+        const std::int32_t at = column - left;
+        add_colors(colors.data(), sums.red_blue.data() + at, sums.green.data() + at, count);
     });
+}
+
+void add_rows(const TRV_Picture& source, TRV_Picture& result, const Region& area, ColumnSums& sums) {
+    std::int32_t row = area.top;
+    for (; result.depth() == 32 && row + kRowsAtOnce - 1 <= area.bottom; row += kRowsAtOnce) {
+        const auto words = [&](std::int32_t k) { return source.WordsAt(row + k, area.left); };
+        if (!words(0) || !words(1) || !words(2) || !words(3)) break;
+        add_four_rows(words(0), words(1), words(2), words(3), sums.red_blue.data(), sums.green.data(),
+                      static_cast<std::size_t>(area.right - area.left + 1));
+    }
+    for (; row <= area.bottom; ++row) add_row(source, result, row, area.left, area.right, sums);
 }
 
 void sum_blocks(const TRV_Picture& source, TRV_Picture& result, const Region& area, std::int32_t pixelation,
@@ -101,7 +120,7 @@ void sum_blocks(const TRV_Picture& source, TRV_Picture& result, const Region& ar
     for_each_piece(area.left, area.right, kRunPixels, [&](std::int32_t left, std::int32_t right) {
         for_each_piece(area.top, area.bottom, ColumnSums::kMostRows, [&](std::int32_t top, std::int32_t bottom) {
             ColumnSums sums;
-            for (std::int32_t row = top; row <= bottom; ++row) add_row(source, result, row, left, right, sums);
+            add_rows(source, result, {left, top, right, bottom}, sums);
             add_columns(blocks, sums, static_cast<std::size_t>(right - left + 1), bottom - top + 1, pixelation);
         });
     });

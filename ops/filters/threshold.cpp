@@ -29,13 +29,10 @@ public:
           threshold_((static_cast<PixelColor>(threshold) & kChannels) ^ flip_),
           target_(static_cast<PixelColor>(target) & kChannels) {}
 
-    TARVO_INLINED void operator()(PixelColor* colors) const {
-        const Replace by = *this;
-        for (std::size_t x = 0; x < kBlockPixels; ++x) {
-            const PixelColor passing = at_or_above(colors[x] ^ by.flip_, by.threshold_);
-            const bool match = matches == Matches::if_all_pass ? passing == kHighBits : passing != 0;
-            colors[x] = match ? by.target_ : colors[x];
-        }
+    TARVO_INLINED PixelColor operator()(PixelColor color) const {
+        const PixelColor passing = at_or_above(color ^ flip_, threshold_);
+        const bool match = matches == Matches::if_all_pass ? passing == kHighBits : passing != 0;
+        return match ? target_ : color;
     }
 
 private:

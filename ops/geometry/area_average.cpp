@@ -147,7 +147,7 @@ void ColorSums::means(PixelColor* out, std::size_t count, std::uint32_t total) c
 RowAverage::RowAverage(const AxisWeights& weights, std::int32_t first, std::size_t count)
     : weights_(weights), first_(first), count_(count) {
     if (!weights.cover()) return;
-    const auto column_of = [first](std::size_t result) { return std::int64_t{first} + static_cast<std::int64_t>(result); };
+    const auto column_of = [first](std::size_t x) { return first + static_cast<std::int64_t>(x); };
     source_column_ = weights.first_covered(first);
     source_count_ = static_cast<std::size_t>(weights.last_covered(column_of(count - 1)) - source_column_ + 1);
     for (std::size_t x = 0; x < count; ++x) {
@@ -160,7 +160,7 @@ RowAverage::RowAverage(const AxisWeights& weights, std::int32_t first, std::size
     for (std::size_t x = 0; x < count; ++x)
         for (std::size_t tap = 0; tap < taps_; ++tap)
             tap_weights_[x * taps_ + tap].fill(
-                weights.weight(std::int64_t{source_column_} + taken_from_[x] + static_cast<std::int64_t>(tap), column_of(x)));
+                weights.weight(source_column_ + static_cast<std::int64_t>(taken_from_[x] + tap), column_of(x)));
 }
 
 void RowAverage::average_window(PixelColor* out) {

@@ -71,7 +71,9 @@ struct Band {
         return how.reverses_rows ? source.height() - 1 - column : column;
     }
     // The row that takes the source's column `source_column() + index`.
-    std::int32_t result_row(std::int32_t index) const { return row + (how.reverses_columns ? count - 1 - index : index); }
+    std::int32_t result_row(std::int32_t index) const {
+        return row + (how.reverses_columns ? count - 1 - index : index);
+    }
 };
 
 // Any pictures, as colours.

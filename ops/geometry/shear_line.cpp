@@ -18,6 +18,24 @@ constexpr std::uint32_t divide_by_unit(std::uint32_t n) { return (n + (n >> 16) 
     return divide_by_unit(previous * previous_weight + current * current_weight);
 }
 
+TARVO_ROW_CLONES void blend_colors(const PixelColor* pairs, PixelColor* out, std::size_t count,
+                                   const ShearedLine& line) {
+    const std::uint32_t previous_weight = line.previous_weight, current_weight = line.current_weight;
+    for (std::size_t x = 0; x < count; ++x) {
+        const PixelColor previous = pairs[x], current = pairs[x + 1];
+        out[x] = pack_rgb(mix(red_of(previous), red_of(current), previous_weight, current_weight),
+                          mix(green_of(previous), green_of(current), previous_weight, current_weight),
+                          mix(blue_of(previous), blue_of(current), previous_weight, current_weight));
+    }
+}
+
+TARVO_ROW_CLONES void blend_levels(const PixelColor* pairs, PixelColor* out, std::size_t count,
+                                   const ShearedLine& line) {
+    const std::uint32_t previous_weight = line.previous_weight, current_weight = line.current_weight;
+    for (std::size_t x = 0; x < count; ++x)
+        out[x] = grey(mix(pairs[x] & 255, pairs[x + 1] & 255, previous_weight, current_weight));
+}
+
 // How a length lies in the middle of another: empty places before it, or places of it cut off.
 struct Centering {
     std::int32_t before, cut;
@@ -60,22 +78,12 @@ ShearedLine ShearPlan::line(std::int32_t line) const {
             .current_weight = kUnit - previous_weight};
 }
 
-TARVO_ROW_CLONES void blend_colors_row(const PixelColor* pairs, PixelColor* out, std::size_t count,
-                                       const ShearedLine& line) {
-    const std::uint32_t previous_weight = line.previous_weight, current_weight = line.current_weight;
-    for (std::size_t x = 0; x < count; ++x) {
-        const PixelColor previous = pairs[x], current = pairs[x + 1];
-        out[x] = pack_rgb(mix(red_of(previous), red_of(current), previous_weight, current_weight),
-                          mix(green_of(previous), green_of(current), previous_weight, current_weight),
-                          mix(blue_of(previous), blue_of(current), previous_weight, current_weight));
-    }
+void blend_colors_row(const PixelColor* pairs, PixelColor* out, std::size_t count, const ShearedLine& line) {
+    blend_colors(pairs, out, count, line);
 }
 
-TARVO_ROW_CLONES void blend_levels_row(const PixelColor* pairs, PixelColor* out, std::size_t count,
-                                       const ShearedLine& line) {
-    const std::uint32_t previous_weight = line.previous_weight, current_weight = line.current_weight;
-    for (std::size_t x = 0; x < count; ++x)
-        out[x] = grey(mix(pairs[x] & 255, pairs[x + 1] & 255, previous_weight, current_weight));
+void blend_levels_row(const PixelColor* pairs, PixelColor* out, std::size_t count, const ShearedLine& line) {
+    blend_levels(pairs, out, count, line);
 }
 
 PixelColor MaskEdges::trailing(PixelColor last, const ShearedLine& line) const {

@@ -36,8 +36,10 @@ void prefetch_run(const TRV_Picture& source, std::int32_t row, std::int32_t colu
 
 void average_row(RowAverage& across, const TRV_Picture& source, std::int32_t row, PixelColor* out) {
     prefetch_run(source, row, across.source_column(), across.source_count());
-    across.average([&](std::int32_t column, std::span<PixelColor> colors) { read_run(source, row, column, colors, kRowsCaller); },
-                   out);
+    const auto read = [&](std::int32_t column, std::span<PixelColor> colors) {
+        read_run(source, row, column, colors, kRowsCaller);
+    };
+    across.average(read, out);
 }
 
 using WriteRun = void(TRV_Picture& destination, std::int32_t row, std::int32_t column, std::span<const PixelColor> colors,

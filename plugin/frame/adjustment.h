@@ -7,8 +7,8 @@
 #include "forms.h"
 #include "region.h"
 
-// Whether the arguments for red, green and blue are in range, both bounds included; what is not a number passes. If not,
-// leaves code 40, 41 or 42, of the first that is out of range.
+// Whether the arguments for red, green and blue are in range, both bounds included; what is not a number passes. If
+// not, leaves code 40, 41 or 42, of the first that is out of range.
 template <class Number>
 bool ChannelsInRange(Number low, Number high, Number red, Number green, Number blue) {
     const auto outside = [&](Number value) { return value < low || value > high; };
@@ -26,8 +26,8 @@ void CopySourceMask(const TRV_Picture& source, const TRV_Picture& result, const 
 
 // Locks the source, selects the region, makes the result; `paint(source, result, region)`.
 template <class Form, class Paint>
-typename Form::Handle adjust_region(const Form& form, typename Form::Handle p, REALobjectStruct* rect,
-                                    SourceMask mask, const char* caller, Paint paint) {
+typename Form::Handle adjust_region(const Form& form, typename Form::Handle p, REALobjectStruct* rect, SourceMask mask,
+                                    const char* caller, Paint paint) {
     TRV_Picture source = form.bind(p);
     if (!source.Lock()) return Fail(ErrorCode::source_lock);
     const Region region = SelectRegion(source, rect);

@@ -28,32 +28,28 @@ TARVO_INLINED constexpr std::uint32_t both_divided_by_255(std::uint32_t red_blue
     return (red_blue + 0x10001 + (red_blue >> 8 & kRedBlue)) >> 8 & kRedBlue;
 }
 
-// Kernels: mix the changed colours into the source's. In 256ths a weight of 0 leaves the whole word, top byte included;
+// Kernels: a changed colour mixed into the source's. In 256ths a weight of 0 leaves the whole word, top byte included;
 // in 255ths the top byte becomes 0.
 struct MixIn256ths {
-    TARVO_INLINED void operator()(PixelColor* colors, const PixelColor* changed, const PixelColor* masks) const {
-        for (std::size_t x = 0; x < kBlockPixels; ++x) {
-            const std::uint32_t level = masks[x] & 255;
-            const std::uint32_t weight = level + (level >> 7);
-            const std::uint32_t red_blue = mixed(colors[x] & kRedBlue, changed[x] & kRedBlue, weight, 256);
-            const std::uint32_t green = mixed(green_of(colors[x]), green_of(changed[x]), weight, 256);
-            colors[x] = weight ? (red_blue >> 8 & kRedBlue) | (green & 0xFF00) : colors[x];
-        }
+    TARVO_INLINED PixelColor operator()(PixelColor color, PixelColor changed, PixelColor mask) const {
+        const std::uint32_t level = mask & 255;
+        const std::uint32_t weight = level + (level >> 7);
+        const std::uint32_t red_blue = mixed(color & kRedBlue, changed & kRedBlue, weight, 256);
+        const std::uint32_t green = mixed(green_of(color), green_of(changed), weight, 256);
+        return weight ? (red_blue >> 8 & kRedBlue) | (green & 0xFF00) : color;
     }
 };
 
 struct MixIn255ths {
-    TARVO_INLINED void operator()(PixelColor* colors, const PixelColor* changed, const PixelColor* masks) const {
-        for (std::size_t x = 0; x < kBlockPixels; ++x) {
-            const std::uint32_t level = masks[x] & 255;
-            const std::uint32_t red_blue = mixed(colors[x] & kRedBlue, changed[x] & kRedBlue, level, 255);
-            const std::uint32_t green = mixed(green_of(colors[x]), green_of(changed[x]), level, 255);
-            colors[x] = both_divided_by_255(red_blue) | divided_by_255(green) << 8;
-        }
+    TARVO_INLINED PixelColor operator()(PixelColor color, PixelColor changed, PixelColor mask) const {
+        const std::uint32_t level = mask & 255;
+        const std::uint32_t red_blue = mixed(color & kRedBlue, changed & kRedBlue, level, 255);
+        const std::uint32_t green = mixed(green_of(color), green_of(changed), level, 255);
+        return both_divided_by_255(red_blue) | divided_by_255(green) << 8;
     }
 };
 
-// One channel, for row loops whose changed channels go beyond 0..255; up to 2^22 either way.
+// One channel, for kernels whose changed channels go beyond 0..255; up to 2^22 either way.
 TARVO_INLINED constexpr std::uint32_t mixed_in_255ths_and_clamped(std::uint32_t source, std::int32_t changed,
                                                                   std::uint32_t level) {
     const auto x = static_cast<std::int32_t>(source);
@@ -61,17 +57,21 @@ TARVO_INLINED constexpr std::uint32_t mixed_in_255ths_and_clamped(std::uint32_t 
     return divided_by_255(static_cast<std::uint32_t>(std::clamp(sum, 0, 255 * 255)));
 }
 
-// A kernel that changes the source's colours by `change` as far as `Mix` lets the mask say.
+// A kernel that changes the source's colours by the kernel `change` as far as `Mix` lets the mask say.
 template <class Change, class Mix>
 struct ByMask {
     Change change;
     Mix mix;
 
     TARVO_INLINED void operator()(PixelColor* colors, const PixelColor* masks) const {
-        ColorBlock changed;
-        std::copy_n(colors, kBlockPixels, changed.colors);
-        change(changed.colors);
-        mix(colors, changed.colors, masks);
+        if constexpr (ColorKernel<Change, PixelColor>) {
+            for (std::size_t x = 0; x < kBlockPixels; ++x) colors[x] = mix(colors[x], change(colors[x]), masks[x]);
+        } else {
+            ColorBlock changed;
+            for (std::size_t x = 0; x < kBlockPixels; ++x) changed.colors[x] = colors[x];
+            change(changed.colors);
+            apply_kernel(mix, colors, changed.colors, masks);
+        }
     }
 };
 template <class Change, class Mix>

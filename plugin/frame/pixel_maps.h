@@ -2,9 +2,8 @@
 
 // Operations that make each colour of the result from the colours at the same place, or beside it in an overlay.
 //
-// A kernel is a function object marked TARVO_INLINED that works on blocks (pixel_blocks.h), in place on the colours of
-// the source: `kernel(colors, others...)`, with one pointer for each further picture. It becomes part of the loops
-// here, which are compiled for the processor at hand; pictures of 32 bits are read, worked on and written in one pass.
+// Kernels (pixel_blocks.h) become part of the loops here, which are compiled for the processor at hand; pictures of 32
+// bits are read, worked on and written in one pass.
 
 #include <algorithm>
 #include <cstddef>
@@ -56,7 +55,7 @@ void map_run(TRV_Picture& result, std::int32_t row, std::int32_t column, std::si
             read(first);
             (read(others), ...);
             for (std::size_t block = 0; block < pixels; block += kBlockPixels)
-                kernel((chunks[i].colors.data() + block)...);
+                apply_kernel(kernel, (chunks[i].colors.data() + block)...);
             result.SetPixels(row, column + offset, std::span(chunks[0].colors).first(pixels), caller);
         }
     };
@@ -70,8 +69,8 @@ struct Chain {
     Second second;
 
     TARVO_INLINED void operator()(PixelColor* colors) const {
-        first(colors);
-        second(colors);
+        apply_kernel(first, colors);
+        apply_kernel(second, colors);
     }
 };
 template <class First, class Second>

@@ -1,7 +1,7 @@
 #pragma once
 
-// Pixels moved from picture to picture unchanged: runs of one row, of any length, and parts of pictures. Between pictures
-// of 32 bits they go as they are stored, else in chunks of colours.
+// Pixels moved from picture to picture unchanged: runs of one row, of any length, and parts of pictures. Between
+// pictures of 32 bits they go as they are stored, else in chunks of colours.
 
 #include <cstdint>
 #include <span>

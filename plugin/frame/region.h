@@ -16,5 +16,6 @@ struct Region {
 
 inline Region whole_of(const TRV_Picture& picture) { return {0, 0, picture.width() - 1, picture.height() - 1}; }
 
-// What a rectangle argument selects of a locked picture: the rectangle clipped to the picture, or all of it without one.
+// What a rectangle argument selects of a locked picture: the rectangle clipped to the picture, or all of it without
+// one.
 Region SelectRegion(const TRV_Picture& picture, REALobjectStruct* rectangle);

@@ -7,8 +7,8 @@
 // The budget of kernels that keep the host waiting, whatever their caller's.
 inline constexpr int kNoYielding = 0;
 
-// When the host gets control during an operation: before a row, once at least `yield` pixels have been worked on since the
-// last time; never with a budget of 0 or below, and never before the first row.
+// When the host gets control during an operation: before a row, once at least `yield` pixels have been worked on since
+// the last time; never with a budget of 0 or below, and never before the first row.
 class YieldBudget {
 public:
     explicit YieldBudget(int yield) : yield_(yield) {}

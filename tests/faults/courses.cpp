@@ -27,9 +27,9 @@ void changes_a_copy(Rehearsal& op) {
 
 void changes_a_copy_with_its_mask(Rehearsal& op) {
     measures(op);
-    const bool masked = op.has_mask(0);
-    op.make_result(6, masked);
-    if (masked && op.has_mask(0)) op.copy_mask(9);
+    const bool with_mask = op.client_form() && op.has_mask(0);
+    op.make_result(6, with_mask);
+    if (op.has_mask(0)) op.copy_mask(9);
 }
 
 void changes_by_mask(Rehearsal& op) {

@@ -15,8 +15,7 @@ std::array<PixelColor, 256> at_all_levels(Mix mix, std::uint32_t from, std::uint
     colors.fill(0xAB000000 | pack_rgb(from, to, from));
     changed.fill(pack_rgb(to, from, to));
     for (std::uint32_t level = 0; level < 256; ++level) masks[level] = 0x00ABCD00 | level;
-    for (std::size_t block = 0; block < colors.size(); block += kBlockPixels)
-        mix(colors.data() + block, changed.data() + block, masks.data() + block);
+    for (std::size_t level = 0; level < 256; ++level) colors[level] = mix(colors[level], changed[level], masks[level]);
     return colors;
 }
 
