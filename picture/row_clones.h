@@ -18,6 +18,7 @@
 template <class Body>
 __attribute__((target("avx2"), noinline)) void on_avx2(const Body& body) {
     body();
+    asm volatile("" ::: "memory");  // g++ 12 has been seen to drop calls of this, taking them for free of effects
 }
 
 template <class Body>

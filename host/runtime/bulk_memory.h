@@ -29,7 +29,7 @@ public:
     // From this size on, it is a mapping.
     static constexpr std::size_t kLarge = std::size_t{1} << 20;
     // Idle mappings that are kept, together.
-    static constexpr std::size_t kMostIdle = std::size_t{256} << 20;
+    static constexpr std::size_t kMostIdle = std::size_t{512} << 20;
     // Bytes of idle mappings now.
     static std::size_t idle();
 

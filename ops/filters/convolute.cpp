@@ -104,8 +104,8 @@ void write_means(const WeightedMean& mean, const Taps& taps, TRV_Picture& destin
     destination.SetPixels(row, column, {means.data(), count}, caller);
 }
 
-// Memory is fast only where it is read in order. What a walk down columns reads is read once in order before, by which it
-// comes into the second-level cache.
+// Memory is fast only where it is read in order. What a walk down columns reads is read once in order before, by which
+// it comes into the second-level cache.
 void bring_near(const TRV_Picture& source, const Region& part) {
     for (std::int32_t row = part.top; row <= part.bottom; ++row) {
         const volatile std::uint8_t* const words = source.WordsAt(row, 0);
@@ -115,19 +115,16 @@ void bring_near(const TRV_Picture& source, const Region& part) {
     }
 }
 
-// The size of the parts in which a picture is walked down columns: the rows of a part fit into the second-level cache, and
-// a window onto its columns into the first-level cache.
+// The size of the parts in which a picture is walked down columns: the rows of a part fit into the second-level cache,
+// and a window onto its columns into the first-level cache.
 struct PartSize {
     std::int32_t rows, columns;
 
     PartSize(std::int32_t row_pixels, std::int32_t taps) {
-        constexpr std::int32_t kNearPixels = 1 << 16, kWindowPixels = 4096;
+        constexpr std::int32_t kNearPixels = 1 << 16, kWindowPixels = 4096, kColumnsStep = 64;
         rows = std::max(kNearPixels / row_pixels, taps + taps / 2);
         columns = std::min(kWindowPixels / taps / kColumnsStep * kColumnsStep, kChunkPixels);
     }
-
-private:
-    static constexpr std::int32_t kColumnsStep = 64;
 };
 
 }  // namespace

@@ -6,19 +6,6 @@
 #include "host_reference.h"
 #include "quarter_turns.h"
 
-namespace {
-
-struct Size {
-    std::int32_t width, height;
-};
-
-Size turned_size(const TRV_Picture& source, int rotation) {
-    if (swaps_sides(rotation)) return {source.height(), source.width()};
-    return {source.width(), source.height()};
-}
-
-}  // namespace
-
 // Both checks run: a rotation out of bounds is what stays of two.
 REALpictureStruct* TRV_FlipRotate(REALpictureStruct* p, bool flip_h, bool flip_v, int rotation, int yield) {
     ClearError();

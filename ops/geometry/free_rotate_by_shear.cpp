@@ -13,10 +13,6 @@
 
 namespace {
 
-struct Size {
-    std::int32_t width, height;
-};
-
 // A rotation as it is carried out.
 struct Course {
     int quarter_turns;
@@ -32,11 +28,6 @@ struct Course {
     double row_shear() const { return std::tan(angle / 2.0); }
     double column_shear() const { return std::sin(-angle); }
 };
-
-Size turned_size(const TRV_Picture& source, int quarter_turns) {
-    if (swaps_sides(quarter_turns)) return {source.height(), source.width()};
-    return {source.width(), source.height()};
-}
 
 // `length` with room for what a shear of `lines` lines adds to it.
 std::int32_t sheared_length(std::int32_t length, std::int32_t lines, double shear) {

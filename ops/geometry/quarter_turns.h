@@ -5,6 +5,8 @@
 //
 // Eight mappings make all sixteen combinations, so eight of the names are second names of the others.
 
+#include <cstdint>
+
 #include "picture.h"
 
 void Priv_Rotate0(const TRV_Picture& source, TRV_Picture& result, int yield);
@@ -31,3 +33,12 @@ using QuarterTurn = void(const TRV_Picture& source, TRV_Picture& result, int yie
 QuarterTurn& quarter_turn(int turns, bool flip_h, bool flip_v);
 // Whether width and height change places.
 constexpr bool swaps_sides(int turns) { return turns % 2 != 0; }
+
+struct Size {
+    std::int32_t width, height;
+};
+// Of a picture after quarter turns.
+inline Size turned_size(const TRV_Picture& source, int turns) {
+    if (swaps_sides(turns)) return {source.height(), source.width()};
+    return {source.width(), source.height()};
+}

@@ -11,17 +11,21 @@
 #include <vector>
 
 #include "area_average.h"
+#include "client_picture.h"
 #include "copy.h"
 #include "error_state.h"
+#include "free_rotate_by_shear.h"
 #include "free_rotate_direct.h"
 #include "host.h"
 #include "plain_rotation.h"
 #include "plugin_entry.h"
 #include "quarter_turns.h"
+#include "rectangle.h"
 #include "shear_kernels.h"
 #include "shear_line.h"
 #include "stretch.h"
 #include "transpose.h"
+#include "trim.h"
 
 namespace tarvo::test {
 namespace {
@@ -85,6 +89,83 @@ TEST_F(GeometryKernels, ChecksOfACopyComeInOrder) {
     EXPECT_EQ(gTRV_Error, 4);
     host.faults.fail_at("newPicture", 1);
     EXPECT_EQ(TRV_CopyPicture(handle(source)), nullptr);
+    EXPECT_EQ(gTRV_Error, 6);
+}
+
+// --- trims -----------------------------------------------------------------------------------------------------------
+
+class TrimIntoPictures : public GeometryKernels {
+protected:
+    static REALobjectStruct* handle(const host::ObjectRef& object) { return static_cast<REALobjectStruct*>(object.handle()); }
+    host::ObjectRef rectangle(const TRV_Rectangle_Data& area) {
+        const host::ObjectRef made = host.new_instance("TRV_Rectangle");
+        *TRV_Rectangle_GetData(handle(made)) = area;
+        return made;
+    }
+    host::ObjectRef client_of(const host::ObjectRef& picture) {
+        const host::ObjectRef client = host.new_instance("TRV_ClientPicture");
+        TRV_ClientPicture_Data& data = *TRV_ClientPicture_GetData(handle(client));
+        data.width = pixels(picture).width();
+        data.height = pixels(picture).height();
+        data.depth = pixels(picture).depth();
+        data.pic = static_cast<REALpictureStruct*>(host::ObjectRef(picture).hand_over());
+        return client;
+    }
+    host::ObjectRef trim_into_picture(const host::ObjectRef& client, const host::ObjectRef& area, std::uint32_t frame) {
+        return host::ObjectRef::adopt(host.objects().find(
+            TRV_ClientPicture_Trim(handle(client), area.handle() ? handle(area) : nullptr, static_cast<int>(frame), true)));
+    }
+    host::Picture& picture_behind(const host::ObjectRef& client) {
+        const TRV_ClientPicture_Data& data = *TRV_ClientPicture_GetData(handle(client));
+        EXPECT_TRUE(data.pic);
+        EXPECT_FALSE(data.pixels);
+        return dynamic_cast<host::Picture&>(*host.objects().find(data.pic));
+    }
+};
+
+TEST_F(TrimIntoPictures, TheResultIsCutOutAndFramed) {
+    constexpr TRV_Rectangle_Data kArea = {-2, 3, 11, 5};
+    constexpr std::uint32_t kFrame = 0x123456;
+    const host::ObjectRef area = rectangle(kArea);
+    for (const int depth : {1, 2, 4, 8, 16, 24, 32}) {
+        SCOPED_TRACE(depth);
+        const host::ObjectRef source = noise(8, 6, depth);
+        pixels(source).set_mask(noise(8, 6));
+        const host::ObjectRef result = trim_into_picture(client_of(source), area, 0xAB000000 | kFrame);
+        ASSERT_TRUE(result);
+        EXPECT_EQ(gTRV_Error, 0);
+        host::Picture& made = picture_behind(result);
+        EXPECT_FALSE(made.mask());
+        PlainImage expected = read_image(made);
+        for (int y = 0; y < kArea.height; ++y) {
+            for (int x = 0; x < kArea.width; ++x) {
+                const int column = kArea.left + x, row = kArea.top + y;
+                const bool inside = column >= 0 && column < 8 && row < 6;
+                expected.at(x, y) = inside ? read_pixel(pixels(source), column, row) : kFrame;
+            }
+        }
+        ASSERT_EQ(made.width(), kArea.width);
+        ASSERT_EQ(made.height(), kArea.height);
+        EXPECT_EQ(difference(made, expected, std::max(depth, 16)), "");
+    }
+}
+
+TEST_F(TrimIntoPictures, WithoutARectangleItIsACopy) {
+    const host::ObjectRef source = noise(9, 4);
+    const host::ObjectRef result = trim_into_picture(client_of(source), {}, 0);
+    ASSERT_TRUE(result);
+    EXPECT_EQ(difference(picture_behind(result), read_image(pixels(source)), 32), "");
+}
+
+TEST_F(TrimIntoPictures, AResultThatCannotBeLockedIsReturnedUnpainted) {
+    const host::ObjectRef client = client_of(noise(3, 2)), area = rectangle({0, 0, 2, 2});
+    host.faults.fail_at("lockPictureDescription", 2);
+    const host::ObjectRef result = trim_into_picture(client, area, 0);
+    EXPECT_EQ(gTRV_Error, 6);
+    ASSERT_TRUE(result);
+    for (const std::uint32_t color : read_image(picture_behind(result)).colors) EXPECT_EQ(color & 0xFFFFFF, 0xFFFFFFu);
+    host.faults.fail_at("newPicture", 1);
+    EXPECT_FALSE(trim_into_picture(client, area, 0));
     EXPECT_EQ(gTRV_Error, 6);
 }
 
@@ -158,6 +239,18 @@ TEST_F(GeometryKernels, BlendsDivideExactly) {
                 ASSERT_EQ(out[0], exact * 0x010101) << previous << " " << current << " " << weight;
             }
         }
+    }
+}
+
+// A frame colour's top byte is no colour: drawn places have none.
+TEST_F(GeometryKernels, RotationsByShearDropTheFramesTopByte) {
+    const host::ObjectRef source = noise(30, 20);
+    for (const double rotation : {30.0, 100.0, 330.0}) {
+        const host::ObjectRef result = adopt(
+            TRV_FreeRotateByShear_Frame(handle(source), rotation, static_cast<int>(0xAB123456), 0));
+        ASSERT_TRUE(result) << rotation;
+        EXPECT_EQ(read_pixel(pixels(result), 0, 0), 0x00123456u) << rotation;  // a corner
+        for (const std::uint32_t color : read_image(pixels(result)).colors) ASSERT_EQ(color >> 24, 0u) << rotation;
     }
 }
 

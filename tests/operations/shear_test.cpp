@@ -199,6 +199,19 @@ TEST_P(Shear, NoShearIsACopy) {
     EXPECT_EQ(difference(pixels(picture_in(value)->mask()), mask, 32), "");
 }
 
+// All around a white pixel: where nothing is drawn, and where the pixel's edges are blended.
+TEST_P(Shear, ColoursOfFrameHaveNoTopByte) {
+    const ObjectRef source = session.picture(1, 1);
+    const Value value = shear_framed(session, source, 5, 5, 0.5, 0xAB123456);
+    ASSERT_TRUE(picture_in(value));
+    int framed = 0;
+    for (const std::uint32_t color : read_image(*picture_in(value)).colors) {
+        EXPECT_EQ(color >> 24, 0u);
+        framed += color == 0x00123456;
+    }
+    EXPECT_EQ(framed, 23);  // all but the pixel's own place and the next
+}
+
 TEST_P(Shear, ASourceWithoutMaskLooksTheSameAfterwards) {
     const ObjectRef source = random_picture(session, random, {.depth = 16}, 9, 7);
     const auto bytes = all_bytes(source);

@@ -125,6 +125,16 @@ TEST_F(Threshold, KeptPixelsKeepTheTopByteWithoutAMask) {
     for (int x = 0; x < 3; ++x) EXPECT_EQ(read_pixel(*picture_in(masked), x, 0), expected_masked[x]);
 }
 
+TEST_F(Threshold, TargetsHaveNoTopByte) {
+    const ObjectRef source = session.picture(2, 1);
+    write_pixel(pixels(source), 0, 0, 0xCD000000);
+    for (const bool all : {false, true}) {
+        const Value result = threshold(source, session.rectangle(0, 0, 2, 1), {true, all, 0x808080, 0xAB123456});
+        EXPECT_EQ(read_pixel(*picture_in(result), 0, 0), 0x00123456u);
+        EXPECT_EQ(read_pixel(*picture_in(result), 1, 0) & 0xFFFFFF, 0xFFFFFFu);
+    }
+}
+
 TEST_F(Threshold, ABlackMaskChangesNothingAndAWhiteOneEverything) {
     const ObjectRef source = random_picture(session, random, {.depth = 24}, 50, 4);
     const Rule rule = {true, true, 0x808080, 0xFFD700};

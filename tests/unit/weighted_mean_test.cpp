@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -19,21 +20,53 @@ TEST(Reciprocal, EveryQuotientOfEveryDivisorIsExact) {
     }
 }
 
+// Runs of colours, one for each tap, taken apart.
+class SplitRuns {
+public:
+    explicit SplitRuns(std::vector<std::vector<PixelColor>> runs)
+        : red_blue_(std::move(runs)), green_(red_blue_.size(), std::vector<std::uint16_t>(red_blue_.front().size())) {
+        for (std::size_t k = 0; k < red_blue_.size(); ++k) {
+            taps_[k] = {red_blue_[k].data(), green_[k].data()};
+            taps_[k].split(red_blue_[k].size());
+        }
+    }
+    const Taps& taps() const { return taps_; }
+
+private:
+    std::vector<std::vector<PixelColor>> red_blue_;
+    std::vector<std::vector<std::uint16_t>> green_;
+    Taps taps_{};
+};
+
 // The mean of pixels of one tap's grey levels, computed by the class.
 std::vector<PixelColor> means(const std::vector<std::int32_t>& coefficients,
                               const std::vector<std::vector<PixelColor>>& greys) {
-    const WeightedMean mean(coefficients);
-    const std::size_t count = greys.front().size();
-    std::vector<std::vector<PixelColor>> red_blue = greys;
-    std::vector<std::vector<std::uint16_t>> green(greys.size(), std::vector<std::uint16_t>(count));
-    Taps taps{};
-    for (std::size_t k = 0; k < greys.size(); ++k) {
-        taps[k] = {red_blue[k].data(), green[k].data()};
-        taps[k].split(count);
-    }
-    std::vector<PixelColor> result(count);
-    mean(taps, result.data(), count);
+    std::vector<PixelColor> result(greys.front().size());
+    WeightedMean{coefficients}(SplitRuns(greys).taps(), result.data(), result.size());
     return result;
+}
+
+// With sums of 16 bits, positive and of either sign, and of 32 bits; whole cache lines and less.
+TEST(WeightedMean, StreamedPixelsAreTheMeansAsTheyAreStored) {
+    constexpr std::size_t kMost = 300;
+    std::vector<std::vector<PixelColor>> runs(3, std::vector<PixelColor>(kMost));
+    for (std::size_t k = 0; k < runs.size(); ++k)
+        for (std::size_t x = 0; x < kMost; ++x) runs[k][x] = static_cast<PixelColor>((x + 1) * (k + 3) * 0x9E3779B1u);
+    const SplitRuns split(runs);
+    for (const std::vector<std::int32_t>& coefficients :
+         {std::vector{1, 2, 1}, std::vector{-1, 3, -1}, std::vector{1000, 2000, 999}}) {
+        const WeightedMean mean(coefficients);
+        for (const std::size_t count : {1u, 15u, 16u, 17u, 127u, 128u, 129u, 255u, 300u}) {
+            std::vector<PixelColor> expected(count);
+            mean(split.taps(), expected.data(), count);
+            alignas(kCacheLine) std::uint8_t lines[(kMost + 1) * XRgb32::kBytes] = {};
+            mean.stream(split.taps(), lines, count);
+            finish_streamed_lines();
+            for (std::size_t x = 0; x < count; ++x)
+                ASSERT_EQ(XRgb32::load(lines + x * XRgb32::kBytes), expected[x]) << coefficients[0] << " " << x;
+            ASSERT_EQ(XRgb32::load(lines + count * XRgb32::kBytes), 0u);
+        }
+    }
 }
 
 // What coefficients of any size give about the multiples of their sum, where quotients change.
