@@ -20,7 +20,7 @@
 
 inline constexpr std::size_t kCacheLine = 64;
 inline constexpr std::size_t kLinePixels = kCacheLine / XRgb32::kBytes;
-inline constexpr std::size_t kBlockPixels = 128;
+inline constexpr std::size_t kBlockPixels = 32;
 
 // Colours that a kernel works on, always a whole block: what it holds beyond the row's end is worked on too, and never
 // written.
@@ -35,10 +35,12 @@ concept ColorKernel = std::is_invocable_r_v<PixelColor, const Kernel&, Colors...
 
 template <class Kernel, class... Others>
 TARVO_INLINED inline void apply_kernel(const Kernel& kernel, PixelColor* colors, const Others*... others) {
-    if constexpr (ColorKernel<Kernel, PixelColor, Others...>)
-        for (std::size_t x = 0; x < kBlockPixels; ++x) colors[x] = kernel(colors[x], others[x]...);
-    else
+    if constexpr (ColorKernel<Kernel, PixelColor, Others...>) {
+        const Kernel own = kernel;  // a colour that is written might be a part of the given one
+        for (std::size_t x = 0; x < kBlockPixels; ++x) colors[x] = own(colors[x], others[x]...);
+    } else {
         kernel(colors, others...);
+    }
 }
 
 template <class Format>

@@ -9,44 +9,31 @@
 #include "channel_sums.h"
 #include "mask_mix.h"
 #include "numbers.h"
+#include "per_channel.h"
 #include "pixel_maps.h"
 
 namespace {
 
-// y = c + floor(F * (x - c) / 256), clamped to 0..255, for each channel.
-struct ContrastCurve {
-    struct Channel {
-        std::int32_t center;  // c
-        std::int32_t factor;  // F, 256 for no change
-    };
-    Channel red, green, blue;
-};
-
-ContrastCurve curve_of(int center, double red_factor, double green_factor, double blue_factor) {
-    const auto color = static_cast<PixelColor>(center);
-    const auto channel = [](std::uint32_t value, double factor) {
-        return ContrastCurve::Channel{static_cast<std::int32_t>(value), in_256ths(factor)};
-    };
-    return {channel(red_of(color), red_factor), channel(green_of(color), green_factor),
-            channel(blue_of(color), blue_factor)};
-}
-
 // --- any factors: lanes of 32 bits; products wrap, which only a factor that is not a number brings about --------------
 
-[[gnu::always_inline]] inline std::uint32_t contrast(std::uint32_t value, ContrastCurve::Channel channel) {
-    const std::int32_t distance = static_cast<std::int32_t>(value) - channel.center;
-    const std::int32_t product = wrapping_multiply(channel.factor, distance);
-    return static_cast<std::uint32_t>(clamp_to_byte(channel.center + floor_shift(product, 8)));
-}
+// y = c + floor(F * (x - c) / 256), clamped to 0..255.
+struct ContrastChannel {
+    std::int32_t center;  // c
+    std::int32_t factor;  // F, 256 for no change
 
-struct Contrast {
-    ContrastCurve curve;
-
-    TARVO_INLINED PixelColor operator()(PixelColor color) const {
-        return pack_rgb(contrast(red_of(color), curve.red), contrast(green_of(color), curve.green),
-                        contrast(blue_of(color), curve.blue));
+    TARVO_INLINED std::uint32_t operator()(std::uint32_t value) const {
+        const std::int32_t product = wrapping_multiply(factor, static_cast<std::int32_t>(value) - center);
+        return static_cast<std::uint32_t>(clamp_to_byte(center + floor_shift(product, 8)));
     }
 };
+
+using Contrast = PerChannel<ContrastChannel>;
+
+Contrast contrast_about(int center, double red_factor, double green_factor, double blue_factor) {
+    return about_center(center, red_factor, green_factor, blue_factor, [](std::int32_t value, std::int32_t factor) {
+        return ContrastChannel{value, factor};
+    });
+}
 
 // --- factors below 64: lanes of 16 bits ------------------------------------------------------------------------------
 
@@ -56,16 +43,15 @@ struct LaneCurve {
     ChannelConstants doubled_factor;
 };
 
-bool fits_in_lanes(const ContrastCurve& curve) {
+bool fits_in_lanes(const Contrast& contrast) {
     constexpr std::int32_t kEnd = 64 * 256;
-    return curve.red.factor >= 0 && curve.red.factor < kEnd && curve.green.factor >= 0 && curve.green.factor < kEnd &&
-           curve.blue.factor >= 0 && curve.blue.factor < kEnd;
+    return contrast.all([](const ContrastChannel& channel) { return channel.factor >= 0 && channel.factor < kEnd; });
 }
 
-LaneCurve lane_curve_of(const ContrastCurve& curve) {
-    return {ChannelConstants::of(curve.red.center, curve.green.center, curve.blue.center),
-            ChannelConstants::of(wrapping_multiply(2, curve.red.factor), wrapping_multiply(2, curve.green.factor),
-                                 wrapping_multiply(2, curve.blue.factor))};
+LaneCurve lane_curve_of(const Contrast& contrast) {
+    const auto [red, green, blue] = contrast;
+    return {ChannelConstants::of(red.center, green.center, blue.center),
+            ChannelConstants::of(2 * red.factor, 2 * green.factor, 2 * blue.factor)};
 }
 
 struct ContrastInLanes {
@@ -83,13 +69,13 @@ struct ContrastInLanes {
     }
 };
 
-// Has `map` map by the curve, in the faster of the two ways that is exact for its factors.
+// Has `map` map in the faster of the two ways that is exact for the factors.
 template <class Map>
-void map_by_curve(const ContrastCurve& curve, Map map) {
-    if (fits_in_lanes(curve))
-        map(ContrastInLanes{lane_curve_of(curve)});
+void map_by(const Contrast& contrast, Map map) {
+    if (fits_in_lanes(contrast))
+        map(ContrastInLanes{lane_curve_of(contrast)});
     else
-        map(Contrast{curve});
+        map(contrast);
 }
 
 // --- average distance ------------------------------------------------------------------------------------------------
@@ -130,13 +116,13 @@ void get_average_contrast(Form form, typename Form::Handle p, REALobjectStruct* 
 
 void PrivAdjustContrast(const TRV_Picture& source, TRV_Picture& result, const Region& region, int center,
                         double red_factor, double green_factor, double blue_factor, int yield) {
-    map_by_curve(curve_of(center, red_factor, green_factor, blue_factor),
-                 [&](const auto& kernel) { map_region(source, result, region, yield, "PrivAdjustContrast", kernel); });
+    map_by(contrast_about(center, red_factor, green_factor, blue_factor),
+           [&](const auto& kernel) { map_region(source, result, region, yield, "PrivAdjustContrast", kernel); });
 }
 
 void PrivAdjustContrastWithMask(const TRV_Picture& source, const TRV_Picture& mask, TRV_Picture& result, int center,
                                 double red_factor, double green_factor, double blue_factor, int yield) {
-    map_by_curve(curve_of(center, red_factor, green_factor, blue_factor), [&](const auto& kernel) {
+    map_by(contrast_about(center, red_factor, green_factor, blue_factor), [&](const auto& kernel) {
         map_pictures(source, result, yield, "PrivAdjustContrastWithMask", ByMask{kernel, MixIn256ths{}}, mask);
     });
 }

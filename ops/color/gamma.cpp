@@ -6,60 +6,41 @@
 #include "centered_adjustment.h"
 #include "mask_mix.h"
 #include "numbers.h"
+#include "per_channel.h"
 #include "pixel_maps.h"
 
 namespace {
 
-// Two segments for each channel, from black to the bend and from the bend to white, in 256ths:
-// y = (offset + slope * x) / 256, clamped to 0..255.
-struct GammaCurve {
-    struct Channel {
-        std::int32_t bend;  // the last value of the lower segment, whose offset is 0
-        std::int32_t lower_slope;
-        std::int32_t upper_offset, upper_slope;
-    };
-    Channel red, green, blue;
-};
-
 constexpr std::int32_t kOne = 256;
 constexpr std::int32_t kWhite = 255 * kOne;
 
+// Two segments, from black to the bend and from the bend to white, in 256ths: y = (offset + slope * x) / 256, clamped
+// to 0..255.
+struct GammaChannel {
+    std::int32_t bend;  // the last value of the lower segment, whose offset is 0
+    std::int32_t lower_slope;
+    std::int32_t upper_offset, upper_slope;
+
+    // Shifting rounds other than dividing only below 0, where both end at 0.
+    TARVO_INLINED std::uint32_t operator()(std::uint32_t value) const {
+        const auto x = static_cast<std::int32_t>(value);
+        const bool upper = x > bend;
+        const std::int32_t offset = upper ? upper_offset : 0;
+        const std::int32_t slope = upper ? upper_slope : lower_slope;
+        const std::int32_t sum = wrapping_add(offset, wrapping_multiply(slope, x));
+        return static_cast<std::uint32_t>(clamp_to_byte(floor_shift(sum, 8)));
+    }
+};
+
 // The upper segment ends at white, but for what the two truncated divisions lose: white can come out a step darker.
 // Large factors wrap. With the bend at white there is no upper segment, and nothing is divided by.
-GammaCurve::Channel channel_curve_of(std::int32_t center, std::int32_t factor) {
+GammaChannel bent_at(std::int32_t center, std::int32_t factor) {
     if (factor == kOne) return {center, kOne, 0, kOne};
     const std::int32_t run = kWhite - kOne * center;
     const std::int32_t lift = wrapping_multiply(kWhite * center, wrapping_subtract(factor, kOne));
     const std::int32_t rise = wrapping_subtract(kWhite, wrapping_multiply(center, factor));
     return {center, factor, truncating_divide(lift, run), truncating_divide(wrapping_multiply(rise, kOne), run)};
 }
-
-GammaCurve curve_of(int center, double red_factor, double green_factor, double blue_factor) {
-    const auto color = static_cast<PixelColor>(center);
-    const auto channel = [](std::uint32_t value, double factor) {
-        return channel_curve_of(static_cast<std::int32_t>(value), in_256ths(factor));
-    };
-    return {channel(red_of(color), red_factor), channel(green_of(color), green_factor),
-            channel(blue_of(color), blue_factor)};
-}
-
-// Shifting rounds other than dividing only below 0, where both end at 0.
-[[gnu::always_inline]] inline std::uint32_t bent(std::uint32_t value, const GammaCurve::Channel& curve) {
-    const auto x = static_cast<std::int32_t>(value);
-    const bool upper = x > curve.bend;
-    const std::int32_t offset = upper ? curve.upper_offset : 0;
-    const std::int32_t slope = upper ? curve.upper_slope : curve.lower_slope;
-    return static_cast<std::uint32_t>(clamp_to_byte(floor_shift(wrapping_add(offset, wrapping_multiply(slope, x)), 8)));
-}
-
-struct Gamma {
-    GammaCurve curve;
-
-    TARVO_INLINED PixelColor operator()(PixelColor color) const {
-        return pack_rgb(bent(red_of(color), curve.red), bent(green_of(color), curve.green),
-                        bent(blue_of(color), curve.blue));
-    }
-};
 
 constexpr CenteredAdjustment kGamma = {"TRV_AdjustGamma", PrivAdjustGamma, PrivAdjustGammaWithMask,
                                        SourceMask::left_behind};
@@ -69,12 +50,12 @@ constexpr CenteredAdjustment kGamma = {"TRV_AdjustGamma", PrivAdjustGamma, PrivA
 void PrivAdjustGamma(const TRV_Picture& source, TRV_Picture& result, const Region& region, int center,
                      double red_factor, double green_factor, double blue_factor, int /*yield*/) {
     map_region(source, result, region, kNoYielding, "PrivAdjustGamma",
-               Gamma{curve_of(center, red_factor, green_factor, blue_factor)});
+               about_center(center, red_factor, green_factor, blue_factor, bent_at));
 }
 
 void PrivAdjustGammaWithMask(const TRV_Picture& source, const TRV_Picture& mask, TRV_Picture& result, int center,
                              double red_factor, double green_factor, double blue_factor, int /*yield*/) {
-    const Gamma gamma = {curve_of(center, red_factor, green_factor, blue_factor)};
+    const auto gamma = about_center(center, red_factor, green_factor, blue_factor, bent_at);
     map_pictures(source, result, kNoYielding, "PrivAdjustGammaWithMask", ByMask{gamma, MixIn255ths{}}, mask);
 }
 

@@ -1,8 +1,6 @@
 #include "rgb_offsets.h"
 
 #include <algorithm>
-#include <array>
-#include <bit>
 #include <cstddef>
 #include <cstdint>
 
@@ -22,32 +20,27 @@ struct Offsets {
 
 // --- clamped, in bytes -----------------------------------------------------------------------------------------------
 
-// How far each byte of a colour in memory is raised and lowered; one of the two is 0. The top byte is lowered to 0.
-struct ByteOffsets {
-    using Bytes = std::array<std::uint8_t, sizeof(PixelColor)>;
-    Bytes raised, lowered;
-};
-
-ByteOffsets byte_offsets_of(const Offsets& offsets) {
-    const auto bytes = [](PixelColor color) { return std::bit_cast<ByteOffsets::Bytes>(color); };
-    const auto up = [](std::int32_t delta) { return static_cast<std::uint32_t>(std::max(delta, 0)); };
-    const auto down = [](std::int32_t delta) { return static_cast<std::uint32_t>(std::max(-delta, 0)); };
-    return {bytes(pack_rgb(up(offsets.red), up(offsets.green), up(offsets.blue))),
-            bytes(0xFF000000 | pack_rgb(down(offsets.red), down(offsets.green), down(offsets.blue)))};
-}
-
+// Each byte of a block in memory is raised, or lowered, by a byte of these; one of the two is 0. Top bytes are lowered
+// to 0.
 struct OffsetBytes {
-    ByteOffsets offsets;
+    ColorBlock raised, lowered;
+
+    explicit OffsetBytes(const Offsets& offsets) {
+        const auto up = [](std::int32_t delta) { return static_cast<std::uint32_t>(std::max(delta, 0)); };
+        const auto down = [](std::int32_t delta) { return static_cast<std::uint32_t>(std::max(-delta, 0)); };
+        std::ranges::fill(raised.colors, pack_rgb(up(offsets.red), up(offsets.green), up(offsets.blue)));
+        std::ranges::fill(lowered.colors,
+                          0xFF000000 | pack_rgb(down(offsets.red), down(offsets.green), down(offsets.blue)));
+    }
 
     TARVO_INLINED void operator()(PixelColor* colors) const {
-        const auto [raised, lowered] = offsets;
         auto* const bytes = reinterpret_cast<std::uint8_t*>(colors);
-        for (std::size_t i = 0; i < kBlockPixels * sizeof(PixelColor); i += sizeof(PixelColor)) {
-            for (std::size_t k = 0; k < sizeof(PixelColor); ++k) {
-                const auto room = static_cast<std::uint8_t>(255 - raised[k]);
-                const auto up = static_cast<std::uint8_t>(std::min(bytes[i + k], room) + raised[k]);
-                bytes[i + k] = static_cast<std::uint8_t>(std::max(up, lowered[k]) - lowered[k]);
-            }
+        const auto* const up = reinterpret_cast<const std::uint8_t*>(raised.colors);
+        const auto* const down = reinterpret_cast<const std::uint8_t*>(lowered.colors);
+        for (std::size_t i = 0; i < sizeof(ColorBlock); ++i) {
+            const auto room = static_cast<std::uint8_t>(255 - up[i]);
+            const auto risen = static_cast<std::uint8_t>(std::min(bytes[i], room) + up[i]);
+            bytes[i] = static_cast<std::uint8_t>(std::max(risen, down[i]) - down[i]);
         }
     }
 };
@@ -83,8 +76,7 @@ bool deltas_pass(int red_delta, int green_delta, int blue_delta) {
 
 void PrivAdjustRGB(const TRV_Picture& source, TRV_Picture& result, const Region& region, int red_delta, int green_delta,
                    int blue_delta) {
-    map_region(source, result, region, kNoYielding, "PrivAdjustRGB",
-               OffsetBytes{byte_offsets_of({red_delta, green_delta, blue_delta})});
+    map_region(source, result, region, kNoYielding, "PrivAdjustRGB", OffsetBytes({red_delta, green_delta, blue_delta}));
 }
 
 void PrivAdjustRGBWithMask(const TRV_Picture& source, const TRV_Picture& mask, TRV_Picture& result, int red_delta,
@@ -94,8 +86,7 @@ void PrivAdjustRGBWithMask(const TRV_Picture& source, const TRV_Picture& mask, T
 }
 
 void PrivAdjustRGB_InPlace(TRV_Picture& picture, const Region& region, int red_delta, int green_delta, int blue_delta) {
-    map_in_place(picture, region, "PrivAdjustRGB_InPlace",
-                 OffsetBytes{byte_offsets_of({red_delta, green_delta, blue_delta})});
+    map_in_place(picture, region, "PrivAdjustRGB_InPlace", OffsetBytes({red_delta, green_delta, blue_delta}));
 }
 
 void PrivGetAverageRGB(const TRV_Picture& source, const Region& region, int* red, int* green, int* blue) {

@@ -65,7 +65,9 @@ struct ByMask {
 
     TARVO_INLINED void operator()(PixelColor* colors, const PixelColor* masks) const {
         if constexpr (ColorKernel<Change, PixelColor>) {
-            for (std::size_t x = 0; x < kBlockPixels; ++x) colors[x] = mix(colors[x], change(colors[x]), masks[x]);
+            const ByMask own = *this;  // as in apply_kernel
+            for (std::size_t x = 0; x < kBlockPixels; ++x)
+                colors[x] = own.mix(colors[x], own.change(colors[x]), masks[x]);
         } else {
             ColorBlock changed;
             for (std::size_t x = 0; x < kBlockPixels; ++x) changed.colors[x] = colors[x];
