@@ -52,6 +52,7 @@ function(tarvo_test name)
   add_executable(${name} ${arg_SOURCES})
   target_link_libraries(${name} PRIVATE ${arg_USES} GTest::gtest_main tarvo_options)
   set_target_properties(${name} PROPERTIES CXX_EXTENSIONS OFF)
+  target_compile_options(${name} PRIVATE $<$<CONFIG:Release>:-O1>)  # tests take longer to compile than to run
   if(TARGET tarvo_test_machine)
     target_link_libraries(${name} PRIVATE tarvo_test_machine)
   endif()

@@ -1,8 +1,8 @@
 #pragma once
 
 // Row loops are compiled twice on x86-64, once for every processor and once for those with AVX2. Both give the same
-// bytes: integer arithmetic only, and no contraction of floating-point operations (which is why it is "avx2", not an
-// architecture level that has fused operations). Elsewhere they are compiled once; so they are with TARVO_PLAIN_ROWS,
+// bytes: floating-point operations are neither reordered nor contracted (which is why it is "avx2", not an architecture
+// level that has fused operations). Elsewhere they are compiled once; so they are with TARVO_PLAIN_ROWS,
 // which lets the tests see the version for every processor on a machine that would never choose it.
 //
 // TARVO_ROW_CLONES before a plain function makes the two versions; the choice is made when the library is loaded.

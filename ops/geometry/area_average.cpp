@@ -4,6 +4,11 @@
 
 #include "row_clones.h"
 
+#if defined(__x86_64__) && !defined(TARVO_PLAIN_ROWS)
+#define TARVO_AVX2_TAPS
+#include <immintrin.h>
+#endif
+
 namespace {
 
 // What all source lines that a result line covers weigh together, about.
@@ -25,12 +30,18 @@ TARVO_ROW_CLONES void add_lanes(const Byte* __restrict bytes, std::size_t lanes,
     for (std::size_t i = 0; i < lanes; ++i) sums[i] += bytes[i] * weight;
 }
 
-// sum / (kUnit - missing): for each whole unit in the sum, and one more, what is missing is added; a carry into the units
-// is the one that the quotient has more.
+// Never more than a few where results cover few lines.
+constexpr std::uint32_t missing_of(std::int64_t total) { return kUnit - static_cast<std::uint32_t>(total); }
+
+// sum / (kUnit - missing): for each whole unit in the sum, and one more, what is missing is added; a carry into the
+// units is the one that the quotient has more.
+constexpr std::uint32_t divide(std::uint32_t sum, std::uint32_t missing) {
+    return (sum + (sum / kUnit + 1) * missing) / kUnit;
+}
+
 TARVO_ROW_CLONES void divide_lanes(const std::uint32_t* __restrict sums, std::size_t lanes, std::uint32_t missing,
                                    Byte* __restrict bytes) {
-    for (std::size_t i = 0; i < lanes; ++i)
-        bytes[i] = static_cast<Byte>((sums[i] + (sums[i] / kUnit + 1) * missing) / kUnit);
+    for (std::size_t i = 0; i < lanes; ++i) bytes[i] = static_cast<Byte>(divide(sums[i], missing));
 }
 
 TARVO_ROW_CLONES void divide_lanes_by_unit(const std::uint32_t* __restrict sums, std::size_t lanes,
@@ -47,58 +58,154 @@ TARVO_ROW_CLONES void pick(const PixelColor* __restrict colors, const std::uint3
     for (std::size_t x = 0; x < count; ++x) out[x] = colors[from[x]] & 0xFFFFFF;
 }
 
-// For each result so many pixels of the window, weighed.
-template <std::size_t kTaps>
-TARVO_INLINED inline void sum_taps(const PixelColor* window, const std::uint32_t* from, const LaneWeight* weights,
-                                   std::size_t count, std::uint32_t* __restrict sums) {
-    constexpr std::size_t kLanes = ColorSums::kLanes;
+// Each colour twice.
+TARVO_ROW_CLONES void double_row(const PixelColor* __restrict colors, std::size_t count, PixelColor* __restrict out) {
+    for (std::size_t x = 0; x < count / 2; ++x) out[2 * x] = out[2 * x + 1] = colors[x] & 0xFFFFFF;
+    if (count % 2 != 0) out[count - 1] = colors[count / 2] & 0xFFFFFF;
+}
+
+constexpr PixelColor mean_of_two(PixelColor a, PixelColor b) { return (a & b) + ((a ^ b) >> 1 & 0x7F7F7F7F); }
+
+TARVO_ROW_CLONES void halve_row(const PixelColor* __restrict colors, std::size_t count, PixelColor* __restrict out) {
+    for (std::size_t x = 0; x < count; ++x) out[x] = mean_of_two(colors[2 * x], colors[2 * x + 1]) & 0xFFFFFF;
+}
+
+TARVO_ROW_CLONES void halve_columns(const PixelColor* __restrict above, const PixelColor* __restrict below,
+                                    std::size_t count, PixelColor* __restrict out) {
+    for (std::size_t x = 0; x < count; ++x) out[x] = mean_of_two(above[x], below[x]);
+}
+
+// --- means of a few pixels of a row ----------------------------------------------------------------------------------
+
+constexpr std::size_t kLanes = ColorSums::kLanes;
+
+// Weights lie as they are multiplied: those of a pair of taps beside each other for every lane, then those of the next
+// result, then the next pair of both. They are kept negative: as 16 bits, 32,768 is nothing else.
+constexpr std::size_t weight_index(std::size_t pairs, std::size_t x, std::size_t tap, std::size_t lane) {
+    return ((x / 2 * pairs + tap / 2) * 2 + x % 2) * 2 * kLanes + 2 * lane + tap % 2;
+}
+
+// The results' first pixels in a window, what their pixels weigh, and what is missing of a unit.
+struct Taps {
+    const PixelColor* window;
+    const std::uint32_t* from;
+    const std::int16_t* weights;
+    std::uint32_t missing;
+};
+
+using AverageTaps = void(const Taps& taps, std::size_t count, PixelColor* out);
+
+template <std::size_t kPairs>
+void average_taps(const Taps& of, std::size_t count, PixelColor* __restrict out) {
+    const Taps taps = of;
     for (std::size_t x = 0; x < count; ++x) {
-        const auto* const bytes = reinterpret_cast<const Byte*>(window + from[x]);
-        const LaneWeight* const weight = weights + x * kTaps;
-        std::uint32_t collected[kLanes] = {};
-        for (std::size_t tap = 0; tap < kTaps; ++tap)
-            for (std::size_t lane = 0; lane < kLanes; ++lane)
-                collected[lane] += bytes[tap * kLanes + lane] * weight[tap][lane];
-        for (std::size_t lane = 0; lane < kLanes; ++lane) sums[x * kLanes + lane] = collected[lane];
+        const PixelColor* const colors = taps.window + taps.from[x];
+        std::uint32_t red = 0, green = 0, blue = 0;
+        for (std::size_t tap = 0; tap < 2 * kPairs; ++tap) {
+            const auto weight = static_cast<std::uint32_t>(-taps.weights[weight_index(kPairs, x, tap, 0)]);
+            red += red_of(colors[tap]) * weight;
+            green += green_of(colors[tap]) * weight;
+            blue += blue_of(colors[tap]) * weight;
+        }
+        out[x] = pack_rgb(divide(red, taps.missing), divide(green, taps.missing), divide(blue, taps.missing));
     }
 }
 
-using SumTaps = void(const PixelColor* window, const std::uint32_t* from, const LaneWeight* weights, std::size_t count,
-                     std::uint32_t* sums);
-
-// Clones must be plain functions, so that every compiler makes them.
-TARVO_ROW_CLONES void sum_2_taps(const PixelColor* window, const std::uint32_t* from, const LaneWeight* weights,
-                                 std::size_t count, std::uint32_t* sums) {
-    sum_taps<2>(window, from, weights, count, sums);
+#if defined(TARVO_AVX2_TAPS)
+// The same, two results at a time. Plain loops do not become multiplications of pairs.
+template <std::size_t kPairs>
+__attribute__((target("avx2"))) void average_taps_avx2(const Taps& taps, std::size_t count, PixelColor* out) {
+    // Of four pixels the first or the last two, lane by lane, as words.
+    const __m256i first_pair = _mm256_broadcastsi128_si256(
+        _mm_setr_epi8(0, -1, 4, -1, 1, -1, 5, -1, 2, -1, 6, -1, 3, -1, 7, -1));
+    const __m256i second_pair = _mm256_add_epi8(first_pair, _mm256_set1_epi16(8));
+    const __m256i lowest_bytes = _mm256_setr_epi8(
+        0, 4, 8, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1,
+        0, 4, 8, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1);
+    const __m256i ones = _mm256_set1_epi32(1);
+    const __m256i missing = _mm256_set1_epi32(static_cast<int>(taps.missing));
+    const __m256i* weights = reinterpret_cast<const __m256i*>(taps.weights);
+    for (std::size_t x = 0; x < count; x += 2) {
+        const __m128i* const a = reinterpret_cast<const __m128i*>(taps.window + taps.from[x]);
+        const __m128i* const b = reinterpret_cast<const __m128i*>(taps.window + taps.from[x + 1]);
+        __m256i sums = _mm256_setzero_si256();
+        for (std::size_t pair = 0; pair < kPairs; ++pair, ++weights) {
+            const __m256i pixels = _mm256_loadu2_m128i(b + pair / 2, a + pair / 2);
+            const __m256i words = _mm256_shuffle_epi8(pixels, pair % 2 == 0 ? first_pair : second_pair);
+            sums = _mm256_sub_epi32(sums, _mm256_madd_epi16(words, _mm256_loadu_si256(weights)));
+        }
+        const __m256i units = _mm256_add_epi32(_mm256_srli_epi32(sums, 15), ones);
+        const __m256i whole = _mm256_add_epi32(sums, _mm256_madd_epi16(units, missing));
+        const __m256i means = _mm256_shuffle_epi8(_mm256_srli_epi32(whole, 15), lowest_bytes);
+        out[x] = static_cast<PixelColor>(_mm256_extract_epi32(means, 0));
+        if (x + 1 < count) out[x + 1] = static_cast<PixelColor>(_mm256_extract_epi32(means, 4));
+    }
 }
-TARVO_ROW_CLONES void sum_3_taps(const PixelColor* window, const std::uint32_t* from, const LaneWeight* weights,
-                                 std::size_t count, std::uint32_t* sums) {
-    sum_taps<3>(window, from, weights, count, sums);
-}
-TARVO_ROW_CLONES void sum_4_taps(const PixelColor* window, const std::uint32_t* from, const LaneWeight* weights,
-                                 std::size_t count, std::uint32_t* sums) {
-    sum_taps<4>(window, from, weights, count, sums);
-}
-TARVO_ROW_CLONES void sum_8_taps(const PixelColor* window, const std::uint32_t* from, const LaneWeight* weights,
-                                 std::size_t count, std::uint32_t* sums) {
-    sum_taps<8>(window, from, weights, count, sums);
-}
+#endif
 
 // The kernel for results that cover up to so many pixels; the last ones may weigh nothing.
-struct TapKernel {
-    std::size_t taps;
-    SumTaps* sum;
-};
-constexpr TapKernel kTapKernels[] = {{2, sum_2_taps}, {3, sum_3_taps}, {4, sum_4_taps}, {8, sum_8_taps}};
-
-const TapKernel& tap_kernel(std::size_t taps) {
-    return *std::ranges::find_if(kTapKernels, [taps](const TapKernel& kernel) { return kernel.taps >= taps; });
+template <std::size_t kPairs>
+AverageTaps* average_taps_here() {
+#if defined(TARVO_AVX2_TAPS)
+    if (__builtin_cpu_supports("avx2")) return average_taps_avx2<kPairs>;
+#endif
+    return average_taps<kPairs>;
 }
+
+// Pairs of taps, as many as kernels take.
+constexpr std::size_t pairs_for(std::size_t taps) { return taps <= 2 ? 1 : taps <= 4 ? 2 : kMostTaps / 2; }
+
+AverageTaps* average_taps_for(std::size_t taps) {
+    switch (pairs_for(taps)) {
+        case 1: return average_taps_here<1>();
+        case 2: return average_taps_here<2>();
+        default: return average_taps_here<kMostTaps / 2>();
+    }
+}
+
+// --- means of a few lines --------------------------------------------------------------------------------------------
+
+// Lines above each other and their weights, which are together what is missing less than a unit.
+struct WeightedLines {
+    std::uint32_t missing;
+    const PixelColor* lines[kMostLines];
+    std::uint32_t weights[kMostLines];
+};
+
+template <std::size_t kLines>
+TARVO_INLINED inline void average_lines(const WeightedLines& of, std::size_t count, PixelColor* __restrict out) {
+    const WeightedLines taps = of;
+    for (std::size_t x = 0; x < count; ++x) {
+        std::uint32_t red = 0, green = 0, blue = 0;
+        for (std::size_t i = 0; i < kLines; ++i) {
+            const PixelColor color = taps.lines[i][x];
+            red += red_of(color) * taps.weights[i];
+            green += green_of(color) * taps.weights[i];
+            blue += blue_of(color) * taps.weights[i];
+        }
+        out[x] = pack_rgb(divide(red, taps.missing), divide(green, taps.missing), divide(blue, taps.missing));
+    }
+}
+
+// Clones must be plain functions, so that every compiler makes them.
+TARVO_ROW_CLONES void average_2_lines(const WeightedLines& of, std::size_t count, PixelColor* out) {
+    average_lines<2>(of, count, out);
+}
+TARVO_ROW_CLONES void average_3_lines(const WeightedLines& of, std::size_t count, PixelColor* out) {
+    average_lines<3>(of, count, out);
+}
+TARVO_ROW_CLONES void average_4_lines(const WeightedLines& of, std::size_t count, PixelColor* out) {
+    average_lines<4>(of, count, out);
+}
+
+using AverageLines = void(const WeightedLines& of, std::size_t count, PixelColor* out);
+
+// --- sums of many pixels ---------------------------------------------------------------------------------------------
 
 // sums += pixels * weight.
 TARVO_ROW_CLONES void add_pixels(const PixelColor* colors, std::size_t count, std::uint32_t weight,
                                  std::uint32_t* __restrict sums) {
-    const auto* const bytes = reinterpret_cast<const Byte*>(colors);
+    const Byte* const bytes = reinterpret_cast<const Byte*>(colors);
     std::uint32_t whole[ColorSums::kLanes] = {};
     for (std::size_t x = 0; x < count; ++x)
         for (std::size_t lane = 0; lane < ColorSums::kLanes; ++lane) whole[lane] += bytes[x * ColorSums::kLanes + lane];
@@ -133,7 +240,7 @@ void ColorSums::add(const PixelColor* colors, std::size_t count, std::uint32_t w
 
 void ColorSums::means(PixelColor* out, std::size_t count, std::uint32_t total) const {
     const std::size_t lanes = count * kLanes;
-    auto* const bytes = reinterpret_cast<Byte*>(out);
+    Byte* const bytes = reinterpret_cast<Byte*>(out);
     if (total == kUnit)
         divide_lanes_by_unit(sums_.data(), lanes, bytes);
     else if (total < kUnit && kUnit - total <= kMostMissing)
@@ -155,12 +262,23 @@ RowAverage::RowAverage(const AxisWeights& weights, std::int32_t first, std::size
         taken_from_[x] = static_cast<std::uint32_t>(from - source_column_);
         taps_ = std::max(taps_, static_cast<std::size_t>(weights.last_covered(column_of(x)) - from + 1));
     }
-    if (taps_ < 2 || taps_ > kMostTaps) return;
-    taps_ = tap_kernel(taps_).taps;
-    for (std::size_t x = 0; x < count; ++x)
-        for (std::size_t tap = 0; tap < taps_; ++tap)
-            tap_weights_[x * taps_ + tap].fill(
-                weights.weight(source_column_ + static_cast<std::int64_t>(taken_from_[x] + tap), column_of(x)));
+    if (taps_ < 2 || taps_ > kMostTaps || weights.halve()) return;
+    const std::size_t pairs = pairs_for(taps_);
+    for (std::size_t x = 0; x < count; ++x) {
+        for (std::size_t tap = 0; tap < 2 * pairs; ++tap) {
+            const auto column = source_column_ + static_cast<std::int64_t>(taken_from_[x] + tap);
+            const auto weight = static_cast<std::int32_t>(weights.weight(column, column_of(x)));
+            for (std::size_t lane = 0; lane < kLanes; ++lane)
+                tap_weights_[weight_index(pairs, x, tap, lane)] = static_cast<std::int16_t>(-weight);
+        }
+    }
+}
+
+std::int32_t RowAverage::run_pixels(const AxisWeights& weights) {
+    const std::size_t taps = weights.cover() && weights.most_covered() > std::int64_t{kRunTaps / kRunPixels}
+                                 ? kMostTaps
+                                 : kRunTaps / kRunPixels;
+    return std::min(::run_pixels(weights.result_lines), static_cast<std::int32_t>(kRunTaps / taps));
 }
 
 void RowAverage::average_window(PixelColor* out) {
@@ -168,9 +286,11 @@ void RowAverage::average_window(PixelColor* out) {
         std::fill_n(out, count_, 0);
         return;
     }
+    if (weights_.twofold() && first_ % 2 == 0) return double_row(window_.data(), count_, out);
     if (taps_ == 1) return pick(window_.data(), taken_from_.data(), count_, out);
-    tap_kernel(taps_).sum(window_.data(), taken_from_.data(), tap_weights_.data(), count_, sums_.of(0));
-    sums_.means(out, count_, total());
+    if (weights_.halve()) return halve_row(window_.data(), count_, out);
+    const Taps taps = {window_.data(), taken_from_.data(), tap_weights_.data(), missing_of(weights_.total)};
+    average_taps_for(taps_)(taps, count_, out);
 }
 
 void RowAverage::begin_pieces() {
@@ -196,4 +316,28 @@ void RowAverage::add_piece(std::size_t done, std::size_t pixels) {
         add(last, last + 1, weights_.weight(last, column));
         if (last >= end) return;
     }
+}
+
+void ColumnAverage::add(std::int32_t source_row, bool is_first) {
+    const std::uint32_t weight = weights_.weight(source_row, row_);
+    is_first ? sums_.begin(line(source_row), count_, weight) : sums_.add(line(source_row), count_, weight);
+}
+
+const PixelColor* ColumnAverage::average(std::int32_t first, std::int32_t last, PixelColor* out) {
+    if (!at_once_) {
+        sums_.means(out, count_, static_cast<std::uint32_t>(weights_.total));
+        return out;
+    }
+    if (weights_.halve()) {
+        halve_columns(line(first), line(last), count_, out);
+        return out;
+    }
+    WeightedLines taps{missing_of(weights_.total), {}, {}};
+    for (std::int32_t row = first; row <= last; ++row) {
+        taps.lines[row - first] = line(row);
+        taps.weights[row - first] = weights_.weight(row, row_);
+    }
+    constexpr AverageLines* kKernels[] = {average_2_lines, average_3_lines, average_4_lines};
+    kKernels[last - first - 1](taps, count_, out);
+    return out;
 }

@@ -3,12 +3,26 @@
 // Resampling by area, one axis at a time: each result line is the mean of the source lines that it covers. Along rows a line
 // is a pixel, along columns a run of pixels.
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
 
 #include "rows.h"
+
+// Rows are averaged in runs of at most so many result pixels, all rows of a run before the next. Runs that are whole
+// rows are best, as the hardware foresees them one after the other; runs of longer rows keep to the first-level cache.
+inline constexpr std::int32_t kRunPixels = 2048;
+using Run = std::array<PixelColor, kRunPixels>;
+constexpr std::int32_t run_pixels(std::int32_t row_pixels) {
+    return row_pixels <= kRunPixels ? kRunPixels : kChunkPixels;
+}
+
+// Results that cover at most so many pixels of a row, or so many lines, are averaged at once, with a weight for each;
+// others are summed up piece by piece.
+inline constexpr std::size_t kMostTaps = 8;
+inline constexpr std::size_t kMostLines = 4;
 
 // Weights in whole numbers: a source line has `step` of it to give, a result line collects `total`.
 struct AxisWeights {
@@ -19,6 +33,12 @@ struct AxisWeights {
 
     // Whether results cover anything of the source at all.
     bool cover() const { return total > 0; }
+    // Whether each result line is the mean of two source lines of its own.
+    bool halve() const { return total == 2 * step; }
+    // Whether each source line makes two result lines.
+    bool twofold() const { return step == 2 * total; }
+    // No result line covers more source lines than this.
+    std::int64_t most_covered() const { return (total - 1) / step + 2; }
     // The source lines that a result line covers, both included.
     std::int32_t first_covered(std::int64_t result_line) const {
         return static_cast<std::int32_t>(result_line * total / step);
@@ -30,7 +50,7 @@ struct AxisWeights {
     std::uint32_t weight(std::int64_t source_line, std::int64_t result_line) const;
 };
 
-// Weighted sums of the channels of up to a chunk of pixels. Lanes are the bytes of colours, the top byte too.
+// Weighted sums of the channels of up to a run of pixels. Lanes are the bytes of colours, the top byte too.
 class ColorSums {
 public:
     static constexpr std::size_t kLanes = sizeof(PixelColor);
@@ -43,16 +63,16 @@ public:
     std::uint32_t* of(std::size_t pixel) { return &sums_[pixel * kLanes]; }
 
 private:
-    std::array<std::uint32_t, kLanes * kChunkPixels> sums_;
+    std::array<std::uint32_t, kLanes * kRunPixels> sums_;
 };
-
-// A weight, the same in every lane.
-using LaneWeight = std::array<std::uint32_t, ColorSums::kLanes>;
 
 // Averages runs of rows, `count` result pixels from the column `first` on: the same course for every row.
 class RowAverage {
 public:
     RowAverage(const AxisWeights& weights, std::int32_t first, std::size_t count);
+
+    // How long its runs are at most.
+    static std::int32_t run_pixels(const AxisWeights& weights);
 
     // The source pixels that are covered.
     std::int32_t source_column() const { return source_column_; }
@@ -63,8 +83,8 @@ public:
     void average(Read read, PixelColor* out) {
         const bool at_once = taps_ <= kMostTaps;
         if (!at_once) begin_pieces();
-        for (std::size_t done = 0; done < source_count_; done += kWindow) {
-            const std::size_t pixels = std::min(kWindow, source_count_ - done);
+        for (std::size_t done = 0; done < source_count_; done += kRunTaps) {
+            const std::size_t pixels = std::min(kRunTaps, source_count_ - done);
             read(source_column_ + static_cast<std::int32_t>(done), std::span(window_.data(), pixels));
             if (!at_once) add_piece(done, pixels);
         }
@@ -72,9 +92,8 @@ public:
     }
 
 private:
-    // Up to so many pixels are averaged with a weight for each, laid out for all results at once.
-    static constexpr std::size_t kMostTaps = 8;
-    static constexpr std::size_t kWindow = kMostTaps * kChunkPixels;
+    // Pixels that are averaged at once, as many weights: some for each of a run's results, or many of a shorter run's.
+    static constexpr std::size_t kRunTaps = 4 * kRunPixels;
 
     std::uint32_t total() const { return static_cast<std::uint32_t>(weights_.total); }
     void average_window(PixelColor* out);
@@ -88,42 +107,47 @@ private:
     std::size_t source_count_ = 0;
     std::size_t taps_ = 0;  // the most pixels that a result covers
     std::size_t summed_ = 0;  // results that are complete, where sums grow piece by piece
-    std::array<std::uint32_t, kChunkPixels> taken_from_;  // each result's first pixel in the window
-    std::array<LaneWeight, kMostTaps * kChunkPixels> tap_weights_;
-    std::array<PixelColor, kWindow + kMostTaps> window_{};
+    std::array<std::uint32_t, kRunPixels> taken_from_{};  // each result's first pixel in the window
+    std::array<std::int16_t, ColorSums::kLanes * kRunTaps> tap_weights_;
+    std::array<PixelColor, kRunTaps + kMostTaps> window_{};
     ColorSums sums_;
 };
 
 // Averages runs of rows down the columns: takes the source's rows in their order.
 class ColumnAverage {
 public:
-    ColumnAverage(const AxisWeights& weights, std::size_t count) : weights_(weights), count_(count) {}
+    ColumnAverage(const AxisWeights& weights, std::size_t count)
+        : weights_(weights), count_(count), at_once_(weights.most_covered() <= std::int64_t{kMostLines}) {}
 
-    // `emit(row, colors)` for the result's rows that are complete with this one.
+    // Where the next row's run is to be put, its top bytes 0.
+    PixelColor* next() { return line(source_row_); }
+
+    // Takes it. `emit(row, colors)` for the result's rows that are complete with this one.
     template <class Emit>
-    void take(const PixelColor* line, Emit emit) {
-        for (std::int64_t left = weights_.step; left > 0 && row_ < weights_.result_lines;) {
-            const std::int64_t weight = std::min(left, weights_.total - collected_);
-            left -= weight;
-            if (weight == weights_.total) {  // this one covers all of it
-                emit(row_++, line);
-                continue;
-            }
-            const auto given = static_cast<std::uint32_t>(weight);
-            collected_ == 0 ? sums_.begin(line, count_, given) : sums_.add(line, count_, given);
-            collected_ += weight;
-            if (collected_ < weights_.total) continue;
-            Chunk out;
-            sums_.means(out.data(), count_, static_cast<std::uint32_t>(weights_.total));
-            emit(row_++, out.data());
-            collected_ = 0;
+    void take(Emit emit) {
+        const std::int32_t taken = source_row_++;
+        while (row_ < weights_.result_lines) {
+            const std::int32_t first = weights_.first_covered(row_), last = weights_.last_covered(row_);
+            if (!at_once_ && taken >= first) add(taken, taken == first);
+            if (last > taken) return;
+            Run out;
+            emit(row_, first == last ? line(taken) : average(first, last, out.data()));
+            ++row_;
         }
     }
 
 private:
+    PixelColor* line(std::int32_t source_row) {
+        return lines_[static_cast<std::size_t>(source_row) % kMostLines].data();
+    }
+    void add(std::int32_t source_row, bool is_first);
+    const PixelColor* average(std::int32_t first, std::int32_t last, PixelColor* out);
+
     AxisWeights weights_;
     std::size_t count_;
-    std::int32_t row_ = 0;
-    std::int64_t collected_ = 0;
+    bool at_once_;
+    std::int32_t source_row_ = 0;
+    std::int32_t row_ = 0;  // of the result, that comes next
+    std::array<Run, kMostLines> lines_;  // the last ones
     ColorSums sums_;
 };

@@ -29,10 +29,12 @@ BackMapping::BackMapping(Sides source, Sides result, double angle, int unit_bits
       result_half_height_(result.height / 2.0),
       result_width_(result.width),
       fixed_unit_(static_cast<double>(1 << unit_bits) * (1 << kFractionBits)),
-      step_x_(truncated(std::cos(kPi - angle) * fixed_unit_)),
-      step_y_(truncated(std::sin(kPi - angle) * fixed_unit_)),
-      down_y_(truncated(std::sin(kHalfPi3 - angle) * fixed_unit_)),
-      corner_x_(truncated(std::cos(kQuarterPi5 - angle) * kDiagonal * fixed_unit_)) {}
+      steps_{.next_x = step(std::cos(kPi - angle)),
+             .next_y = step(std::sin(kPi - angle)),
+             .down_y = step(std::sin(kHalfPi3 - angle)),
+             .corner_x = step(std::cos(kQuarterPi5 - angle) * kDiagonal)} {}
+
+std::int32_t BackMapping::step(double pixels) const { return static_cast<std::int32_t>(pixels * fixed_unit_); }
 
 // The leftmost place at which the turned source meets the row of pixels from `top` to `top` + 1, counted from the
 // result's middle: on the source's left side, at the corner below it, or on the bottom side.
@@ -56,8 +58,8 @@ RowStart BackMapping::row_start(std::int32_t row) const {
     double direction = radius > 0.0 ? std::asin(top / radius) : 0.0;
     if (left < 0.0) direction = (top < 0.0 ? kThreePi : kPi) - direction;
     return {.column = column,
-            .x = truncated((radius * std::cos(direction - angle_) + half_width_) * fixed_unit_),
-            .y = truncated((radius * std::sin(direction - angle_) + half_height_) * fixed_unit_)};
+            .position = {.x = truncated((radius * std::cos(direction - angle_) + half_width_) * fixed_unit_),
+                         .y = truncated((radius * std::sin(direction - angle_) + half_height_) * fixed_unit_)}};
 }
 
 }  // namespace free_rotation

@@ -10,36 +10,61 @@ struct Sides {
     std::int32_t width, height;
 };
 
-// What the square of a result pixel covers of the source, its bounds in units of `1 << unit_bits` to a pixel; `right` and
-// `bottom` lie behind.
+// Fixed point: `kFractionBits` below a unit, of which there are `1 << unit_bits` to a source pixel. 64 bits hold any
+// position in a picture; 32 bits are enough for those counted from one that is less than 1000 pixels away.
+inline constexpr int kFractionBits = 16;
+
+template <class Fixed>
+struct Position {
+    Fixed x, y;
+};
+
+// What is subtracted from a position: for the next pixel to the right, for a pixel's lower corners, for its lower right
+// one. Not more than a pixel's diagonal.
+struct Steps {
+    std::int32_t next_x, next_y, down_y, corner_x;
+};
+
+template <class Fixed>
+Position<Fixed> to_the_right(Position<Fixed> position, const Steps& steps, Fixed pixels) {
+    return {position.x - pixels * steps.next_x, position.y - pixels * steps.next_y};
+}
+
+// What the square of a result pixel covers of the source, its bounds in units; `right` and `bottom` lie behind.
+template <class Fixed>
 struct Footprint {
-    std::int64_t left, top, right, bottom;
+    Fixed left, top, right, bottom;
+
+    // `corner` is the upper left one of the square.
+    Footprint(Position<Fixed> corner, const Steps& steps)
+        : left(corner.x >> kFractionBits),
+          top((corner.y - steps.next_y) >> kFractionBits),
+          right((corner.x - steps.corner_x + kAlmostOne) >> kFractionBits),
+          bottom((corner.y - steps.down_y + kAlmostOne) >> kFractionBits) {}
+
+private:
+    static constexpr Fixed kAlmostOne = (1 << kFractionBits) - 1;
 };
 
 // The walk along a row of the result.
 struct RowStart {
-    std::int32_t column;  // where it begins, a little left of where the source can show
-    std::int64_t x, y;    // in the source, of that pixel's upper left corner: 16.16 fixed point, in units
+    std::int32_t column;              // where it begins, a little left of where the source can show
+    Position<std::int64_t> position;  // in the source, of that pixel's upper left corner
 };
 
 class BackMapping {
 public:
     BackMapping(Sides source, Sides result, double angle, int unit_bits);
 
+    const Steps& steps() const { return steps_; }
     RowStart row_start(std::int32_t row) const;
-    Footprint footprint(const RowStart& start, std::int32_t column) const {
-        const std::int64_t steps = column - start.column;
-        const std::int64_t x = start.x - steps * step_x_, y = start.y - steps * step_y_;
-        return {.left = x >> kFractionBits,
-                .top = (y - step_y_) >> kFractionBits,
-                .right = (x - corner_x_ + kAlmostOne) >> kFractionBits,
-                .bottom = (y - down_y_ + kAlmostOne) >> kFractionBits};
+    // The upper left corner of a pixel of the row, in the source.
+    Position<std::int64_t> position(const RowStart& start, std::int32_t column) const {
+        return to_the_right(start.position, steps_, std::int64_t{column} - start.column);
     }
 
 private:
-    static constexpr int kFractionBits = 16;
-    static constexpr std::int64_t kAlmostOne = (1 << kFractionBits) - 1;
-
+    std::int32_t step(double pixels) const;
     std::int32_t left_edge(double top) const;
 
     double angle_, sine_, cosine_;
@@ -47,8 +72,7 @@ private:
     double result_half_width_, result_half_height_;
     std::int32_t result_width_;
     double fixed_unit_;                              // a source pixel in fixed point
-    // What is subtracted from a place: for the next pixel to the right, for a pixel's lower corners, for the lower right one.
-    std::int64_t step_x_, step_y_, down_y_, corner_x_;
+    Steps steps_;
 };
 
 }  // namespace free_rotation

@@ -4,15 +4,17 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <limits>
-#include <utility>
+#include <span>
 
 #include "back_mapping.h"
 #include "flip_rotate.h"
 #include "forms.h"
 #include "free_rotation.h"
-#include "host_services.h"
+#include "host_reference.h"
 #include "numbers.h"
+#include "pixel_blocks.h"
 #include "row_clones.h"
 #include "rows.h"
 
@@ -20,54 +22,137 @@ namespace {
 
 using free_rotation::BackMapping;
 using free_rotation::Footprint;
+using free_rotation::kFractionBits;
+using free_rotation::Position;
 using free_rotation::RowStart;
+using free_rotation::Steps;
 
-// --- sums of weighted colours ----------------------------------------------------------------------------------------
-
-// The three channels of a colour, each with room for a sum.
-using Channels = std::uint64_t;
-constexpr int kRedAt = 42, kGreenAt = 21;
-constexpr std::uint32_t kChannelMask = (1u << kGreenAt) - 1;
-
-constexpr Channels spread(PixelColor color) {
-    return Channels{red_of(color)} << kRedAt | Channels{green_of(color)} << kGreenAt | blue_of(color);
-}
-
+// The result is made in square tiles, each from a window of the source that is small enough for the nearest caches.
+constexpr std::int32_t kTile = 48;
 // A footprint reaches over three source pixels at most each way.
 constexpr std::int32_t kReach = 3;
-constexpr std::uint32_t kMostWeight = 24 * 24;
-static_assert(kMostWeight * 255 <= kChannelMask);
+// The tile's diagonal, the reach of a footprint with one pixel more that is read, and the mapping's own inexactness.
+constexpr std::int32_t kWindow = 80;
+static_assert(kTile * 3 / 2 + kReach + 1 <= kWindow);
 
-// sum / weight as a product: a factor is too large by at most 1, a quotient by less than 1 / weight.
-class Reciprocals {
-public:
-    Reciprocals() {
-        for (std::uint32_t weight = 1; weight <= kMostWeight; ++weight) factors_[weight] = (1u << kBits) / weight + 1;
-    }
-    PixelColor mean(Channels sums, std::int64_t weight) const {
-        const std::uint64_t factor = factors_[static_cast<std::size_t>(weight)];
-        const auto quotient = [factor](std::uint64_t sum) {
-            return static_cast<std::uint32_t>((sum & kChannelMask) * factor >> kBits);
-        };
-        return pack_rgb(quotient(sums >> kRedAt), quotient(sums >> kGreenAt), quotient(sums));
-    }
+// --- means under footprints ------------------------------------------------------------------------------------------
 
-private:
-    static constexpr int kBits = 31;
-    static_assert(std::uint64_t{255} * kMostWeight * kMostWeight < std::uint64_t{1} << kBits);
-    std::array<std::uint32_t, kMostWeight + 1> factors_{};
+// The four bytes of a colour are alike here: channels, of which the unused one is dropped at last.
+constexpr std::size_t kBytes = sizeof(PixelColor);
+constexpr std::size_t kTileBytes = kTile * kBytes;
+
+// Sixteenths are the finest units: a footprint is 24 long and wide at most, and sums down its columns fit in 16 bits.
+using Channel = std::uint16_t;
+constexpr std::uint32_t kMostLength = 24;
+static_assert(255 * kMostLength <= std::numeric_limits<Channel>::max());
+
+// A whole row of a window.
+TARVO_ROW_CLONES void spread_row(const PixelColor* __restrict colors, Channel* __restrict channels) {
+    const std::uint8_t* const bytes = reinterpret_cast<const std::uint8_t*>(colors);
+    for (std::size_t i = 0; i < kWindow * kBytes; ++i) channels[i] = bytes[i];
+}
+
+// How much of a footprint's extent lies in each of the pixels that it reaches. It is a pixel long at least, and so ends
+// behind the first.
+struct Overlap {
+    std::int32_t first, weights[kReach];
+
+    Overlap(std::int32_t begin, std::int32_t end, int unit_bits) {
+        const std::int32_t unit = 1 << unit_bits, length = end - begin;
+        first = begin >> unit_bits;
+        weights[0] = unit - (begin & (unit - 1));
+        weights[1] = std::min(length - weights[0], unit);
+        weights[2] = length - weights[0] - weights[1];
+    }
 };
 
-TARVO_ROW_CLONES void spread_row(const PixelColor* __restrict colors, Channels* __restrict channels,
-                                 std::size_t count) {
-    for (std::size_t x = 0; x < count; ++x) channels[x] = spread(colors[x]);
+// A run of pixels is averaged in steps, each a loop over all of them that compilers turn into vector code.
+struct Run {
+    std::int32_t first[kTile];  // index of the upper left pixel under a footprint, in the window
+    Channel across[kReach][kTile], down[kReach][kTile];  // the footprint's overlaps
+    float portion[kTile];                                // 1 / units in it
+    Channel columns[kReach][kTileBytes];                 // sums down the columns under a footprint
+    alignas(kCacheLine) PixelColor means[kTile];
+};
+
+TARVO_INLINED inline void find_footprints(Position<std::int32_t> start, const Steps& steps, int unit_bits, Run& run) {
+    for (std::int32_t x = 0; x < kTile; ++x) {
+        const Footprint<std::int32_t> footprint(to_the_right(start, steps, x), steps);
+        const Overlap across(footprint.left, footprint.right, unit_bits);
+        const Overlap down(footprint.top, footprint.bottom, unit_bits);
+        run.first[x] = down.first * kWindow + across.first;
+        for (int i = 0; i < kReach; ++i) {
+            run.across[i][x] = static_cast<Channel>(across.weights[i]);
+            run.down[i][x] = static_cast<Channel>(down.weights[i]);
+        }
+        run.portion[x] =
+            1.0f / static_cast<float>((footprint.right - footprint.left) * (footprint.bottom - footprint.top));
+    }
+}
+
+// Four pixels side by side, of which the fourth counts nothing.
+class Pixels {
+public:
+    TARVO_INLINED explicit Pixels(const Channel* channels) { std::memcpy(&vector_, channels, sizeof vector_); }
+    TARVO_INLINED void store(int pixel, Channel* channels) const {
+        std::memcpy(channels, reinterpret_cast<const char*>(&vector_) + pixel * kPixelSize, kPixelSize);
+    }
+    TARVO_INLINED Pixels& operator*=(Channel weight) { return vector_ *= weight, *this; }
+    TARVO_INLINED Pixels& operator+=(const Pixels& other) { return vector_ += other.vector_, *this; }
+
+private:
+    static constexpr std::size_t kPixelSize = kBytes * sizeof(Channel);
+    using Vector [[gnu::vector_size(4 * kPixelSize)]] = Channel;
+    Vector vector_;
+};
+
+// Compilers do not find this in plain loops, which take twice as long.
+TARVO_INLINED inline void add_columns(const Channel* window, std::size_t count, Run& run) {
+    constexpr std::size_t kRow = kWindow * kBytes;
+    for (std::size_t x = 0; x < count; ++x) {
+        const Channel* const at = window + static_cast<std::size_t>(run.first[x]) * kBytes;
+        Pixels top(at), middle(at + kRow), bottom(at + 2 * kRow);
+        top *= run.down[0][x];
+        middle *= run.down[1][x];
+        bottom *= run.down[2][x];
+        top += middle += bottom;
+        for (int i = 0; i < kReach; ++i) top.store(i, run.columns[i] + x * kBytes);
+    }
+}
+
+template <class Value>
+TARVO_INLINED inline void repeat_for_bytes(const Value* values, Value* __restrict repeated) {
+    for (std::size_t x = 0; x < kTile; ++x)
+        for (std::size_t i = 0; i < kBytes; ++i) repeated[x * kBytes + i] = values[x];
+}
+
+// Whole parts of weighted sums of columns over units. With a half added to a sum, a quotient is at least 1 / 1152 away
+// from whole numbers, far more than the error of a float: the result is that of an integer division.
+TARVO_INLINED inline void average_columns(std::size_t count, Run& run) {
+    Channel weights[kReach][kTileBytes];
+    float portions[kTileBytes];
+    for (int i = 0; i < kReach; ++i) repeat_for_bytes(run.across[i], weights[i]);
+    repeat_for_bytes(run.portion, portions);
+    std::uint8_t* const means = reinterpret_cast<std::uint8_t*>(run.means);
+    for (std::size_t i = 0; i < count * kBytes; ++i) {
+        const std::int32_t sum = run.columns[0][i] * weights[0][i] + run.columns[1][i] * weights[1][i] +
+                                 run.columns[2][i] * weights[2][i];
+        means[i] =
+            static_cast<std::uint8_t>(static_cast<std::int32_t>((static_cast<float>(sum) + 0.5f) * portions[i]));
+    }
+}
+
+// Colours of a run of result pixels, of which the first lies at `start` in the window.
+TARVO_ROW_CLONES void average_run(const Channel* window, Position<std::int32_t> start, const Steps& steps,
+                                  int unit_bits, PixelColor* colors, std::size_t count) {
+    Run run;
+    find_footprints(start, steps, unit_bits, run);
+    add_columns(window, count, run);
+    average_columns(count, run);
+    for (std::size_t x = 0; x < count; ++x) colors[x] = run.means[x] & 0xFFFFFF;
 }
 
 // --- the part of the source that a tile of the result shows ----------------------------------------------------------
-
-constexpr std::int32_t kTile = 32;
-// The tile's diagonal, and the reach of a footprint, and the mapping's own inexactness.
-constexpr std::int32_t kWindow = 56;
 
 struct Box {
     std::int32_t left, top, right, bottom;  // the last two lie behind
@@ -78,7 +163,7 @@ struct Box {
     }
 };
 
-// Source pixels ready to be summed. Beyond the source lies the frame, and is averaged like it.
+// Source pixels, and beyond the source the frame, which is averaged like it.
 class SourceWindow {
 public:
     SourceWindow(const TRV_Picture& source, PixelColor frame, const char* caller)
@@ -93,62 +178,44 @@ public:
             source_.Prefetch(row, left, static_cast<std::size_t>(right - left));
     }
     void load(const Box& box) {
-        box_ = box;
-        for (std::int32_t row = box.top; row < box.bottom; ++row) {
-            std::array<PixelColor, kWindow> colors;
-            read(row, {colors.data(), static_cast<std::size_t>(box.width())});
-            spread_row(colors.data(), &channels_[index(row, box.left)], static_cast<std::size_t>(box.width()));
+        std::array<PixelColor, kWindow> colors{};
+        Channel* channels = channels_.data();
+        for (std::int32_t row = box.top; row < box.bottom; ++row, channels += kWindow * kBytes) {
+            read(row, box.left, {colors.data(), static_cast<std::size_t>(box.width())});
+            spread_row(colors.data(), channels);
         }
     }
-    const Channels* at(std::int32_t row, std::int32_t column) const { return &channels_[index(row, column)]; }
+    // The box's first; its next row is kWindow behind.
+    const Channel* channels() const { return channels_.data(); }
 
 private:
-    std::size_t index(std::int32_t row, std::int32_t column) const {
-        return static_cast<std::size_t>(row - box_.top) * kWindow + static_cast<std::size_t>(column - box_.left);
-    }
-    void read(std::int32_t row, std::span<PixelColor> colors) const {
+    void read(std::int32_t row, std::int32_t left, std::span<PixelColor> colors) const {
+        const auto width = static_cast<std::int32_t>(colors.size());
         const bool in_source = row >= 0 && row < source_.height();
-        const std::int32_t first = in_source ? std::clamp(-box_.left, 0, box_.width()) : box_.width();
-        const std::int32_t end = std::clamp(source_.width() - box_.left, first, box_.width());
+        const std::int32_t first = in_source ? std::clamp(-left, 0, width) : width;
+        const std::int32_t end = std::clamp(source_.width() - left, first, width);
         std::fill(colors.begin(), colors.begin() + first, frame_);
-        if (first < end) source_.GetPixels(row, box_.left + first, colors.subspan(first, end - first), caller_);
+        if (first < end) source_.GetPixels(row, left + first, colors.subspan(first, end - first), caller_);
         std::fill(colors.begin() + end, colors.end(), frame_);
     }
 
     const TRV_Picture& source_;
     PixelColor frame_;
     const char* caller_;
-    Box box_{};
-    std::array<Channels, std::size_t{kWindow} * kWindow> channels_;
+    std::array<Channel, std::size_t{kWindow} * kWindow * kBytes> channels_{};
 };
 
 // --- the kernel ------------------------------------------------------------------------------------------------------
 
-// How much of a footprint's extent lies in each of the pixels that it reaches, from the first on. It is a pixel long at
-// least, and so ends behind the first.
-template <int kUnitBits>
-struct Overlap {
-    std::int32_t first;  // pixel
-    std::uint32_t weights[kReach];
-
-    Overlap(std::int64_t begin, std::int64_t end) {
-        constexpr std::uint32_t kUnit = 1u << kUnitBits;
-        first = static_cast<std::int32_t>(begin >> kUnitBits);
-        const auto length = static_cast<std::uint32_t>(end - begin);
-        weights[0] = kUnit - (static_cast<std::uint32_t>(begin) & (kUnit - 1));
-        weights[1] = std::min(length - weights[0], kUnit);
-        weights[2] = length - weights[0] - weights[1];
-    }
-};
-
-// Rotates with footprints measured in 1 << kUnitBits parts of a source pixel.
-template <int kUnitBits>
+// Rotates with footprints measured in 1 << unit_bits parts of a source pixel.
 class Rotator {
 public:
-    Rotator(const TRV_Picture& source, TRV_Picture& result, double angle, int frame_color, const char* caller)
+    Rotator(const TRV_Picture& source, TRV_Picture& result, double angle, int frame_color, int unit_bits,
+            const char* caller)
         : source_(source),
           result_(result),
-          mapping_({source.width(), source.height()}, {result.width(), result.height()}, angle, kUnitBits),
+          mapping_({source.width(), source.height()}, {result.width(), result.height()}, angle, unit_bits),
+          unit_bits_(unit_bits),
           frame_(static_cast<PixelColor>(frame_color) & 0xFFFFFF),
           caller_(caller),
           window_(source, frame_, caller) {}
@@ -159,7 +226,7 @@ public:
             for (std::int32_t i = 0; i < rows; ++i) starts_[i] = mapping_.row_start(row + i);
             for_each_chunk(0, result_.width() - 1, [&](std::int32_t column, std::size_t columns) {
                 for (std::int32_t i = 0; i < rows; ++i) std::fill_n(band_[i].begin(), columns, frame_);
-                draw_tiles(rows, column, columns);
+                draw_tiles(rows, column, static_cast<std::int32_t>(columns));
                 for (std::int32_t i = 0; i < rows; ++i)
                     result_.SetPixels(row + i, column, {band_[i].data(), columns}, caller_);
             });
@@ -167,100 +234,83 @@ public:
     }
 
 private:
+    // The columns count in the result.
+    struct Tile {
+        std::int32_t rows, column, end_column;
+    };
+
     // The band's first `columns`, which are the result's from `column` on.
-    void draw_tiles(std::int32_t rows, std::int32_t column, std::size_t columns) {
-        const auto box_from = [&](std::size_t done) {
-            const std::size_t end = std::min(done + kTile, columns);
-            return source_box(rows, column + static_cast<std::int32_t>(done), column + static_cast<std::int32_t>(end));
-        };
-        Box next = box_from(0);
-        for (std::size_t done = 0; done < columns; done += kTile) {
+    void draw_tiles(std::int32_t rows, std::int32_t column, std::int32_t columns) {
+        const std::int32_t end = column + columns;
+        const auto tile_from = [&](std::int32_t x) { return Tile{rows, x, std::min(x + kTile, end)}; };
+        Box next = source_box(tile_from(column));
+        for (std::int32_t x = column; x < end; x += kTile) {
+            const Tile tile = tile_from(x);
             const Box box = next;
-            next = box_from(done + kTile);
+            next = source_box(tile_from(x + kTile));
             if (!box.meets(source_)) continue;
             window_.load(box);
             window_.prefetch(next);
-            const std::size_t tile_columns = std::min<std::size_t>(kTile, columns - done);
-            for (std::int32_t i = 0; i < rows; ++i)
-                draw_run(starts_[i], column + static_cast<std::int32_t>(done), {band_[i].data() + done, tile_columns});
+            for (std::int32_t row = 0; row < rows; ++row) draw_run(row, tile, box, &band_[row][x - column]);
         }
     }
 
-    // All that footprints of the tile's pixels reach. To the right, places in the source move right and up.
-    Box source_box(std::int32_t rows, std::int32_t column, std::int32_t end) const {
-        constexpr std::int32_t kFar = std::numeric_limits<std::int32_t>::max() / 2;
-        Box box = {kFar, kFar, -kFar, -kFar};
-        for (std::int32_t i = 0; i < rows; ++i) {
-            const RowStart& start = starts_[i];
-            if (start.column >= end) continue;
-            const Footprint first = mapping_.footprint(start, std::max(column, start.column));
-            const Footprint last = mapping_.footprint(start, end - 1);
-            box.left = std::min(box.left, pixel_of(first.left));
-            box.top = std::min(box.top, pixel_of(last.top));
-            box.right = std::max(box.right, pixel_of(last.left) + kReach);
-            box.bottom = std::max(box.bottom, pixel_of(first.top) + kReach);
-        }
-        return box;
+    // The part of the run from the row's start on.
+    void draw_run(std::int32_t row, const Tile& tile, const Box& box, PixelColor* colors) const {
+        const RowStart& start = starts_[row];
+        const std::int32_t first = std::max(tile.column, start.column), count = tile.end_column - first;
+        if (count <= 0) return;
+        const Position<std::int64_t> position = mapping_.position(start, first);
+        average_run(window_.channels(), {in_box(position.x, box.left), in_box(position.y, box.top)}, mapping_.steps(),
+                    unit_bits_, colors + (first - tile.column), static_cast<std::size_t>(count));
     }
-    static std::int32_t pixel_of(std::int64_t units) { return static_cast<std::int32_t>(units >> kUnitBits); }
-
-    void draw_run(const RowStart& start, std::int32_t column, std::span<PixelColor> colors) const {
-        const std::int32_t end = column + static_cast<std::int32_t>(colors.size());
-        for (std::int32_t x = std::max(column, start.column); x < end; ++x)
-            colors[static_cast<std::size_t>(x - column)] = mean_under(mapping_.footprint(start, x));
+    std::int32_t in_box(std::int64_t position, std::int32_t pixel) const {
+        return static_cast<std::int32_t>(position - (std::int64_t{pixel} << (unit_bits_ + kFractionBits)));
     }
 
-    PixelColor mean_under(const Footprint& footprint) const {
-        const Overlap<kUnitBits> across(footprint.left, footprint.right), down(footprint.top, footprint.bottom);
-        const Channels* const pixels = window_.at(down.first, across.first);
-        Channels sums = 0;
-        for (int i = 0; i < kReach; ++i) {
-            const Channels* const row = pixels + i * kWindow;
-            sums += (row[0] * across.weights[0] + row[1] * across.weights[1] + row[2] * across.weights[2]) *
-                    down.weights[i];
+    // All that the tile's footprints reach: positions lie between those of the ends of its rows.
+    Box source_box(const Tile& tile) const {
+        constexpr std::int64_t kFar = std::numeric_limits<std::int64_t>::max() / 2;
+        Position<std::int64_t> least = {kFar, kFar}, most = {-kFar, -kFar};
+        for (std::int32_t row = 0; row < tile.rows; ++row) {
+            const RowStart& start = starts_[row];
+            if (start.column >= tile.end_column) continue;
+            for (const std::int32_t x : {std::max(tile.column, start.column), tile.end_column - 1}) {
+                const Position<std::int64_t> position = mapping_.position(start, x);
+                least = {std::min(least.x, position.x), std::min(least.y, position.y)};
+                most = {std::max(most.x, position.x), std::max(most.y, position.y)};
+            }
         }
-        return reciprocals_.mean(sums,
-                                 (footprint.right - footprint.left) * (footprint.bottom - footprint.top));
+        if (least.x > most.x) return {};
+        const Footprint<std::int64_t> first(least, mapping_.steps()), last(most, mapping_.steps());
+        return {.left = pixel_of(first.left),
+                .top = pixel_of(first.top),
+                .right = pixel_of(last.left) + kReach,
+                .bottom = pixel_of(last.top) + kReach};
     }
+    std::int32_t pixel_of(std::int64_t units) const { return static_cast<std::int32_t>(units >> unit_bits_); }
 
     const TRV_Picture& source_;
     TRV_Picture& result_;
     BackMapping mapping_;
+    int unit_bits_;
     PixelColor frame_;
     const char* caller_;
     std::array<RowStart, kTile> starts_;
     std::array<Chunk, kTile> band_;  // rows of the result before they are written, which pays in long runs only
     SourceWindow window_;
-    Reciprocals reciprocals_;
 };
 
 // --- both forms ------------------------------------------------------------------------------------------------------
 
 using Kernel = void(const TRV_Picture& source, TRV_Picture& result, double angle, int frame_color);
 
-// A host picture that goes when we are done with it.
-class Temporary {
-public:
-    explicit Temporary(REALpictureStruct* picture) : picture_(picture) {}
-    ~Temporary() {
-        if (picture_) REALUnlockObject(picture_);
-    }
-    Temporary(const Temporary&) = delete;
-    Temporary& operator=(const Temporary&) = delete;
-
-    REALpictureStruct* get() const { return picture_; }
-    REALpictureStruct* hand_over() { return std::exchange(picture_, nullptr); }
-
-private:
-    REALpictureStruct* picture_;
-};
-
 // A rotation that is not a number has no number of quarter turns either, and is refused there.
 REALpictureStruct* rotate(REALpictureStruct* p, double rotation, int frame_color, Kernel& kernel) {
     const double turns = std::floor(rotation / 90.0);
     const double degrees = rotation - 90.0 * turns;
-    Temporary turned(TRV_FlipRotate(p, false, false, truncate_to_int32(turns), 0));
-    if (degrees == 0.0 || !turned.get()) return turned.hand_over();
+    HostReference<REALpictureStruct> turned(TRV_FlipRotate(p, false, false, truncate_to_int32(turns), 0));
+    if (degrees == 0.0 || !turned) return turned.release();
 
     TRV_Picture source(turned.get(), false);
     if (!source.Lock()) return Fail(ErrorCode::intermediate_lock);
@@ -275,12 +325,12 @@ REALpictureStruct* rotate(REALpictureStruct* p, double rotation, int frame_color
 
 void PrivRotateDirect(const TRV_Picture& source, TRV_Picture& result, double angle, int frame_color) {
     constexpr int kSixteenths = 4;
-    Rotator<kSixteenths>(source, result, angle, frame_color, "TRV_FreeRotateDirect").run();
+    Rotator(source, result, angle, frame_color, kSixteenths, "TRV_FreeRotateDirect").run();
 }
 
 void PrivRotateFast(const TRV_Picture& source, TRV_Picture& result, double angle, int frame_color) {
     constexpr int kNoFraction = 0;
-    Rotator<kNoFraction>(source, result, angle, frame_color, "TRV_FreeRotateFast").run();
+    Rotator(source, result, angle, frame_color, kNoFraction, "TRV_FreeRotateFast").run();
 }
 
 REALpictureStruct* PrivFreeRotateDirect_NonVector(REALpictureStruct* p, double rotation, int frame_color) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 #include "area_average.h"
 #include "forms.h"
@@ -24,13 +25,21 @@ void read_run(const TRV_Picture& source, std::int32_t row, std::int32_t column, 
     }
 }
 
-// Rows are walked in runs, all rows of a run before the next: a run's sums stay in the first-level cache.
+// Calls `visit(column, count)` for the runs of a row of results, one after the other.
+template <class Visit>
+void for_each_run(std::int32_t width, std::int32_t run, Visit visit) {
+    for_each_piece(0, width - 1, run, [&](std::int32_t first, std::int32_t last) {
+        visit(first, static_cast<std::size_t>(last - first + 1));
+    });
+}
 
 constexpr const char* kRowsCaller = "Priv_StetchHorizontal";
 constexpr const char* kColumnsCaller = "Priv_StetchVertical";
 
+// Where the hardware does not: whole rows are foreseen.
 void prefetch_run(const TRV_Picture& source, std::int32_t row, std::int32_t column, std::size_t count) {
     constexpr std::int32_t kRowsAhead = 4;
+    if (std::cmp_equal(count, source.width())) return;
     if (row + kRowsAhead < source.height()) source.Prefetch(row + kRowsAhead, column, count);
 }
 
@@ -53,7 +62,7 @@ void write_colors(TRV_Picture& destination, std::int32_t row, std::int32_t colum
 // As `read_run` reads: always bit 0.
 void write_red_as_grey(TRV_Picture& destination, std::int32_t row, std::int32_t column,
                        std::span<const PixelColor> colors, const char* caller) {
-    Chunk levels;
+    Run levels;
     std::ranges::transform(colors, levels.begin(), [](PixelColor color) { return grey(red_of(color)); });
     const std::int32_t bits = destination.bitsPerPixel();
     std::uint8_t* const start = destination.RowStart(row);
@@ -67,35 +76,35 @@ void write_red_as_grey(TRV_Picture& destination, std::int32_t row, std::int32_t 
 // A result that covers nothing of the source is black.
 void blacken(TRV_Picture& destination, std::int32_t column, std::size_t count, WriteRun& write) {
     for (std::int32_t row = 0; row < destination.height(); ++row) {
-        Chunk black{};
+        Run black{};
         write(destination, row, column, {black.data(), count}, kColumnsCaller);
     }
 }
 
-// Makes a run of all rows of the destination from the source's, which `read(row)` gives.
+// Makes a run of all rows of the destination from the source's, which `read(row, line)` gives.
 template <class Read>
 void average_columns(const AxisWeights& weights, TRV_Picture& destination, std::int32_t column, std::size_t count,
                      WriteRun& write, Read read) {
     if (!weights.cover()) return blacken(destination, column, count, write);
     ColumnAverage down(weights, count);
-    for (std::int32_t row = 0; row < weights.source_lines; ++row)
-        down.take(read(row), [&](std::int32_t result_row, const PixelColor* colors) {
+    for (std::int32_t row = 0; row < weights.source_lines; ++row) {
+        read(row, down.next());
+        down.take([&](std::int32_t result_row, const PixelColor* colors) {
             write(destination, result_row, column, {colors, count}, kColumnsCaller);
         });
+    }
 }
 
 void stretch_columns(const TRV_Picture& source, TRV_Picture& destination, int yield, WriteRun& write) {
     const AxisWeights weights(source.height(), destination.height());
     YieldBudget budget(yield);
     const std::int32_t width = std::min(source.width(), destination.width());
-    for_each_chunk(0, width - 1, [&](std::int32_t column, std::size_t count) {
+    for_each_run(width, run_pixels(width), [&](std::int32_t column, std::size_t count) {
         for (std::size_t i = 0; i < count; ++i) budget.before_row(destination.height());
-        Chunk line;
-        average_columns(weights, destination, column, count, write, [&](std::int32_t row) {
+        average_columns(weights, destination, column, count, write, [&](std::int32_t row, PixelColor* line) {
             prefetch_run(source, row, column, count);
-            read_run(source, row, column, {line.data(), count}, kColumnsCaller);
-            for (PixelColor& color : line) color &= 0xFFFFFF;
-            return line.data();
+            read_run(source, row, column, {line, count}, kColumnsCaller);
+            for (std::size_t x = 0; x < count; ++x) line[x] &= 0xFFFFFF;
         });
     });
 }
@@ -106,14 +115,12 @@ void stretch_columns(const TRV_Picture& source, TRV_Picture& destination, int yi
 void stretch_both(const TRV_Picture& source, TRV_Picture& result, int yield) {
     const AxisWeights across(source.width(), result.width()), down(source.height(), result.height());
     YieldBudget row_budget(yield), column_budget(yield);
-    for_each_chunk(0, result.width() - 1, [&](std::int32_t column, std::size_t count) {
+    for_each_run(result.width(), RowAverage::run_pixels(across), [&](std::int32_t column, std::size_t count) {
         for (std::size_t i = 0; i < count; ++i) column_budget.before_row(result.height());
         RowAverage row_average(across, column, count);
-        Chunk line;
-        average_columns(down, result, column, count, write_colors, [&](std::int32_t row) {
+        average_columns(down, result, column, count, write_colors, [&](std::int32_t row, PixelColor* line) {
             if (column == 0) row_budget.before_row(result.width());
-            average_row(row_average, source, row, line.data());
-            return line.data();
+            average_row(row_average, source, row, line);
         });
     });
 }
@@ -162,9 +169,9 @@ void Priv_StetchHorizontal(const TRV_Picture& source, TRV_Picture& destination, 
     const AxisWeights weights(source.width(), destination.width());
     YieldBudget budget(yield);
     const std::int32_t height = std::min(source.height(), destination.height());
-    for_each_chunk(0, destination.width() - 1, [&](std::int32_t column, std::size_t count) {
+    for_each_run(destination.width(), RowAverage::run_pixels(weights), [&](std::int32_t column, std::size_t count) {
         RowAverage across(weights, column, count);
-        Chunk line;
+        Run line;
         for (std::int32_t row = 0; row < height; ++row) {
             if (column == 0) budget.before_row(destination.width());
             average_row(across, source, row, line.data());

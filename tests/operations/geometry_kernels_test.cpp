@@ -283,7 +283,7 @@ TEST_F(GeometryKernels, RowsAreAveragedByOverlap) {
     for (const std::int32_t source_width : {1, 2, 7, 100, 4000, 30000}) {
         std::vector<PixelColor> row(static_cast<std::size_t>(source_width));
         for (PixelColor& color : row) color = static_cast<PixelColor>(random());
-        for (const std::int32_t width : {1, 3, 33, 50, 64, 99, 150, 300, 600}) {
+        for (const std::int32_t width : {1, 3, 33, 50, 64, 99, 150, 200, 300, 600, 2000}) {
             const AxisWeights weights(source_width, width);
             for (std::int32_t first = 0; first < width; first += 200) {
                 const auto count = static_cast<std::size_t>(std::min(200, width - first));

@@ -143,8 +143,9 @@ TEST_F(StretchOfMasks, EveryDepthIsStretchedToo) {
     }
 }
 
-TEST_F(Stretch, SizesAroundTilesAndChunks) {
-    const std::pair<int, int> sizes[] = {{63, 65}, {64, 64}, {65, 3}, {513, 70}, {1025, 2}, {2, 1025}, {128, 129}};
+TEST_F(Stretch, SizesAroundRuns) {
+    const std::pair<int, int> sizes[] = {{63, 65},  {65, 3},    {513, 70},  {1025, 2},
+                                         {2, 1025}, {2048, 5}, {2051, 10}, {4102, 20}};
     for (const auto& [width, height] : sizes) {
         const ObjectRef source = random_picture(session, random, {}, width, height);
         for (const auto& [new_width, new_height] : sizes) expect_agreement(session, source, new_width, new_height);
@@ -289,11 +290,29 @@ TEST_F(Stretch, ClientFormChecks) {
     EXPECT_EQ(code({}, 0, 5), 34);
     EXPECT_EQ(code(client, 0, 0), 35);
     EXPECT_EQ(code(client, 100000, 100000), 6);  // more bytes than there can be
-    const ObjectRef indexed = client_of_picture(session, session.picture(4, 4, 8));
-    EXPECT_EQ(code(indexed, 5, 5), 6);  // own memory has no such depth
     const ObjectRef unlockable = session.picture(3, 2);
     pixels(unlockable).set_purged(true);
     EXPECT_EQ(code(client_of_picture(session, unlockable), 5, 5), 4);
+}
+
+// The host makes a picture of every depth behind a client picture; what the kernels cannot write stays as it was made.
+TEST_F(Stretch, ClientPicturesOfFewBits) {
+    for (const int depth : {1, 2, 4, 8}) {
+        SCOPED_TRACE(depth);
+        const ObjectRef client = client_of_picture(session, random_picture(session, random, {.depth = depth}, 21, 9));
+        const Value backed = session.invoke(kClientStretch, client, 10, 7, 0, true);
+        ASSERT_TRUE(is_client(backed));
+        EXPECT_EQ(session.last_error(), 0);
+        const ObjectRef result = session.picture_of(object_in(backed));
+        ASSERT_EQ(pixels(result).depth(), depth);
+        const auto expected = new_like(pixels(result), Picture::Paper::white);
+        if (depth == 1) judge(pixels(session.picture_of(client)), *expected, false);
+        expect_same_bytes(pixels(result), *expected);
+
+        // Own memory has no such depth.
+        EXPECT_FALSE(is_client(session.invoke(kClientStretch, client, 10, 7, 0, false)));
+        EXPECT_EQ(session.last_error(), 6);
+    }
 }
 
 // Wider than any host picture: own memory can hold it, the intermediate picture cannot.
