@@ -40,10 +40,6 @@ function(tarvo_layer name)
   target_include_directories(${name} PUBLIC "${CMAKE_CURRENT_SOURCE_DIR}")
   target_link_libraries(${name} PUBLIC ${arg_USES} PRIVATE tarvo_options)
   set_target_properties(${name} PROPERTIES CXX_EXTENSIONS OFF POSITION_INDEPENDENT_CODE ON)
-  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-    # Copies of half a kilobyte within kernels stay vector code: a string instruction takes longer to start.
-    target_compile_options(${name} PRIVATE -fno-tree-loop-distribute-patterns)
-  endif()
 endfunction()
 
 # tarvo_test(NAME SOURCES... USES targets...): a GoogleTest program; each of its tests is a CTest test.
