@@ -11,6 +11,8 @@
 #include "numbers.h"
 #include "per_channel.h"
 #include "pixel_maps.h"
+#include "row_clones.h"
+#include "rows.h"
 
 namespace {
 
@@ -80,21 +82,18 @@ void map_by(const Contrast& contrast, Map map) {
 
 // --- average distance ------------------------------------------------------------------------------------------------
 
-std::uint32_t distance(std::uint32_t a, std::uint32_t b) { return a > b ? a - b : b - a; }
-
-// A chunk's sums fit in 32 bits.
-TARVO_ROW_CLONES void sum_distances_row(const PixelColor* colors, std::size_t count, PixelColor center,
+// Adds the distances between the channels of two runs, at most a chunk.
+TARVO_ROW_CLONES void sum_distances_row(const PixelColor* colors, const PixelColor* centers, std::size_t count,
                                         ChannelSums& sums) {
-    std::uint32_t red = 0, green = 0, blue = 0;
-    for (std::size_t x = 0; x < count; ++x) {
-        red += distance(red_of(colors[x]), red_of(center));
-        green += distance(green_of(colors[x]), green_of(center));
-        blue += distance(blue_of(colors[x]), blue_of(center));
+    Chunk distances;
+    const auto* const a = reinterpret_cast<const std::uint8_t*>(colors);
+    const auto* const b = reinterpret_cast<const std::uint8_t*>(centers);
+    auto* const apart = reinterpret_cast<std::uint8_t*>(distances.data());
+    for (std::size_t i = 0; i < count * sizeof(PixelColor); ++i) {
+        const std::uint8_t larger = std::max(a[i], b[i]);
+        apart[i] = static_cast<std::uint8_t>((larger - a[i]) | (larger - b[i]));  // one of the two is 0
     }
-    sums.red += red;
-    sums.green += green;
-    sums.blue += blue;
-    sums.count += count;
+    add_channels(sums, distances.data(), count);
 }
 
 // --- both forms ------------------------------------------------------------------------------------------------------
@@ -130,8 +129,10 @@ void PrivAdjustContrastWithMask(const TRV_Picture& source, const TRV_Picture& ma
 void PrivGetAverageContrast(const TRV_Picture& source, const Region& region, int center, int* red, int* green,
                             int* blue, int yield) {
     ChannelSums sums;
+    Chunk centers;
+    centers.fill(static_cast<PixelColor>(center));
     measure_region(source, region, yield, "PrivGetAverageContrast", [&](const PixelColor* colors, std::size_t count) {
-        sum_distances_row(colors, count, static_cast<PixelColor>(center), sums);
+        sum_distances_row(colors, centers.data(), count, sums);
     });
     sums.put_means(red, green, blue);
 }
