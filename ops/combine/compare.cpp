@@ -7,6 +7,7 @@
 #include "error_state.h"
 #include "forms.h"
 #include "pixel_maps.h"
+#include "pixel_runs.h"
 #include "region.h"
 
 namespace {
@@ -37,18 +38,10 @@ constexpr const char* kDifferenceCaller = "TRV_Difference";
 
 // Whole words count here, top bytes included.
 struct MapDifference {
-    TARVO_INLINED void operator()(PixelColor* colors, const PixelColor* others) const {
-        for (std::size_t x = 0; x < kBlockPixels; ++x) colors[x] = colors[x] == others[x] ? kEqual : kDifferent;
+    TARVO_INLINED PixelColor operator()(PixelColor color, PixelColor other) const {
+        return color == other ? kEqual : kDifferent;
     }
 };
-
-void fill_run(TRV_Picture& result, std::int32_t row, std::int32_t first, std::int32_t end, PixelColor color) {
-    Chunk colors;
-    colors.fill(color);
-    for_each_chunk(first, end - 1, [&](std::int32_t column, std::size_t count) {
-        result.SetPixels(row, column, {colors.data(), count}, kDifferenceCaller);
-    });
-}
 
 }  // namespace
 
@@ -77,8 +70,8 @@ void PrivDifference(const TRV_Picture& picture, const TRV_Picture& compare, TRV_
         if (common_end > 0)
             map_run(result, row, 0, static_cast<std::size_t>(common_end), kDifferenceCaller, MapDifference{},
                     RunSource{picture, row, 0}, RunSource{compare, row, 0});
-        fill_run(result, row, common_end, end, kOnlyFirst);
-        fill_run(result, row, end, result.width(), kNotFirst);
+        fill_run(result, {row, common_end}, end - common_end, kOnlyFirst, kDifferenceCaller);
+        fill_run(result, {row, end}, result.width() - end, kNotFirst, kDifferenceCaller);
     }
 }
 

@@ -7,6 +7,7 @@
 
 #include "error_state.h"
 #include "forms.h"
+#include "pixel_runs.h"
 #include "rows.h"
 #include "weighted_mean.h"
 

@@ -4,6 +4,7 @@
 
 #include "error_state.h"
 #include "forms.h"
+#include "pixel_runs.h"
 #include "rows.h"
 
 namespace {

@@ -8,6 +8,7 @@
 #include "channel_sums.h"
 #include "error_state.h"
 #include "forms.h"
+#include "pixel_runs.h"
 #include "row_clones.h"
 #include "rows.h"
 
@@ -174,8 +175,6 @@ REALpictureStruct* TRV_Pixelate(REALpictureStruct* p, REALobjectStruct* rect, in
     const Region region = SelectRegion(source, rect);
     if (region.empty()) return Fail(ErrorCode::selection);
     if (pixelation < 1) return Fail(ErrorCode::pixelation);
-    TRV_Picture result(source.width(), source.height(), result_depth(source), true);
-    if (!result.Lock()) return nullptr;  // the one operation that leaves no code here
-    PrivPixelate(source, result, region, pixelation);
-    return result.picture();
+    return kSilentForm.produce(source.width(), source.height(), result_depth(source), false,
+                               [&](TRV_Picture& result) { PrivPixelate(source, result, region, pixelation); });
 }

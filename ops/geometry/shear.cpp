@@ -24,8 +24,6 @@ REALpictureStruct* shear_framed(REALpictureStruct* p, int width, int height, dou
     return PrivShear_Frame_NonVector(p, width, height, shear, horizontal, frame_color, yield);
 }
 
-constexpr PictureForm kSilentForm = {.refusal = ErrorCode::none};
-
 }  // namespace
 
 // The host makes a mask for a source that has none; it looks the same afterwards. When the result's mask cannot be

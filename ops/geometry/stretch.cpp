@@ -205,9 +205,8 @@ void PrivStretch_NonVector_Mask(TRV_Picture& source, TRV_Picture& result, int yi
     stretch_by_way_of(intermediate_mask, source_mask, result_mask, yield);
 }
 
-// A result that cannot be made leaves no code.
 REALpictureStruct* PrivStretch_NonVector(REALpictureStruct* p, int width, int height, int yield) {
-    return stretch(PictureForm{.refusal = ErrorCode::none}, p, width, height, yield);
+    return stretch(kSilentForm, p, width, height, yield);
 }
 
 REALobjectStruct* PrivStretch_NonVector(REALobjectStruct* cp, int width, int height, int yield, bool as_picture) {

@@ -35,6 +35,9 @@ struct PictureForm {
     }
 };
 
+// Leaves no code when the result cannot be locked.
+inline constexpr PictureForm kSilentForm = {.refusal = ErrorCode::none};
+
 // Client pictures in and out; a result is backed by a host picture or by own memory.
 struct ClientForm {
     using Handle = REALobjectStruct*;

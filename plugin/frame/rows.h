@@ -9,7 +9,6 @@
 #include <span>
 
 #include "picture.h"
-#include "pixel_runs.h"
 #include "region.h"
 #include "yield_budget.h"
 
@@ -31,12 +30,6 @@ template <class Visit>
 void for_each_chunk(std::int32_t first, std::int32_t last, Visit visit) {
     for (std::int32_t column = first; column <= last; column += kChunkPixels)
         visit(column, static_cast<std::size_t>(std::min(kChunkPixels, last - column + 1)));
-}
-
-// For walks down some columns, whose next rows no hardware foresees: brings near what is read a few rows later.
-inline void prefetch_below(const TRV_Picture& source, std::int32_t row, std::int32_t column, std::size_t count) {
-    constexpr std::int32_t kRowsAhead = 4;
-    source.Prefetch(std::min(row + kRowsAhead, source.height() - 1), column, count);
 }
 
 // Calls `measure(colors, count)` for all of the region. The host gets control as when whole rows are walked.
