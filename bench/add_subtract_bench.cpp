@@ -14,9 +14,8 @@ void kernel(benchmark::State& state) {
 template <auto Operation>
 void whole_call(benchmark::State& state) {
     const host::ObjectRef source = noise(1), other = noise(2);
-    measure(state, [&] {
-        host::ObjectRef::adopt(bench_host().objects().find(Operation(handle(source), handle(other), 0)));
-    });
+    measure(state,
+            [&] { host::ObjectRef::adopt(bench_host().objects().find(Operation(handle(source), handle(other), 0))); });
 }
 
 BENCHMARK(kernel<PrivAdd>)->Name("add")->UseManualTime();

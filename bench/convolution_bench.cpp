@@ -44,8 +44,8 @@ void convolute(benchmark::State& state, Passes passes, int taps, int scale) {
 void whole_call(benchmark::State& state) {
     const host::ObjectRef source = noise(1), kernel = convolution(triangle(7, 1));
     measure(state, [&] {
-        host::ObjectRef::adopt(bench_host().objects().find(
-            TRV_Convolute(handle(source), nullptr, handle_of(kernel), handle_of(kernel))));
+        host::ObjectRef::adopt(
+            bench_host().objects().find(TRV_Convolute(handle(source), nullptr, handle_of(kernel), handle_of(kernel))));
     });
 }
 

@@ -115,13 +115,15 @@ BENCHMARK(rotate<PrivRotateFast>)->Name("free rotation, fast")->UseManualTime();
 constexpr double kDegrees = 30.0;
 BENCHMARK_CAPTURE(whole_call, by_shear_framed,
                   [](REALpictureStruct* p) { return TRV_FreeRotateByShear_Frame(p, kDegrees, kGrey, 0); })
-    ->Name("free rotation by shear, framed")->UseManualTime();
+    ->Name("free rotation by shear, framed")
+    ->UseManualTime();
 BENCHMARK_CAPTURE(whole_call, by_shear_masked,
                   [](REALpictureStruct* p) { return TRV_FreeRotateByShear(p, kDegrees, 0); })
-    ->Name("free rotation by shear, masked")->UseManualTime();
-BENCHMARK_CAPTURE(whole_call, direct,
-                  [](REALpictureStruct* p) { return TRV_FreeRotateDirect(p, kDegrees, kGrey); })
-    ->Name("free rotation, direct, whole call")->UseManualTime();
+    ->Name("free rotation by shear, masked")
+    ->UseManualTime();
+BENCHMARK_CAPTURE(whole_call, direct, [](REALpictureStruct* p) { return TRV_FreeRotateDirect(p, kDegrees, kGrey); })
+    ->Name("free rotation, direct, whole call")
+    ->UseManualTime();
 
 }  // namespace
 }  // namespace tarvo::bench

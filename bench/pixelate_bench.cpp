@@ -17,8 +17,8 @@ void pixelate(benchmark::State& state) {
 void crawling_ants(benchmark::State& state) {
     const host::ObjectRef source = noise(1);
     measure(state, [&] {
-        host::ObjectRef::adopt(bench_host().objects().find(
-            TRV_CrawlingAnts(handle(source), nullptr, 0xFFFFFF, 0x000000, 4, 1)));
+        host::ObjectRef::adopt(
+            bench_host().objects().find(TRV_CrawlingAnts(handle(source), nullptr, 0xFFFFFF, 0x000000, 4, 1)));
     });
 }
 

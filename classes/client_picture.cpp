@@ -182,7 +182,8 @@ void TRV_ClientPicture_operator_convert_from_picture(REALobjectStruct* self, REA
     note_host_mask(*data);
 }
 
-// The image in own memory, and its mask if it has one, into a new host picture. False when one of them cannot be locked.
+// The image in own memory, and its mask if it has one, into a new host picture. False when one of them cannot be
+// locked.
 bool copy_image(const Data& data, TRV_Picture& made) {
     constexpr const char* kCaller = "TRV_ClientPicture_operator_convert_to_picture 3";
     TRV_Picture image(&data, false);

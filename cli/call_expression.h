@@ -44,8 +44,7 @@ struct ConvolutionExpression {
     friend bool operator==(const ConvolutionExpression&, const ConvolutionExpression&) = default;
 };
 
-using Expression =
-    std::variant<host::Literal, FileName, RectangleExpression, MatrixExpression, ConvolutionExpression>;
+using Expression = std::variant<host::Literal, FileName, RectangleExpression, MatrixExpression, ConvolutionExpression>;
 
 struct ArgumentExpression {
     Expression value;

@@ -64,8 +64,7 @@ void run(const Bytes& bytes) {
     host::Host& host = fuzz_host();
     const auto before = host.accounts();
     {
-        const host::ObjectRef string =
-            host.new_string({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+        const host::ObjectRef string = host.new_string({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
         if (const host::ObjectRef picture = read(string)) FUZZ_CHECK(write(picture) == settled(bytes));
     }
     FUZZ_CHECK(host.accounts() == before);

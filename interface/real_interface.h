@@ -34,9 +34,9 @@ struct REALstringStruct {
 // What backs a picture's pixels.
 enum REALpictureKind : std::int32_t {
     pictureDrawingCommands = 1,
-    pictureMacintoshGWorld = 4,    // store: GWorldPtr
-    pictureCGBitmapContext = 8,    // store: CGContextRef
-    pictureHostPixelBuffer = 10,   // store: REALpixelBuffer*
+    pictureMacintoshGWorld = 4,   // store: GWorldPtr
+    pictureCGBitmapContext = 8,   // store: CGContextRef
+    pictureHostPixelBuffer = 10,  // store: REALpixelBuffer*
 };
 
 // Filled by the host when it locks a picture's description.
@@ -94,10 +94,10 @@ struct REALclassDefinition {
     REALword version = 0;  // kREALinterfaceVersion
     const char* name = nullptr;
     const char* superName = nullptr;
-    REALword dataSize = 0;    // bytes of plugin data in each instance
-    REALword dataOffset = 0;  // written by the host at registration: from an instance's address to its data
-    void* constructor = nullptr;    // (object)
-    void* destructor = nullptr;     // (object)
+    REALword dataSize = 0;        // bytes of plugin data in each instance
+    REALword dataOffset = 0;      // written by the host at registration: from an instance's address to its data
+    void* constructor = nullptr;  // (object)
+    void* destructor = nullptr;   // (object)
     const REALpropertyDefinition* properties = nullptr;
     REALword propertyCount = 0;
     const void* methods = nullptr;  // REALmethodDefinition[], or REALmethodDefinitionV6[] for hosts below 5.9

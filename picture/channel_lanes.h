@@ -28,7 +28,7 @@ struct ChannelConstants {
 namespace channel_lanes {
 // Never deduced: `auto` and templates lose the attribute.
 using HalfWord [[gnu::may_alias]] = std::uint16_t;
-}
+}  // namespace channel_lanes
 
 // channel = function(channel, constants of that channel...) for every byte of the colours, top bytes included. The
 // function takes and gives 16-bit numbers, the result in 0 to 255.

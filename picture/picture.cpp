@@ -43,8 +43,8 @@ private:
 
 }  // namespace
 
-// Every constructor begins with the empty one, so that one that does not come to its end, because a host service throws,
-// gives back what it took.
+// Every constructor begins with the empty one, so that one that does not come to its end, because a host service
+// throws, gives back what it took.
 
 TRV_Picture::TRV_Picture(REALpictureStruct* picture, bool asMask) : TRV_Picture() { SetREALPicture(picture, asMask); }
 

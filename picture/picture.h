@@ -11,9 +11,9 @@
 #include "real_interface.h"
 #include "row_codec.h"
 
-// Life: constructed empty or bound to an image; `Lock` fills the geometry and makes the pixels addressable; `Unlock` ends
-// that; destruction unlocks and gives back every host object that is held. Nothing here sets the error code: failure is
-// a false result, a read of 0, a write that does nothing.
+// Life: constructed empty or bound to an image; `Lock` fills the geometry and makes the pixels addressable; `Unlock`
+// ends that; destruction unlocks and gives back every host object that is held. Nothing here sets the error code:
+// failure is a false result, a read of 0, a write that does nothing.
 //
 // Coordinates are the caller's to keep inside `width` x `height`. The trailing `caller` of every accessor names the
 // operation and the place of the call, for whoever looks with a debugger; it changes nothing and may be null.
@@ -84,7 +84,8 @@ public:
     std::uint8_t* WordsAt(long row, long column) const;
     // Whether the picture is too large to be found in the caches again, and is better written past them.
     bool streams() const { return streams_; }
-    // Brings a run of one row near that is going to be read soon, for walks down columns: nothing but time depends on it.
+    // Brings a run of one row near that is going to be read soon, for walks down columns: nothing but time depends on
+    // it.
     void Prefetch(long row, long column, std::size_t count) const;
     // A run of one row, each pixel as the bit-addressed accessor gives or takes it when the address and the bit step
     // from pixel to pixel by the bits of a pixel.
@@ -142,7 +143,7 @@ private:
 
     PixelFormat format_ = PixelFormat::opaque;  // of whole-pixel access
     bool streams_ = false;
-    IndexColors indexColors_{};                 // black without a colour table
+    IndexColors indexColors_{};  // black without a colour table
 };
 
 // Asked for every row, by kernels that walk columns too.

@@ -63,7 +63,9 @@ struct Rgb555 {
         return (color >> 9 & 0x7C00) | (color >> 6 & 0x3E0) | (color >> 3 & 0x1F);
     }
     static PixelColor load(const std::uint8_t* at) { return expand(load_big_endian<std::uint16_t>(at)); }
-    static void store(std::uint8_t* at, PixelColor color) { store_big_endian<std::uint16_t>(at, static_cast<std::uint16_t>(reduce(color))); }
+    static void store(std::uint8_t* at, PixelColor color) {
+        store_big_endian<std::uint16_t>(at, static_cast<std::uint16_t>(reduce(color)));
+    }
 };
 
 // A mask's grey level. Written from the colour's blue channel.
@@ -73,8 +75,8 @@ struct Grey8 {
     static void store(std::uint8_t* at, PixelColor color) { *at = static_cast<std::uint8_t>(color); }
 };
 
-// One bit a pixel, the most significant first; a set bit is black. Only exactly 0 is written as black. A bit outside the
-// byte reads as white and is not written.
+// One bit a pixel, the most significant first; a set bit is black. Only exactly 0 is written as black. A bit outside
+// the byte reads as white and is not written.
 struct Mono1 {
     static constexpr std::uint32_t selected(long bit) { return bit >= 0 && bit < 8 ? 0x80u >> bit : 0; }
     static PixelColor load(std::uint8_t byte, long bit) { return byte & selected(bit) ? 0x000000 : 0xFFFFFF; }

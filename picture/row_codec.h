@@ -10,7 +10,7 @@
 
 // How a picture's pixels are read and written.
 enum class PixelFormat {
-    opaque,    // not understood: reads 0, not written
+    opaque,  // not understood: reads 0, not written
     xrgb32,
     rgb24,
     rgb555,

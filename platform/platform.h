@@ -43,7 +43,7 @@ struct PixMap {
     std::uint8_t* baseAddr;
     std::int32_t rowBytes;
     Rect bounds;
-    Fixed hRes, vRes;  // dots per inch
+    Fixed hRes, vRes;        // dots per inch
     std::int16_t pixelSize;  // bits a pixel
     CTabHandle pmTable;      // null above 8 bits
     std::int32_t handleLocks;
@@ -134,8 +134,8 @@ PLATFORM_API void PlatformDisposeBitmapContext(CGContextRef context);
 // Hands in the main screen, or takes it away (null). The world must outlive its being the main device. The
 // device's rectangle begins at `left`, `top`.
 PLATFORM_API void PlatformSetMainDevice(GWorldPtr screen, std::int16_t left, std::int16_t top);
-// Called by each GetMainDevice before it answers: brings the main screen's pixels up to date, and may hand in another screen
-// or take it away. Null for none.
+// Called by each GetMainDevice before it answers: brings the main screen's pixels up to date, and may hand in another
+// screen or take it away. Null for none.
 using PlatformScreenRefresh = void (*)(void* context);
 PLATFORM_API void PlatformSetScreenRefresh(PlatformScreenRefresh refresh, void* context);
 

@@ -15,7 +15,8 @@ namespace {
 
 // Misspelt and doubled words included: programs' users know this text.
 constexpr const char* kQualification =
-    "This verion of Tarvo Graphics is qualified for REALbasic REALbasic 2005 only. If you are using a previous or future "
+    "This verion of Tarvo Graphics is qualified for REALbasic REALbasic 2005 only. If you are using a previous or "
+    "future "
     "version of REALbasic, please visit https://www.tarvo-graphics.example/ for information on other versions.";
 
 void ask_for_processor_features() {

@@ -83,8 +83,7 @@ REALclassDefinition TRV_Picture_Extension = {
 
 const REALmethodDefinition kPictureMethods[] = {
     TRV_METHOD(TRV_Add, "TRV_Add(extends p as picture, addend as picture, yield as integer) as picture"),
-    TRV_METHOD(TRV_Subtract,
-               "TRV_Subtract(extends p as picture, subtractend as picture, yield as integer) as picture"),
+    TRV_METHOD(TRV_Subtract, "TRV_Subtract(extends p as picture, subtractend as picture, yield as integer) as picture"),
     TRV_METHOD(TRV_AdjustContrast,
                "TRV_AdjustContrast(extends p as picture, rect as TRV_Rectangle, center as color, red_factor as double, "
                "green_factor as double, blue_factor as double, yield as integer) as picture"),
@@ -122,9 +121,10 @@ const REALmethodDefinition kPictureMethods[] = {
     TRV_METHOD(TRV_AverageRGBWithMask,
                "TRV_AverageRGBWithMask(extends p as picture, mask as picture, center as color, red_weight as double, "
                "green_weight as double, blue_weight as double, yield as integer) as picture"),
-    TRV_METHOD(TRV_FlipRotate,
-               "TRV_FlipRotate(extends p as picture, flip_h as boolean, flip_v as boolean, rotation as integer, yield as "
-               "integer) as picture"),
+    TRV_METHOD(
+        TRV_FlipRotate,
+        "TRV_FlipRotate(extends p as picture, flip_h as boolean, flip_v as boolean, rotation as integer, yield as "
+        "integer) as picture"),
     TRV_METHOD(TRV_Composite,
                "TRV_Composite(extends p as picture, overlay as picture, overlay_fraction as double, left as integer, "
                "top as integer, yield as integer) as picture"),
@@ -134,9 +134,10 @@ const REALmethodDefinition kPictureMethods[] = {
     TRV_METHOD(TRV_CompositeWithMask,
                "TRV_CompositeWithMask(extends p as picture, overlay as picture, mask as picture, left as integer, top "
                "as integer, yield as integer) as picture"),
-    TRV_METHOD(TRV_ShearHorizontal,
-               "TRV_ShearHorizontal(extends p as picture, width as integer, height as integer, shear as double, yield as "
-               "integer) as picture"),
+    TRV_METHOD(
+        TRV_ShearHorizontal,
+        "TRV_ShearHorizontal(extends p as picture, width as integer, height as integer, shear as double, yield as "
+        "integer) as picture"),
     TRV_METHOD(TRV_ShearHorizontal_Frame,
                "TRV_ShearHorizontal(extends p as picture, width as integer, height as integer, shear as double, "
                "frame_color as color, yield as integer) as picture"),
@@ -148,9 +149,10 @@ const REALmethodDefinition kPictureMethods[] = {
                "frame_color as color, yield as integer) as picture"),
     TRV_METHOD(TRV_FreeRotateByShear,
                "TRV_FreeRotateByShear(extends p as picture, rotation as double, yield as integer) as picture"),
-    TRV_METHOD(TRV_FreeRotateByShear_Frame,
-               "TRV_FreeRotateByShear(extends p as picture, rotation as double, frame_color as color, yield as integer) "
-               "as picture"),
+    TRV_METHOD(
+        TRV_FreeRotateByShear_Frame,
+        "TRV_FreeRotateByShear(extends p as picture, rotation as double, frame_color as color, yield as integer) "
+        "as picture"),
     TRV_METHOD(TRV_Convolute,
                "TRV_Convolute(extends p as picture, rect as TRV_Rectangle, horiz_convolution as "
                "TRV_Convolution,vert_convolution as TRV_Convolution) as picture"),
@@ -174,8 +176,7 @@ const REALmethodDefinition kPictureMethods[] = {
     TRV_METHOD(TRV_Transition,
                "TRV_Transition(extends p as picture, overlay_a as picture, overlay_b as picture, overlay_a_fraction as "
                "double) as picture"),
-    TRV_METHOD(TRV_Trim,
-               "TRV_Trim(extends p as picture, trim_rect as TRV_Rectangle, frame_color as color) as picture"),
+    TRV_METHOD(TRV_Trim, "TRV_Trim(extends p as picture, trim_rect as TRV_Rectangle, frame_color as color) as picture"),
     TRV_METHOD(TRV_ConvertToPicture, "TRV_ConvertToPicture(extends s as string) as picture"),
     TRV_METHOD(TRV_ConvertToString, "TRV_ConvertToString(extends p as picture) as string"),
     TRV_METHOD(TRV_RowBytes, "TRV_RowBytes(extends source as picture) as integer"),
@@ -242,8 +243,7 @@ const REALmethodDefinition kClientPictureMethods[] = {
 };
 
 const REALmethodDefinition kScreenMethods[] = {
-    TRV_METHOD(TRV_ScreenCapture,
-               "TRV_ScreenCapture(extends s as screen, capture_rect as TRV_Rectangle) as picture"),
+    TRV_METHOD(TRV_ScreenCapture, "TRV_ScreenCapture(extends s as screen, capture_rect as TRV_Rectangle) as picture"),
 };
 
 const REALmethodDefinition kGradientMethods[] = {

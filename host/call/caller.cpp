@@ -89,9 +89,8 @@ Caller::Candidates Caller::named(std::string_view name) const {
 Caller::Candidates Caller::members_named(const Value& self, std::string_view name) const {
     Candidates result = named(name);
     const std::string type = type_name(self);
-    std::erase_if(result, [&](const Callable* callable) {
-        return !callable->extends() && !same_name(callable->owner, type);
-    });
+    std::erase_if(result,
+                  [&](const Callable* callable) { return !callable->extends() && !same_name(callable->owner, type); });
     return result;
 }
 

@@ -36,7 +36,7 @@ struct Parameter {
     std::string name;
     Type type;
     bool extends = false;
-    bool by_ref = false;  // an integer, double, boolean or color
+    bool by_ref = false;                   // an integer, double, boolean or color
     std::optional<Literal> default_value;  // of the parameter's type
 };
 

@@ -16,8 +16,8 @@ namespace tarvo::host {
 
 class X11Root {
 public:
-    // The default screen of a display; of the one that the environment names if the name is empty. Null when there is no
-    // such display, or its pixels are not understood.
+    // The default screen of a display; of the one that the environment names if the name is empty. Null when there is
+    // no such display, or its pixels are not understood.
     static std::unique_ptr<X11Root> connect(const std::string& display);
     ~X11Root();
     X11Root(const X11Root&) = delete;

@@ -19,8 +19,7 @@ struct Placement {
 };
 
 inline Region common_region(const Region& a, const Region& b) {
-    return {std::max(a.left, b.left), std::max(a.top, b.top), std::min(a.right, b.right),
-            std::min(a.bottom, b.bottom)};
+    return {std::max(a.left, b.left), std::max(a.top, b.top), std::min(a.right, b.right), std::min(a.bottom, b.bottom)};
 }
 
 // Any place will do, also one from which the overlay's far edges do not fit in 32 bits.

@@ -44,8 +44,7 @@ void TRV_Convolution_SetCoefficients(REALobjectStruct* self, REALintArrayStruct*
     if (last < 0 || last >= Convolution::kMostTaps || last % 2 != 0) return;
     *c = {};
     c->width = last + 1;
-    for (std::int32_t i = 0; i <= last; ++i)
-        c->coefficients[i] = static_cast<std::int32_t>(REALGetArrayInt(coeffs, i));
+    for (std::int32_t i = 0; i <= last; ++i) c->coefficients[i] = static_cast<std::int32_t>(REALGetArrayInt(coeffs, i));
 }
 
 void TRV_Convolution_MessageBox(REALobjectStruct* self) {

@@ -80,9 +80,8 @@ REALpictureStruct* TRV_ThresholdWithMask(REALpictureStruct* p, REALpictureStruct
     ClearError();
     if (!p) return Fail(ErrorCode::source_nil);
     if (!mask) return Fail(ErrorCode::mask_nil);
-    return adjust_with_mask(PictureForm{}, p, mask,
-                            [&](const TRV_Picture& source, const TRV_Picture& weights, TRV_Picture& result) {
-                                PrivThresholdWithMask(source, weights, result, darker, and_threshold, threshold,
-                                                      target);
-                            });
+    return adjust_with_mask(
+        PictureForm{}, p, mask, [&](const TRV_Picture& source, const TRV_Picture& weights, TRV_Picture& result) {
+            PrivThresholdWithMask(source, weights, result, darker, and_threshold, threshold, target);
+        });
 }

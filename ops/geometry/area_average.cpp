@@ -116,12 +116,11 @@ void average_taps(const Taps& of, std::size_t count, PixelColor* __restrict out)
 template <std::size_t kPairs>
 __attribute__((target("avx2"))) void average_taps_avx2(const Taps& taps, std::size_t count, PixelColor* out) {
     // Of four pixels the first or the last two, lane by lane, as words.
-    const __m256i first_pair = _mm256_broadcastsi128_si256(
-        _mm_setr_epi8(0, -1, 4, -1, 1, -1, 5, -1, 2, -1, 6, -1, 3, -1, 7, -1));
+    const __m256i first_pair =
+        _mm256_broadcastsi128_si256(_mm_setr_epi8(0, -1, 4, -1, 1, -1, 5, -1, 2, -1, 6, -1, 3, -1, 7, -1));
     const __m256i second_pair = _mm256_add_epi8(first_pair, _mm256_set1_epi16(8));
-    const __m256i lowest_bytes = _mm256_setr_epi8(
-        0, 4, 8, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1,
-        0, 4, 8, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1);
+    const __m256i lowest_bytes = _mm256_setr_epi8(0, 4, 8, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, 0, 4, 8,
+                                                  -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1);
     const __m256i ones = _mm256_set1_epi32(1);
     const __m256i missing = _mm256_set1_epi32(static_cast<int>(taps.missing));
     const __m256i* weights = reinterpret_cast<const __m256i*>(taps.weights);
@@ -308,8 +307,8 @@ void RowAverage::add_piece(std::size_t done, std::size_t pixels) {
         const auto add = [&](std::int64_t from, std::int64_t to, std::uint32_t weight) {
             const std::int64_t here = std::max(from, begin), behind = std::min(to, end);
             if (here >= behind) return;
-            add_pixels(&window_[static_cast<std::size_t>(here - begin)], static_cast<std::size_t>(behind - here), weight,
-                       sums_.of(summed_));
+            add_pixels(&window_[static_cast<std::size_t>(here - begin)], static_cast<std::size_t>(behind - here),
+                       weight, sums_.of(summed_));
         };
         add(first, first + 1, weights_.weight(first, column));
         add(first + 1, last, static_cast<std::uint32_t>(weights_.step));

@@ -1,7 +1,7 @@
 #pragma once
 
-// Resampling by area, one axis at a time: each result line is the mean of the source lines that it covers. Along rows a line
-// is a pixel, along columns a run of pixels.
+// Resampling by area, one axis at a time: each result line is the mean of the source lines that it covers. Along rows a
+// line is a pixel, along columns a run of pixels.
 
 #include <algorithm>
 #include <array>
@@ -105,8 +105,8 @@ private:
     std::size_t count_;
     std::int32_t source_column_ = 0;
     std::size_t source_count_ = 0;
-    std::size_t taps_ = 0;  // the most pixels that a result covers
-    std::size_t summed_ = 0;  // results that are complete, where sums grow piece by piece
+    std::size_t taps_ = 0;                                // the most pixels that a result covers
+    std::size_t summed_ = 0;                              // results that are complete, where sums grow piece by piece
     std::array<std::uint32_t, kRunPixels> taken_from_{};  // each result's first pixel in the window
     std::array<std::int16_t, ColorSums::kLanes * kRunTaps> tap_weights_;
     std::array<PixelColor, kRunTaps + kMostTaps> window_{};
@@ -147,7 +147,7 @@ private:
     std::size_t count_;
     bool at_once_;
     std::int32_t source_row_ = 0;
-    std::int32_t row_ = 0;  // of the result, that comes next
+    std::int32_t row_ = 0;               // of the result, that comes next
     std::array<Run, kMostLines> lines_;  // the last ones
     ColorSums sums_;
 };

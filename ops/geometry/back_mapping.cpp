@@ -10,7 +10,7 @@ namespace free_rotation {
 namespace {
 
 constexpr std::int32_t kMargin = 2;
-constexpr double kHalfPi3 = 4.712385;     // 3 pi / 2
+constexpr double kHalfPi3 = 4.712385;      // 3 pi / 2
 constexpr double kQuarterPi5 = 3.9269875;  // 5 pi / 4
 constexpr double kThreePi = 9.42477;
 constexpr double kDiagonal = 1.4142135623730951;  // of a pixel

@@ -68,10 +68,10 @@ private:
     std::int32_t left_edge(double top) const;
 
     double angle_, sine_, cosine_;
-    double half_width_, half_height_;                // of the source
+    double half_width_, half_height_;  // of the source
     double result_half_width_, result_half_height_;
     std::int32_t result_width_;
-    double fixed_unit_;                              // a source pixel in fixed point
+    double fixed_unit_;  // a source pixel in fixed point
     Steps steps_;
 };
 

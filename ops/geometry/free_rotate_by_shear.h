@@ -4,8 +4,8 @@
 
 #include "real_interface.h"
 
-// `rotation`: degrees clockwise, from 0 to below 360. The corners are transparent, or have the frame's colour. A picture
-// or mask that cannot be locked gives nil and no code.
+// `rotation`: degrees clockwise, from 0 to below 360. The corners are transparent, or have the frame's colour. A
+// picture or mask that cannot be locked gives nil and no code.
 REALpictureStruct* TRV_FreeRotateByShear(REALpictureStruct* p, double rotation, int yield);
 REALpictureStruct* TRV_FreeRotateByShear_Frame(REALpictureStruct* p, double rotation, int frame_color, int yield);
 

@@ -135,10 +135,9 @@ TARVO_INLINED inline void average_columns(std::size_t count, Run& run) {
     repeat_for_bytes(run.portion, portions);
     std::uint8_t* const means = reinterpret_cast<std::uint8_t*>(run.means);
     for (std::size_t i = 0; i < count * kBytes; ++i) {
-        const std::int32_t sum = run.columns[0][i] * weights[0][i] + run.columns[1][i] * weights[1][i] +
-                                 run.columns[2][i] * weights[2][i];
-        means[i] =
-            static_cast<std::uint8_t>(static_cast<std::int32_t>((static_cast<float>(sum) + 0.5f) * portions[i]));
+        const std::int32_t sum =
+            run.columns[0][i] * weights[0][i] + run.columns[1][i] * weights[1][i] + run.columns[2][i] * weights[2][i];
+        means[i] = static_cast<std::uint8_t>(static_cast<std::int32_t>((static_cast<float>(sum) + 0.5f) * portions[i]));
     }
 }
 

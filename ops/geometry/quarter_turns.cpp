@@ -134,13 +134,14 @@ private:
     static constexpr std::int32_t kColumns = 128;
     static constexpr std::int32_t kWord = 4;
     static constexpr std::int32_t kLineWords = 16;
-    struct alignas(kLineWords * kWord) Row {
+    struct alignas(kLineWords* kWord) Row {
         std::uint32_t before[kLineWords];  // the last of them wait
         std::uint32_t tile[kColumns];
     };
     static std::uint8_t* bytes_of(std::uint32_t* words) { return reinterpret_cast<std::uint8_t*>(words); }
 
-    // The source's rows for a tile, which are asked for at once. A tile's last few may stand for none: nobody writes them.
+    // The source's rows for a tile, which are asked for at once. A tile's last few may stand for none: nobody writes
+    // them.
     void find_rows(const Band& band, std::int32_t column, std::int32_t width) {
         for (std::int32_t x = 0; x < kColumns; ++x) {
             from_[x] = band.source.WordsAt(band.source_row(std::min(column + x, width - 1)), band.source_column());

@@ -1,7 +1,7 @@
 #pragma once
 
-// The kernels that mirror and turn: Priv_Rotate, the clockwise degrees, then what is mirrored before the turn (H: left and
-// right, V: top and bottom). Each moves every pixel from a locked source to a locked result of the turned size.
+// The kernels that mirror and turn: Priv_Rotate, the clockwise degrees, then what is mirrored before the turn (H: left
+// and right, V: top and bottom). Each moves every pixel from a locked source to a locked result of the turned size.
 //
 // Eight mappings make all sixteen combinations, so eight of the names are second names of the others.
 

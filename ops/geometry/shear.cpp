@@ -43,8 +43,8 @@ REALpictureStruct* PrivShear_NonVector(REALpictureStruct* p, int width, int heig
     });
 }
 
-REALpictureStruct* PrivShear_Frame_NonVector(REALpictureStruct* p, int width, int height, double shear,
-                                             bool horizontal, int frame_color, int yield) {
+REALpictureStruct* PrivShear_Frame_NonVector(REALpictureStruct* p, int width, int height, double shear, bool horizontal,
+                                             int frame_color, int yield) {
     TRV_Picture source(p, false);
     if (!source.Lock()) return nullptr;
     return kSilentForm.produce(width, height, result_depth(source), false, [&](TRV_Picture& result) {
@@ -63,8 +63,8 @@ REALpictureStruct* TRV_ShearVertical(REALpictureStruct* p, int width, int height
     return shear_plain(p, width, height, shear, false, yield);
 }
 
-REALpictureStruct* TRV_ShearHorizontal_Frame(REALpictureStruct* p, int width, int height, double shear,
-                                             int frame_color, int yield) {
+REALpictureStruct* TRV_ShearHorizontal_Frame(REALpictureStruct* p, int width, int height, double shear, int frame_color,
+                                             int yield) {
     return shear_framed(p, width, height, shear, true, frame_color, yield);
 }
 

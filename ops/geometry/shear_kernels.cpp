@@ -61,7 +61,8 @@ void shear_rows(const TRV_Picture& source, const TRV_Picture& result, double she
 
 // --- columns ---------------------------------------------------------------------------------------------------------
 
-// Columns are sheared side by side as rows of a small block: a result's piece, and the piece of the source that goes into it.
+// Columns are sheared side by side as rows of a small block: a result's piece, and the piece of the source that goes
+// into it.
 constexpr std::int32_t kColumns = 64;
 constexpr std::int32_t kRows = 128;
 // Neighbouring columns are at most a pixel apart; one more pixel is blended in, and one may be begun.
@@ -69,9 +70,9 @@ constexpr std::int32_t kSourceRows = kRows + kColumns + 2;
 
 // The columns of a block.
 struct ColumnBlock {
-    std::int32_t column, count;              // of the result
-    std::int32_t first_content, end_content; // those with content, counted from `column`
-    std::int32_t source_column;              // of the first one with content
+    std::int32_t column, count;               // of the result
+    std::int32_t first_content, end_content;  // those with content, counted from `column`
+    std::int32_t source_column;               // of the first one with content
     std::array<ShearedLine, kColumns> lines;
 
     ColumnBlock(const ShearPlan& plan, std::int32_t first, std::int32_t columns)
@@ -121,8 +122,8 @@ void shear_block(const Layer<Edges>& layer, std::int32_t source_height, const Co
     }
     transpose({drawn_columns.data(), kRows}, block.count, count, {drawn_rows.data(), kColumns});
     for (std::int32_t y = 0; y < count; ++y)
-        layer.result.SetPixels(row + y, block.column, {&drawn_rows[std::size_t{kColumns} * y], std::size_t(block.count)},
-                               layer.caller);
+        layer.result.SetPixels(row + y, block.column,
+                               {&drawn_rows[std::size_t{kColumns} * y], std::size_t(block.count)}, layer.caller);
 }
 
 template <class Edges>

@@ -1,12 +1,12 @@
 #pragma once
 
-// The kernels of shears, and of the rotation that is made of three. A horizontal shear shifts rows, the top one farthest
-// to the right when `shear` is positive; a vertical one shifts columns, the left one farthest down.
+// The kernels of shears, and of the rotation that is made of three. A horizontal shear shifts rows, the top one
+// farthest to the right when `shear` is positive; a vertical one shifts columns, the left one farthest down.
 
 #include "picture.h"
 
-// With masks: uncovered places are mid grey and transparent. 10, and nothing drawn, when the result and its mask differ in
-// size, else 0. Source pixels that lie beyond their mask are taken for transparent.
+// With masks: uncovered places are mid grey and transparent. 10, and nothing drawn, when the result and its mask differ
+// in size, else 0. Source pixels that lie beyond their mask are taken for transparent.
 int Priv_ShearHorizontal(const TRV_Picture& source, TRV_Picture& result, const TRV_Picture& source_mask,
                          TRV_Picture& result_mask, double shear, int yield);
 int Priv_ShearVertical(const TRV_Picture& source, TRV_Picture& result, const TRV_Picture& source_mask,

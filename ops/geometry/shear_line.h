@@ -71,7 +71,8 @@ struct MaskEdges {
     PixelColor trailing(PixelColor last, const ShearedLine& line) const;
 };
 
-// An image in a frame of one colour. A source pixel just cut off at the result's edge still blends into the first place.
+// An image in a frame of one colour. A source pixel just cut off at the result's edge still blends into the first
+// place.
 struct FrameEdges {
     static constexpr bool kKeepsCutNeighbor = true;
     static constexpr auto blend = blend_colors_row;
@@ -83,10 +84,11 @@ struct FrameEdges {
     PixelColor trailing(PixelColor last, const ShearedLine& line) const;
 };
 
-// Draws the places from `from` on, at most a chunk of them. `read(index, colors)` gives the source line's pixels from one
-// on, in `colors` or wherever they lie already.
+// Draws the places from `from` on, at most a chunk of them. `read(index, colors)` gives the source line's pixels from
+// one on, in `colors` or wherever they lie already.
 template <class Edges, class Read>
-void draw_segment(const ShearedLine& line, const Edges& edges, std::int32_t from, std::span<PixelColor> out, Read read) {
+void draw_segment(const ShearedLine& line, const Edges& edges, std::int32_t from, std::span<PixelColor> out,
+                  Read read) {
     const std::int32_t to = from + static_cast<std::int32_t>(out.size());
     const std::int32_t first = std::clamp(line.first, from, to), end = std::clamp(line.end, from, to);
     const auto place = [&](std::int32_t at) { return out.data() + (at - from); };

@@ -12,8 +12,8 @@ namespace {
 
 constexpr std::int32_t kMaskDepth = 32;  // of the mask's intermediate picture
 
-// Below a byte a pixel, the address moves on with the pixels but bit 0 is read at each: a byte's first pixel stands for all
-// that it holds.
+// Below a byte a pixel, the address moves on with the pixels but bit 0 is read at each: a byte's first pixel stands for
+// all that it holds.
 void read_run(const TRV_Picture& source, std::int32_t row, std::int32_t column, std::span<PixelColor> colors,
               const char* caller) {
     const std::int32_t bits = source.bitsPerPixel();
@@ -51,8 +51,8 @@ void average_row(RowAverage& across, const TRV_Picture& source, std::int32_t row
     across.average(read, out);
 }
 
-using WriteRun = void(TRV_Picture& destination, std::int32_t row, std::int32_t column, std::span<const PixelColor> colors,
-                      const char* caller);
+using WriteRun = void(TRV_Picture& destination, std::int32_t row, std::int32_t column,
+                      std::span<const PixelColor> colors, const char* caller);
 
 void write_colors(TRV_Picture& destination, std::int32_t row, std::int32_t column, std::span<const PixelColor> colors,
                   const char* caller) {
@@ -111,7 +111,8 @@ void stretch_columns(const TRV_Picture& source, TRV_Picture& destination, int yi
 
 // --- along both at once ----------------------------------------------------------------------------------------------
 
-// As if one went after the other, by way of an intermediate picture that keeps every bit. The host gets control as often.
+// As if one went after the other, by way of an intermediate picture that keeps every bit. The host gets control as
+// often.
 void stretch_both(const TRV_Picture& source, TRV_Picture& result, int yield) {
     const AxisWeights across(source.width(), result.width()), down(source.height(), result.height());
     YieldBudget row_budget(yield), column_budget(yield);

@@ -21,8 +21,8 @@ bool is_area(const TRV_Rectangle_Data& area) {
     return area.width >= 1 && area.height >= 1 && area.right() >= area.left && area.bottom() >= area.top;
 }
 
-// On rows beside the source a mask is transparent. Beside the source's columns it takes the frame's colour, as the image
-// does: intended, programs know it so.
+// On rows beside the source a mask is transparent. Beside the source's columns it takes the frame's colour, as the
+// image does: intended, programs know it so.
 void trim_mask(const TRV_Picture& source, const TRV_Picture& result, const TRV_Rectangle_Data& area, PixelColor frame) {
     TRV_Picture source_mask(source, true);
     TRV_Picture result_mask(result, true);
@@ -54,8 +54,7 @@ void PrivTrim(const TRV_Picture& source, TRV_Picture& result, const TRV_Rectangl
     const std::int32_t height = std::min(result.height(), area.height);
     // The result's columns from `first` to before `end` come from the source.
     const auto column_of = [&](std::int32_t source_column) {
-        return static_cast<std::int32_t>(
-            std::clamp<std::int64_t>(std::int64_t{source_column} - area.left, 0, width));
+        return static_cast<std::int32_t>(std::clamp<std::int64_t>(std::int64_t{source_column} - area.left, 0, width));
     };
     const std::int32_t first = column_of(0), end = column_of(source.width());
     for (std::int32_t row = 0; row < height; ++row) {
@@ -79,7 +78,6 @@ REALobjectStruct* TRV_ClientPicture_Trim(REALobjectStruct* cp, REALobjectStruct*
     return trim(ClientForm{as_picture}, cp, trim_rect, frame_color, false);
 }
 
-REALobjectStruct* TRV_ClientPicture_Trim_OwnMemory(REALobjectStruct* cp, REALobjectStruct* trim_rect,
-                                                   int frame_color) {
+REALobjectStruct* TRV_ClientPicture_Trim_OwnMemory(REALobjectStruct* cp, REALobjectStruct* trim_rect, int frame_color) {
     return TRV_ClientPicture_Trim(cp, trim_rect, frame_color, false);
 }

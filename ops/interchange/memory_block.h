@@ -8,9 +8,9 @@
 #include "real_interface.h"
 #include "region.h"
 
-// A new memory block with the pixels of a region, row after row without padding, in the machine's byte order: 0x00RRGGBB
-// in 32 bits, or of sources up to 16 bits deep 0RRRRRGGGGGBBBBB in 16. `row_bytes`, unless null, gets the bytes of a row, 0
-// after a failure.
+// A new memory block with the pixels of a region, row after row without padding, in the machine's byte order:
+// 0x00RRGGBB in 32 bits, or of sources up to 16 bits deep 0RRRRRGGGGGBBBBB in 16. `row_bytes`, unless null, gets the
+// bytes of a row, 0 after a failure.
 REALmemoryBlockStruct* TRV_MakeMemoryBlock(REALpictureStruct* p, REALobjectStruct* rect, bool mask_to_alpha,
                                            int* row_bytes);
 

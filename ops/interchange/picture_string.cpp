@@ -29,8 +29,7 @@ bool is_readable_depth(std::uint16_t depth) { return depth == 8 || depth == 16 |
 
 // --- planes ----------------------------------------------------------------------------------------------------------
 
-TARVO_ROW_CLONES void red_row(const PixelColor* __restrict colors, std::uint8_t* __restrict levels,
-                              std::size_t count) {
+TARVO_ROW_CLONES void red_row(const PixelColor* __restrict colors, std::uint8_t* __restrict levels, std::size_t count) {
     for (std::size_t x = 0; x < count; ++x) levels[x] = static_cast<std::uint8_t>(red_of(colors[x]));
 }
 

@@ -38,8 +38,8 @@ struct PictureStringHeader {
     std::uint64_t length() const;
 };
 
-// The kernels: a locked picture or mask, and the plane of a string for a picture of `width` x `height`. What only one of
-// the two has is left alone.
+// The kernels: a locked picture or mask, and the plane of a string for a picture of `width` x `height`. What only one
+// of the two has is left alone.
 void PrivWriteColorPlane(const TRV_Picture& source, std::uint8_t* plane, std::int32_t width, std::int32_t height);
 void PrivReadColorPlane(const std::uint8_t* plane, std::int32_t width, std::int32_t height, TRV_Picture& result);
 void PrivWriteMaskPlane(const TRV_Picture& mask, std::uint8_t* plane, std::int32_t width, std::int32_t height);

@@ -8,7 +8,9 @@ struct DropReference {
     void operator()(REALobjectStruct* object) const { REALUnlockObject(object); }
     void operator()(REALpictureStruct* picture) const { REALUnlockObject(picture); }
     void operator()(REALstringStruct* string) const { REALUnlockString(string); }
-    void operator()(REALmemoryBlockStruct* block) const { REALUnlockObject(reinterpret_cast<REALobjectStruct*>(block)); }
+    void operator()(REALmemoryBlockStruct* block) const {
+        REALUnlockObject(reinterpret_cast<REALobjectStruct*>(block));
+    }
 };
 
 // A reference that is dropped unless it is handed on with `release`.

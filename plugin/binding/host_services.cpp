@@ -190,7 +190,8 @@ void ConvertCurrentMethodsToV6(REALclassDefinition* definition) {
     const REALword count = definition->methodCount;
     if (count <= 0) return;
     const auto* current = static_cast<const REALmethodDefinition*>(definition->methods);
-    char* const block = NewPtr(static_cast<std::int32_t>(count * static_cast<REALword>(sizeof(REALmethodDefinitionV6))));
+    char* const block =
+        NewPtr(static_cast<std::int32_t>(count * static_cast<REALword>(sizeof(REALmethodDefinitionV6))));
     auto* const old = reinterpret_cast<REALmethodDefinitionV6*>(block);
     definition->methods = old;
     definition->methodCount = old ? count : 0;  // a host that reads short records must never see long ones

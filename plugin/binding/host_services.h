@@ -1,7 +1,7 @@
 #pragma once
 
-// The host's services as functions. Each looks its entry point up by name on the first call and keeps it; while the host
-// has none of that name the call does nothing, gives 0 or null, and looks again the next time.
+// The host's services as functions. Each looks its entry point up by name on the first call and keeps it; while the
+// host has none of that name the call does nothing, gives 0 or null, and looks again the next time.
 
 #include <cstdint>
 

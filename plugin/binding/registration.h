@@ -225,36 +225,30 @@ struct Boundary<Function> {
 #define TRV_ENTRY(function) reinterpret_cast<void*>(&registration::Boundary<&function>::call)
 
 // A global method.
-#define TRV_METHOD(function, declaration)                                                                 \
-    {                                                                                                     \
-        TRV_ENTRY(function), nullptr,                                                                     \
-            registration::fitting<&function, registration::Owner::none>(declaration), 0                  \
-    }
+#define TRV_METHOD(function, declaration) \
+    { TRV_ENTRY(function), nullptr, registration::fitting<&function, registration::Owner::none>(declaration), 0 }
 
 // A global method that gives a client picture and is declared to give a picture, which programs then use it as.
 #define TRV_METHOD_DECLARED_AS_PICTURE(function, declaration) \
     { TRV_ENTRY(function), nullptr, registration::fitting_but_for_result<&function>(declaration), 0 }
 
 // A member of a class of the plugin's: the instance is the function's first argument.
-#define TRV_MEMBER(function, declaration, flags)                                                          \
-    {                                                                                                     \
-        TRV_ENTRY(function), nullptr,                                                                     \
-            registration::fitting<&function, registration::Owner::plugin_class>(declaration), flags      \
+#define TRV_MEMBER(function, declaration, flags)                                                    \
+    {                                                                                               \
+        TRV_ENTRY(function), nullptr,                                                               \
+            registration::fitting<&function, registration::Owner::plugin_class>(declaration), flags \
     }
 
 // A member that can also be assigned to: the setter takes the getter's arguments, then the value.
-#define TRV_ASSIGNABLE_MEMBER(getter, setter, declaration, flags)                                                    \
-    {                                                                                                                \
-        TRV_ENTRY(getter), TRV_ENTRY(setter),                                                                        \
-            registration::fitting_both<&getter, &setter, registration::Owner::plugin_class>(declaration), flags      \
+#define TRV_ASSIGNABLE_MEMBER(getter, setter, declaration, flags)                                               \
+    {                                                                                                           \
+        TRV_ENTRY(getter), TRV_ENTRY(setter),                                                                   \
+            registration::fitting_both<&getter, &setter, registration::Owner::plugin_class>(declaration), flags \
     }
 
 // A method of the host's picture class: the picture is the function's first argument.
-#define TRV_PICTURE_MEMBER(function, declaration)                                                         \
-    {                                                                                                     \
-        TRV_ENTRY(function), nullptr,                                                                     \
-            registration::fitting<&function, registration::Owner::picture>(declaration), 0               \
-    }
+#define TRV_PICTURE_MEMBER(function, declaration) \
+    { TRV_ENTRY(function), nullptr, registration::fitting<&function, registration::Owner::picture>(declaration), 0 }
 
 // A property: `getter(instance, parameter)`, `setter(instance, parameter, value)`.
 #define TRV_PROPERTY(group, name, type, flags, getter, setter, parameter) \

@@ -15,11 +15,11 @@ using Passing = FakeHost;
 
 TEST_F(Passing, IntegersAndDoublesInterleavedBeyondTheRegisters) {
     const ObjectRef p = picture();
-    const Value result = call("Mixed", p, -1, 0.5, 2147483647, -1e300, Color{0xFEDCBA}, 3.25, true, -2147483647 - 1, 5,
-                              -6, 7.75);
-    EXPECT_EQ(seen, (Seen{"mixed",
-                          {p.handle()},
-                          {-1, 0.5, 2147483647, -1e300, 0xFEDCBA, 3.25, 1, -2147483648.0, 5, -6, 7.75}}));
+    const Value result =
+        call("Mixed", p, -1, 0.5, 2147483647, -1e300, Color{0xFEDCBA}, 3.25, true, -2147483647 - 1, 5, -6, 7.75);
+    EXPECT_EQ(
+        seen,
+        (Seen{"mixed", {p.handle()}, {-1, 0.5, 2147483647, -1e300, 0xFEDCBA, 3.25, 1, -2147483648.0, 5, -6, 7.75}}));
     EXPECT_EQ(result, Value(-7));
 }
 

@@ -136,9 +136,7 @@ struct BoxData {
 
 extern REALclassDefinition box_class;
 
-BoxData& data_of(Handle box) {
-    return *reinterpret_cast<BoxData*>(static_cast<char*>(box) + box_class.dataOffset);
-}
+BoxData& data_of(Handle box) { return *reinterpret_cast<BoxData*>(static_cast<char*>(box) + box_class.dataOffset); }
 
 void construct_box(REALobjectStruct* box) { data_of(box).number = 1; }
 void destroy_box(REALobjectStruct* box) {

@@ -87,10 +87,9 @@ TEST(CallExpression, TextInQuotes) {
 }
 
 TEST(CallExpression, FileNames) {
-    for (const char* path : {"photo.png", "photo", "../mask.pgm", "~/a_b-c.PNM", "/pictures/x", ".hidden", "..",
-                             "true.png", "rect.png", "nil2", "2010.png", "2010-05-01.jpg", "1/2", "-5.png", "1e3.pam",
-                             "1.5/x",
-                             "inf", "\xC3\xA4.png", "_"}) {
+    for (const char* path :
+         {"photo.png", "photo", "../mask.pgm", "~/a_b-c.PNM", "/pictures/x", ".hidden", "..", "true.png", "rect.png",
+          "nil2", "2010.png", "2010-05-01.jpg", "1/2", "-5.png", "1e3.pam", "1.5/x", "inf", "\xC3\xA4.png", "_"}) {
         EXPECT_EQ(argument(path), file(path));
     }
     EXPECT_EQ(parse_call("F(a.png,b.png)").arguments.size(), 2u);
@@ -109,7 +108,7 @@ struct BadRow {
     const char* message;
 };
 
-#define ANY_ARGUMENT                                                                                        \
+#define ANY_ARGUMENT                                                                                      \
     "expected a number, a color (&cRRGGBB), true, false, nil, a file name, a text in quotes, rect(...), " \
     "matrix(...) or convolution(...), found "
 
@@ -152,8 +151,7 @@ constexpr BadRow kBadRows[] = {
     {"F(rect(1,2,3.5,4))", 12, "expected an integer, found \"3.5\""},
     {"F(rect(1,x,3,4))", 10, "expected an integer, found \"x\""},
     {"F(rect(1,2,3,true))", 14, "expected an integer, found \"true\""},
-    {"F(matrix(1,2))", 13,
-     "expected \",\" and the next number of matrix(m00, m01, m02, m10, ..., m22), found \")\""},
+    {"F(matrix(1,2))", 13, "expected \",\" and the next number of matrix(m00, m01, m02, m10, ..., m22), found \")\""},
     {"F(matrix(1,nil))", 12, "expected a number, found \"nil\""},
     {"F(convolution(1,2.5))", 17, "expected an integer, found \"2.5\""},
     {"F(convolution(1,))", 17, "expected an integer, found \")\""},

@@ -46,8 +46,7 @@ TEST_P(AddSubtract, EveryPairOfKindsAgreesWithTheJudge) {
             const Value result = session.call(a, GetParam().name, b, 0);
             ASSERT_TRUE(picture_in(result)) << session.last_error();
             EXPECT_EQ(session.last_error(), 0);
-            EXPECT_EQ(difference(*picture_in(result),
-                                 judge(GetParam(), read_image(pixels(a)), read_image(pixels(b))),
+            EXPECT_EQ(difference(*picture_in(result), judge(GetParam(), read_image(pixels(a)), read_image(pixels(b))),
                                  std::max(first.depth, 16)),
                       "");
             EXPECT_FALSE(picture_in(result)->mask());
@@ -83,12 +82,12 @@ TEST_P(AddSubtract, ClientFormsGiveWhatThePictureFormGives) {
                 ASSERT_TRUE(object_in(result));
                 EXPECT_EQ(static_cast<bool>(object_in(session.caller.get(result, "pic"))), as_picture);
                 const ObjectRef converted = session.picture_of(object_in(result));
-                EXPECT_EQ(difference(pixels(converted),
-                                     judge(GetParam(), read_image(pixels(a)), read_image(pixels(b))),
+                EXPECT_EQ(difference(pixels(converted), judge(GetParam(), read_image(pixels(a)), read_image(pixels(b))),
                                      std::max(shape.depth, 16)),
                           "");
                 const int mask_depth = std::get<int>(session.caller.get(result, "maskDepth"));
-                EXPECT_EQ(mask_depth, GetParam().sign > 0 && !as_picture ? 8 : 0);  // a sum has a mask, a difference none
+                EXPECT_EQ(mask_depth,
+                          GetParam().sign > 0 && !as_picture ? 8 : 0);  // a sum has a mask, a difference none
             }
             EXPECT_EQ(session.host.accounts(), before);
         }
@@ -213,10 +212,10 @@ TEST_P(AddSubtract, ClientPicturesCanBeEmptiedWhileTheHostHasControl) {
         const auto before = session.host.accounts();
         {
             // Made by an operation, each is the only holder of its memory or host picture.
-            const ObjectRef first = object_in(
-                session.call(session.client(a), GetParam().name, session.client(b), 0, as_picture));
-            const ObjectRef second = object_in(
-                session.call(session.client(a), GetParam().name, session.client(b), 0, as_picture));
+            const ObjectRef first =
+                object_in(session.call(session.client(a), GetParam().name, session.client(b), 0, as_picture));
+            const ObjectRef second =
+                object_in(session.call(session.client(a), GetParam().name, session.client(b), 0, as_picture));
             session.host.on_yield = [&] {
                 session.call(first, "operator_convert", nullptr);
                 session.call(second, "operator_convert", nullptr);

@@ -67,11 +67,16 @@ struct CenteredOperation {
 // No effect, all of it, small steps, near 64, where contrast's arithmetic changes, on the bounds, not a number.
 inline const std::vector<Factors>& awkward_factors() {
     static const std::vector<Factors> all = {
-        {1.0, 1.0, 1.0},         {0.0, 0.0, 0.0},
-        {1.6, 0.4, 2.999},       {1.0, 0.5, 1.0},
-        {255.0, 200.5, 100.0},   {0.5, 255.0, 0.001},
-        {1.004, 0.997, 64.01},   {63.99, 63.996, 0.003},
-        {64.0, 1.0, 1.0},        {kNotANumber, 1.5, 1.5},
+        {1.0, 1.0, 1.0},
+        {0.0, 0.0, 0.0},
+        {1.6, 0.4, 2.999},
+        {1.0, 0.5, 1.0},
+        {255.0, 200.5, 100.0},
+        {0.5, 255.0, 0.001},
+        {1.004, 0.997, 64.01},
+        {63.99, 63.996, 0.003},
+        {64.0, 1.0, 1.0},
+        {kNotANumber, 1.5, 1.5},
         {1.5, kNotANumber, kNotANumber},
     };
     return all;

@@ -164,9 +164,7 @@ TEST_F(Contrast, YieldsBetweenRowsByTheBudget) {
     EXPECT_EQ(yields([&] { adjust(source, {}, {2.0, 2.0, 2.0}, 1); }), 12);
     EXPECT_EQ(yields([&] { adjust(source, {}, {2.0, 2.0, 2.0}, 0); }), 0);
     EXPECT_EQ(yields([&] { adjust(source, {}, {2.0, 2.0, 2.0}, -5); }), 0);
-    EXPECT_EQ(yields([&] {
-                  session.call(source, "TRV_AdjustContrastWithMask", mask, Color{0}, 1.0, 1.0, 1.0, 100);
-              }),
+    EXPECT_EQ(yields([&] { session.call(source, "TRV_AdjustContrastWithMask", mask, Color{0}, 1.0, 1.0, 1.0, 100); }),
               3);
     // The average walks the region's rows alone, and counts whole rows.
     EXPECT_EQ(yields([&] {

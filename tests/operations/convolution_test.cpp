@@ -191,8 +191,8 @@ TEST_F(Convolute, EveryKindAndMaskAgreesWithTheJudge) {
             // From sums that fit in 16 bits to ones that wrap in 32.
             const int largest = std::array{2, 20, 300, 100000, kMost}[random() % 5];
             const Kernel across = any_kernel(largest), down = any_kernel(largest);
-            const Value result = convolute(source, session.rectangle(area.left, area.top, area.width, area.height),
-                                           across, down);
+            const Value result =
+                convolute(source, session.rectangle(area.left, area.top, area.width, area.height), across, down);
             ASSERT_TRUE(picture_in(result)) << session.last_error();
             EXPECT_EQ(session.last_error(), 0);
             const int depth = std::max(shape.depth, 16);
@@ -214,8 +214,8 @@ TEST_F(Convolute, WideAndHighPicturesAgreeWithTheJudge) {
             const ObjectRef source = random_picture(session, random, {}, width, height);
             const Kernel across = any_kernel(largest), down = any_kernel(largest);
             const Area area = {any_of(random, 0, width / 4), any_of(random, 0, height / 4), width - width / 2, height};
-            const Value result = convolute(source, session.rectangle(area.left, area.top, area.width, area.height),
-                                           across, down);
+            const Value result =
+                convolute(source, session.rectangle(area.left, area.top, area.width, area.height), across, down);
             ASSERT_TRUE(picture_in(result));
             EXPECT_EQ(difference(*picture_in(result),
                                  plain_convolution(read_image(pixels(source)), across, down, area, 32), 32),
@@ -258,9 +258,9 @@ TEST_F(Convolute, QuotientsBySmallSumsAreExact) {
         const Kernel kernel = {1, 0, sum - 1};
         const Value result = convolute(source, {}, kernel, {1});
         ASSERT_TRUE(picture_in(result));
-        ASSERT_EQ(difference(*picture_in(result),
-                             plain_pass(image, kernel, {0, 0, image.width, image.height}, 1, 0, 32), 32),
-                  "")
+        ASSERT_EQ(
+            difference(*picture_in(result), plain_pass(image, kernel, {0, 0, image.width, image.height}, 1, 0, 32), 32),
+            "")
             << "sum " << sum;
     }
 }
@@ -285,15 +285,15 @@ TEST_F(Convolute, SumsWrapAndTheMostNegativeOneStaysWhenDividedByMinusOne) {
         return levels_of(convolute(grey_row(levels), {}, kernel, {1}))[levels.size() / 2];
     };
     constexpr int k2To24 = 1 << 24;
-    EXPECT_EQ(centre({128, 7, 0}, {-k2To24, 0, k2To24 - 1}), 0u);      // -2^31 / -1
-    EXPECT_EQ(centre({128, 7, 0}, {-k2To24, 0, k2To24 - 2}), 255u);    // -2^31 / -2
-    EXPECT_EQ(centre({128, 7, 0}, {-k2To24, 0, -k2To24}), 64u);        // -2^31 / -2^25
-    EXPECT_EQ(centre({128, 7, 0}, {k2To24, 0, 1 - k2To24}), 0u);       // the same dividend, by wrapping, / 1
-    EXPECT_EQ(centre({3, 3, 3}, {0, kLeast, 0}), 1u);                  // -2^31 / -2^31
+    EXPECT_EQ(centre({128, 7, 0}, {-k2To24, 0, k2To24 - 1}), 0u);    // -2^31 / -1
+    EXPECT_EQ(centre({128, 7, 0}, {-k2To24, 0, k2To24 - 2}), 255u);  // -2^31 / -2
+    EXPECT_EQ(centre({128, 7, 0}, {-k2To24, 0, -k2To24}), 64u);      // -2^31 / -2^25
+    EXPECT_EQ(centre({128, 7, 0}, {k2To24, 0, 1 - k2To24}), 0u);     // the same dividend, by wrapping, / 1
+    EXPECT_EQ(centre({3, 3, 3}, {0, kLeast, 0}), 1u);                // -2^31 / -2^31
     EXPECT_EQ(centre({2, 2, 2}, {0, kLeast, 0}), 0u);
-    EXPECT_EQ(centre({1, 200, 1}, {0, kMost, 0}), 0u);                 // 200 * (2^31 - 1) wraps to -200
+    EXPECT_EQ(centre({1, 200, 1}, {0, kMost, 0}), 0u);  // 200 * (2^31 - 1) wraps to -200
     EXPECT_EQ(centre({1, 1, 1}, {0, kMost, 0}), 1u);
-    EXPECT_EQ(centre({255, 0, 0}, {8421504, 0, 1}), 254u);             // just below 2^31, just below 255
+    EXPECT_EQ(centre({255, 0, 0}, {8421504, 0, 1}), 254u);  // just below 2^31, just below 255
 }
 
 TEST_F(Convolute, ASumOfZeroCopiesThePixelInBothPasses) {

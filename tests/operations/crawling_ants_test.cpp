@@ -38,8 +38,7 @@ protected:
     void expect_outline(const ObjectRef& source, const Area& area, int size, int state, int code) {
         SCOPED_TRACE(::testing::Message() << "size " << size << ", state " << state);
         const auto before = all_bytes(source);
-        const Value result =
-            ants(source, session.rectangle(area.left, area.top, area.width, area.height), size, state);
+        const Value result = ants(source, session.rectangle(area.left, area.top, area.width, area.height), size, state);
         ASSERT_TRUE(picture_in(result));
         EXPECT_EQ(session.last_error(), code);
         EXPECT_EQ(difference(*picture_in(result), plain_outline(read_image(pixels(source)), area, size, state),

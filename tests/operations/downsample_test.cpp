@@ -59,9 +59,8 @@ TEST_F(Downsample, EveryLevelIsExactInWideRows) {
         for (int bits = 1; bits <= 8; ++bits) {
             const Value result = downsample(source, bits);
             for (int x = 0; x < width; ++x)
-                ASSERT_EQ(read_pixel(*picture_in(result), x, 0), each_channel([&](int shift) {
-                              return plain_level(channel(image.at(x, 0), shift), bits);
-                          }));
+                ASSERT_EQ(read_pixel(*picture_in(result), x, 0),
+                          each_channel([&](int shift) { return plain_level(channel(image.at(x, 0), shift), bits); }));
         }
     }
 }

@@ -64,8 +64,7 @@ TEST_F(FlipRotate, EveryTurnOfEveryKindAgreesWithTheJudge) {
     Session session;
     for (const Shape& shape : source_shapes()) {
         SCOPED_TRACE(shape.name());
-        const ObjectRef source =
-            random_picture(session, random, shape, any_of(random, 1, 40), any_of(random, 1, 40));
+        const ObjectRef source = random_picture(session, random, shape, any_of(random, 1, 40), any_of(random, 1, 40));
         for (const Turn& turn : all_turns()) expect_agreement(session, source, turn);
     }
     EXPECT_TRUE(session.host.complaints().empty());
@@ -90,9 +89,9 @@ TEST_F(FlipRotate, MasksGoThroughTheSameKernel) {
 
 TEST_F(FlipRotate, SizesAroundTilesAndChunks) {
     Session session;
-    for (const auto& [width, height] : {std::pair{1, 1}, std::pair{1, 200}, std::pair{511, 3}, std::pair{512, 2},
-                                        std::pair{513, 1}, std::pair{1025, 5}, std::pair{63, 65}, std::pair{64, 64},
-                                        std::pair{129, 127}}) {
+    for (const auto& [width, height] :
+         {std::pair{1, 1}, std::pair{1, 200}, std::pair{511, 3}, std::pair{512, 2}, std::pair{513, 1},
+          std::pair{1025, 5}, std::pair{63, 65}, std::pair{64, 64}, std::pair{129, 127}}) {
         SCOPED_TRACE(std::to_string(width) + " x " + std::to_string(height));
         for (const int depth : {1, 16, 24, 32}) {
             const ObjectRef source = random_picture(session, random, {.depth = depth}, width, height);
@@ -124,16 +123,17 @@ TEST_F(FlipRotate, RoundTripsRestoreThePicture) {
     for (const int depth : {16, 24, 32}) {
         Shape shape{.depth = depth, .mask_depth = 32};
         const ObjectRef source = random_picture(session, random, shape, 37, 23);
-        for (const Turn& turn : {Turn{1, false, false}, Turn{3, false, false}, Turn{2, false, false},
-                                 Turn{0, true, false}, Turn{0, false, true}, Turn{0, true, true},
-                                 Turn{1, true, false}, Turn{3, false, true}}) {
+        for (const Turn& turn :
+             {Turn{1, false, false}, Turn{3, false, false}, Turn{2, false, false}, Turn{0, true, false},
+              Turn{0, false, true}, Turn{0, true, true}, Turn{1, true, false}, Turn{3, false, true}}) {
             ObjectRef turned = source;
             for (int i = 0; i < 4; ++i) turned = object_in(flip_rotate(session, turned, turn));
             ASSERT_TRUE(turned);
             // 16-bit pixels lose their unused bit, and that alone.
             EXPECT_EQ(difference(pixels(turned), read_image(pixels(source)), depth), "");
-            EXPECT_EQ(difference(pixels(pixels(turned).mask()), read_image(pixels(pixels(source).mask()), true), 32, true),
-                      "");
+            EXPECT_EQ(
+                difference(pixels(pixels(turned).mask()), read_image(pixels(pixels(source).mask()), true), 32, true),
+                "");
         }
     }
 }

@@ -23,9 +23,10 @@ namespace {
 constexpr double kNotANumber = std::numeric_limits<double>::quiet_NaN();
 
 const std::vector<double>& awkward_rotations() {
-    static const std::vector<double> all = {0.0,   1e-9, 0.01, 1.0,   10.0,  30.0,  44.999, 45.0,  45.001, 60.0,  80.0,
-                                            89.99, 90.0, 90.5, 134.9, 135.0, 179.0, 180.0,  190.0, 225.0,  269.0, 270.0,
-                                            275.0, 300.0, 314.9, 315.0, 330.0, 359.0, 359.9, std::nextafter(360.0, 0.0)};
+    static const std::vector<double> all = {
+        0.0,   1e-9,  0.01,  1.0,   10.0,  30.0,  44.999, 45.0,  45.001, 60.0,
+        80.0,  89.99, 90.0,  90.5,  134.9, 135.0, 179.0,  180.0, 190.0,  225.0,
+        269.0, 270.0, 275.0, 300.0, 314.9, 315.0, 330.0,  359.0, 359.9,  std::nextafter(360.0, 0.0)};
     return all;
 }
 
@@ -125,7 +126,8 @@ protected:
         EXPECT_TRUE(before.unchanged());
         const Picture& result = *picture_in(value);
         ASSERT_TRUE(result.mask());
-        const auto expected = plain_masked(pixels(source), pixels(pixels(source).mask()), rotation, in.host.mask_depth());
+        const auto expected =
+            plain_masked(pixels(source), pixels(pixels(source).mask()), rotation, in.host.mask_depth());
         expect_same_bytes(result, *expected.image);
         expect_same_bytes(pixels(result.mask()), *expected.mask);
     }
@@ -184,8 +186,8 @@ TEST_F(FreeRotate, ByShearsAgreesWithTheJudge) {
     }
     for (int i = 0; i < 60; ++i) {
         const double rotation = std::uniform_real_distribution(0.0, 359.99)(random);
-        const ObjectRef source = random_picture(session, random, {.mask_depth = 32}, any_of(random, 1, 60),
-                                                any_of(random, 1, 60));
+        const ObjectRef source =
+            random_picture(session, random, {.mask_depth = 32}, any_of(random, 1, 60), any_of(random, 1, 60));
         expect_framed(session, source, rotation);
         expect_masked(session, source, rotation);
     }
@@ -238,7 +240,8 @@ TEST_F(FreeRotate, ASourceWithoutMaskLooksTheSameAfterwards) {
 TEST_F(FreeRotate, DirectAgreesWithTheJudge) {
     for (const Shape& shape : source_shapes())
         for (const double rotation : awkward_rotations())
-            expect_direct(random_picture(session, random, shape, any_of(random, 1, 30), any_of(random, 1, 30)), rotation);
+            expect_direct(random_picture(session, random, shape, any_of(random, 1, 30), any_of(random, 1, 30)),
+                          rotation);
     for (int i = 0; i < 60; ++i)
         expect_direct(random_picture(session, random, {.mask_depth = 32}, any_of(random, 1, 60), any_of(random, 1, 60)),
                       std::uniform_real_distribution(0.0, 359.99)(random));
@@ -260,7 +263,8 @@ TEST_F(FreeRotate, OneColourStaysThatColour) {
         for (int x = 0; x < 120; ++x) write_pixel(pixels(source), x, y, 0xFF7F01);
     for (const double rotation : awkward_rotations()) {
         const Value direct = session.call(source, "TRV_FreeRotateDirect", rotation, Color{0xFF7F01});
-        for (const std::uint32_t color : read_image(*picture_in(direct)).colors) ASSERT_EQ(color, 0xFF7F01u) << rotation;
+        for (const std::uint32_t color : read_image(*picture_in(direct)).colors)
+            ASSERT_EQ(color, 0xFF7F01u) << rotation;
         // The trailing pixel of a line divides by a little more than its weights, once for each shear.
         const Value by_shear = session.call(source, "TRV_FreeRotateByShear", rotation, Color{0xFF7F01}, 0);
         for (const std::uint32_t color : read_image(*picture_in(by_shear)).colors)
@@ -310,8 +314,8 @@ TEST_F(FreeRotate, BothArgumentsAreCheckedAndTheRotationCounts) {
             EXPECT_EQ(session.last_error(), code) << rotation;
         };
         expect(session.invoke("TRV_FreeRotateByShear(extends p as picture, rotation as double, yield", p, rotation, 0));
-        expect(session.invoke("TRV_FreeRotateByShear(extends p as picture, rotation as double, frame_color", p, rotation,
-                              Color{0}, 0));
+        expect(session.invoke("TRV_FreeRotateByShear(extends p as picture, rotation as double, frame_color", p,
+                              rotation, Color{0}, 0));
         std::array<Value, 3> arguments = {value(p), rotation, Color{0}};
         expect(session.caller.invoke(member("TRV_FreeRotateDirect"), arguments));
     };
@@ -338,7 +342,8 @@ TEST_F(FreeRotate, ARotationThatIsNotANumberIsNil) {
 }
 
 TEST_F(FreeRotate, WhatCannotBeMadeOrLockedByShear) {
-    const ObjectRef source = random_picture(session, random, {.mask_depth = 32}, 8, 6), unlockable = session.picture(4, 4);
+    const ObjectRef source = random_picture(session, random, {.mask_depth = 32}, 8, 6),
+                    unlockable = session.picture(4, 4);
     pixels(unlockable).set_purged(true);
     const auto expect_nil = [&](const Value& value) {
         EXPECT_FALSE(picture_in(value));

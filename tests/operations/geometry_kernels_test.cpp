@@ -96,7 +96,9 @@ TEST_F(GeometryKernels, ChecksOfACopyComeInOrder) {
 
 class TrimIntoPictures : public GeometryKernels {
 protected:
-    static REALobjectStruct* handle(const host::ObjectRef& object) { return static_cast<REALobjectStruct*>(object.handle()); }
+    static REALobjectStruct* handle(const host::ObjectRef& object) {
+        return static_cast<REALobjectStruct*>(object.handle());
+    }
     host::ObjectRef rectangle(const TRV_Rectangle_Data& area) {
         const host::ObjectRef made = host.new_instance("TRV_Rectangle");
         *TRV_Rectangle_GetData(handle(made)) = area;
@@ -112,8 +114,8 @@ protected:
         return client;
     }
     host::ObjectRef trim_into_picture(const host::ObjectRef& client, const host::ObjectRef& area, std::uint32_t frame) {
-        return host::ObjectRef::adopt(host.objects().find(
-            TRV_ClientPicture_Trim(handle(client), area.handle() ? handle(area) : nullptr, static_cast<int>(frame), true)));
+        return host::ObjectRef::adopt(host.objects().find(TRV_ClientPicture_Trim(
+            handle(client), area.handle() ? handle(area) : nullptr, static_cast<int>(frame), true)));
     }
     host::Picture& picture_behind(const host::ObjectRef& client) {
         const TRV_ClientPicture_Data& data = *TRV_ClientPicture_GetData(handle(client));
@@ -187,7 +189,8 @@ TEST_F(GeometryKernels, TurnsOfUnequalSizesStayInside) {
     for (int turns = 0; turns < 4; ++turns) {
         for (const bool flip_h : {false, true}) {
             for (const bool flip_v : {false, true}) {
-                for (const auto& [width, height] : {std::pair{3, 90}, std::pair{90, 3}, std::pair{70, 70}, std::pair{1, 1}}) {
+                for (const auto& [width, height] :
+                     {std::pair{3, 90}, std::pair{90, 3}, std::pair{70, 70}, std::pair{1, 1}}) {
                     const host::ObjectRef source = noise(40, 30), result = noise(width, height);
                     Locked from(source), to(result);
                     quarter_turn(turns, flip_h, flip_v)(from, to, 0);
@@ -227,7 +230,8 @@ TEST_F(GeometryKernels, AMaskOfAnotherSizeThanTheResultIsRefused) {
 
 TEST_F(GeometryKernels, BlendsDivideExactly) {
     std::vector<PixelColor> pairs(2), out(1);
-    for (const std::uint32_t weight : {0u, 1u, 2u, 255u, 256u, 257u, 4369u, 32767u, 32768u, 40000u, 65279u, 65534u, 65535u}) {
+    for (const std::uint32_t weight :
+         {0u, 1u, 2u, 255u, 256u, 257u, 4369u, 32767u, 32768u, 40000u, 65279u, 65534u, 65535u}) {
         const ShearedLine line = {.previous_weight = weight, .current_weight = 65535 - weight};
         for (std::uint32_t previous = 0; previous < 256; ++previous) {
             for (std::uint32_t current = 0; current < 256; ++current) {
@@ -246,8 +250,8 @@ TEST_F(GeometryKernels, BlendsDivideExactly) {
 TEST_F(GeometryKernels, RotationsByShearDropTheFramesTopByte) {
     const host::ObjectRef source = noise(30, 20);
     for (const double rotation : {30.0, 100.0, 330.0}) {
-        const host::ObjectRef result = adopt(
-            TRV_FreeRotateByShear_Frame(handle(source), rotation, static_cast<int>(0xAB123456), 0));
+        const host::ObjectRef result =
+            adopt(TRV_FreeRotateByShear_Frame(handle(source), rotation, static_cast<int>(0xAB123456), 0));
         ASSERT_TRUE(result) << rotation;
         EXPECT_EQ(read_pixel(pixels(result), 0, 0), 0x00123456u) << rotation;  // a corner
         for (const std::uint32_t color : read_image(pixels(result)).colors) ASSERT_EQ(color >> 24, 0u) << rotation;
@@ -289,9 +293,11 @@ TEST_F(GeometryKernels, RowsAreAveragedByOverlap) {
                 const auto count = static_cast<std::size_t>(std::min(200, width - first));
                 RowAverage across(weights, first, count);
                 std::vector<PixelColor> out(count);
-                across.average([&](std::int32_t column, std::span<PixelColor> colors) {
-                    std::copy_n(row.begin() + column, colors.size(), colors.begin());
-                }, out.data());
+                across.average(
+                    [&](std::int32_t column, std::span<PixelColor> colors) {
+                        std::copy_n(row.begin() + column, colors.size(), colors.begin());
+                    },
+                    out.data());
                 for (std::size_t x = 0; x < count; ++x) {
                     const std::int64_t begin = (first + static_cast<std::int64_t>(x)) * weights.total;
                     const std::int64_t end = begin + weights.total;
@@ -299,11 +305,13 @@ TEST_F(GeometryKernels, RowsAreAveragedByOverlap) {
                     for (std::int64_t i = begin / weights.step; i * weights.step < end; ++i) {
                         const std::int64_t weight =
                             std::min(end, (i + 1) * weights.step) - std::max(begin, i * weights.step);
-                        for (int c = 0; c < 3; ++c) sums[c] += (row[static_cast<std::size_t>(i)] >> 8 * c & 255) * weight;
+                        for (int c = 0; c < 3; ++c)
+                            sums[c] += (row[static_cast<std::size_t>(i)] >> 8 * c & 255) * weight;
                     }
                     PixelColor expected = 0;
                     for (int c = 0; c < 3; ++c) expected |= static_cast<PixelColor>(sums[c] / weights.total) << 8 * c;
-                    ASSERT_EQ(out[x], expected) << source_width << " to " << width << " at " << first + static_cast<int>(x);
+                    ASSERT_EQ(out[x], expected)
+                        << source_width << " to " << width << " at " << first + static_cast<int>(x);
                 }
             }
         }
@@ -323,7 +331,7 @@ TEST_F(GeometryKernels, WeightsOfAnAxis) {
     expect(1, 65536, std::int64_t{1} << 31, 32768);  // more than 32 bits hold
     expect(2, 1000000, std::int64_t{16384} * 1000000, 32768);
     expect(32768, 1, 1, 32768);
-    expect(32769, 1, 1, 32769);   // in units half as large
+    expect(32769, 1, 1, 32769);  // in units half as large
     expect(100000, 1, 1, 100000);
     expect(std::numeric_limits<std::int32_t>::max(), 1, 0, 0);  // nothing, and so black
     expect(0, 5, 0, 0);
@@ -375,15 +383,14 @@ TEST_F(GeometryKernels, TheFastRotationAgreesWithTheJudge) {
         for (const double rotation : {0.001, 5.0, 30.0, 45.0, 77.7, 89.999, 90.0, 120.0, 200.0, 359.9}) {
             const host::ObjectRef source = noise(37, 21, depth);
             const std::uint32_t frame = static_cast<std::uint32_t>(random());
-            const host::ObjectRef result =
-                adopt(TRV_FreeRotateFast(handle(source), rotation, static_cast<int>(frame)));
+            const host::ObjectRef result = adopt(TRV_FreeRotateFast(handle(source), rotation, static_cast<int>(frame)));
             ASSERT_TRUE(result) << rotation;
             const int quarters = static_cast<int>(rotation / 90.0);
             const double rest = rotation - 90.0 * quarters;
             if (rest == 0.0) continue;
-            const host::ObjectRef turned =
-                host.new_picture({.width = quarters % 2 ? 21 : 37, .height = quarters % 2 ? 37 : 21,
-                                  .depth = depth == 1 ? 1 : std::max(depth, 16)});
+            const host::ObjectRef turned = host.new_picture({.width = quarters % 2 ? 21 : 37,
+                                                             .height = quarters % 2 ? 37 : 21,
+                                                             .depth = depth == 1 ? 1 : std::max(depth, 16)});
             {
                 Locked from(source), to(turned);
                 quarter_turn(quarters, false, false)(from, to, 0);

@@ -4,8 +4,8 @@
 
 #include <cmath>
 
-#include "plain_image.h"
 #include "pictures.h"
+#include "plain_image.h"
 #include "session.h"
 
 namespace tarvo::test {
@@ -107,8 +107,7 @@ TEST_F(Gradient, TheTopByteOfColorsIsIgnored) {
 TEST_F(Gradient, ChecksComeInOrder) {
     for (const bool twice : {false, true}) {
         const auto code = [&](int width, int height) {
-            const Value result =
-                twice ? gradient(width, height, 1, 2, 3, 0) : gradient(width, height, 1, 2);
+            const Value result = twice ? gradient(width, height, 1, 2, 3, 0) : gradient(width, height, 1, 2);
             EXPECT_EQ(picture_in(result) == nullptr, session.last_error() != 0);
             return session.last_error();
         };

@@ -128,8 +128,7 @@ private:
 
 // Four bytes too many; and so many that 32 bits would count none.
 TEST_F(InterchangeKernels, BlocksThatPass32BitsAreNilWithoutACode) {
-    const host::ObjectRef picture =
-        host.new_picture({.width = 2, .height = 2, .backing = host::Backing::pixel_buffer});
+    const host::ObjectRef picture = host.new_picture({.width = 2, .height = 2, .backing = host::Backing::pixel_buffer});
     for (const std::int32_t height : {1 << 14, 1 << 15}) {
         const Overstated store(picture, 1 << 15, height);
         int row_bytes = -1;

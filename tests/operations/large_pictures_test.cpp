@@ -38,8 +38,7 @@ protected:
         ASSERT_EQ(actual->height(), kHeight);
         ASSERT_EQ(actual->depth(), 32);
         for (int y = 0; y < kHeight; ++y)
-            for (int x = 0; x < kWidth; ++x)
-                ASSERT_EQ(read_pixel(*actual, x, y), expected(x, y)) << x << ", " << y;
+            for (int x = 0; x < kWidth; ++x) ASSERT_EQ(read_pixel(*actual, x, y), expected(x, y)) << x << ", " << y;
     }
     std::uint32_t at(const ObjectRef& picture, int x, int y) { return read_pixel(pixels(picture), x, y); }
     std::uint32_t brightened_in_area(const ObjectRef& source, int x, int y) {

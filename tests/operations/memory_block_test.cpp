@@ -24,7 +24,8 @@ void append(Bytes& bytes, std::uint32_t value) {
 }
 
 std::uint32_t plain_555(std::uint32_t color) {
-    return static_cast<std::uint32_t>(channel(color, 16) / 8 * 1024 + channel(color, 8) / 8 * 32 + channel(color, 0) / 8);
+    return static_cast<std::uint32_t>(channel(color, 16) / 8 * 1024 + channel(color, 8) / 8 * 32 +
+                                      channel(color, 0) / 8);
 }
 
 // One pixel after the other.
@@ -131,8 +132,7 @@ TEST_F(MemoryBlock, KnowsNoAlpha) {
     for (const int depth : {16, 32}) {
         for (const int mask_depth : {0, 8, 32}) {
             SCOPED_TRACE(::testing::Message() << depth << ", mask of " << mask_depth);
-            const ObjectRef picture =
-                random_picture(session, random, {.depth = depth, .mask_depth = mask_depth}, 7, 5);
+            const ObjectRef picture = random_picture(session, random, {.depth = depth, .mask_depth = mask_depth}, 7, 5);
             const int references = mask_depth ? pixels(picture).mask()->references() : 0;
             const int asked = session.host.faults.calls("REALGetPictureMask");
             const Bytes plain = plain_block(pixels(picture), {0, 0, 7, 5});

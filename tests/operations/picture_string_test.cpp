@@ -26,7 +26,8 @@ Bytes bytes_in(const Value& value) {
 }
 
 void append(Bytes& bytes, std::uint32_t value, int count) {
-    for (int shift = 8 * (count - 1); shift >= 0; shift -= 8) bytes.push_back(static_cast<std::uint8_t>(value >> shift));
+    for (int shift = 8 * (count - 1); shift >= 0; shift -= 8)
+        bytes.push_back(static_cast<std::uint8_t>(value >> shift));
 }
 
 Bytes header(std::uint32_t width, std::uint32_t height, std::uint32_t depth, std::uint32_t flag) {
@@ -187,8 +188,8 @@ TEST_F(PictureString, OfNilIsAnError) {
 }
 
 TEST_F(PictureString, OfAPictureThatCannotBeLockedIsNilWithoutACode) {
-    const ObjectRef purged = session.picture(3, 3), refused = session.host.new_picture(
-                                                        {.width = 3, .height = 3, .backing = host::Backing::refused});
+    const ObjectRef purged = session.picture(3, 3),
+                    refused = session.host.new_picture({.width = 3, .height = 3, .backing = host::Backing::refused});
     pixels(purged).set_purged(true);
     const auto before = session.host.accounts();
     for (const ObjectRef& picture : {purged, refused}) {
@@ -234,8 +235,8 @@ TEST_F(PictureString, GivesThePictureBack) {
                 EXPECT_EQ(difference(*picture_in(read), plain_colors(written, width, height), depth), "");
                 ASSERT_EQ(static_cast<bool>(picture_in(read)->mask()), masked);
                 if (masked) {
-                    EXPECT_EQ(difference(pixels(picture_in(read)->mask()), plain_mask(written, width, height), 32, true),
-                              "");
+                    EXPECT_EQ(
+                        difference(pixels(picture_in(read)->mask()), plain_mask(written, width, height), 32, true), "");
                 }
                 EXPECT_EQ(bytes_in(to_string(object_in(read))), written);
             }

@@ -45,9 +45,9 @@ protected:
         ASSERT_TRUE(picture_in(result)) << session.last_error();
         EXPECT_EQ(session.last_error(), 0);
         const int depth = std::max(pixels(source).depth(), 16);
-        EXPECT_EQ(difference(*picture_in(result), plain_mosaic(read_image(pixels(source)), area, pixelation, depth),
-                             depth),
-                  "")
+        EXPECT_EQ(
+            difference(*picture_in(result), plain_mosaic(read_image(pixels(source)), area, pixelation, depth), depth),
+            "")
             << "by " << pixelation;
         EXPECT_FALSE(picture_in(result)->mask());
         EXPECT_EQ(all_bytes(source), before);
@@ -105,8 +105,7 @@ TEST_F(Pixelate, ALineIsLeftAsItIs) {
     const ObjectRef source = random_picture(session, random, {}, 20, 20);
     const PlainImage image = read_image(pixels(source));
     for (const Area& area : {Area{3, 0, 1, 20}, Area{0, 3, 20, 1}, Area{19, 19, 5, 5}}) {
-        const Value result =
-            pixelate(source, session.rectangle(area.left, area.top, area.width, area.height), 4);
+        const Value result = pixelate(source, session.rectangle(area.left, area.top, area.width, area.height), 4);
         EXPECT_EQ(difference(*picture_in(result), image, 32), "");
     }
 }

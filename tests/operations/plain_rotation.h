@@ -18,7 +18,9 @@ struct PlainRotation {
     int units;  // of a source pixel: 16, or 1 for the coarser form
 };
 
-inline double in_circle(double angle) { return angle < 0.0 ? angle + 6.28318 : angle > 6.28318 ? angle - 6.28318 : angle; }
+inline double in_circle(double angle) {
+    return angle < 0.0 ? angle + 6.28318 : angle > 6.28318 ? angle - 6.28318 : angle;
+}
 
 // The leftmost column at which the turned rectangle meets the row of pixels below `top`, from corner to corner.
 inline double leftmost(double width, double height, double angle, double top) {
@@ -56,8 +58,8 @@ inline std::unique_ptr<host::Picture> plain_rotation(const host::Picture& source
 
     for (int row = 0; row < result->height(); ++row) {
         const double dy = row - middle_y;
-        const int start = std::clamp(static_cast<int>(std::floor(middle_x + leftmost(w, h, angle, dy))) - 2, 0,
-                                     result->width());
+        const int start =
+            std::clamp(static_cast<int>(std::floor(middle_x + leftmost(w, h, angle, dy))) - 2, 0, result->width());
         const double dx = start - middle_x, distance = std::sqrt(dx * dx + dy * dy);
         double direction = distance > 0.0 ? std::asin(dy / distance) : 0.0;
         if (dx < 0.0) direction = (dy < 0.0 ? 9.42477 : 3.14159) - direction;
@@ -82,9 +84,9 @@ inline std::unique_ptr<host::Picture> plain_rotation(const host::Picture& source
                     };
                     const long weight = covered(sx, left, right) * covered(sy, top, bottom);
                     const bool inside = sx >= 0 && sy >= 0 && sx < source.width() && sy < source.height();
-                    const std::uint32_t color =
-                        inside ? load(source, static_cast<int>(sx), static_cast<int>(sy), false, Addressing::whole_pixels)
-                               : rotation.frame;
+                    const std::uint32_t color = inside ? load(source, static_cast<int>(sx), static_cast<int>(sy), false,
+                                                              Addressing::whole_pixels)
+                                                       : rotation.frame;
                     for (const int shift : {0, 8, 16}) sums[shift / 8] += weight * channel(color, shift);
                     total += weight;
                 }

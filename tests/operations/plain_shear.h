@@ -81,7 +81,8 @@ inline void plain_framed_line(const PlainLine& line, std::uint32_t frame) {
     if (at < line.length && weight > 0) {
         line.put(at++, each_channel([&](int c) {
                      return (static_cast<unsigned>(channel(previous, c)) * weight +
-                             static_cast<unsigned>(channel(frame, c)) * (65535 - weight)) >> 16;
+                             static_cast<unsigned>(channel(frame, c)) * (65535 - weight)) >>
+                            16;
                  }));
     }
     blank(at, line.length);
@@ -91,21 +92,23 @@ inline void plain_framed_line(const PlainLine& line, std::uint32_t frame) {
 inline void plain_shear(const PlainShear& shear, const host::Picture& source, const host::Picture* source_mask,
                         host::Picture& result, host::Picture* result_mask) {
     const bool horizontal = shear.horizontal;
-    const long lines = horizontal ? source.height() : source.width(), length = horizontal ? source.width() : source.height();
+    const long lines = horizontal ? source.height() : source.width(),
+               length = horizontal ? source.width() : source.height();
     const long result_lines = horizontal ? result.height() : result.width();
     const long result_length = horizontal ? result.width() : result.height();
     const auto read = [&](const host::Picture& picture, bool as_mask, long line, long at) {
-        return horizontal ? load(picture, static_cast<int>(at), static_cast<int>(line), as_mask, Addressing::whole_pixels)
-                          : load(picture, static_cast<int>(line), static_cast<int>(at), as_mask, Addressing::whole_pixels);
+        return horizontal
+                   ? load(picture, static_cast<int>(at), static_cast<int>(line), as_mask, Addressing::whole_pixels)
+                   : load(picture, static_cast<int>(line), static_cast<int>(at), as_mask, Addressing::whole_pixels);
     };
     const auto write = [&](host::Picture& picture, bool as_mask, long line, long at, std::uint32_t color) {
-        store(picture, static_cast<int>(horizontal ? at : line), static_cast<int>(horizontal ? line : at), color, as_mask,
-              Addressing::whole_pixels);
+        store(picture, static_cast<int>(horizontal ? at : line), static_cast<int>(horizontal ? line : at), color,
+              as_mask, Addressing::whole_pixels);
     };
 
     const double signed_part = shear.by * static_cast<double>(lines);
-    const long sheared = static_cast<long>(
-        std::floor(static_cast<double>(length) + (shear.by >= 0.0 ? signed_part : -signed_part)));
+    const long sheared =
+        static_cast<long>(std::floor(static_cast<double>(length) + (shear.by >= 0.0 ? signed_part : -signed_part)));
     const long top = result_lines > lines ? (result_lines - lines) / 2 : 0;
     const long cropped_lines = result_lines < lines ? (lines - result_lines) / 2 : 0;
     const long left = sheared < result_length ? (result_length - sheared) / 2 : 0;
@@ -117,13 +120,14 @@ inline void plain_shear(const PlainShear& shear, const host::Picture& source, co
     for (long line = 0; line < result_lines; ++line) {
         const long source_line = line - top + cropped_lines;
         const bool content = line >= top && line < std::min(lines + top, result_lines);
-        PlainLine plain = {content ? length : 0,
-                           result_length,
-                           content ? first_offset - step * (line - top) : result_length * 65536,
-                           [&](long at) { return read(source, false, source_line, at); },
-                           [&](long at) { return source_mask ? read(*source_mask, shear.source_mask_is_mask, source_line, at) : 0; },
-                           [&](long at, std::uint32_t color) { write(result, false, line, at, color); },
-                           [&](long at, std::uint32_t color) { write(*result_mask, shear.result_mask_is_mask, line, at, color); }};
+        PlainLine plain = {
+            content ? length : 0,
+            result_length,
+            content ? first_offset - step * (line - top) : result_length * 65536,
+            [&](long at) { return read(source, false, source_line, at); },
+            [&](long at) { return source_mask ? read(*source_mask, shear.source_mask_is_mask, source_line, at) : 0; },
+            [&](long at, std::uint32_t color) { write(result, false, line, at, color); },
+            [&](long at, std::uint32_t color) { write(*result_mask, shear.result_mask_is_mask, line, at, color); }};
         if (shear.frame)
             plain_framed_line(plain, *shear.frame);
         else

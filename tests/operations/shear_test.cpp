@@ -8,9 +8,9 @@
 #include <limits>
 #include <optional>
 
-#include "plain_shear.h"
 #include "pictures.h"
 #include "plain_pixels.h"
+#include "plain_shear.h"
 #include "session.h"
 #include "snapshot.h"
 
@@ -26,8 +26,8 @@ struct Direction {
 constexpr Direction kDirections[] = {{"TRV_ShearHorizontal", true}, {"TRV_ShearVertical", false}};
 
 const std::vector<double>& awkward_shears() {
-    static const std::vector<double> all = {0.0,  -0.0, 1.0, -1.0, 0.25, -0.25, 0.5, 0.3333, -0.7071, 1e-6,
-                                            -1e-6, 1.0 / 65536, -1.0 / 65536, 0.99999, -0.99999};
+    static const std::vector<double> all = {0.0,     -0.0, 1.0,   -1.0,        0.25,         -0.25,   0.5,     0.3333,
+                                            -0.7071, 1e-6, -1e-6, 1.0 / 65536, -1.0 / 65536, 0.99999, -0.99999};
     return all;
 }
 
@@ -121,19 +121,19 @@ TEST_P(Shear, ManySizesAndShears) {
 
 // Lines that lie beyond the result on either side, or touch it with their last pixel alone.
 TEST_P(Shear, SteepShearsIntoNarrowResults) {
-    for (const auto& [width, height] : {std::pair{1, 300}, std::pair{300, 1}, std::pair{2, 200}, std::pair{200, 3},
-                                        std::pair{64, 64}}) {
+    for (const auto& [width, height] :
+         {std::pair{1, 300}, std::pair{300, 1}, std::pair{2, 200}, std::pair{200, 3}, std::pair{64, 64}}) {
         const ObjectRef source = random_picture(session, random, {.mask_depth = 8}, width, height);
         for (const double by : {1.0, -1.0, 0.9, -0.9, 0.5})
-            for (const auto& [new_width, new_height] : {std::pair{1, 300}, std::pair{300, 1}, std::pair{1, 1},
-                                                        std::pair{3, 70}, std::pair{70, 3}})
+            for (const auto& [new_width, new_height] :
+                 {std::pair{1, 300}, std::pair{300, 1}, std::pair{1, 1}, std::pair{3, 70}, std::pair{70, 3}})
                 expect_both(session, source, new_width, new_height, by);
     }
 }
 
 TEST_P(Shear, SizesAroundBlocksAndChunks) {
-    for (const auto& [width, height] : {std::pair{511, 33}, std::pair{33, 511}, std::pair{1030, 31},
-                                        std::pair{31, 1030}, std::pair{128, 129}}) {
+    for (const auto& [width, height] :
+         {std::pair{511, 33}, std::pair{33, 511}, std::pair{1030, 31}, std::pair{31, 1030}, std::pair{128, 129}}) {
         const ObjectRef source = random_picture(session, random, {.mask_depth = 32}, width, height);
         for (const double by : {0.25, -0.6}) {
             expect_both(session, source, width, height, by);
@@ -224,10 +224,12 @@ TEST_P(Shear, ASourceWithoutMaskLooksTheSameAfterwards) {
 
 TEST_P(Shear, BothArgumentsAreCheckedAndTheShearCounts) {
     const ObjectRef source = session.picture(4, 4);
-    const std::string plain = std::string(GetParam().name) + "(extends p as picture, width as integer, height as "
-                                                             "integer, shear as double, yield";
-    const std::string framed = std::string(GetParam().name) + "(extends p as picture, width as integer, height as "
-                                                              "integer, shear as double, frame_color";
+    const std::string plain = std::string(GetParam().name) +
+                              "(extends p as picture, width as integer, height as "
+                              "integer, shear as double, yield";
+    const std::string framed = std::string(GetParam().name) +
+                               "(extends p as picture, width as integer, height as "
+                               "integer, shear as double, frame_color";
     const auto expect_code = [&](const ObjectRef& p, double by, int code) {
         EXPECT_EQ(picture_in(session.invoke(plain, p, 4, 4, by, 0)) != nullptr, code == 0);
         EXPECT_EQ(session.last_error(), code) << by;
@@ -238,7 +240,8 @@ TEST_P(Shear, BothArgumentsAreCheckedAndTheShearCounts) {
         expect_code(source, by, 0);
         expect_code({}, by, 2);
     }
-    for (const double by : {std::nextafter(1.0, 2.0), 1.0000001, -1.5, std::nextafter(-1.0, -2.0), 1e300, kNotANumber}) {
+    for (const double by :
+         {std::nextafter(1.0, 2.0), 1.0000001, -1.5, std::nextafter(-1.0, -2.0), 1e300, kNotANumber}) {
         expect_code(source, by, 33);
         expect_code({}, by, 33);
     }

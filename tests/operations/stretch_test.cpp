@@ -56,8 +56,7 @@ void judge_rows(const host::Picture& source, host::Picture& result, bool as_mask
 void judge_columns(const host::Picture& source, host::Picture& result, bool as_mask) {
     for (int x = 0; x < result.width(); ++x) {
         std::vector<std::uint32_t> column;
-        for (int y = 0; y < source.height(); ++y)
-            column.push_back(load(source, x, y, false, Addressing::whole_bytes));
+        for (int y = 0; y < source.height(); ++y) column.push_back(load(source, x, y, false, Addressing::whole_bytes));
         column = plain_stretch(column, result.height());
         for (int y = 0; y < result.height(); ++y)
             store(result, x, y, column[static_cast<std::size_t>(y)], as_mask, Addressing::single_bits);
@@ -66,9 +65,8 @@ void judge_columns(const host::Picture& source, host::Picture& result, bool as_m
 
 // By way of a picture as deep as the image's result but at least 16, or 32 for masks.
 void judge(const host::Picture& source, host::Picture& result, bool as_mask) {
-    const auto between = host::Picture::make({.width = result.width(),
-                                              .height = source.height(),
-                                              .depth = as_mask ? 32 : std::max(result.depth(), 16)});
+    const auto between = host::Picture::make(
+        {.width = result.width(), .height = source.height(), .depth = as_mask ? 32 : std::max(result.depth(), 16)});
     judge_rows(source, *between, as_mask);
     judge_columns(*between, result, as_mask);
 }
@@ -144,7 +142,7 @@ TEST_F(StretchOfMasks, EveryDepthIsStretchedToo) {
 }
 
 TEST_F(Stretch, SizesAroundRuns) {
-    const std::pair<int, int> sizes[] = {{63, 65},  {65, 3},    {513, 70},  {1025, 2},
+    const std::pair<int, int> sizes[] = {{63, 65},  {65, 3},   {513, 70},  {1025, 2},
                                          {2, 1025}, {2048, 5}, {2051, 10}, {4102, 20}};
     for (const auto& [width, height] : sizes) {
         const ObjectRef source = random_picture(session, random, {}, width, height);
@@ -334,8 +332,8 @@ TEST_F(Stretch, ClientPicturesBeyondTheHostsSizes) {
 TEST_F(Stretch, ManyToOneIsTheirMean) {
     const ObjectRef row = session.picture(1, 1);
     write_pixel(pixels(row), 0, 0, 0x204060);
-    const Value wide = session.invoke("TRV_Trim(extends cp", session.client(row), session.rectangle(0, 0, 40000, 1),
-                                      Color{0x80C0E0});
+    const Value wide =
+        session.invoke("TRV_Trim(extends cp", session.client(row), session.rectangle(0, 0, 40000, 1), Color{0x80C0E0});
     ASSERT_TRUE(is_client(wide));
     const Value one = session.invoke(kClientStretch, object_in(wide), 1, 1, 0, false);
     ASSERT_TRUE(is_client(one));

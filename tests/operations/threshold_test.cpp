@@ -142,8 +142,7 @@ TEST_F(Threshold, ABlackMaskChangesNothingAndAWhiteOneEverything) {
         const ObjectRef mask = session.picture(50, 4, 24);
         for (int y = 0; y < 4; ++y)
             for (int x = 0; x < 50; ++x) write_pixel(pixels(mask), x, y, level);
-        const PlainImage expected =
-            read_image(level ? *picture_in(threshold(source, {}, rule)) : pixels(source));
+        const PlainImage expected = read_image(level ? *picture_in(threshold(source, {}, rule)) : pixels(source));
         EXPECT_EQ(difference(*picture_in(threshold_with_mask(source, mask, rule)), expected, 24), "");
     }
 }

@@ -24,9 +24,9 @@ void judge(const host::Picture& source, host::Picture& result, const Area& area,
             const long sx = long{area.left} + x, sy = long{area.top} + y;
             std::uint32_t color = frame_rows;
             if (sy >= 0 && sy < source.height())
-                color = sx >= 0 && sx < source.width()
-                            ? load(source, static_cast<int>(sx), static_cast<int>(sy), as_mask, Addressing::whole_pixels)
-                            : frame_columns;
+                color = sx >= 0 && sx < source.width() ? load(source, static_cast<int>(sx), static_cast<int>(sy),
+                                                              as_mask, Addressing::whole_pixels)
+                                                       : frame_columns;
             store(result, x, y, color, as_mask, Addressing::whole_pixels);
         }
     }
@@ -41,12 +41,11 @@ protected:
     void expect_agreement(Session& in, const ObjectRef& source, const Area* area) {
         const Area whole = {0, 0, pixels(source).width(), pixels(source).height()};
         const Area& wanted = area ? *area : whole;
-        SCOPED_TRACE(::testing::Message() << wanted.left << ", " << wanted.top << ", " << wanted.width << " x "
-                                          << wanted.height);
+        SCOPED_TRACE(::testing::Message()
+                     << wanted.left << ", " << wanted.top << ", " << wanted.width << " x " << wanted.height);
         const std::uint32_t frame = any_color(random);
         const Snapshot before(in, source);
-        const Value value =
-            in.call(source, "TRV_Trim", area ? rectangle(in, *area) : ObjectRef(), Color{frame});
+        const Value value = in.call(source, "TRV_Trim", area ? rectangle(in, *area) : ObjectRef(), Color{frame});
         ASSERT_TRUE(picture_in(value)) << in.last_error();
         EXPECT_EQ(in.last_error(), 0);
         const Picture& result = *picture_in(value);
@@ -80,10 +79,10 @@ TEST_F(Trim, EveryKindAgreesWithTheJudge) {
         const int width = any_of(random, 1, 30), height = any_of(random, 1, 10);
         const ObjectRef source = random_picture(session, random, shape, width, height);
         expect_agreement(session, source, nullptr);
-        for (const Area& area : {any_area(random, width, height), any_area(random, width, height), Area{0, 0, 1, 1},
-                                 Area{-2, -2, width + 4, height + 4}, Area{width, 0, 3, 3}, Area{0, height, 3, 3},
-                                 Area{-4, -4, 3, 3}, Area{kMost - 2, 0, 3, 2}, Area{0, kMost - 1, 2, 2},
-                                 Area{kLeast, kLeast, 2, 2}})
+        for (const Area& area :
+             {any_area(random, width, height), any_area(random, width, height), Area{0, 0, 1, 1},
+              Area{-2, -2, width + 4, height + 4}, Area{width, 0, 3, 3}, Area{0, height, 3, 3}, Area{-4, -4, 3, 3},
+              Area{kMost - 2, 0, 3, 2}, Area{0, kMost - 1, 2, 2}, Area{kLeast, kLeast, 2, 2}})
             expect_agreement(session, source, &area);
     }
     EXPECT_TRUE(session.host.complaints().empty());
@@ -107,7 +106,8 @@ TEST_F(TrimOfMasks, EveryDepthGoesAlong) {
 TEST_F(Trim, WideRows) {
     for (const int width : {511, 512, 513, 1025}) {
         const ObjectRef source = random_picture(session, random, {}, width, 2);
-        for (const Area& area : {Area{0, 0, width, 2}, Area{-1, 0, width + 2, 2}, Area{-600, 0, 2000, 1}, Area{1, 1, 512, 1}})
+        for (const Area& area :
+             {Area{0, 0, width, 2}, Area{-1, 0, width + 2, 2}, Area{-600, 0, 2000, 1}, Area{1, 1, 512, 1}})
             expect_agreement(session, source, &area);
     }
 }
@@ -124,17 +124,17 @@ TEST_F(Trim, BesideTheSourceTheMaskHasTheFrameColour) {
 
 TEST_F(Trim, ColoursOfFrameHaveNoTopByte) {
     const ObjectRef source = session.picture(2, 2);
-    const Value value = session.invoke("TRV_Trim(extends p", source, session.rectangle(-1, -1, 1, 1),
-                                       static_cast<int>(0xFF654321));
+    const Value value =
+        session.invoke("TRV_Trim(extends p", source, session.rectangle(-1, -1, 1, 1), static_cast<int>(0xFF654321));
     ASSERT_TRUE(picture_in(value));
     EXPECT_EQ(read_pixel(*picture_in(value), 0, 0), 0x654321u);
 }
 
 TEST_F(Trim, AreasThatAreNone) {
     const ObjectRef source = session.picture(3, 2);
-    const Area areas[] = {{0, 0, 0, 2},     {0, 0, 3, 0},      {0, 0, -1, 2},     {0, 0, 3, -7},
-                          {kMost, 0, 2, 1}, {0, kMost, 1, 2},  {kLeast, 0, -9, 1}, {0, 0, kLeast, kLeast},
-                          {5, 0, kMost, 1}};
+    const Area areas[] = {{0, 0, 0, 2},       {0, 0, 3, 0},           {0, 0, -1, 2},
+                          {0, 0, 3, -7},      {kMost, 0, 2, 1},       {0, kMost, 1, 2},
+                          {kLeast, 0, -9, 1}, {0, 0, kLeast, kLeast}, {5, 0, kMost, 1}};
     for (const Area& area : areas) {
         EXPECT_FALSE(picture_in(session.call(source, "TRV_Trim", rectangle(session, area), Color{0})));
         EXPECT_EQ(session.last_error(), 39) << area.left << " " << area.width;
@@ -186,8 +186,8 @@ TEST_F(Trim, ClientFormAgreesWithTheJudge) {
             if (own && depth < 16) continue;
             SCOPED_TRACE(::testing::Message() << depth << (own ? " own" : " host"));
             const ObjectRef picture = random_picture(session, random, {.depth = depth, .mask_depth = 8}, 12, 7);
-            const ObjectRef client = own ? client_in_own_memory(session, random, 12, 7, depth, true)
-                                         : client_of_picture(session, picture);
+            const ObjectRef client =
+                own ? client_in_own_memory(session, random, 12, 7, depth, true) : client_of_picture(session, picture);
             const ObjectRef source = own ? session.picture_of(client) : picture;
             const Area area = any_area(random, 12, 7);
             const std::uint32_t frame = any_color(random);

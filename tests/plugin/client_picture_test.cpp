@@ -189,7 +189,7 @@ TEST_F(ClientPicture, ConvertingAgainReplacesWhatWasHeld) {
         EXPECT_EQ(get(client, "maskRowBytes"), 0);
         EXPECT_EQ(data(client).buffer, nullptr);
         EXPECT_EQ(data(client).maskPixels, nullptr);
-        EXPECT_EQ(data(client).hasMask, 1);  // not reset
+        EXPECT_EQ(data(client).hasMask, 1);      // not reset
         EXPECT_EQ(get(client, "rowBytes"), 64);  // nor this
         session.call(client, "operator_convert", second);
         EXPECT_EQ(get(client, "width"), 7);

@@ -8,7 +8,8 @@ namespace tarvo::test {
 namespace {
 
 constexpr const char* kQualification =
-    "This verion of Tarvo Graphics is qualified for REALbasic REALbasic 2005 only. If you are using a previous or future "
+    "This verion of Tarvo Graphics is qualified for REALbasic REALbasic 2005 only. If you are using a previous or "
+    "future "
     "version of REALbasic, please visit https://www.tarvo-graphics.example/ for information on other versions.";
 
 bool accepts(host::Host& host) { return host.load_plugin(plugin_path(), true); }
@@ -24,8 +25,8 @@ TEST(Startup, SupportedVersions) {
 
 TEST(Startup, RefusedVersionsShowTwoBoxesAndRegisterNothing) {
     const std::pair<double, const char*> refused[] = {
-        {5.0, "rb_version: 5.000000"},       {5.51, "rb_version: 5.510000"},     {5.6, "rb_version: 5.600000"},
-        {2004.9, "rb_version: 2004.900000"}, {2011.0, "rb_version: 2011.000000"}, {0.0, "rb_version: 0.000000"},
+        {5.0, "rb_version: 5.000000"},         {5.51, "rb_version: 5.510000"},      {5.6, "rb_version: 5.600000"},
+        {2004.9, "rb_version: 2004.900000"},   {2011.0, "rb_version: 2011.000000"}, {0.0, "rb_version: 0.000000"},
         {-2005.0, "rb_version: -2005.000000"},
     };
     for (const auto& [version, text] : refused) {
@@ -40,8 +41,8 @@ TEST(Startup, RefusedVersionsShowTwoBoxesAndRegisterNothing) {
 }
 
 TEST(Startup, VersionsThatAreNoNumbers) {
-    for (const double version : {std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::infinity(),
-                                 -1.7e308, 1.7e308}) {
+    for (const double version :
+         {std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::infinity(), -1.7e308, 1.7e308}) {
         host::Host host({.version = version});
         EXPECT_FALSE(accepts(host));
         ASSERT_EQ(host.message_boxes().size(), 2u);
@@ -103,8 +104,8 @@ TEST(Startup, SomeDeclarationsAreNeverRegistered) {
 }
 
 TEST(Startup, MissingRegistrationServicesAreSilent) {
-    for (const char* service : {"PluginRegisterMethod", "PluginRegisterClass", "PluginRegisterClassExtension",
-                                "RegisterPluginVersion"}) {
+    for (const char* service :
+         {"PluginRegisterMethod", "PluginRegisterClass", "PluginRegisterClassExtension", "RegisterPluginVersion"}) {
         host::Host host;
         host.faults.hide(service);
         EXPECT_TRUE(accepts(host)) << service;

@@ -1,11 +1,11 @@
-// The C library's sine, cosine, tangent and arctangent set the rounding mode by an instruction (mffscrni) that the emulator
-// of this machine does not know. Processors without it take it for the older one that reads the status register; this
-// handler carries out the newer meaning, for every test program that it is linked into.
+// The C library's sine, cosine, tangent and arctangent set the rounding mode by an instruction (mffscrni) that the
+// emulator of this machine does not know. Processors without it take it for the older one that reads the status
+// register; this handler carries out the newer meaning, for every test program that it is linked into.
 
+#include <ucontext.h>
 #include <csignal>
 #include <cstdint>
 #include <cstring>
-#include <ucontext.h>
 
 namespace {
 

@@ -41,8 +41,7 @@ TEST(ScreenPixels, OfThreeBytesAreRead) {
 
 TEST(ScreenPixels, MayHoldTheirColoursInAnyOrder) {
     EXPECT_EQ(converted({32, false, 0xFF, 0xFF00, 0xFF0000}, {0x11, 0x22, 0x33, 0}), (Bytes{0, 0x11, 0x22, 0x33}));
-    EXPECT_EQ(converted({32, true, 0xFF000000, 0xFF0000, 0xFF00}, {0x11, 0x22, 0x33, 0}),
-              (Bytes{0, 0x11, 0x22, 0x33}));
+    EXPECT_EQ(converted({32, true, 0xFF000000, 0xFF0000, 0xFF00}, {0x11, 0x22, 0x33, 0}), (Bytes{0, 0x11, 0x22, 0x33}));
 }
 
 TEST(ScreenPixels, OfFewerBitsAreScaled) {

@@ -117,8 +117,8 @@ void Painter::show_window(std::uint32_t pixel, int left, int top, int width, int
 // The one monitor is switched off first: it would not fit any more.
 void Painter::resize_screen(int width, int height) {
     xcb_connection_t* const x = connection_.get();
-    const auto resources = owned(
-        xcb_randr_get_screen_resources_reply(x, xcb_randr_get_screen_resources(x, screen_->root), nullptr));
+    const auto resources =
+        owned(xcb_randr_get_screen_resources_reply(x, xcb_randr_get_screen_resources(x, screen_->root), nullptr));
     if (!resources || resources->num_crtcs < 1) throw std::runtime_error("the server's screen cannot be resized");
     const xcb_randr_crtc_t monitor = xcb_randr_get_screen_resources_crtcs(resources.get())[0];
     const auto switched_off = owned(xcb_randr_set_crtc_config_reply(

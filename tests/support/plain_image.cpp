@@ -90,8 +90,8 @@ std::string difference(const host::Picture& actual, const PlainImage& expected, 
             const std::uint32_t wanted = read_pixel(*stored, x, 0, as_mask);
             const std::uint32_t found = read_pixel(actual, x, y, as_mask);
             if (found == wanted) continue;
-            text << std::hex << "pixel (" << std::dec << x << ", " << y << ") is " << std::hex << found
-                 << ", expected " << wanted;
+            text << std::hex << "pixel (" << std::dec << x << ", " << y << ") is " << std::hex << found << ", expected "
+                 << wanted;
             return text.str();
         }
     }

@@ -45,9 +45,8 @@ TEST_F(AverageOutputs, OfTheContrast) {
 }
 
 TEST_F(AverageOutputs, OfTheColour) {
-    expect_each_alone<int>({0x30, 0x60, 0x90}, [&](int* red, int* green, int* blue) {
-        PrivGetAverageRGB(picture, all, red, green, blue);
-    });
+    expect_each_alone<int>({0x30, 0x60, 0x90},
+                           [&](int* red, int* green, int* blue) { PrivGetAverageRGB(picture, all, red, green, blue); });
 }
 
 TEST_F(AverageOutputs, OfHueSaturationAndBrightness) {

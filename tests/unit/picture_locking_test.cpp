@@ -14,8 +14,15 @@ TEST_F(LockedPicture, LockFillsTheGeometryAndUnlockClearsIt) {
     struct Expected {
         int depth, bytes, bits;
     };
-    for (const auto& [depth, bytes, bits] : {Expected{1, 0, 1}, {2, 0, 2}, {4, 0, 4}, {8, 1, 0}, {16, 2, 0}, {24, 3, 0},
-                                            {32, 4, 0}, {12, 0, 0}, {5, 0, 0}}) {
+    for (const auto& [depth, bytes, bits] : {Expected{1, 0, 1},
+                                             {2, 0, 2},
+                                             {4, 0, 4},
+                                             {8, 1, 0},
+                                             {16, 2, 0},
+                                             {24, 3, 0},
+                                             {32, 4, 0},
+                                             {12, 0, 0},
+                                             {5, 0, 0}}) {
         SCOPED_TRACE(depth);
         const ObjectRef picture =
             make({.width = 13, .height = 3, .depth = depth, .row_padding = 5, .dots_per_inch = 300});
@@ -241,11 +248,17 @@ TEST_F(LockedPicture, BindingAnewReleasesFirst) {
 TEST_F(LockedPicture, RefusedLocksAreNotUnlocked) {
     const ObjectRef picture = make({.width = 4, .height = 2});
     host.faults.fail_at("lockPictureDescription", 1);
-    { TRV_Picture refused(handle(picture), false); EXPECT_FALSE(refused.Lock()); }
+    {
+        TRV_Picture refused(handle(picture), false);
+        EXPECT_FALSE(refused.Lock());
+    }
     EXPECT_TRUE(host.complaints().empty());
     host.faults.fail_at("REALLockPictureDescription", 1);
     host.faults.fail_at("lockPictureDescription", 1);
-    { TRV_Picture refused(handle(picture), true); EXPECT_FALSE(refused.Lock()); }
+    {
+        TRV_Picture refused(handle(picture), true);
+        EXPECT_FALSE(refused.Lock());
+    }
     EXPECT_TRUE(host.complaints().empty());
     EXPECT_EQ(host.accounts().picture_locks, 0);
 }
@@ -276,7 +289,10 @@ TEST_F(LockedPicture, APixelMapIsLockedFromItsConstructionOn) {
         EXPECT_FALSE(gone.isLocked());
     }
     EXPECT_EQ(PlatformLiveObjects().pixelLocks, 0);
-    { TRV_Picture none(static_cast<PixMap**>(nullptr)); EXPECT_FALSE(none.isLocked()); }
+    {
+        TRV_Picture none(static_cast<PixMap**>(nullptr));
+        EXPECT_FALSE(none.isLocked());
+    }
     PlatformDisposeGWorld(world);
 }
 

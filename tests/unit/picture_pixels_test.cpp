@@ -34,9 +34,9 @@ protected:
     // Calls `check(locked, stored)` for each kind of picture, as picture and as mask.
     void for_each(const std::function<void(TRV_Picture&, Picture&, const Bound&)>& check) {
         for (const Bound& bound : every_binding()) {
-            SCOPED_TRACE(::testing::Message() << bound.options.depth << " bits, kind "
-                                              << static_cast<int>(bound.options.backing) << ", padded by "
-                                              << bound.options.row_padding << (bound.as_mask ? ", as mask" : ""));
+            SCOPED_TRACE(::testing::Message()
+                         << bound.options.depth << " bits, kind " << static_cast<int>(bound.options.backing)
+                         << ", padded by " << bound.options.row_padding << (bound.as_mask ? ", as mask" : ""));
             const ObjectRef stored = make(bound.options);
             const ObjectRef owner = host.new_picture({.width = 1, .height = 1});
             if (bound.as_mask) of(owner).set_mask(stored);
