@@ -7,11 +7,9 @@
 #include "host_reference.h"
 #include "host_services.h"
 #include "numbers.h"
+#include "pixel_blocks.h"
 
 namespace {
-
-// An image of this many bytes is out of the caches before anyone reads it again.
-constexpr std::int64_t kStreamingBytes = std::int64_t{16} << 20;
 
 // The pixels of a drawing go to the world that is current; the one that was comes back, whatever happens.
 class CurrentWorld {

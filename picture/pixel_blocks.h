@@ -55,6 +55,9 @@ TARVO_INLINED inline void encode_as(const PixelColor* __restrict span, std::uint
     for (std::size_t x = 0; x < count; ++x) Format::store(row + x * Format::kBytes, span[x]);
 }
 
+// An image of this many bytes is out of the caches before anyone reads it again.
+inline constexpr std::int64_t kStreamingBytes = std::int64_t{16} << 20;
+
 // One cache line, written past the caches where the machine can. Ordinary stores read each line before they overwrite
 // it, which costs a third of the memory traffic of a large picture. `to` is aligned. No plain loop compiles to this.
 TARVO_INLINED inline void stream_line(const std::uint8_t* line, std::uint8_t* to) {
@@ -100,27 +103,25 @@ template <class Kernel, class... Run>
 void map_xrgb32_run(std::uint8_t* to, bool streams, std::size_t count, const Kernel& kernel, const Run*... from) {
     const bool streams_lines = streams && has_aligned_pixels(to);
     const std::size_t before_line = streams_lines ? pixels_before_line(to, count) : 0;
-    const auto map = [&]<std::size_t... i>(std::index_sequence<i...>) TARVO_INLINED {
-        for (std::size_t x = 0, pixels = before_line; x < count; x += pixels) {
-            if (x > 0 || pixels == 0) pixels = std::min(kBlockPixels, count - x);
-            const bool whole = pixels == kBlockPixels;
-            std::uint8_t* const out = to + x * XRgb32::kBytes;
+    const auto map = [=]<std::size_t... i>(std::index_sequence<i...>) TARVO_INLINED {
+        // Whole blocks and parts have blocks of their own: those of whole ones stay in registers.
+        std::size_t x = before_line;
+        for (; x + kBlockPixels <= count; x += kBlockPixels) {
             ColorBlock blocks[sizeof...(from)];
-            const auto decode = [&](std::size_t n) TARVO_INLINED {
-                (decode_as<XRgb32>(from + x * XRgb32::kBytes, blocks[i].colors, n), ...);
-            };
-            if (whole)
-                decode(kBlockPixels);
-            else
-                (std::fill_n(blocks[i].colors, kBlockPixels, 0), ...), decode(pixels);
+            (decode_as<XRgb32>(from + x * XRgb32::kBytes, blocks[i].colors, kBlockPixels), ...);
             apply_kernel(kernel, blocks[i].colors...);
-            if (!whole)
-                encode_as<XRgb32>(blocks[0].colors, out, pixels);
-            else if (streams_lines)
-                stream_xrgb32_lines(blocks[0].colors, out, kBlockPixels);
+            if (streams_lines)
+                stream_xrgb32_lines(blocks[0].colors, to + x * XRgb32::kBytes, kBlockPixels);
             else
-                encode_as<XRgb32>(blocks[0].colors, out, kBlockPixels);
+                encode_as<XRgb32>(blocks[0].colors, to + x * XRgb32::kBytes, kBlockPixels);
+        }
+        const std::pair<std::size_t, std::size_t> ends[] = {{0, before_line}, {x, count}};
+        for (const auto& [begin, end] : ends) {
+            ColorBlock blocks[sizeof...(from)]{};
+            (decode_as<XRgb32>(from + begin * XRgb32::kBytes, blocks[i].colors, end - begin), ...);
+            apply_kernel(kernel, blocks[i].colors...);
+            encode_as<XRgb32>(blocks[0].colors, to + begin * XRgb32::kBytes, end - begin);
         }
     };
-    on_this_processor([&]() TARVO_INLINED { map(std::index_sequence_for<Run...>{}); });
+    on_this_processor([=]() TARVO_INLINED { map(std::index_sequence_for<Run...>{}); });
 }

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "pixel_blocks.h"
+#include "row_clones.h"
 #include "word_squares.h"
 
 namespace {
@@ -17,20 +18,64 @@ struct alignas(kCacheLine) Line {
     std::uint8_t bytes[kCacheLine];
 };
 
+using Bytes = std::uint8_t __attribute__((vector_size(16)));
+
+// Sixteen bytes chosen from twice sixteen, which are numbered in the order of memory.
+template <int... chosen>
+TARVO_INLINED inline void shuffle(const std::uint8_t* first, const std::uint8_t* second, std::uint8_t* to) {
+    Bytes from[2];
+    std::memcpy(&from[0], first, sizeof(Bytes));
+    std::memcpy(&from[1], second, sizeof(Bytes));
+    const Bytes mixed = __builtin_shufflevector(from[0], from[1], chosen...);
+    std::memcpy(to, &mixed, sizeof mixed);
+}
+
+// The pixels of a cache line of words are packed into three quarters of one.
+TARVO_INLINED inline void pack_line(const std::uint8_t* words, std::uint8_t* bytes) {
+    shuffle<1, 2, 3, 5, 6, 7, 9, 10, 11, 13, 14, 15, 17, 18, 19, 21>(words, words + 16, bytes);
+    shuffle<6, 7, 9, 10, 11, 13, 14, 15, 17, 18, 19, 21, 22, 23, 25, 26>(words + 16, words + 32, bytes + 16);
+    shuffle<11, 13, 14, 15, 17, 18, 19, 21, 22, 23, 25, 26, 27, 29, 30, 31>(words + 32, words + 48, bytes + 32);
+}
+
+TARVO_INLINED inline void unpack_line(const std::uint8_t* bytes, std::uint8_t* words) {
+    constexpr std::uint8_t kZeros[16] = {};
+    for (int four = 0; four < 3; ++four)
+        shuffle<0, 16, 17, 18, 0, 19, 20, 21, 0, 22, 23, 24, 0, 25, 26, 27>(kZeros, bytes + 12 * four,
+                                                                            words + 16 * four);
+    // Nothing behind the line is read.
+    shuffle<0, 20, 21, 22, 0, 23, 24, 25, 0, 26, 27, 28, 0, 29, 30, 31>(kZeros, bytes + 32, words + 48);
+}
+
+TARVO_INLINED inline void pack_singly(const std::uint8_t* words, std::uint8_t* bytes, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) Rgb24::store(bytes + i * Rgb24::kBytes, XRgb32::load(words + i * kWord));
+}
+
+TARVO_INLINED inline void unpack_singly(const std::uint8_t* bytes, std::uint8_t* words, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) XRgb32::store(words + i * kWord, Rgb24::load(bytes + i * Rgb24::kBytes));
+}
+
+// Pixels of three bytes before the first that begins a cache line. One in kCacheLine does, three being odd.
+std::size_t packed_before_line(const std::uint8_t* bytes, std::size_t count) {
+    constexpr std::size_t kInverse = 43;
+    static_assert(kInverse * Rgb24::kBytes % kCacheLine == 1);
+    const std::size_t past = reinterpret_cast<std::uintptr_t>(bytes) % kCacheLine;
+    return std::min((kCacheLine - past) * kInverse % kCacheLine, count);
+}
+
 }  // namespace
 
-void copy_words(const std::uint8_t* from, std::uint8_t* to, std::size_t count, bool streams) {
-    const bool by_lines = streams && has_aligned_pixels(to);
-    const std::size_t before = by_lines ? pixels_before_line(to, count) : count;
-    std::memmove(to, from, before * kWord);
-    std::size_t done = before;
-    for (; done + kLinePixels <= count; done += kLinePixels) {
+void copy_words(const std::uint8_t* from, std::uint8_t* to, std::size_t words, bool streams) {
+    const std::size_t count = words * kWord;
+    const std::size_t past = reinterpret_cast<std::uintptr_t>(to) % kCacheLine;
+    std::size_t done = streams ? std::min((kCacheLine - past) % kCacheLine, count) : count;
+    std::memmove(to, from, done);
+    for (; done + kCacheLine <= count; done += kCacheLine) {
         Line line;
-        __builtin_prefetch(from + done * kWord + kAhead);
-        std::memcpy(line.bytes, from + done * kWord, kCacheLine);
-        stream_line(line.bytes, to + done * kWord);
+        __builtin_prefetch(from + done + kAhead);
+        std::memcpy(line.bytes, from + done, kCacheLine);
+        stream_line(line.bytes, to + done);
     }
-    std::memmove(to + done * kWord, from + done * kWord, (count - done) * kWord);
+    std::memmove(to + done, from + done, count - done);
 }
 
 // What is read goes upwards in memory, what is written downwards: memory is read ahead upwards only.
@@ -52,6 +97,36 @@ void mirror_words(const std::uint8_t* from, std::uint8_t* to, std::size_t count,
         stream_line(line.bytes, end - done * kWord - kCacheLine);
     }
     mirror(to, done, count - done);
+}
+
+TARVO_ROW_CLONES void pack_words(const std::uint8_t* words, std::uint8_t* bytes, std::size_t count, bool streams) {
+    std::size_t done = streams ? packed_before_line(bytes, count) : 0;
+    pack_singly(words, bytes, done);
+    for (; streams && done + kCacheLine <= count; done += kCacheLine) {
+        alignas(kCacheLine) std::uint8_t lines[kCacheLine * Rgb24::kBytes];
+        for (std::size_t i = 0; i < kCacheLine; i += kLinePixels)
+            pack_line(words + (done + i) * kWord, lines + i * Rgb24::kBytes);
+        for (std::size_t i = 0; i < sizeof lines; i += kCacheLine)
+            stream_line(lines + i, bytes + done * Rgb24::kBytes + i);
+    }
+    for (; done + kLinePixels <= count; done += kLinePixels)
+        pack_line(words + done * kWord, bytes + done * Rgb24::kBytes);
+    pack_singly(words + done * kWord, bytes + done * Rgb24::kBytes, count - done);
+}
+
+TARVO_ROW_CLONES void unpack_words(const std::uint8_t* bytes, std::uint8_t* words, std::size_t count, bool streams) {
+    const bool by_lines = streams && has_aligned_pixels(words);
+    std::size_t done = by_lines ? pixels_before_line(words, count) : 0;
+    unpack_singly(bytes, words, done);
+    for (; done + kLinePixels <= count; done += kLinePixels) {
+        Line line;
+        unpack_line(bytes + done * Rgb24::kBytes, line.bytes);
+        if (by_lines)
+            stream_line(line.bytes, words + done * kWord);
+        else
+            std::memcpy(words + done * kWord, line.bytes, kCacheLine);
+    }
+    unpack_singly(bytes + done * Rgb24::kBytes, words + done * kWord, count - done);
 }
 
 void turn_words(const std::uint8_t* const* from, std::uint8_t* to, std::size_t stride, std::size_t count) {

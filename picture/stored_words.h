@@ -8,6 +8,9 @@
 void copy_words(const std::uint8_t* from, std::uint8_t* to, std::size_t count, bool streams);
 // The last one first. The runs do not overlap.
 void mirror_words(const std::uint8_t* from, std::uint8_t* to, std::size_t count, bool streams);
+// Without their unused bytes, which come back as 0: three bytes a pixel, anywhere in memory.
+void pack_words(const std::uint8_t* words, std::uint8_t* bytes, std::size_t count, bool streams);
+void unpack_words(const std::uint8_t* bytes, std::uint8_t* words, std::size_t count, bool streams);
 
 // So many rows become columns at once.
 inline constexpr std::size_t kTurnedRows = 16;

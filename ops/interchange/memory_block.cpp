@@ -7,6 +7,7 @@
 #include "error_state.h"
 #include "forms.h"
 #include "host_reference.h"
+#include "pixel_blocks.h"
 #include "row_clones.h"
 #include "rows.h"
 
@@ -29,6 +30,11 @@ TARVO_ROW_CLONES void store_rgb_row(const PixelColor* __restrict colors, std::ui
     for (std::size_t x = 0; x < count; ++x) store_element<std::uint32_t>(bytes, x, colors[x] & 0xFFFFFF);
 }
 
+// A colour that becomes an element when it is stored as a pixel.
+struct AsElement {
+    TARVO_INLINED PixelColor operator()(PixelColor color) const { return big_endian(color & 0xFFFFFF); }
+};
+
 std::size_t element_bytes(const TRV_Picture& source) {
     return result_depth(source) == 16 ? sizeof(std::uint16_t) : sizeof(std::uint32_t);
 }
@@ -43,10 +49,20 @@ HostReference<REALmemoryBlockStruct> new_block(std::int64_t size) {
 void PrivMakeMemoryBlock(const TRV_Picture& source, const Region& region, std::uint8_t* bytes) {
     const std::size_t size = element_bytes(source);
     const auto store_row = size == sizeof(std::uint16_t) ? store_555_row : store_rgb_row;
-    measure_region(source, region, 0, "TRV_MakeMemoryBlock", [&](const PixelColor* colors, std::size_t count) {
-        store_row(colors, bytes, count);
-        bytes += count * size;
-    });
+    const auto width = static_cast<std::size_t>(region.right - region.left + 1);
+    const bool streams = static_cast<std::int64_t>(width * size) * (region.bottom - region.top + 1) >= kStreamingBytes;
+    Chunk colors;
+    for (std::int32_t row = region.top; row <= region.bottom; ++row, bytes += width * size) {
+        if (const std::uint8_t* const words = source.WordsAt(row, region.left)) {
+            map_xrgb32_run(bytes, streams, width, AsElement{}, words);
+            continue;
+        }
+        for_each_chunk(region.left, region.right, [&](std::int32_t column, std::size_t count) {
+            source.GetPixels(row, column, {colors.data(), count}, "TRV_MakeMemoryBlock");
+            store_row(colors.data(), bytes + static_cast<std::size_t>(column - region.left) * size, count);
+        });
+    }
+    if (streams) finish_streamed_lines();
 }
 
 REALmemoryBlockStruct* TRV_MakeMemoryBlock(REALpictureStruct* p, REALobjectStruct* rect, bool /*mask_to_alpha*/,

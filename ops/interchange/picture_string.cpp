@@ -8,8 +8,10 @@
 
 #include "error_state.h"
 #include "host_reference.h"
+#include "pixel_blocks.h"
 #include "row_clones.h"
 #include "rows.h"
+#include "stored_words.h"
 
 namespace {
 
@@ -38,23 +40,28 @@ TARVO_ROW_CLONES void grey_row(const std::uint8_t* __restrict levels, PixelColor
     for (std::size_t x = 0; x < count; ++x) colors[x] = grey(levels[x]);
 }
 
-// A piece of a row, in a picture and in a plane.
+// A row or a piece of it, in a picture and in a plane.
 struct Run {
     std::int32_t row, column;
     std::size_t place;  // its first pixel, counted from the plane's
     std::size_t count;
 };
 
-// Calls `visit(run)` for all that a picture and a plane both have.
+// Calls `visit(run)` for the rows of all that a picture and a plane both have.
 template <class Visit>
-void for_each_common_run(const TRV_Picture& picture, std::int32_t width, std::int32_t height, Visit visit) {
+void for_each_common_row(const TRV_Picture& picture, std::int32_t width, std::int32_t height, Visit visit) {
     const std::int32_t common_width = std::min(picture.width(), width);
     const std::int32_t common_height = std::min(picture.height(), height);
-    for (std::int32_t row = 0; row < common_height; ++row) {
-        for_each_chunk(0, common_width - 1, [&](std::int32_t column, std::size_t count) {
-            visit(Run{row, column, static_cast<std::size_t>(row) * width + column, count});
-        });
-    }
+    for (std::int32_t row = 0; row < common_height; ++row)
+        visit(Run{row, 0, static_cast<std::size_t>(row) * width, static_cast<std::size_t>(common_width)});
+}
+
+// Calls `visit(run)` for the chunks of a run.
+template <class Visit>
+void for_each_chunk_of(const Run& run, Visit visit) {
+    for_each_chunk(0, static_cast<std::int32_t>(run.count) - 1, [&](std::int32_t done, std::size_t count) {
+        visit(Run{run.row, run.column + done, run.place + done, count});
+    });
 }
 
 // --- both directions -------------------------------------------------------------------------------------------------
@@ -106,35 +113,51 @@ std::uint64_t PictureStringHeader::mask_offset() const { return kBytes + 3 * pix
 std::uint64_t PictureStringHeader::length() const { return mask_offset() + (hasMask ? pixels_of(*this) : 0); }
 
 void PrivWriteColorPlane(const TRV_Picture& source, std::uint8_t* plane, std::int32_t width, std::int32_t height) {
+    const bool streams = std::int64_t{width} * height * Rgb24::kBytes >= kStreamingBytes;
+    const auto bytes_of = [plane](const Run& run) { return plane + run.place * Rgb24::kBytes; };
     Chunk colors;
-    for_each_common_run(source, width, height, [&](const Run& run) {
-        source.GetPixels(run.row, run.column, {colors.data(), run.count}, kWriter);
-        encode_row(PixelFormat::rgb24, colors.data(), plane + run.place * Rgb24::kBytes, run.count);
+    for_each_common_row(source, width, height, [&](const Run& row) {
+        if (const std::uint8_t* const words = source.WordsAt(row.row, 0))
+            return pack_words(words, bytes_of(row), row.count, streams);
+        for_each_chunk_of(row, [&](const Run& run) {
+            source.GetPixels(run.row, run.column, {colors.data(), run.count}, kWriter);
+            encode_row(PixelFormat::rgb24, colors.data(), bytes_of(run), run.count);
+        });
     });
+    if (streams) finish_streamed_lines();
 }
 
 void PrivReadColorPlane(const std::uint8_t* plane, std::int32_t width, std::int32_t height, TRV_Picture& result) {
     static constexpr IndexColors kNoIndexColors{};
+    const auto bytes_of = [plane](const Run& run) { return plane + run.place * Rgb24::kBytes; };
     Chunk colors;
-    for_each_common_run(result, width, height, [&](const Run& run) {
-        decode_row(PixelFormat::rgb24, plane + run.place * Rgb24::kBytes, colors.data(), run.count, kNoIndexColors);
-        result.SetPixels(run.row, run.column, {colors.data(), run.count}, kReader);
+    for_each_common_row(result, width, height, [&](const Run& row) {
+        if (std::uint8_t* const words = result.WordsAt(row.row, 0))
+            return unpack_words(bytes_of(row), words, row.count, result.streams());
+        for_each_chunk_of(row, [&](const Run& run) {
+            decode_row(PixelFormat::rgb24, bytes_of(run), colors.data(), run.count, kNoIndexColors);
+            result.SetPixels(run.row, run.column, {colors.data(), run.count}, kReader);
+        });
     });
 }
 
 void PrivWriteMaskPlane(const TRV_Picture& mask, std::uint8_t* plane, std::int32_t width, std::int32_t height) {
     Chunk colors;
-    for_each_common_run(mask, width, height, [&](const Run& run) {
-        mask.GetPixels(run.row, run.column, {colors.data(), run.count}, kWriter);
-        red_row(colors.data(), plane + run.place, run.count);
+    for_each_common_row(mask, width, height, [&](const Run& row) {
+        for_each_chunk_of(row, [&](const Run& run) {
+            mask.GetPixels(run.row, run.column, {colors.data(), run.count}, kWriter);
+            red_row(colors.data(), plane + run.place, run.count);
+        });
     });
 }
 
 void PrivReadMaskPlane(const std::uint8_t* plane, std::int32_t width, std::int32_t height, TRV_Picture& mask) {
     Chunk colors;
-    for_each_common_run(mask, width, height, [&](const Run& run) {
-        grey_row(plane + run.place, colors.data(), run.count);
-        mask.SetPixels(run.row, run.column, {colors.data(), run.count}, kReader);
+    for_each_common_row(mask, width, height, [&](const Run& row) {
+        for_each_chunk_of(row, [&](const Run& run) {
+            grey_row(plane + run.place, colors.data(), run.count);
+            mask.SetPixels(run.row, run.column, {colors.data(), run.count}, kReader);
+        });
     });
 }
 

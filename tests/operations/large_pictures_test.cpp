@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstring>
+#include <string>
 
 #include "adjustment_checks.h"
 #include "client_pictures.h"
@@ -110,6 +112,43 @@ TEST_F(LargePictures, ClientResults) {
             const std::uint32_t color = at(source, x, y);
             return kArea.has(x, y) ? each_channel([&](int shift) { return channel(color, shift) / 2; }) : color;
         });
+    }
+}
+
+TEST_F(LargePictures, AsAStringAndBack) {
+    constexpr int kRows = 2700;  // just above 16 MiB at three bytes a pixel
+    const ObjectRef source = pattern(10, kWidth, kRows);
+    const Value string = session.call(source, "TRV_ConvertToString");
+    const auto* const written = dynamic_cast<const host::StringObject*>(object_in(string).get());
+    ASSERT_TRUE(written);
+    std::string expected = {0, 0, 8, 63, 0, 0, 10, -116, 0, 32, 0};
+    for (int y = 0; y < kRows; ++y)
+        for (int x = 0; x < kWidth; ++x)
+            for (const int shift : {16, 8, 0}) expected += static_cast<char>(channel(at(source, x, y), shift));
+    ASSERT_TRUE(written->bytes() == expected);
+
+    const Value read = session.call(object_in(string), "TRV_ConvertToPicture");
+    const Picture* const back = picture_in(read);
+    ASSERT_TRUE(back);
+    for (int y = 0; y < kRows; ++y)
+        for (int x = 0; x < kWidth; ++x)
+            ASSERT_EQ(read_pixel(*back, x, y), at(source, x, y) & 0xFFFFFF) << x << ", " << y;
+}
+
+TEST_F(LargePictures, AsAMemoryBlock) {
+    const ObjectRef source = pattern(11);
+    std::array<Value, 4> arguments = {value(source), value(ObjectRef()), false, 0};
+    const Value result = session.caller.invoke(session.callable("TRV_MakeMemoryBlock("), arguments);
+    const auto* const block = dynamic_cast<const host::MemoryBlock*>(object_in(result).get());
+    ASSERT_TRUE(block);
+    ASSERT_EQ(block->bytes.size(), std::size_t{4} * kWidth * kHeight);
+    const std::uint8_t* element = block->bytes.data();
+    for (int y = 0; y < kHeight; ++y) {
+        for (int x = 0; x < kWidth; ++x, element += 4) {
+            std::uint32_t number = 0;
+            std::memcpy(&number, element, sizeof number);
+            ASSERT_EQ(number, at(source, x, y) & 0xFFFFFF) << x << ", " << y;
+        }
     }
 }
 

@@ -1,0 +1,90 @@
+// 32-bit pixels moved as they are stored, against one pixel after the other: wherever runs begin and end in a cache
+// line, and whether or not they are written past the caches. Nothing around them is written.
+
+#include "stored_words.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+#include <vector>
+
+#include "pixel_blocks.h"
+
+namespace {
+
+constexpr std::size_t kWord = 4, kPacked = 3;
+constexpr std::size_t kMost = 150;  // pixels: whole lines of both kinds, and parts on either side
+
+using Bytes = std::vector<std::uint8_t>;
+
+class StoredWords : public ::testing::TestWithParam<bool> {
+protected:
+    Bytes noise(std::size_t count) {
+        Bytes bytes(count);
+        for (std::uint8_t& byte : bytes) byte = static_cast<std::uint8_t>(random());
+        return bytes;
+    }
+
+    // Calls `move(from, to, count)` and `move_singly`, which does the same, for runs of all lengths and places.
+    template <class Move, class MoveSingly>
+    void compare(std::size_t from_size, std::size_t to_size, Move move, MoveSingly move_singly) {
+        for (std::size_t start = 0; start < kCacheLine; ++start) {
+            for (std::size_t count = 0; count <= kMost; count += count < 4 ? 1 : 7) {
+                const Bytes from = noise(start % 5 + count * from_size);
+                Bytes to(noise(kCacheLine + start + count * to_size + kCacheLine));
+                Bytes expected = to;
+                // As far from a cache line's start in each, wherever the vectors lie.
+                const std::size_t past = reinterpret_cast<std::uintptr_t>(to.data()) % kCacheLine;
+                const std::size_t offset = (start + kCacheLine - past) % kCacheLine;
+                move(from.data() + start % 5, to.data() + offset, count);
+                finish_streamed_lines();
+                move_singly(from.data() + start % 5, expected.data() + offset, count);
+                ASSERT_EQ(to, expected) << count << " pixels, " << start << " bytes past a line";
+            }
+        }
+    }
+
+    bool streams() const { return GetParam(); }
+
+private:
+    std::mt19937 random{3};
+};
+
+INSTANTIATE_TEST_SUITE_P(Streamed, StoredWords, ::testing::Bool());
+
+TEST_P(StoredWords, Copied) {
+    compare(
+        kWord, kWord, [&](const auto* from, auto* to, std::size_t count) { copy_words(from, to, count, streams()); },
+        [](const auto* from, auto* to, std::size_t count) { std::copy_n(from, count * kWord, to); });
+}
+
+TEST_P(StoredWords, Mirrored) {
+    compare(
+        kWord, kWord, [&](const auto* from, auto* to, std::size_t count) { mirror_words(from, to, count, streams()); },
+        [](const auto* from, auto* to, std::size_t count) {
+            for (std::size_t i = 0; i < count; ++i) std::copy_n(from + i * kWord, kWord, to + (count - 1 - i) * kWord);
+        });
+}
+
+TEST_P(StoredWords, Packed) {
+    compare(
+        kWord, kPacked, [&](const auto* from, auto* to, std::size_t count) { pack_words(from, to, count, streams()); },
+        [](const auto* from, auto* to, std::size_t count) {
+            for (std::size_t i = 0; i < count; ++i) std::copy_n(from + i * kWord + 1, kPacked, to + i * kPacked);
+        });
+}
+
+TEST_P(StoredWords, Unpacked) {
+    compare(
+        kPacked, kWord,
+        [&](const auto* from, auto* to, std::size_t count) { unpack_words(from, to, count, streams()); },
+        [](const auto* from, auto* to, std::size_t count) {
+            for (std::size_t i = 0; i < count; ++i) {
+                to[i * kWord] = 0;
+                std::copy_n(from + i * kPacked, kPacked, to + i * kWord + 1);
+            }
+        });
+}
+
+}  // namespace
