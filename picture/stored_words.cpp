@@ -5,7 +5,6 @@
 
 #include "pixel_blocks.h"
 #include "row_clones.h"
-#include "word_squares.h"
 
 namespace {
 
@@ -68,14 +67,14 @@ void copy_words(const std::uint8_t* from, std::uint8_t* to, std::size_t words, b
     const std::size_t count = words * kWord;
     const std::size_t past = reinterpret_cast<std::uintptr_t>(to) % kCacheLine;
     std::size_t done = streams ? std::min((kCacheLine - past) % kCacheLine, count) : count;
-    std::memmove(to, from, done);
+    if (done > 0) std::memmove(to, from, done);
     for (; done + kCacheLine <= count; done += kCacheLine) {
         Line line;
         __builtin_prefetch(from + done + kAhead);
         std::memcpy(line.bytes, from + done, kCacheLine);
         stream_line(line.bytes, to + done);
     }
-    std::memmove(to + done, from + done, count - done);
+    if (done < count) std::memmove(to + done, from + done, count - done);
 }
 
 // What is read goes upwards in memory, what is written downwards: memory is read ahead upwards only.
@@ -129,18 +128,16 @@ TARVO_ROW_CLONES void unpack_words(const std::uint8_t* bytes, std::uint8_t* word
     unpack_singly(bytes + done * Rgb24::kBytes, words + done * kWord, count - done);
 }
 
-void turn_words(const std::uint8_t* const* from, std::uint8_t* to, std::size_t stride, std::size_t count) {
-    constexpr std::size_t kSide = WordSquare::kSide;
-    const std::size_t whole = count / kSide * kSide;
-    for (std::size_t i = 0; i < whole; i += kSide) {
-        for (std::size_t k = 0; k < kTurnedRows; k += kSide) {
-            WordSquare square;
-            for (std::size_t j = 0; j < kSide; ++j) square.load(j, from[k + j] + i * kWord);
-            square.transpose();
-            for (std::size_t j = 0; j < kSide; ++j) square.store(j, to + (i + j) * stride + k * kWord);
-        }
-    }
-    for (std::size_t i = whole; i < count; ++i)
-        for (std::size_t k = 0; k < kTurnedRows; ++k)
-            std::memcpy(to + i * stride + k * kWord, from[k] + i * kWord, kWord);
+void PieceWriter::write(std::uint8_t* words, std::size_t count, std::uint8_t* to, bool streams, bool ends) {
+    const std::size_t bytes = waiting_ + count * kWord;
+    std::uint8_t* const from = words - waiting_;
+    std::uint8_t* const end = from + bytes;
+    to -= waiting_;
+    // A whole line each time: that is faster than a few bytes.
+    std::memcpy(words - kCacheLine, last_line_, kCacheLine);
+    const bool waits = streams && !ends && has_aligned_pixels(to);
+    const std::size_t past_line = waits ? reinterpret_cast<std::uintptr_t>(to + bytes) % kCacheLine : 0;
+    waiting_ = std::min(past_line, bytes);
+    copy_words(from, to, (bytes - waiting_) / kWord, streams);
+    std::memcpy(last_line_, end - kCacheLine, kCacheLine);
 }

@@ -2,6 +2,7 @@
 
 // Four times four 32-bit words, rows and columns exchanged.
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -27,7 +28,18 @@ public:
         rows_[3] = __builtin_shufflevector(ab_right, cd_right, 2, 3, 6, 7);
     }
 
+    // Every word from the machine's byte order to big-endian, or back.
+    TARVO_INLINED void make_big_endian() {
+        if (std::endian::native == std::endian::big) return;
+        for (Row& row : rows_) {
+            const auto bytes = reinterpret_cast<RowBytes>(row);
+            row = reinterpret_cast<Row>(
+                __builtin_shufflevector(bytes, bytes, 3, 2, 1, 0, 7, 6, 5, 4, 11, 10, 9, 8, 15, 14, 13, 12));
+        }
+    }
+
 private:
+    using RowBytes = std::uint8_t __attribute__((vector_size(kSide * sizeof(std::uint32_t))));
     using Row = std::uint32_t __attribute__((vector_size(kSide * sizeof(std::uint32_t))));
     Row rows_[kSide];
 };

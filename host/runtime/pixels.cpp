@@ -4,6 +4,10 @@
 #include <array>
 #include <cstring>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 namespace tarvo::host {
 namespace {
 
@@ -52,10 +56,27 @@ std::uint32_t luma(std::uint32_t color) {
     return (77 * channel(color, 16) + 151 * channel(color, 8) + 28 * channel(color, 0)) >> 8;
 }
 
+// Writes copies of a word past the caches, where they would be gone before anyone reads them; gives how many bytes are
+// written so, at most all but the last few.
+std::size_t repeat_streaming([[maybe_unused]] std::span<std::uint8_t> bytes, [[maybe_unused]] std::uint32_t word) {
+    std::size_t done = 0;
+#if defined(__SSE2__)
+    constexpr std::size_t kLarge = std::size_t{4} << 20;
+    const auto address = reinterpret_cast<std::uintptr_t>(bytes.data());
+    if (bytes.size() < kLarge || address % sizeof(__m128i) != 0) return 0;
+    const __m128i words = _mm_set1_epi32(static_cast<int>(word));
+    for (; done + sizeof words <= bytes.size(); done += sizeof words)
+        _mm_stream_si128(reinterpret_cast<__m128i*>(bytes.data() + done), words);
+    _mm_sfence();
+#endif
+    return done;
+}
+
 // Fills with copies of a word, whatever the alignment; the last one may be cut.
 void repeat(std::span<std::uint8_t> bytes, std::uint32_t word) {
     const std::size_t words = bytes.size() / sizeof word;
-    for (std::size_t i = 0; i < words; ++i) std::memcpy(bytes.data() + i * sizeof word, &word, sizeof word);
+    for (std::size_t i = repeat_streaming(bytes, word) / sizeof word; i < words; ++i)
+        std::memcpy(bytes.data() + i * sizeof word, &word, sizeof word);
     std::memcpy(bytes.data() + words * sizeof word, &word, bytes.size() % sizeof word);
 }
 

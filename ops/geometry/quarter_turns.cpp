@@ -87,17 +87,19 @@ public:
     }
 
 private:
-    using Tile = std::array<PixelColor, std::size_t{kRows} * kRows>;
-    static Block<PixelColor> block_of(Tile& tile) { return {tile.data(), kRows}; }
+    using Tile = std::array<std::array<PixelColor, kRows>, kRows>;
 
     void turn_tile(const Band& band, std::int32_t column, std::int32_t width) {
         for (std::int32_t x = 0; x < width; ++x) {
-            const std::span run(block_of(rows_).row(x), static_cast<std::size_t>(band.count));
+            const std::span run(rows_[x].data(), static_cast<std::size_t>(band.count));
             band.how.read(band.source, band.source_row(column + x), band.source_column(), run, band.how.caller);
         }
-        transpose({rows_.data(), kRows}, width, band.count, block_of(columns_));
+        const auto row_of = [](Tile& tile) {
+            return [&tile](std::size_t row) { return reinterpret_cast<std::uint8_t*>(tile[row].data()); };
+        };
+        transpose<Coding::kept>(width, band.count, row_of(rows_), row_of(columns_));
         for (std::int32_t y = 0; y < band.count; ++y) {
-            const std::span run(block_of(columns_).row(y), static_cast<std::size_t>(width));
+            const std::span run(columns_[y].data(), static_cast<std::size_t>(width));
             (band.result.*band.how.write)(band.result_row(y), column, run, band.how.caller);
         }
     }
@@ -105,8 +107,7 @@ private:
     Tile rows_, columns_;
 };
 
-// Pictures of 32 bits, as their pixels are stored. Bands are as high as a cache line of the source is wide, and are
-// written in whole cache lines: what does not fill one waits for the next tile.
+// Pictures of 32 bits, as their pixels are stored. Bands are as high as a cache line of the source is wide.
 class WordTurner {
 public:
     static constexpr std::int32_t kRows = 16;  // of a band
@@ -119,26 +120,29 @@ public:
 
     void turn(const Band& band, std::int32_t width) {
         find_rows(band, 0, width);
-        for (std::int32_t y = 0; y < band.count; ++y) waiting_[y] = 0;
         for (std::int32_t column = 0; column < width; column += kColumns) {
             const std::int32_t columns = std::min(kColumns, width - column);
-            for (std::int32_t x = 0; x < columns; x += kTurnedRows)
-                turn_words(&from_[x], bytes_of(rows_[0].tile + x), sizeof(Row), static_cast<std::size_t>(band.count));
+            // Of whole tiles: the sides of those with fewer columns hold rows that nobody writes.
+            transpose<Coding::kept>(
+                kColumns, static_cast<std::size_t>(band.count), [this](std::size_t x) { return from_[x]; },
+                [this](std::size_t y) { return rows_[y].tile; });
             const bool last = column + columns == width;
             if (!last) find_rows(band, column + columns, width);
-            for (std::int32_t y = 0; y < band.count; ++y) write(band, y, column, columns, last);
+            for (std::int32_t y = 0; y < band.count; ++y) {
+                std::uint8_t* const to = band.result.WordsAt(band.result_row(y), column);
+                const auto count = static_cast<std::size_t>(columns);
+                writers_[y].write(rows_[y].tile, count, to, band.result.streams(), last);
+            }
         }
     }
 
 private:
     static constexpr std::int32_t kColumns = 128;
     static constexpr std::int32_t kWord = 4;
-    static constexpr std::int32_t kLineWords = 16;
-    struct alignas(kLineWords* kWord) Row {
-        std::uint32_t before[kLineWords];  // the last of them wait
-        std::uint32_t tile[kColumns];
+    struct alignas(kCacheLine) Row {
+        std::uint8_t before[kCacheLine];
+        std::uint8_t tile[kColumns * kWord];
     };
-    static std::uint8_t* bytes_of(std::uint32_t* words) { return reinterpret_cast<std::uint8_t*>(words); }
 
     // The source's rows for a tile, which are asked for at once. A tile's last few may stand for none: nobody writes
     // them.
@@ -150,23 +154,9 @@ private:
         }
     }
 
-    void write(const Band& band, std::int32_t y, std::int32_t column, std::int32_t columns, bool last) {
-        std::uint32_t* const words = rows_[y].tile - waiting_[y];
-        std::uint8_t* const to = band.result.WordsAt(band.result_row(y), column) - waiting_[y] * kWord;
-        const std::int32_t ready = waiting_[y] + columns;
-        const bool streams = band.result.streams();
-        const std::int32_t past = last || !streams ? 0 : words_past_line(to + ready * kWord);
-        copy_words(bytes_of(words), to, static_cast<std::size_t>(ready - past), streams);
-        std::copy_n(words + ready - past, past, rows_[y].tile - past);
-        waiting_[y] = past;
-    }
-    static std::int32_t words_past_line(const std::uint8_t* end) {
-        return static_cast<std::int32_t>(reinterpret_cast<std::uintptr_t>(end) / kWord % kLineWords);
-    }
-
     std::array<Row, kRows> rows_;
     std::array<const std::uint8_t*, kColumns> from_;
-    std::array<std::int32_t, kRows> waiting_;  // words
+    std::array<PieceWriter, kRows> writers_;
 };
 
 template <class Turner>

@@ -4,7 +4,9 @@
 #include <array>
 
 #include "forms.h"
+#include "pixel_maps.h"
 #include "shear_line.h"
+#include "stored_words.h"
 #include "transpose.h"
 
 namespace {
@@ -31,20 +33,45 @@ struct Layer {
     }
 };
 
+struct Range {
+    std::int32_t first, end;
+};
+
 // --- rows ------------------------------------------------------------------------------------------------------------
+
+// The places of a row that blend two pixels of the layer's own, and no edge.
+template <class Edges>
+Range inner_places(const ShearedLine& line, const Layer<Edges>& layer, std::int32_t source_row) {
+    const std::int64_t end = std::min(line.shift + layer.source.width(), std::int64_t{line.end});
+    const std::int32_t first = line.first + 1;
+    if (source_row >= layer.source.height() || end <= first) return {line.first, line.first};
+    return {first, static_cast<std::int32_t>(end)};
+}
 
 template <class Edges>
 void shear_row(const ShearPlan& plan, const Layer<Edges>& layer, std::int32_t row) {
     const ShearedLine line = plan.line(row);
+    const std::int32_t source_row = plan.source_line(row);
     Chunk colors;
-    for_each_chunk(0, layer.result.width() - 1, [&](std::int32_t column, std::size_t count) {
-        const std::span out(colors.data(), count);
-        draw_segment(line, layer.edges, column, out, [&](std::int32_t index, std::span<PixelColor> into) {
-            layer.read(plan.source_line(row), index, into);
-            return into.data();
+    const auto draw = [&](std::int32_t from, std::int32_t end) {
+        for_each_chunk(from, end - 1, [&](std::int32_t column, std::size_t count) {
+            const std::span out(colors.data(), count);
+            draw_segment(line, layer.edges, column, out, [&](std::int32_t index, std::span<PixelColor> into) {
+                layer.read(source_row, index, into);
+                return into.data();
+            });
+            layer.result.SetPixels(row, column, out, layer.caller);
         });
-        layer.result.SetPixels(row, column, out, layer.caller);
-    });
+    };
+    const Range inner = inner_places(line, layer, source_row);
+    draw(0, inner.first);
+    if (inner.first < inner.end) {
+        const auto index = static_cast<std::int32_t>(inner.first - line.shift);
+        map_run(layer.result, row, inner.first, static_cast<std::size_t>(inner.end - inner.first), layer.caller,
+                typename Edges::Blend{line.previous_weight}, RunSource{layer.source, source_row, index - 1},
+                RunSource{layer.source, source_row, index});
+    }
+    draw(inner.end, layer.result.width());
 }
 
 // `shear(layer)` for the layers, one or two.
@@ -65,6 +92,7 @@ void shear_rows(const TRV_Picture& source, const TRV_Picture& result, double she
 // into it.
 constexpr std::int32_t kColumns = 64;
 constexpr std::int32_t kRows = 128;
+constexpr std::int32_t kBandRows = 4 * kRows;
 // Neighbouring columns are at most a pixel apart; one more pixel is blended in, and one may be begun.
 constexpr std::int32_t kSourceRows = kRows + kColumns + 2;
 
@@ -83,14 +111,11 @@ struct ColumnBlock {
           source_column(plan.source_line(first + first_content)) {
         for (std::int32_t i = 0; i < count; ++i) lines[i] = plan.line(column + i);
     }
-};
-
-struct RowRange {
-    std::int32_t first, end;
+    std::size_t content() const { return static_cast<std::size_t>(end_content - first_content); }
 };
 
 // The source rows that the block needs for `count` result rows.
-RowRange source_rows(const ColumnBlock& block, std::int32_t row, std::int32_t count, std::int32_t source_height) {
+Range source_rows(const ColumnBlock& block, std::int32_t row, std::int32_t count, std::int32_t source_height) {
     std::int64_t first = source_height, end = 0;
     for (std::int32_t i = block.first_content; i < block.end_content; ++i) {
         first = std::min(first, row - block.lines[i].shift - 1);
@@ -100,47 +125,136 @@ RowRange source_rows(const ColumnBlock& block, std::int32_t row, std::int32_t co
             static_cast<std::int32_t>(std::clamp<std::int64_t>(end, 0, source_height))};
 }
 
-template <class Edges>
-void shear_block(const Layer<Edges>& layer, std::int32_t source_height, const ColumnBlock& block, std::int32_t row,
-                 std::int32_t count) {
-    std::array<PixelColor, std::size_t{kSourceRows} * kColumns> rows, columns;
-    const RowRange window = source_rows(block, row, count, source_height);
-    const std::int32_t content = block.end_content - block.first_content;
-    for (std::int32_t y = window.first; y < window.end; ++y) {
-        layer.read(y, block.source_column, {&rows[std::size_t{kColumns} * (y - window.first)], std::size_t(content)});
-        layer.prefetch(y + kRows, block.source_column, std::size_t(content));
+// Draws layers in bands of the result, each from left to right.
+class ColumnShear {
+public:
+    ColumnShear(const ShearPlan& plan, std::int32_t source_height) : plan_(plan), source_height_(source_height) {}
+
+    template <class Edges>
+    void draw_band(const Layer<Edges>& layer, const Range& band) {
+        const auto block_at = [&](std::int32_t column) {
+            return ColumnBlock(plan_, column, std::clamp(layer.result.width() - column, 0, kColumns));
+        };
+        const auto piece_at = [&](const ColumnBlock& block, std::int32_t row) {
+            const std::int32_t count = std::min(kRows, band.end - row);
+            return Piece{block, row, count, source_rows(block, row, count, source_height_)};
+        };
+        for (ColumnBlock block = block_at(0); block.count > 0;) {
+            const ColumnBlock next = block_at(block.column + block.count);
+            for (std::int32_t row = band.first; row < band.end; row += kRows) {
+                const Piece piece = piece_at(block, row);
+                if (row + kRows < band.end)
+                    draw(layer, piece, piece_at(block, row + kRows), piece.window.end, &writers_[row - band.first]);
+                else
+                    draw(layer, piece, piece_at(next, band.first), 0, &writers_[row - band.first]);
+            }
+            block = next;
+        }
     }
-    if (window.first < window.end)
-        transpose({rows.data(), kColumns}, window.end - window.first, content, {columns.data(), kSourceRows});
 
-    std::array<PixelColor, std::size_t{kRows} * kColumns> drawn_columns, drawn_rows;
-    for (std::int32_t i = 0; i < block.count; ++i) {
-        const PixelColor* const line = &columns[std::size_t{kSourceRows} * std::max(i - block.first_content, 0)];
-        const std::span out(&drawn_columns[std::size_t{kRows} * i], count);
-        draw_segment(block.lines[i], layer.edges, row, out,
-                     [&](std::int32_t index, std::span<PixelColor>) { return line + (index - window.first); });
+private:
+    // What is drawn at once: rows of a block, and the source rows that they need.
+    struct Piece {
+        const ColumnBlock& block;
+        std::int32_t row, count;
+        Range window;
+    };
+
+    // The next piece's source rows from `fetched` on are asked for meanwhile: all at once would be more than processors
+    // keep in mind.
+    template <class Edges>
+    void draw(const Layer<Edges>& layer, const Piece& piece, const Piece& next, std::int32_t fetched,
+              PieceWriter* writers) {
+        constexpr std::int32_t kFetchedAtOnce = 4;
+        static_assert(kFetchedAtOnce * kColumns >= kSourceRows);
+        const ColumnBlock& block = piece.block;
+        read_columns(layer, piece);
+        std::int32_t fetch = std::max(fetched, next.window.first);
+        for (std::int32_t i = 0; i < block.count; ++i) {
+            for (const std::int32_t end = std::min(fetch + kFetchedAtOnce, next.window.end); fetch < end; ++fetch)
+                layer.prefetch(fetch, next.block.source_column, next.block.content());
+            const PixelColor* const line = columns_[std::max(i - block.first_content, 0)].data();
+            const std::span out(drawn_[i].data(), static_cast<std::size_t>(piece.count));
+            draw_segment(block.lines[i], layer.edges, piece.row, out, [&](std::int32_t index, std::span<PixelColor>) {
+                return line + (index - piece.window.first);
+            });
+        }
+        write_rows(layer, piece, writers);
     }
-    transpose({drawn_columns.data(), kRows}, block.count, count, {drawn_rows.data(), kColumns});
-    for (std::int32_t y = 0; y < count; ++y)
-        layer.result.SetPixels(row + y, block.column,
-                               {&drawn_rows[std::size_t{kColumns} * y], std::size_t(block.count)}, layer.caller);
-}
 
-template <class Edges>
-void shear_column_block(const Layer<Edges>& layer, std::int32_t source_height, const ColumnBlock& block) {
-    for (std::int32_t row = 0; row < layer.result.height(); row += kRows)
-        shear_block(layer, source_height, block, row, std::min(kRows, layer.result.height() - row));
-}
+    // The block's columns of the source, as far as they have content.
+    template <class Edges>
+    void read_columns(const Layer<Edges>& layer, const Piece& piece) {
+        const auto& [first, end] = piece.window;
+        if (first >= end) return;
+        const std::int32_t column = piece.block.source_column;
+        const std::size_t content = piece.block.content();
+        bool stored = end <= layer.source.height() && column + std::int64_t(content) <= layer.source.width();
+        for (std::int32_t y = first; y < end && stored; ++y)
+            stored = (from_[y - first] = layer.source.WordsAt(y, column)) != nullptr;
 
+        const auto rows = static_cast<std::size_t>(end - first);
+        const auto from = [this](std::size_t y) { return from_[y]; };
+        const auto to = [this](std::size_t x) { return bytes_of(columns_[x].data()); };
+        if (stored) return transpose<Coding::exchanged>(rows, content, from, to);
+        for (std::size_t y = 0; y < rows; ++y) {
+            layer.read(first + static_cast<std::int32_t>(y), column, std::span(rows_[y].data(), content));
+            from_[y] = bytes_of(rows_[y].data());
+        }
+        transpose<Coding::kept>(rows, content, from, to);
+    }
+
+    template <class Edges>
+    void write_rows(const Layer<Edges>& layer, const Piece& piece, PieceWriter* writers) {
+        const auto pixels = static_cast<std::size_t>(piece.block.count), rows = static_cast<std::size_t>(piece.count);
+        const std::int32_t column = piece.block.column;
+        const auto from = [this](std::size_t x) { return bytes_of(drawn_[x].data()); };
+        const auto to = [this](std::size_t y) { return bytes_of(out_[y].colors); };
+        TRV_Picture& result = layer.result;
+        if (result.WordsAt(piece.row, column)) {
+            transpose<Coding::exchanged>(pixels, rows, from, to);
+            const bool ends = column + piece.block.count == result.width();
+            for (std::size_t y = 0; y < rows; ++y)
+                writers[y].write(to(y), pixels, result.WordsAt(piece.row + static_cast<std::int32_t>(y), column),
+                                 result.streams(), ends);
+        } else {
+            transpose<Coding::kept>(pixels, rows, from, to);
+            for (std::size_t y = 0; y < rows; ++y)
+                result.SetPixels(piece.row + static_cast<std::int32_t>(y), column, {out_[y].colors, pixels},
+                                 layer.caller);
+        }
+    }
+
+    static std::uint8_t* bytes_of(PixelColor* colors) { return reinterpret_cast<std::uint8_t*>(colors); }
+
+    const ShearPlan& plan_;
+    std::int32_t source_height_;
+
+    struct alignas(kCacheLine) RowPiece {
+        std::uint8_t before[kCacheLine];
+        PixelColor colors[kColumns];
+    };
+    std::array<const std::uint8_t*, kSourceRows> from_;
+    std::array<std::array<PixelColor, kColumns>, kSourceRows> rows_;
+    std::array<std::array<PixelColor, kSourceRows>, kColumns> columns_;
+    std::array<std::array<PixelColor, kRows>, kColumns> drawn_;
+    std::array<RowPiece, kRows> out_;
+    std::array<PieceWriter, kBandRows> writers_;
+};
+
+// Each band is drawn when the host has had control for its share of the columns.
 template <class... Edges>
 void shear_columns(const TRV_Picture& source, const TRV_Picture& result, double shear, int yield,
                    const Layer<Edges>&... layers) {
     const ShearPlan plan({source.width(), source.height()}, {result.width(), result.height()}, shear);
+    ColumnShear columns(plan, source.height());
     YieldBudget budget(yield);
-    for (std::int32_t column = 0; column < result.width(); column += kColumns) {
-        const ColumnBlock block(plan, column, std::min(kColumns, result.width() - column));
-        for (std::int32_t i = 0; i < block.count; ++i) budget.before_row(result.height());
-        (shear_column_block(layers, source.height(), block), ...);
+    std::int64_t passed = 0;
+    for (std::int32_t row = 0; row < result.height(); row += kBandRows) {
+        const std::int32_t end = std::min(row + kBandRows, result.height());
+        for (; passed < std::int64_t{result.width()} * end / result.height(); ++passed)
+            budget.before_row(result.height());
+        (columns.draw_band(layers, {row, end}), ...);
     }
 }
 

@@ -9,6 +9,8 @@
 #include <cstdint>
 #include <span>
 
+#include "pixel_formats.h"
+#include "row_clones.h"
 #include "rows.h"
 
 // A line of the result: the source line's pixel i lies between the places `shift + i` and `shift + i + 1`.
@@ -16,8 +18,8 @@ struct ShearedLine {
     std::int32_t first = 0, end = 0;  // the result's places that blend two source pixels
     bool trails = false;              // the place `end` takes what the last source pixel leaves over
     std::int64_t shift = 0;
-    // Of the source pixel before a place's own and of its own, in 65535ths.
-    std::uint32_t previous_weight = 0, current_weight = 65535;
+    // In 65535ths, of the source pixel before a place's own.
+    std::uint32_t previous_weight = 0;
 };
 
 // All lines of a result: those that show source lines are content, the others blank.
@@ -45,16 +47,50 @@ private:
     std::int64_t first_offset_;  // of the first content line
 };
 
-// --- edges: what surrounds a line, for the three kinds of pictures ---------------------------------------------------
+// --- blends: of two neighbouring pixels, `previous` with a weight of so many 65535ths --------------------------------
 
-// out[x] = the blend of pairs[x] and pairs[x + 1], for every channel, or for the low byte as a grey level.
-void blend_colors_row(const PixelColor* pairs, PixelColor* out, std::size_t count, const ShearedLine& line);
-void blend_levels_row(const PixelColor* pairs, PixelColor* out, std::size_t count, const ShearedLine& line);
+constexpr std::uint32_t kWholeWeight = 65535;
+
+// In bytes, and their mean in 65535ths.
+TARVO_INLINED inline std::uint32_t mix(std::uint32_t previous, std::uint32_t current, std::uint32_t weight) {
+    const std::uint32_t sum = previous * weight + current * (kWholeWeight - weight);
+    return (sum + (sum >> 16) + 1) >> 16;  // the sum / 65535
+}
+
+// Every channel.
+struct BlendColors {
+    std::uint32_t weight;
+
+    TARVO_INLINED PixelColor operator()(PixelColor previous, PixelColor current) const {
+        return pack_rgb(mix(red_of(previous), red_of(current), weight),
+                        mix(green_of(previous), green_of(current), weight),
+                        mix(blue_of(previous), blue_of(current), weight));
+    }
+};
+
+// The low byte as a grey level.
+struct BlendLevels {
+    std::uint32_t weight;
+
+    TARVO_INLINED PixelColor operator()(PixelColor previous, PixelColor current) const {
+        return grey(mix(previous & 255, current & 255, weight));
+    }
+};
+
+// out[x] = the blend of pairs[x] and pairs[x + 1].
+template <class Blend>
+void blend_row(const PixelColor* pairs, PixelColor* out, std::size_t count, const Blend& blend) {
+    on_this_processor([=]() TARVO_INLINED {
+        for (std::size_t x = 0; x < count; ++x) out[x] = blend(pairs[x], pairs[x + 1]);
+    });
+}
+
+// --- edges: what surrounds a line, for the three kinds of pictures ---------------------------------------------------
 
 // An image whose uncovered places its mask hides.
 struct MaskedImageEdges {
+    using Blend = BlendColors;
     static constexpr bool kKeepsCutNeighbor = false;
-    static constexpr auto blend = blend_colors_row;
 
     PixelColor fill() const { return 0x888888; }
     PixelColor before(PixelColor first) const { return first; }
@@ -63,19 +99,21 @@ struct MaskedImageEdges {
 
 // That mask: transparent all around.
 struct MaskEdges {
+    using Blend = BlendLevels;
     static constexpr bool kKeepsCutNeighbor = false;
-    static constexpr auto blend = blend_levels_row;
 
     PixelColor fill() const { return 0xFFFFFF; }
     PixelColor before(PixelColor) const { return fill(); }
-    PixelColor trailing(PixelColor last, const ShearedLine& line) const;
+    PixelColor trailing(PixelColor last, const ShearedLine& line) const {
+        return Blend{line.previous_weight}(last, fill());
+    }
 };
 
 // An image in a frame of one colour. A source pixel just cut off at the result's edge still blends into the first
 // place.
 struct FrameEdges {
+    using Blend = BlendColors;
     static constexpr bool kKeepsCutNeighbor = true;
-    static constexpr auto blend = blend_colors_row;
 
     PixelColor frame;
 
@@ -107,7 +145,7 @@ void draw_segment(const ShearedLine& line, const Edges& edges, std::int32_t from
             if (own != room.data() + 1) std::copy_n(own, count, room.data() + 1);
             room[0] = edges.before(room[1]);
         }
-        Edges::blend(pairs, place(first), count, line);
+        blend_row(pairs, place(first), count, typename Edges::Blend{line.previous_weight});
     }
     std::fill(place(end), place(to), edges.fill());
     const bool has_last = line.end > line.first || Edges::kKeepsCutNeighbor;

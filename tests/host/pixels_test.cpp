@@ -68,6 +68,17 @@ TEST(Pixels, FillWithOneValue) {
     fill_pixels({}, 32, 1);
 }
 
+TEST(Pixels, FillLargeMemory) {
+    constexpr std::size_t kPixels = (std::size_t{4} << 20) / 4 + 5;
+    for (const std::size_t offset : {0u, 1u, 4u, 16u}) {
+        std::vector<std::uint8_t> bytes(offset + 4 * kPixels + 1, 0xA5);
+        fill_pixels(std::span(bytes).subspan(offset, 4 * kPixels), 32, 0x00123456);
+        for (std::size_t x = 0; x < kPixels; ++x)
+            ASSERT_EQ(load_pixel(bytes.data() + offset, static_cast<int>(x), 32), 0x00123456u) << x;
+        EXPECT_EQ(bytes.back(), 0xA5);
+    }
+}
+
 TEST(Pixels, HaveColors) {
     EXPECT_EQ(color_of(0, 1, {}), 0xFFFFFFu);
     EXPECT_EQ(color_of(1, 1, {}), 0x000000u);

@@ -203,12 +203,22 @@ TEST_F(GeometryKernels, TurnsOfUnequalSizesStayInside) {
 TEST_F(GeometryKernels, TransposesOfEverySize) {
     for (std::size_t rows = 0; rows < 12; ++rows) {
         for (std::size_t columns = 0; columns < 12; ++columns) {
-            std::array<PixelColor, 12 * 13> in{}, out{};
+            std::array<PixelColor, 12 * 13> in{}, kept{}, exchanged{};
             for (PixelColor& color : in) color = static_cast<PixelColor>(random());
-            transpose({in.data(), 13}, rows, columns, {out.data(), 12});
-            for (std::size_t row = 0; row < 12; ++row)
-                for (std::size_t column = 0; column < 12; ++column)
-                    ASSERT_EQ(out[column * 12 + row], row < rows && column < columns ? in[row * 13 + column] : 0u);
+            const auto row_of = [](auto& block, std::size_t stride) {
+                return [&block, stride](std::size_t row) {
+                    return reinterpret_cast<std::uint8_t*>(block.data() + row * stride);
+                };
+            };
+            transpose<Coding::kept>(rows, columns, row_of(in, 13), row_of(kept, 12));
+            transpose<Coding::exchanged>(rows, columns, row_of(in, 13), row_of(exchanged, 12));
+            for (std::size_t row = 0; row < 12; ++row) {
+                for (std::size_t column = 0; column < 12; ++column) {
+                    const PixelColor word = row < rows && column < columns ? in[row * 13 + column] : 0;
+                    ASSERT_EQ(kept[column * 12 + row], word);
+                    ASSERT_EQ(exchanged[column * 12 + row], big_endian(word));
+                }
+            }
         }
     }
 }
@@ -229,18 +239,17 @@ TEST_F(GeometryKernels, AMaskOfAnotherSizeThanTheResultIsRefused) {
 }
 
 TEST_F(GeometryKernels, BlendsDivideExactly) {
-    std::vector<PixelColor> pairs(2), out(1);
     for (const std::uint32_t weight :
          {0u, 1u, 2u, 255u, 256u, 257u, 4369u, 32767u, 32768u, 40000u, 65279u, 65534u, 65535u}) {
-        const ShearedLine line = {.previous_weight = weight, .current_weight = 65535 - weight};
         for (std::uint32_t previous = 0; previous < 256; ++previous) {
             for (std::uint32_t current = 0; current < 256; ++current) {
                 const std::uint32_t exact = (previous * weight + current * (65535 - weight)) / 65535;
-                pairs = {0xAB000000 | previous * 0x010101, 0xCD000000 | current * 0x010101};
-                blend_colors_row(pairs.data(), out.data(), 1, line);
-                ASSERT_EQ(out[0], exact * 0x010101) << previous << " " << current << " " << weight;
-                blend_levels_row(pairs.data(), out.data(), 1, line);
-                ASSERT_EQ(out[0], exact * 0x010101) << previous << " " << current << " " << weight;
+                const PixelColor pair[] = {0xAB000000 | grey(previous), 0xCD000000 | grey(current)};
+                PixelColor color = 0, level = 0;
+                blend_row(pair, &color, 1, BlendColors{weight});
+                blend_row(pair, &level, 1, BlendLevels{weight});
+                ASSERT_EQ(color, grey(exact)) << previous << " " << current << " " << weight;
+                ASSERT_EQ(level, grey(exact)) << previous << " " << current << " " << weight;
             }
         }
     }

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <random>
+#include <span>
 #include <vector>
 
 #include "pixel_blocks.h"
@@ -85,6 +86,30 @@ TEST_P(StoredWords, Unpacked) {
                 std::copy_n(from + i * kPacked, kPacked, to + i * kWord + 1);
             }
         });
+}
+
+TEST_P(StoredWords, WrittenInPieces) {
+    constexpr std::size_t kLongest = 40;
+    for (std::size_t start = 0; start < kCacheLine; ++start) {
+        const Bytes from = noise(kWord * kMost);
+        Bytes to = noise(kCacheLine + start + from.size() + kCacheLine);
+        Bytes expected = to;
+        const std::size_t past = reinterpret_cast<std::uintptr_t>(to.data()) % kCacheLine;
+        std::uint8_t* const out = to.data() + (start + kCacheLine - past) % kCacheLine;
+        std::ranges::copy(from, expected.begin() + (out - to.data()));
+        PieceWriter writer;
+        for (std::size_t row = 0; row < 2; ++row) {  // as good as new for the next one
+            for (std::size_t done = 0, count; done < kMost; done += count) {
+                count = std::min((done * 7 + start + row) % kLongest + 1, kMost - done);
+                Bytes piece = noise(kCacheLine + kLongest * kWord);
+                std::copy_n(from.begin() + kWord * done, kWord * count, piece.begin() + kCacheLine);
+                writer.write(piece.data() + kCacheLine, count, out + kWord * done, streams(), done + count == kMost);
+            }
+            finish_streamed_lines();
+            ASSERT_EQ(to, expected) << start << " bytes past a line";
+            if (row == 0) std::ranges::fill(std::span(out, from.size()), std::uint8_t{0});
+        }
+    }
 }
 
 }  // namespace
