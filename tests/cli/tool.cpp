@@ -17,17 +17,6 @@ namespace tarvo::cli {
 
 namespace fs = std::filesystem;
 
-ToolTest::ToolTest() {
-    std::string name = (fs::temp_directory_path() / "tarvo-tool-XXXXXX").string();
-    if (!::mkdtemp(name.data())) throw std::runtime_error("no folder for the test");
-    folder_ = name;
-}
-
-ToolTest::~ToolTest() {
-    std::error_code ignored;
-    fs::remove_all(folder_, ignored);
-}
-
 Ending ToolTest::run(std::vector<std::string> words) const {
     std::vector<char*> pointers;
     for (std::string& word : words) pointers.push_back(word.data());
@@ -58,7 +47,7 @@ Ending ToolTest::tool(std::vector<std::string> arguments) const {
 
 Ending ToolTest::shell(const std::string& line) const {
     const std::string programs = fs::path(TARVO_TOOL).parent_path();
-    return run({"/bin/sh", "-c", "cd \"$0\" && PATH=\"$1:$PATH\" && eval \"$2\"", folder_, programs, line});
+    return run({"/bin/sh", "-c", "cd \"$0\" && PATH=\"$1:$PATH\" && eval \"$2\"", folder(), programs, line});
 }
 
 Ending ToolTest::apply_sample(std::vector<std::string> arguments) const {
@@ -68,7 +57,7 @@ Ending ToolTest::apply_sample(std::vector<std::string> arguments) const {
 
 std::vector<std::string> ToolTest::entries() const {
     std::vector<std::string> names;
-    for (const fs::directory_entry& entry : fs::directory_iterator(folder_)) names.push_back(entry.path().filename());
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder())) names.push_back(entry.path().filename());
     std::sort(names.begin(), names.end());
     return names;
 }

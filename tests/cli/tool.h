@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "temporary_folder.h"
+
 namespace tarvo::cli {
 
 // How a run of the tool ended.
@@ -18,17 +20,14 @@ struct Ending {
 // Tests that run the built tool, in a folder of their own.
 class ToolTest : public testing::Test {
 protected:
-    ToolTest();
-    ~ToolTest() override;
-
     Ending tool(std::vector<std::string> arguments) const;
     // A line as people type it in a shell, in this folder; `tarvo` is the tool.
     Ending shell(const std::string& line) const;
     // `tarvo apply` with the sample operations as its plugin.
     Ending apply_sample(std::vector<std::string> arguments) const;
 
-    const std::filesystem::path& folder() const { return folder_; }
-    std::string file(const std::string& name) const { return (folder_ / name).string(); }
+    const std::filesystem::path& folder() const { return folder_.path(); }
+    std::string file(const std::string& name) const { return folder_.file(name); }
     bool exists(const std::string& name) const { return std::filesystem::exists(file(name)); }
     std::vector<std::string> entries() const;
     // A PPM file of these colours, 0x00RRGGBB.
@@ -41,7 +40,7 @@ protected:
 private:
     Ending run(std::vector<std::string> words) const;
 
-    std::filesystem::path folder_;
+    test::TemporaryFolder folder_;
 };
 
 }  // namespace tarvo::cli

@@ -3,7 +3,6 @@
 // Pictures and files made by hand.
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cstdint>
 #include <filesystem>
@@ -17,10 +16,12 @@
 #include "host.h"
 #include "picture_file.h"
 #include "pixels.h"
+#include "temporary_folder.h"
 
 namespace tarvo::host {
 
 using FileBytes = std::vector<std::uint8_t>;
+using Folder = test::TemporaryFolder;
 
 inline FileBytes bytes_of(std::string_view text) { return {text.begin(), text.end()}; }
 
@@ -71,30 +72,6 @@ std::string file_error(Work work) {
     }
     return "";
 }
-
-// A folder of its own that goes when the test does.
-class Folder {
-public:
-    Folder() {
-        std::string name = (std::filesystem::temp_directory_path() / "tarvo-files-XXXXXX").string();
-        if (!::mkdtemp(name.data())) throw std::runtime_error("no folder for the test");
-        path_ = name;
-    }
-    ~Folder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
-    }
-    Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
-
-    std::string file(const std::string& name) const { return (path_ / name).string(); }
-    std::size_t entries() const {
-        return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(path_), {}));
-    }
-
-private:
-    std::filesystem::path path_;
-};
 
 inline void write_bytes(const std::string& path, const FileBytes& bytes) {
     std::ofstream file(path, std::ios::binary);

@@ -2,9 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <sqlite3.h>
-#include <unistd.h>
 
-#include <filesystem>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -13,6 +11,7 @@
 #include "pictures.h"
 #include "plain_image.h"
 #include "session.h"
+#include "temporary_folder.h"
 
 namespace tarvo::test {
 namespace {
@@ -60,23 +59,6 @@ private:
     }
 
     std::unique_ptr<sqlite3, Close> database_;
-};
-
-class TemporaryFolder {
-public:
-    TemporaryFolder() {
-        std::string name = (std::filesystem::temp_directory_path() / "tarvo-database-XXXXXX").string();
-        if (!::mkdtemp(name.data())) throw std::runtime_error("no folder for the test");
-        path_ = name;
-    }
-    ~TemporaryFolder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
-    }
-    std::string file(const char* name) const { return (path_ / name).string(); }
-
-private:
-    std::filesystem::path path_;
 };
 
 TEST(PictureStringsInADatabase, GiveTheSamePicturesWhenItIsOpenedAgain) {
