@@ -153,6 +153,18 @@ TEST_P(Shear, PicturesAsLongAsTheyCanBe) {
     }
 }
 
+// Drawn in bands and tiles, whose ends lie anywhere in the picture, and written past the caches from 16 MiB on, where
+// rows of this width begin anywhere in a cache line.
+TEST_P(Shear, LargePictures) {
+    const ObjectRef high = random_picture(session, random, {.depth = 32, .mask_depth = 8}, 150, 1100);
+    expect_plain_form(session, high, 203, 1301, 0.7);
+    expect_plain_form(session, high, 131, 1030, -0.3);
+    const ObjectRef wide = random_picture(session, random, {.depth = 24}, 1100, 150);
+    expect_frame_form(session, wide, 1203, 701, -0.9);
+    const ObjectRef large = random_picture(session, random, {.depth = 32}, 1900, 1700);
+    expect_frame_form(session, large, 2111, 2011, 0.2);
+}
+
 TEST_P(ShearOfMasks, EveryDepth) {
     for (const int result_mask_depth : {32, 1, 2, 4, 8, 16, 24}) {
         Session in({.mask_depth = result_mask_depth});
