@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 #include "forms.h"
 #include "pixel_maps.h"
@@ -189,7 +190,7 @@ private:
         if (first >= end) return;
         const std::int32_t column = piece.block.source_column;
         const std::size_t content = piece.block.content();
-        bool stored = end <= layer.source.height() && column + std::int64_t(content) <= layer.source.width();
+        bool stored = end <= layer.source.height() && std::cmp_less_equal(column + content, layer.source.width());
         for (std::int32_t y = first; y < end && stored; ++y)
             stored = (from_[y - first] = layer.source.WordsAt(y, column)) != nullptr;
 
@@ -211,17 +212,18 @@ private:
         const auto from = [this](std::size_t x) { return bytes_of(drawn_[x].data()); };
         const auto to = [this](std::size_t y) { return bytes_of(out_[y].colors); };
         TRV_Picture& result = layer.result;
-        if (result.WordsAt(piece.row, column)) {
+        const auto row = [&](std::size_t y) { return piece.row + static_cast<std::int32_t>(y); };
+        bool stored = true;
+        for (std::size_t y = 0; y < rows && stored; ++y) stored = result.WordsAt(row(y), column) != nullptr;
+        if (stored) {
             transpose<Coding::exchanged>(pixels, rows, from, to);
             const bool ends = column + piece.block.count == result.width();
             for (std::size_t y = 0; y < rows; ++y)
-                writers[y].write(to(y), pixels, result.WordsAt(piece.row + static_cast<std::int32_t>(y), column),
-                                 result.streams(), ends);
+                writers[y].write(to(y), pixels, result.WordsAt(row(y), column), result.streams(), ends);
         } else {
             transpose<Coding::kept>(pixels, rows, from, to);
             for (std::size_t y = 0; y < rows; ++y)
-                result.SetPixels(piece.row + static_cast<std::int32_t>(y), column, {out_[y].colors, pixels},
-                                 layer.caller);
+                result.SetPixels(row(y), column, {out_[y].colors, pixels}, layer.caller);
         }
     }
 

@@ -6,6 +6,7 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <random>
 #include <vector>
@@ -197,6 +198,79 @@ TEST_F(GeometryKernels, TurnsOfUnequalSizesStayInside) {
                 }
             }
         }
+    }
+}
+
+// A host's table of rows may have gaps: those rows read as black and are not written.
+class RowsWithGaps : public GeometryKernels {
+protected:
+    using Kernel = std::function<void(const TRV_Picture& source, TRV_Picture& result)>;
+
+    host::ObjectRef noise_in_rows(int width, int height) {
+        const host::ObjectRef made =
+            host.new_picture({.width = width, .height = height, .depth = 32, .backing = host::Backing::pixel_buffer});
+        for (int y = 0; y < height; ++y)
+            std::generate_n(pixels(made).row(y), 4 * width, [this] { return static_cast<std::uint8_t>(random()); });
+        return made;
+    }
+    host::ObjectRef copy_of(const host::ObjectRef& picture) {
+        const host::ObjectRef made = noise_in_rows(pixels(picture).width(), pixels(picture).height());
+        for (int y = 0; y < pixels(made).height(); ++y)
+            std::copy_n(pixels(picture).row(y), pixels(picture).packed_row_bytes(), pixels(made).row(y));
+        return made;
+    }
+    // Runs the kernel while every third row of a picture is missing.
+    void run_with_gaps(const Kernel& kernel, const host::ObjectRef& source, const host::ObjectRef& result,
+                       const host::ObjectRef& with_gaps) {
+        REALpictureDescription description{};
+        ASSERT_TRUE(REALLockPictureDescription(handle(with_gaps), &description));
+        auto* const table = static_cast<REALpixelBuffer*>(description.store);
+        const std::vector<std::uint8_t*> rows(table->rows, table->rows + table->height);
+        for (int y = 1; y < table->height; y += 3) table->rows[y] = nullptr;
+        {
+            Locked from(source), to(result);
+            kernel(from, to);
+        }
+        std::ranges::copy(rows, table->rows);
+        REALUnlockPictureDescription(handle(with_gaps));
+    }
+
+    const std::vector<Kernel> kernels = {
+        [](const auto& from, auto& to) { Priv_Rotate0(from, to, 0); },
+        [](const auto& from, auto& to) { Priv_Rotate0_H(from, to, 0); },
+        [](const auto& from, auto& to) { Priv_Rotate90(from, to, 0); },
+        [](const auto& from, auto& to) { Priv_Rotate90_V(from, to, 0); },
+        [](const auto& from, auto& to) { Priv_ShearHorizontal(from, to, 0.3, 0x123456, 0); },
+        [](const auto& from, auto& to) { Priv_ShearVertical(from, to, -0.6, 0x123456, 0); },
+        [](const auto& from, auto& to) { Priv_StetchHorizontal(from, to, 0); },
+        [](const auto& from, auto& to) { Priv_StetchVertical(from, to, 0); },
+        [](const auto& from, auto& to) { PrivRotateDirect(from, to, 0.5, 0x123456); },
+    };
+};
+
+TEST_F(RowsWithGaps, OfTheSourceAreBlack) {
+    for (const Kernel& kernel : kernels) {
+        const host::ObjectRef source = noise_in_rows(90, 140), blackened = copy_of(source);
+        for (int y = 1; y < 140; y += 3) std::fill_n(pixels(blackened).row(y), 4 * 90, std::uint8_t{0});
+        const host::ObjectRef result = noise_in_rows(150, 150), expected = copy_of(result);
+        run_with_gaps(kernel, source, result, source);
+        Locked from(blackened), to(expected);
+        kernel(from, to);
+        EXPECT_EQ(difference(pixels(result), read_image(pixels(expected)), 32), "") << &kernel - kernels.data();
+    }
+}
+
+TEST_F(RowsWithGaps, OfTheResultAreNotWritten) {
+    for (const Kernel& kernel : kernels) {
+        const host::ObjectRef source = noise_in_rows(90, 140);
+        const host::ObjectRef result = noise_in_rows(150, 150), before = copy_of(result), expected = copy_of(result);
+        run_with_gaps(kernel, source, result, result);
+        {
+            Locked from(source), to(expected);
+            kernel(from, to);
+        }
+        for (int y = 1; y < 150; y += 3) std::copy_n(pixels(before).row(y), 4 * 150, pixels(expected).row(y));
+        EXPECT_EQ(difference(pixels(result), read_image(pixels(expected)), 32), "") << &kernel - kernels.data();
     }
 }
 
