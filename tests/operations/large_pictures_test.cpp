@@ -121,7 +121,9 @@ TEST_F(LargePictures, AsAStringAndBack) {
     const Value string = session.call(source, "TRV_ConvertToString");
     const auto* const written = dynamic_cast<const host::StringObject*>(object_in(string).get());
     ASSERT_TRUE(written);
-    std::string expected = {0, 0, 8, 63, 0, 0, 10, -116, 0, 32, 0};
+    std::string expected;
+    for (const int byte : {0, 0, kWidth / 256, kWidth % 256, 0, 0, kRows / 256, kRows % 256, 0, 32, 0})
+        expected += static_cast<char>(byte);
     for (int y = 0; y < kRows; ++y)
         for (int x = 0; x < kWidth; ++x)
             for (const int shift : {16, 8, 0}) expected += static_cast<char>(channel(at(source, x, y), shift));
