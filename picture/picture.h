@@ -154,7 +154,7 @@ inline std::uint8_t* TRV_Picture::RowStart(long row) const {
 
 inline std::uint8_t* TRV_Picture::WordsAt(long row, long column) const {
     std::uint8_t* const start = RowStart(row);
-    if (format_ != PixelFormat::xrgb32 || bytesPerPixel_ != XRgb32::kBytes || !start) return nullptr;
+    if (format_ != PixelFormat::xrgb32 || !start) return nullptr;
     return start + static_cast<std::ptrdiff_t>(column) * XRgb32::kBytes;
 }
 

@@ -181,11 +181,13 @@ TEST_F(Composite, WhereTheMaskIsReadDependsOnTheDepth) {
 TEST_F(Composite, MasksSmallerThanTheOverlayAreTransparentBeyondTheirEdges) {
     for (const int depth : {24, 32}) {
         for (const int mask_depth : {1, 8, 16, 24, 32}) {
-            const ObjectRef source = random_picture(session, random, {.depth = depth}, 40, 9);
-            const ObjectRef overlay = random_picture(session, random, {.depth = depth}, 20, 7);
-            give_mask(overlay, mask_depth, any_of(random, 1, 25), any_of(random, 1, 9));
-            for (const Place place : {Place{0, 0}, Place{15, 3}, Place{-6, -2}})
-                expect_agreement(source, overlay, 0.9, place);
+            for (const int width : {20, 120}) {
+                const ObjectRef source = random_picture(session, random, {.depth = depth}, 2 * width, 9);
+                const ObjectRef overlay = random_picture(session, random, {.depth = depth}, width, 7);
+                give_mask(overlay, mask_depth, any_of(random, 1, width / 2), any_of(random, 1, 9));
+                for (const Place place : {Place{0, 0}, Place{15, 3}, Place{-6, -2}})
+                    expect_agreement(source, overlay, 0.9, place);
+            }
         }
     }
 }

@@ -103,7 +103,9 @@ TEST(FileRecord, CutsLongNames) {
 TEST(UnregisteredRecords, AreComplete) {
     EXPECT_STREQ(TRV_MakeFolderItem_Method.declaration,
                  "TRV_MakeFolderItem(vRefNum as integer, parID as integer, name as string) as FolderItem");
-    EXPECT_TRUE(TRV_MakeFolderItem_Method.function);
+    const auto make =
+        reinterpret_cast<REALobjectStruct* (*)(int, int, REALstringStruct*)>(TRV_MakeFolderItem_Method.function);
+    EXPECT_EQ(make(kRootVolume, kRootDirectory, nullptr), nullptr);
     EXPECT_STREQ(TRV_CopyPicture_Method.declaration, "TRV_CopyPicture(extends p as picture) as picture");
     EXPECT_TRUE(TRV_CopyPicture_Method.function);
     EXPECT_STREQ(TRV_Screen_Extension.name, "screen");

@@ -17,11 +17,13 @@
 #include "error_state.h"
 #include "free_rotate_by_shear.h"
 #include "free_rotate_direct.h"
+#include "free_rotation.h"
 #include "host.h"
 #include "plain_rotation.h"
 #include "plugin_entry.h"
 #include "quarter_turns.h"
 #include "rectangle.h"
+#include "registration_tables.h"
 #include "shear_kernels.h"
 #include "shear_line.h"
 #include "stretch.h"
@@ -79,6 +81,13 @@ TEST_F(GeometryKernels, ACopyIsAtLeast16BitsDeepAndHasNoMask) {
         EXPECT_FALSE(pixels(copy).mask());
     }
     EXPECT_EQ(host.yields(), 0);
+}
+
+TEST_F(GeometryKernels, TheRecordOfTheCopyLeadsToIt) {
+    const auto copy = reinterpret_cast<REALpictureStruct* (*)(REALpictureStruct*)>(TRV_CopyPicture_Method.function);
+    const host::ObjectRef source = noise(3, 2), made = adopt(copy(handle(source)));
+    ASSERT_TRUE(made);
+    EXPECT_EQ(difference(pixels(made), read_image(pixels(source)), 32), "");
 }
 
 TEST_F(GeometryKernels, ChecksOfACopyComeInOrder) {
@@ -494,6 +503,73 @@ TEST_F(GeometryKernels, ChecksOfTheFastRotation) {
     host.faults.fail_at("newPicture", 2);
     EXPECT_EQ(TRV_FreeRotateFast(handle(source), 10.0, 0), nullptr);
     EXPECT_EQ(gTRV_Error, 6);
+}
+
+// --- stretches -------------------------------------------------------------------------------------------------------
+
+// One row of pixels, averaged from the result's column `first` on.
+std::vector<PixelColor> averaged(const std::vector<PixelColor>& row, std::int32_t width, std::int32_t first,
+                                 std::size_t count) {
+    RowAverage average(AxisWeights(static_cast<std::int32_t>(row.size()), width), first, count);
+    std::vector<PixelColor> result(count);
+    average.average(
+        [&row](std::int32_t column, std::span<PixelColor> colors) {
+            std::copy_n(row.begin() + column, colors.size(), colors.begin());
+        },
+        result.data());
+    return result;
+}
+
+TEST(RowAverage, DoublesFromAnyColumnAnyNumberOfPixels) {
+    const std::vector<PixelColor> row = {1, 2, 3, 4};
+    EXPECT_EQ(averaged(row, 8, 0, 8), (std::vector<PixelColor>{1, 1, 2, 2, 3, 3, 4, 4}));
+    EXPECT_EQ(averaged(row, 8, 2, 3), (std::vector<PixelColor>{2, 2, 3}));
+    EXPECT_EQ(averaged(row, 8, 3, 4), (std::vector<PixelColor>{2, 3, 3, 4}));
+}
+
+// A client picture's own memory, before there is any.
+struct WithoutPixels {
+    WithoutPixels(std::int32_t width, std::int32_t height, std::int32_t depth) {
+        data.width = width;
+        data.height = height;
+        data.depth = depth;
+        EXPECT_TRUE(picture.Lock());
+    }
+    TRV_ClientPicture_Data data = {};
+    TRV_Picture picture{&data, false};
+};
+
+TEST_F(GeometryKernels, StretchesOfNoRowsOrOfNoPixelsAreBlack) {
+    for (const auto stretch : {+[](const TRV_Picture&from, TRV_Picture&to) { Priv_StetchVertical(from, to, 0); },
+                               +[](const TRV_Picture&from, TRV_Picture&to) { Priv_StetchVerticalMask(from, to); }}) {
+        for (const int depth : {1, 32}) {
+            for (const int height : {0, 3}) {
+                WithoutPixels source(4, height, depth);
+                const host::ObjectRef result = noise(4, 5);
+                Locked locked(result);
+                stretch(source.picture, locked);
+                EXPECT_EQ(difference(pixels(result), PlainImage(4, 5), 32), "") << depth << " bits, " << height;
+            }
+        }
+    }
+}
+
+TEST_F(GeometryKernels, MasksAreNotStretchedToNowhere) {
+    const host::ObjectRef source = noise(4, 3);
+    for (const int depth : {1, 32}) {
+        WithoutPixels result(4, 5, depth);
+        Locked locked(source);
+        Priv_StetchVerticalMask(locked, result.picture);
+        EXPECT_EQ(result.picture.GetPixel(1L, 1L, nullptr), 0u);
+    }
+}
+
+TEST(FreeRotation, AnglesComeIntoTheCircleFromBothSides) {
+    constexpr double kTurn = free_rotation::kTwoPi;
+    EXPECT_EQ(free_rotation::in_circle(1.0), 1.0);
+    EXPECT_EQ(free_rotation::in_circle(kTurn), kTurn);
+    EXPECT_EQ(free_rotation::in_circle(-1.0), kTurn - 1.0);
+    EXPECT_EQ(free_rotation::in_circle(kTurn + 1.0), kTurn + 1.0 - kTurn);
 }
 
 }  // namespace

@@ -76,9 +76,9 @@ std::uint32_t plain_masked(std::uint32_t color, std::uint32_t mask, const Change
 
 const std::vector<Change>& awkward_changes() {
     static const std::vector<Change> all = {
-        {0.0, 1.0, 1.0},          {77.3, 1.3, 0.8},         {-77.3, 0.4, 1.7},     {359.999, 0.0, 9.99},
-        {-359.999, 9.99, 0.0},    {0.05, 0.999, 1.001},     {-0.05, 0.001, 0.003}, {kNotANumber, 1.0, 1.0},
-        {30.0, kNotANumber, 1.0}, {30.0, 1.0, kNotANumber},
+        {0.0, 1.0, 1.0},         {77.3, 1.3, 0.8},          {-77.3, 0.4, 1.7},        {359.999, 0.0, 9.99},
+        {-359.999, 9.99, 0.0},   {kNotANumber, 0.002, 1.0}, {0.05, 0.999, 1.001},     {-0.05, 0.001, 0.003},
+        {kNotANumber, 1.0, 1.0}, {30.0, kNotANumber, 1.0},  {30.0, 1.0, kNotANumber},
     };
     return all;
 }
@@ -187,11 +187,12 @@ TEST_F(Hsv, AHueThatIsNoNumberLeavesGreysAlone) {
 }
 
 TEST_F(Hsv, NegativeInvertsAllOfThePicture) {
-    const Change change = {90.0, 0.7, 1.2};
-    for (Shape shape : source_shapes()) {
+    const Change with_a_hue = {90.0, 0.7, 1.2}, without_a_hue = {kNotANumber, 0.002, 1.2};
+    for (int i = 0; const Shape& shape : source_shapes()) {
         SCOPED_TRACE(shape.name());
-        const ObjectRef source = random_picture(session, random, shape, 21, 5);
-        const Area area = {4, 1, 9, 3};
+        const Change& change = i++ % 2 ? with_a_hue : without_a_hue;
+        const ObjectRef source = random_picture(session, random, shape, 60, 5);
+        const Area area = {4, 1, 45, 3};
         const Value result =
             region_form(session, source, session.rectangle(area.left, area.top, area.width, area.height), change, true);
         ASSERT_TRUE(picture_in(result));

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <limits>
+#include <utility>
 #include <vector>
 
 #include "error_state.h"
@@ -138,6 +139,18 @@ TEST_F(InterchangeKernels, BlocksThatPass32BitsAreNilWithoutACode) {
         EXPECT_EQ(row_bytes, 0);
     }
     EXPECT_EQ(host.faults.calls("newMemoryBlock"), 0);
+}
+
+TEST_F(InterchangeKernels, AStringWithoutBytesIsNoPicture) {
+    const host::ObjectRef picture = numbered(2, 2);
+    const host::ObjectRef string = host::ObjectRef::adopt(host.objects().find(TRV_ConvertToString(handle(picture))));
+    auto* const record = static_cast<REALstringStruct*>(string.handle());
+    const auto before = host.accounts();
+    const char* const bytes = std::exchange(record->storage, nullptr);
+    EXPECT_EQ(TRV_ConvertToPicture(record), nullptr);
+    EXPECT_EQ(gTRV_Error, 0);
+    EXPECT_EQ(host.accounts(), before);
+    record->storage = bytes;
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstring>
 #include <string>
+#include <vector>
 
 #include "adjustment_checks.h"
 #include "client_pictures.h"
@@ -24,8 +25,8 @@ std::uint32_t brightened(std::uint32_t color) {
 class LargePictures : public ::testing::Test {
 protected:
     // Its colours are cheap to make, and not the same in any two places of a row.
-    ObjectRef pattern(std::uint32_t seed, int width = kWidth, int height = kHeight) {
-        const ObjectRef made = session.picture(width, height);
+    ObjectRef pattern(std::uint32_t seed, int width = kWidth, int height = kHeight, int row_padding = 0) {
+        const ObjectRef made = session.host.new_picture({.width = width, .height = height, .row_padding = row_padding});
         for (int y = 0; y < height; ++y)
             for (int x = 0; x < width; ++x)
                 write_pixel(pixels(made), x, y, (seed + static_cast<std::uint32_t>(y * width + x)) * 2654435761u);
@@ -75,9 +76,12 @@ TEST_F(LargePictures, MaskForm) {
 }
 
 TEST_F(LargePictures, InPlace) {
-    const ObjectRef before = pattern(4), picture = pattern(4);
-    adjust("TRV_AdjustRGB_InPlace(", picture, area());
-    expect_pixels(&pixels(picture), [&](int x, int y) { return brightened_in_area(before, x, y); });
+    const ObjectRef before = pattern(4);
+    for (const int row_padding : {0, 1}) {  // pixels may lie across cache lines
+        const ObjectRef picture = pattern(4, kWidth, kHeight, row_padding);
+        adjust("TRV_AdjustRGB_InPlace(", picture, area());
+        expect_pixels(&pixels(picture), [&](int x, int y) { return brightened_in_area(before, x, y); });
+    }
 }
 
 TEST_F(LargePictures, TwoPictures) {
@@ -97,6 +101,25 @@ TEST_F(LargePictures, APictureAtAPlaceOnAnother) {
         const std::uint32_t above = at(overlay, x - kArea.left, y - kArea.top);
         return each_channel(
             [&](int shift) { return (channel(at(source, x, y), shift) * 192 + channel(above, shift) * 64) / 256; });
+    });
+}
+
+TEST_F(LargePictures, NeighboursOfBothDirections) {
+    const ObjectRef source = pattern(12);
+    const auto weights = [&](const std::vector<std::int32_t>& coefficients) {
+        const ObjectRef made = session.host.new_instance("TRV_Convolution");
+        session.call(made, "SetCoefficients", session.host.new_integer_array(coefficients));
+        return made;
+    };
+    const Value result = session.call(source, "TRV_Convolute", area(), weights({1, 2, 1}), weights({1, 1, 1}));
+    const auto across = [&](int x, int y, int shift) {
+        const auto level = [&](int column) { return channel(at(source, column, y), shift); };
+        return kArea.has(x, y) ? (level(x - 1) + 2 * level(x) + level(x + 1)) / 4 : level(x);
+    };
+    expect_pixels(picture_in(result), [&](int x, int y) {
+        if (!kArea.has(x, y)) return at(source, x, y);
+        return each_channel(
+            [&](int shift) { return (across(x, y - 1, shift) + across(x, y, shift) + across(x, y + 1, shift)) / 3; });
     });
 }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 #include "fake_screen.h"
@@ -73,6 +74,15 @@ TEST_F(ScreenCapture, IsACopy) {
 }
 
 TEST_F(ScreenCapture, OfNoScreenIsNilWithoutACode) { expect_nil(); }
+
+TEST_F(ScreenCapture, OfADeviceThatIsGoneIsNilWithoutACode) {
+    FakeScreen screen(4, 3);
+    const GDHandle device = GetMainDevice();
+    GDevice* const record = std::exchange(*device, nullptr);
+    expect_nil();
+    *device = record;
+    EXPECT_TRUE(picture_in(capture()));
+}
 
 TEST_F(ScreenCapture, OfLostPixelsIsNilWithoutACode) {
     FakeScreen screen(4, 3);

@@ -183,20 +183,23 @@ TEST_P(ShearOfMasks, EveryDepth) {
 
 // A mask smaller than its picture counts as transparent beyond its edge.
 TEST_P(Shear, MasksOfAnotherSize) {
-    for (const auto& [width, height] : {std::pair{5, 20}, std::pair{20, 5}, std::pair{1, 1}, std::pair{40, 40}}) {
-        const ObjectRef source = random_picture(session, random, {}, 20, 20);
-        const ObjectRef mask = random_picture(session, random, {}, width, height);
-        pixels(source).set_mask(mask);
-        const Value small = shear(session, source, 30, 30, 0.4);
-        ASSERT_TRUE(picture_in(small));
-        const ObjectRef whole = session.picture(20, 20);  // white: transparent
-        for (int y = 0; y < std::min(20, height); ++y)
-            for (int x = 0; x < std::min(20, width); ++x)
-                write_pixel(pixels(whole), x, y, read_pixel(pixels(mask), x, y));
-        pixels(source).set_mask(whole);
-        const Value full = shear(session, source, 30, 30, 0.4);
-        expect_same_bytes(pixels(picture_in(small)->mask()), pixels(picture_in(full)->mask()));
-        expect_same_bytes(*picture_in(small), *picture_in(full));
+    for (const int side : {20, 200}) {
+        for (const auto& [width, height] :
+             {std::pair{side / 4, side}, {side, side / 4}, {1, 1}, {2 * side, 2 * side}}) {
+            const ObjectRef source = random_picture(session, random, {}, side, side);
+            const ObjectRef mask = random_picture(session, random, {}, width, height);
+            pixels(source).set_mask(mask);
+            const Value small = shear(session, source, side + 10, side + 10, 0.4);
+            ASSERT_TRUE(picture_in(small));
+            const ObjectRef whole = session.picture(side, side);  // white: transparent
+            for (int y = 0; y < std::min(side, height); ++y)
+                for (int x = 0; x < std::min(side, width); ++x)
+                    write_pixel(pixels(whole), x, y, read_pixel(pixels(mask), x, y));
+            pixels(source).set_mask(whole);
+            const Value full = shear(session, source, side + 10, side + 10, 0.4);
+            expect_same_bytes(pixels(picture_in(small)->mask()), pixels(picture_in(full)->mask()));
+            expect_same_bytes(*picture_in(small), *picture_in(full));
+        }
     }
 }
 

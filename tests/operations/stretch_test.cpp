@@ -313,6 +313,11 @@ TEST_F(Stretch, ClientPicturesOfFewBits) {
     }
 }
 
+TEST_F(Stretch, WideRowsByWayOfAnIntermediatePictureThatLosesBits) {
+    for (const int width : {2048, 2049, 3000})
+        expect_agreement(session, random_picture(session, random, {.depth = 16, .mask_depth = 8}, 3, 4), width, 5);
+}
+
 // Wider than any host picture: own memory can hold it, the intermediate picture cannot.
 TEST_F(Stretch, ClientPicturesBeyondTheHostsSizes) {
     const ObjectRef client = client_in_own_memory(session, random, 3, 2, 32, false);

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <map>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,6 +21,7 @@ namespace {
 std::map<std::string_view, void*> services;
 std::vector<std::string> asked;
 std::vector<std::string> registered;
+void* registered_function = nullptr;
 
 void* resolve(const char* name) {
     asked.emplace_back(name);
@@ -34,7 +37,11 @@ void* address(Function* function) {
 void* callback(const char* name) { return std::string_view(name) == "ResolverPPC" ? address(resolve) : nullptr; }
 void* empty_callback(const char*) { return nullptr; }
 double version_2005() { return 2005.0; }
-void register_method(const REALmethodDefinition* method) { registered.emplace_back(method->declaration); }
+void* throwing_callback(const char*) { throw std::runtime_error("no service today"); }
+void register_method(const REALmethodDefinition* method) {
+    registered.emplace_back(method->declaration);
+    registered_function = method->function;
+}
 
 class Binding : public ::testing::Test {
 protected:
@@ -56,6 +63,11 @@ TEST_F(Binding, AHostWithoutCallbackOrResolverIsRefusedInSilence) {
     EXPECT_EQ(HCallResolver("REALBuildString"), nullptr);
     EXPECT_EQ(REALPluginMain(callback), 0);  // a resolver that knows nothing
     EXPECT_EQ(asked.front(), "RegisterPluginVersion");
+}
+
+TEST_F(Binding, AHostThatThrowsIsRefused) {
+    EXPECT_EQ(REALPluginMain(throwing_callback), 0);
+    EXPECT_TRUE(asked.empty());
 }
 
 TEST_F(Binding, NothingIsThereWithoutAHost) {
@@ -106,6 +118,7 @@ TEST_F(Binding, TheSecondEntryRoutineWouldRegisterTheArchitecture) {
     services["PluginRegisterMethod"] = address(register_method);
     PluginEntryXX();
     EXPECT_EQ(registered, std::vector<std::string>{"CurrentArchitecture() as Integer"});
+    EXPECT_EQ(reinterpret_cast<int (*)()>(registered_function)(), 0);
 }
 
 TEST_F(Binding, ConsoleSafetyIsAFlagOfTheClass) {
@@ -129,6 +142,28 @@ TEST_F(Binding, OldRecordsHaveThreeWords) {
     EXPECT_STREQ(old[0].declaration, "A()");
     EXPECT_EQ(old[1].function, address(register_method));
     EXPECT_STREQ(old[1].declaration, "B()");
+}
+
+TEST_F(Binding, ClassesWithoutMethodsStayAsTheyAre) {
+    const REALmethodDefinition method = {address(version_2005), nullptr, "A()", 0};
+    for (const REALword count : {0, -1}) {
+        REALclassDefinition definition = {};
+        definition.methods = &method;
+        definition.methodCount = count;
+        ConvertCurrentMethodsToV6(&definition);
+        EXPECT_EQ(definition.methods, &method);
+        EXPECT_EQ(definition.methodCount, count);
+    }
+}
+
+TEST_F(Binding, WithoutMemoryForOldRecordsThereAreNoMethods) {
+    const REALmethodDefinition method = {address(version_2005), nullptr, "A()", 0};
+    REALclassDefinition definition = {};
+    definition.methods = &method;
+    definition.methodCount = std::numeric_limits<std::int32_t>::max() / REALword{sizeof(REALmethodDefinitionV6)} + 1;
+    ConvertCurrentMethodsToV6(&definition);
+    EXPECT_EQ(definition.methods, nullptr);
+    EXPECT_EQ(definition.methodCount, 0);
 }
 
 TEST_F(Binding, NullStringsAreEmpty) {

@@ -1,8 +1,10 @@
 // TRV_Picture: runs of pixels and mask levels, copied from one picture to another.
 
 #include <algorithm>
+#include <vector>
 
 #include "locked_picture.h"
+#include "pixel_runs.h"
 #include "plain_image.h"
 
 namespace tarvo::test {
@@ -78,6 +80,47 @@ TEST_F(LockedPicture, MaskLevelsAreConvertedByTheirOwnRules) {
     EXPECT_EQ(copied(8, 255, 16), 255u * 0x421 & 0xFFFF);  // spills into the neighbouring fields
     EXPECT_EQ(copied(8, 0xFE, 8), 0xFEu);
     EXPECT_EQ(copied(24, 0x123456, 32), 0x123456u);  // no rule: through colours
+}
+
+TEST_F(LockedPicture, NothingIsCopiedFromOrToNowhere) {
+    for (const auto copy : {&TRV_Picture::CopyPixels, &TRV_Picture::CopyMaskPixels}) {
+        const ObjectRef from = make({.width = 3, .height = 1}), to = make({.width = 3, .height = 1});
+        TRV_Picture source(handle(from), false), target(handle(to), false);
+        ASSERT_TRUE(source.Lock() && target.Lock());
+        const std::vector<std::uint8_t> before(of(to).row(0), of(to).row(0) + 12);
+        void *here = source.RowStart(0), *there = target.RowStart(0), *nowhere = nullptr;
+        (source.*copy)(target, &nowhere, &there, 3, nullptr);
+        (source.*copy)(target, &here, &nowhere, 3, nullptr);
+        for (const long count : {0L, -1L}) (source.*copy)(target, &here, &there, count, nullptr);
+        EXPECT_EQ(nowhere, nullptr);
+        EXPECT_EQ(here, source.RowStart(0));
+        EXPECT_EQ(there, target.RowStart(0));
+        EXPECT_TRUE(std::equal(before.begin(), before.end(), of(to).row(0)));
+    }
+}
+
+TEST_F(LockedPicture, RunsOfNothingAreNotMirrored) {
+    const ObjectRef from = make({.width = 3, .height = 1}), to = make({.width = 3, .height = 1});
+    TRV_Picture source(handle(from), false), target(handle(to), false);
+    ASSERT_TRUE(source.Lock() && target.Lock());
+    const std::vector<std::uint8_t> before(of(to).row(0), of(to).row(0) + 12);
+    for (const int count : {0, -1}) mirror_run(source, {0, 0}, target, {0, 0}, count, nullptr);
+    EXPECT_TRUE(std::equal(before.begin(), before.end(), of(to).row(0)));
+}
+
+TEST_F(LockedPicture, RunsOf16BitsAreNotCopiedFromOrToPicturesWithoutPixels) {
+    TRV_ClientPicture_Data data = {};
+    data.width = 3;
+    data.height = 1;
+    data.depth = 16;
+    TRV_Picture without_pixels(&data, false);
+    const ObjectRef to = make({.width = 3, .height = 1, .depth = 16});
+    TRV_Picture target(handle(to), false);
+    ASSERT_TRUE(without_pixels.Lock() && target.Lock());
+    const std::vector<std::uint8_t> before(of(to).row(0), of(to).row(0) + 6);
+    copy_run_whole(without_pixels, target, {0, 1}, 2, nullptr);
+    copy_run_whole(target, without_pixels, {0, 1}, 2, nullptr);
+    EXPECT_TRUE(std::equal(before.begin(), before.end(), of(to).row(0)));
 }
 
 }  // namespace

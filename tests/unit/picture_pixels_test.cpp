@@ -226,5 +226,59 @@ TEST_F(LockedPicture, PicturesTooLargeForTheCachesAreWrittenAlike) {
     }
 }
 
+TEST_F(EveryBinding, RowsOfAnyTwoPicturesAreComparedByTheirColours) {
+    const ObjectRef other = make({.width = 45, .height = 3});
+    TRV_Picture words(handle(other), false);
+    ASSERT_TRUE(words.Lock());
+    for_each([&](TRV_Picture& locked, Picture&, const Bound&) {
+        for (long x = 0; x < 45; ++x) words.SetPixel(1L, x, locked.GetPixel(1L, x, nullptr) ^ 0xFF000000, nullptr);
+        EXPECT_TRUE(locked.SameColors(words, 1, 0, 45, nullptr));
+        EXPECT_TRUE(words.SameColors(locked, 1, 7, 38, nullptr));
+        words.SetPixel(1L, 7L, locked.GetPixel(1L, 7L, nullptr) ^ 0x000100, nullptr);
+        EXPECT_FALSE(locked.SameColors(words, 1, 7, 38, nullptr));
+        EXPECT_FALSE(words.SameColors(locked, 1, 0, 45, nullptr));
+        EXPECT_TRUE(words.SameColors(locked, 1, 8, 37, nullptr));
+        EXPECT_TRUE(locked.SameColors(locked, 1, 0, 45, nullptr));
+    });
+}
+
+TEST_F(LockedPicture, AnAddressThatIsNullReadsZeroAndTakesNoWrites) {
+    const ObjectRef picture = make({.width = 2, .height = 1});
+    TRV_Picture locked(handle(picture), false);
+    ASSERT_TRUE(locked.Lock());
+    EXPECT_EQ(locked.GetPixel(nullptr, nullptr), 0u);
+    EXPECT_EQ(locked.GetPixel(nullptr, 0, 32, nullptr), 0u);
+    locked.SetPixel(nullptr, 0xFFFFFFul, nullptr);
+    locked.SetPixel(nullptr, 0, 0xFFFFFFul, 32, nullptr);
+}
+
+// Client memory that was let go of, or that is not there yet.
+TEST_F(LockedPicture, PicturesWithoutPixelsReadZeroAndTakeNoWrites) {
+    const ObjectRef black = host.new_picture({.width = 9, .height = 1}), white = make({.width = 9, .height = 1});
+    TRV_Picture zeroes(handle(black), false), others(handle(white), false);
+    ASSERT_TRUE(zeroes.Lock() && others.Lock());
+    const std::vector<PixelColor> colors(9, 0xFFFFFF), nothing(9, 0);
+    zeroes.SetPixels(0, 0, nothing, nullptr);
+    others.SetPixels(0, 0, colors, nullptr);
+    for (const int depth : {1, 2, 4, 8, 16, 24, 32}) {
+        SCOPED_TRACE(depth);
+        TRV_ClientPicture_Data data = {};
+        data.width = 9;
+        data.height = 1;
+        data.depth = depth;
+        TRV_Picture locked(&data, false);
+        ASSERT_TRUE(locked.Lock());
+        EXPECT_EQ(locked.WordsAt(0, 0), nullptr);
+        locked.Prefetch(0, 0, 9);
+        locked.SetPixelBits(0, 0, colors, nullptr);
+        std::vector<PixelColor> run = colors;
+        locked.GetPixelBits(0, 0, run, nullptr);
+        EXPECT_EQ(run, nothing);
+        EXPECT_TRUE(locked.SameColors(zeroes, 0, 0, 9, nullptr));
+        EXPECT_TRUE(zeroes.SameColors(locked, 0, 0, 9, nullptr));
+        EXPECT_FALSE(locked.SameColors(others, 0, 0, 9, nullptr));
+    }
+}
+
 }  // namespace
 }  // namespace tarvo::test

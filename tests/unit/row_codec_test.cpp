@@ -95,4 +95,18 @@ TEST(PixelFormats, SingleBits) {
     EXPECT_EQ(byte, 0b10010000);
 }
 
+TEST(PixelFormats, ThoseWithoutWholeBytesReadAsBlackAndTakeNoRows) {
+    const IndexColors none{};
+    for (const PixelFormat format : {PixelFormat::opaque, PixelFormat::mono1}) {
+        EXPECT_EQ(bytes_of(format), 0);
+        std::uint8_t row[] = {0xFF, 0x00, 0xAA}, other[] = {0x00, 0xFF, 0x55};
+        std::vector<PixelColor> span(3, 0x123456);
+        encode_row(format, span.data(), row, 3);
+        EXPECT_EQ(std::vector(row, row + 3), (std::vector<std::uint8_t>{0xFF, 0x00, 0xAA}));
+        decode_row(format, row, span.data(), 3, none);
+        EXPECT_EQ(span, std::vector<PixelColor>(3, 0));
+        EXPECT_TRUE(rows_agree(format, row, other, 3, none, none));
+    }
+}
+
 }  // namespace

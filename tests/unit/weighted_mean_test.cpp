@@ -49,12 +49,13 @@ std::vector<PixelColor> means(const std::vector<std::int32_t>& coefficients,
 // With sums of 16 bits, positive and of either sign, and of 32 bits; whole cache lines and less.
 TEST(WeightedMean, StreamedPixelsAreTheMeansAsTheyAreStored) {
     constexpr std::size_t kMost = 300;
-    std::vector<std::vector<PixelColor>> runs(3, std::vector<PixelColor>(kMost));
+    std::vector<std::vector<PixelColor>> runs(9, std::vector<PixelColor>(kMost));
     for (std::size_t k = 0; k < runs.size(); ++k)
         for (std::size_t x = 0; x < kMost; ++x) runs[k][x] = static_cast<PixelColor>((x + 1) * (k + 3) * 0x9E3779B1u);
     const SplitRuns split(runs);
     for (const std::vector<std::int32_t>& coefficients :
-         {std::vector{1, 2, 1}, std::vector{-1, 3, -1}, std::vector{1000, 2000, 999}}) {
+         {std::vector{1, 2, 1}, std::vector{-1, 3, -1}, std::vector{1000, 2000, 999}, std::vector{1, 2, 3, 2, 1},
+          std::vector{1, 1, 1, 1, 1, 1, 1}, std::vector{3, -1, 4, 1, 5, -9, 2, 6, 5}}) {
         const WeightedMean mean(coefficients);
         for (const std::size_t count : {1u, 15u, 16u, 17u, 127u, 128u, 129u, 255u, 300u}) {
             std::vector<PixelColor> expected(count);
