@@ -111,7 +111,6 @@ private:
     bool lock_client_memory();
     void read_pixel_map();
     void set_depth(std::int32_t depth);
-    void set_formats();
     void read_index_colors(CTabHandle table);
     void forget_geometry();
     PixelFormat format_at(long depth, bool bitsAddressed) const;

@@ -1,6 +1,7 @@
 #include "host_services.h"
 
 #include <cstring>
+#include <limits>
 
 #include "host_reference.h"
 
@@ -190,8 +191,9 @@ void ConvertCurrentMethodsToV6(REALclassDefinition* definition) {
     const REALword count = definition->methodCount;
     if (count <= 0) return;
     const auto* current = static_cast<const REALmethodDefinition*>(definition->methods);
-    char* const block =
-        NewPtr(static_cast<std::int32_t>(count * static_cast<REALword>(sizeof(REALmethodDefinitionV6))));
+    const std::int64_t bytes = std::int64_t{count} * static_cast<std::int64_t>(sizeof(REALmethodDefinitionV6));
+    const bool fits = bytes <= std::numeric_limits<std::int32_t>::max();
+    char* const block = fits ? NewPtr(static_cast<std::int32_t>(bytes)) : nullptr;
     auto* const old = reinterpret_cast<REALmethodDefinitionV6*>(block);
     definition->methods = old;
     definition->methodCount = old ? count : 0;  // a host that reads short records must never see long ones
