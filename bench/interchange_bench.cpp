@@ -1,17 +1,21 @@
 #include "memory_block.h"
 #include "picture_string.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 
 #include "bench.h"
+#include "bulk_memory.h"
 
 namespace tarvo::bench {
 namespace {
 
 constexpr std::size_t kPixels = std::size_t{kWidth} * kHeight;
 
+// Where the plugin builds a string, and where the host keeps strings and blocks.
 std::unique_ptr<std::uint8_t[]> bytes(std::size_t count) { return std::make_unique<std::uint8_t[]>(count); }
+host::BulkMemory host_bytes(std::size_t count) { return host::BulkMemory(count); }
 
 host::ObjectRef adopt(void* handle) { return host::ObjectRef::adopt(bench_host().objects().find(handle)); }
 
@@ -23,9 +27,9 @@ void string_out(benchmark::State& state) {
 
 void string_in(benchmark::State& state) {
     Locked source(noise(1)), result(noise(2));
-    const auto plane = bytes(3 * kPixels);
-    PrivWriteColorPlane(source, plane.get(), kWidth, kHeight);
-    measure(state, [&] { PrivReadColorPlane(plane.get(), kWidth, kHeight, result); });
+    const auto plane = host_bytes(3 * kPixels);
+    PrivWriteColorPlane(source, plane.data(), kWidth, kHeight);
+    measure(state, [&] { PrivReadColorPlane(plane.data(), kWidth, kHeight, result); });
 }
 
 void mask_out(benchmark::State& state) {
@@ -36,8 +40,9 @@ void mask_out(benchmark::State& state) {
 
 void mask_in(benchmark::State& state) {
     Locked mask(noise(1));
-    const auto plane = bytes(kPixels);
-    measure(state, [&] { PrivReadMaskPlane(plane.get(), kWidth, kHeight, mask); });
+    const auto plane = host_bytes(kPixels);
+    std::fill_n(plane.data(), kPixels, std::uint8_t{7});
+    measure(state, [&] { PrivReadMaskPlane(plane.data(), kWidth, kHeight, mask); });
 }
 
 void string_out_call(benchmark::State& state) {
@@ -53,8 +58,8 @@ void string_in_call(benchmark::State& state) {
 template <int depth>
 void memory_block(benchmark::State& state) {
     Locked source(noise(1, kWidth, kHeight, depth));
-    const auto block = bytes(4 * kPixels);
-    measure(state, [&] { PrivMakeMemoryBlock(source, {0, 0, kWidth - 1, kHeight - 1}, block.get()); });
+    const auto block = host_bytes(4 * kPixels);
+    measure(state, [&] { PrivMakeMemoryBlock(source, {0, 0, kWidth - 1, kHeight - 1}, block.data()); });
 }
 
 void memory_block_call(benchmark::State& state) {
