@@ -16,8 +16,8 @@ namespace tarvo::cli {
 namespace {
 
 constexpr const char* kWhatIsSeen =
-    "The picture shows all monitors of the display's default screen. Under Wayland only windows of X programs are "
-    "seen,\n"
+    "The picture shows all monitors of the display's default screen. "
+    "Under Wayland only windows of X programs are seen,\n"
     "on black, and without an X server there is nothing to capture.";
 
 constexpr const char* kCapture = "TRV_ScreenCapture";

@@ -283,7 +283,7 @@ void TRV_Picture::read_index_colors(CTabHandle table) {
 
 bool TRV_Picture::Unlock() {
     if (!isLocked_) return false;
-    if (streams_) finish_streaming();
+    if (streams_) finish_streamed_lines();
     if (pixMap_) {
         UnlockPixels(pixMap_);
         pixMap_ = nullptr;

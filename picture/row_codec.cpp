@@ -167,5 +167,3 @@ void encode_row_streaming(PixelFormat format, const PixelColor* span, std::uint8
     else
         encode_row(format, span, row, count);
 }
-
-void finish_streaming() { finish_streamed_lines(); }

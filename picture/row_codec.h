@@ -51,5 +51,3 @@ bool rows_agree(PixelFormat format, const std::uint8_t* a, const std::uint8_t* b
 
 // The same bytes, written past the caches where the machine can: for pictures too large to be found there again.
 void encode_row_streaming(PixelFormat format, const PixelColor* span, std::uint8_t* row, std::size_t count);
-// Ends a run of streaming writes: what was written is in order with what follows.
-void finish_streaming();

@@ -112,11 +112,7 @@ class WordTurner {
 public:
     static constexpr std::int32_t kRows = 16;  // of a band
 
-    static bool fits(const TRV_Picture& picture) {
-        for (std::int32_t row = 0; row < picture.height(); ++row)
-            if (!picture.WordsAt(row, 0)) return false;
-        return true;
-    }
+    static bool fits(const TRV_Picture& picture) { return rows_are_words(picture, 0, picture.height()); }
 
     void turn(const Band& band, std::int32_t width) {
         find_rows(band, 0, width);

@@ -6,6 +6,7 @@
 
 #include "forms.h"
 #include "pixel_maps.h"
+#include "pixel_runs.h"
 #include "shear_line.h"
 #include "stored_words.h"
 #include "transpose.h"
@@ -190,19 +191,19 @@ private:
         if (first >= end) return;
         const std::int32_t column = piece.block.source_column;
         const std::size_t content = piece.block.content();
-        bool stored = end <= layer.source.height() && std::cmp_less_equal(column + content, layer.source.width());
-        for (std::int32_t y = first; y < end && stored; ++y)
-            stored = (from_[y - first] = layer.source.WordsAt(y, column)) != nullptr;
-
         const auto rows = static_cast<std::size_t>(end - first);
-        const auto from = [this](std::size_t y) { return from_[y]; };
+        const auto row = [&](std::size_t y) { return first + static_cast<std::int32_t>(y); };
         const auto to = [this](std::size_t x) { return bytes_of(columns_[x].data()); };
-        if (stored) return transpose<Coding::exchanged>(rows, content, from, to);
-        for (std::size_t y = 0; y < rows; ++y) {
-            layer.read(first + static_cast<std::int32_t>(y), column, std::span(rows_[y].data(), content));
-            from_[y] = bytes_of(rows_[y].data());
+        const bool covered =
+            end <= layer.source.height() && std::cmp_less_equal(column + content, layer.source.width());
+        if (covered && rows_are_words(layer.source, first, end)) {
+            const auto from = [&](std::size_t y) { return layer.source.WordsAt(row(y), column); };
+            transpose<Coding::exchanged>(rows, content, from, to);
+        } else {
+            for (std::size_t y = 0; y < rows; ++y) layer.read(row(y), column, std::span(rows_[y].data(), content));
+            const auto from = [this](std::size_t y) { return bytes_of(rows_[y].data()); };
+            transpose<Coding::kept>(rows, content, from, to);
         }
-        transpose<Coding::kept>(rows, content, from, to);
     }
 
     template <class Edges>
@@ -213,9 +214,7 @@ private:
         const auto to = [this](std::size_t y) { return bytes_of(out_[y].colors); };
         TRV_Picture& result = layer.result;
         const auto row = [&](std::size_t y) { return piece.row + static_cast<std::int32_t>(y); };
-        bool stored = true;
-        for (std::size_t y = 0; y < rows && stored; ++y) stored = result.WordsAt(row(y), column) != nullptr;
-        if (stored) {
+        if (rows_are_words(result, piece.row, piece.row + piece.count)) {
             transpose<Coding::exchanged>(pixels, rows, from, to);
             const bool ends = column + piece.block.count == result.width();
             for (std::size_t y = 0; y < rows; ++y)
@@ -236,7 +235,6 @@ private:
         std::uint8_t before[kCacheLine];
         PixelColor colors[kColumns];
     };
-    std::array<const std::uint8_t*, kSourceRows> from_;
     std::array<std::array<PixelColor, kColumns>, kSourceRows> rows_;
     std::array<std::array<PixelColor, kSourceRows>, kColumns> columns_;
     std::array<std::array<PixelColor, kRows>, kColumns> drawn_;

@@ -45,6 +45,8 @@ struct Run {
     std::int32_t row, column;
     std::size_t place;  // its first pixel, counted from the plane's
     std::size_t count;
+
+    std::size_t color_offset() const { return place * Rgb24::kBytes; }
 };
 
 // Calls `visit(run)` for the rows of all that a picture and a plane both have.
@@ -62,6 +64,12 @@ void for_each_chunk_of(const Run& run, Visit visit) {
     for_each_chunk(0, static_cast<std::int32_t>(run.count) - 1, [&](std::int32_t done, std::size_t count) {
         visit(Run{run.row, run.column + done, run.place + done, count});
     });
+}
+
+// Calls `visit(run)` for the chunks of all that a picture and a plane both have.
+template <class Visit>
+void for_each_common_chunk(const TRV_Picture& picture, std::int32_t width, std::int32_t height, Visit visit) {
+    for_each_common_row(picture, width, height, [&](const Run& row) { for_each_chunk_of(row, visit); });
 }
 
 // --- both directions -------------------------------------------------------------------------------------------------
@@ -114,14 +122,13 @@ std::uint64_t PictureStringHeader::length() const { return mask_offset() + (hasM
 
 void PrivWriteColorPlane(const TRV_Picture& source, std::uint8_t* plane, std::int32_t width, std::int32_t height) {
     const bool streams = std::int64_t{width} * height * Rgb24::kBytes >= kStreamingBytes;
-    const auto bytes_of = [plane](const Run& run) { return plane + run.place * Rgb24::kBytes; };
     Chunk colors;
     for_each_common_row(source, width, height, [&](const Run& row) {
         if (const std::uint8_t* const words = source.WordsAt(row.row, 0))
-            return pack_words(words, bytes_of(row), row.count, streams);
+            return pack_words(words, plane + row.color_offset(), row.count, streams);
         for_each_chunk_of(row, [&](const Run& run) {
             source.GetPixels(run.row, run.column, {colors.data(), run.count}, kWriter);
-            encode_row(PixelFormat::rgb24, colors.data(), bytes_of(run), run.count);
+            encode_row(PixelFormat::rgb24, colors.data(), plane + run.color_offset(), run.count);
         });
     });
     if (streams) finish_streamed_lines();
@@ -129,13 +136,12 @@ void PrivWriteColorPlane(const TRV_Picture& source, std::uint8_t* plane, std::in
 
 void PrivReadColorPlane(const std::uint8_t* plane, std::int32_t width, std::int32_t height, TRV_Picture& result) {
     static constexpr IndexColors kNoIndexColors{};
-    const auto bytes_of = [plane](const Run& run) { return plane + run.place * Rgb24::kBytes; };
     Chunk colors;
     for_each_common_row(result, width, height, [&](const Run& row) {
         if (std::uint8_t* const words = result.WordsAt(row.row, 0))
-            return unpack_words(bytes_of(row), words, row.count, result.streams());
+            return unpack_words(plane + row.color_offset(), words, row.count, result.streams());
         for_each_chunk_of(row, [&](const Run& run) {
-            decode_row(PixelFormat::rgb24, bytes_of(run), colors.data(), run.count, kNoIndexColors);
+            decode_row(PixelFormat::rgb24, plane + run.color_offset(), colors.data(), run.count, kNoIndexColors);
             result.SetPixels(run.row, run.column, {colors.data(), run.count}, kReader);
         });
     });
@@ -143,21 +149,17 @@ void PrivReadColorPlane(const std::uint8_t* plane, std::int32_t width, std::int3
 
 void PrivWriteMaskPlane(const TRV_Picture& mask, std::uint8_t* plane, std::int32_t width, std::int32_t height) {
     Chunk colors;
-    for_each_common_row(mask, width, height, [&](const Run& row) {
-        for_each_chunk_of(row, [&](const Run& run) {
-            mask.GetPixels(run.row, run.column, {colors.data(), run.count}, kWriter);
-            red_row(colors.data(), plane + run.place, run.count);
-        });
+    for_each_common_chunk(mask, width, height, [&](const Run& run) {
+        mask.GetPixels(run.row, run.column, {colors.data(), run.count}, kWriter);
+        red_row(colors.data(), plane + run.place, run.count);
     });
 }
 
 void PrivReadMaskPlane(const std::uint8_t* plane, std::int32_t width, std::int32_t height, TRV_Picture& mask) {
     Chunk colors;
-    for_each_common_row(mask, width, height, [&](const Run& row) {
-        for_each_chunk_of(row, [&](const Run& run) {
-            grey_row(plane + run.place, colors.data(), run.count);
-            mask.SetPixels(run.row, run.column, {colors.data(), run.count}, kReader);
-        });
+    for_each_common_chunk(mask, width, height, [&](const Run& run) {
+        grey_row(plane + run.place, colors.data(), run.count);
+        mask.SetPixels(run.row, run.column, {colors.data(), run.count}, kReader);
     });
 }
 

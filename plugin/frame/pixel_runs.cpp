@@ -33,6 +33,12 @@ bool move_stored(const TRV_Picture& source, Place from, TRV_Picture& result, Pla
 
 }  // namespace
 
+bool rows_are_words(const TRV_Picture& picture, std::int32_t first, std::int32_t end) {
+    for (std::int32_t row = first; row < end; ++row)
+        if (!picture.WordsAt(row, 0)) return false;
+    return true;
+}
+
 void copy_run(const TRV_Picture& source, Place from, TRV_Picture& result, Place to, std::int32_t count,
               const char* caller, const RunAccess& access) {
     if (count <= 0 || move_stored(source, from, result, to, count, copy_words)) return;

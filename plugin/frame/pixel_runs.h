@@ -18,6 +18,9 @@ struct RunAccess {
 inline constexpr RunAccess kWholePixels = {&TRV_Picture::GetPixels, &TRV_Picture::SetPixels};
 inline constexpr RunAccess kSingleBits = {&TRV_Picture::GetPixelBits, &TRV_Picture::SetPixelBits};
 
+// Whether all rows from `first` to before `end` are 32-bit words side by side, as WordsAt gives them.
+bool rows_are_words(const TRV_Picture& picture, std::int32_t first, std::int32_t end);
+
 // Where a run begins.
 struct Place {
     std::int32_t row, column;

@@ -7,6 +7,8 @@
 #include <random>
 #include <vector>
 
+#include "pixel_blocks.h"
+
 namespace {
 
 constexpr PixelFormat kWholeByteFormats[] = {PixelFormat::xrgb32, PixelFormat::rgb24, PixelFormat::rgb555,
@@ -58,7 +60,7 @@ TEST_P(RowCodec, RowsEncodeAsTheirPixelsAndNoFurther) {
             }
         }
     }
-    finish_streaming();
+    finish_streamed_lines();
 }
 
 TEST(PixelFormats, KnownEncodings) {
