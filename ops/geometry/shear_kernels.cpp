@@ -187,7 +187,7 @@ private:
     // The block's columns of the source, as far as they have content.
     template <class Edges>
     void read_columns(const Layer<Edges>& layer, const Piece& piece) {
-        const auto& [first, end] = piece.window;
+        const std::int32_t first = piece.window.first, end = piece.window.end;
         if (first >= end) return;
         const std::int32_t column = piece.block.source_column;
         const std::size_t content = piece.block.content();
