@@ -33,15 +33,6 @@ if(TARVO_SANITIZE)
   target_compile_definitions(tarvo_options INTERFACE TARVO_PLAIN_ROWS)
 endif()
 
-# tarvo_layer(NAME SOURCES... USES targets...): one folder of the plugin as an object library; what it includes it uses.
-function(tarvo_layer name)
-  cmake_parse_arguments(arg "" "" "SOURCES;USES" ${ARGN})
-  add_library(${name} OBJECT ${arg_SOURCES})
-  target_include_directories(${name} PUBLIC "${CMAKE_CURRENT_SOURCE_DIR}")
-  target_link_libraries(${name} PUBLIC ${arg_USES} PRIVATE tarvo_options)
-  set_target_properties(${name} PROPERTIES CXX_EXTENSIONS OFF POSITION_INDEPENDENT_CODE ON)
-endfunction()
-
 # tarvo_test(NAME SOURCES... USES targets...): a GoogleTest program; each of its tests is a CTest test.
 function(tarvo_test name)
   cmake_parse_arguments(arg "" "" "SOURCES;USES" ${ARGN})
