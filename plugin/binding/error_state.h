@@ -7,58 +7,66 @@
 
 #include "real_interface.h"
 
-// The numbers are what programs see: never renumbered. 3 has no text of its own.
+// The text of a number that has none of its own.
+inline constexpr const char* kUnknownError = "Unknown Error";
+
+// Every error: its code, its name here and its text for people. The codes are what programs see: never renumbered.
+#define TRV_ERRORS(X)                                                                              \
+    X(0, none, "General Error: No Error")                                                          \
+    X(2, source_nil, "General Error: \"source\" parameter is nil")                                 \
+    X(3, string_nil, kUnknownError)                                                                \
+    X(4, source_lock, "General Error: can't lock \"source\" picture")                              \
+    X(5, intermediate_lock, "General Error: can't lock intermediate picture")                      \
+    X(6, result_lock, "General Error: can't lock result picture")                                  \
+    X(7, dib, "General Error: can't get DIB object")                                               \
+    X(8, mask_nil, "General Error: \"mask\" parameter is nil")                                     \
+    X(9, mask_lock, "General Error: can't lock \"mask\" picture")                                  \
+    X(10, mask_size, "General Error: \"mask\" is not same size as \"source\"")                     \
+    X(11, mask_not_greyscale, "General Error: \"mask\" is not greyscale (1, 2, 4, or 8 bit)")      \
+    X(12, mask_not_black_and_white, "General Error: \"mask\" is not black and white (1 bit)")      \
+    X(13, overlay_nil, "General Error: \"overlay\" parameter is nil")                              \
+    X(14, overlay_lock, "General Error: can't lock \"overlay\" picture")                           \
+    X(15, overlay_fraction, "General Error: \"overlay_fraction\" positioned out of bounds")        \
+    X(16, overlay_position, "General Error: \"overlay\" positioned out of bounds")                 \
+    X(17, overlay_size, "General Error: \"overlay\" is wrong size")                                \
+    X(18, addend_nil, "General Error: \"addend\" is nil")                                          \
+    X(19, addend_lock, "General Error: can't lock \"addend\" picture")                             \
+    X(20, addend_size, "General Error: \"addend\" is wrong size")                                  \
+    X(21, subtractend_nil, "General Error: \"subtractend\" is nil")                                \
+    X(22, subtractend_lock, "General Error: can't lock \"subtractend\" picture")                   \
+    X(23, subtractend_size, "General Error: \"subtractend\" is wrong size")                        \
+    X(24, color_matrix_nil, "General Error: \"color_matrix\" parameter is nil")                    \
+    X(25, convolution_nil, "General Error: \"convolution\" parameter is nil")                      \
+    X(26, pixelate_start_row, "TRV_Pixelate Error: \"start_row\" parameter is out of bounds")      \
+    X(27, pixelate_start_col, "TRV_Pixelate Error: \"start_col\" parameter is out of bounds")      \
+    X(28, pixelate_row_count, "TRV_Pixelate Error: \"row_count\" parameter is out of bounds")      \
+    X(29, pixelate_col_count, "TRV_Pixelate Error: \"col_count\" parameter is out of bounds")      \
+    X(30, pixelation, "TRV_Pixelate Error: \"pixelation\" parameter is out of bounds")             \
+    X(31, rotation, "Rotate Error: \"rotation\" parameter is out of bounds")                       \
+    X(32, rotation_oversample, "Rotate Error: \"rotation_oversample\" parameter is out of bounds") \
+    X(33, shear, "Shear Error: \"shear_pixels\" parameter is out of bounds")                       \
+    X(34, stretch_width, "Stretch Error: \"width\" parameter is out of bounds")                    \
+    X(35, stretch_height, "Stretch Error: \"height\" parameter is out of bounds")                  \
+    X(36, stretch_oversample, "Stretch Error: \"oversample\" parameter is out of bounds")          \
+    X(37, stretch_blur, "Stretch Error: \"blur\" parameter is out of bounds")                      \
+    X(38, selection, "Color Error: invalid selection")                                             \
+    X(39, trim_area, "Color Error: invalid trim area")                                             \
+    X(40, red, "Color Error: red parameter out of bounds")                                         \
+    X(41, green, "Color Error: green parameter out of bounds")                                     \
+    X(42, blue, "Color Error: blue parameter out of bounds")                                       \
+    X(43, degrees, "Color Error: degrees out of bounds")                                           \
+    X(44, saturation, "Color Error: saturation factor out of bounds")                              \
+    X(45, brightness, "Color Error: brightness factor out of bounds")                              \
+    X(46, ant_size, "Color Error: ant size out of bounds")                                         \
+    X(47, ant_state, "Color Error: ant state out of bounds")                                       \
+    X(48, bits_per_channel, "Color Error: bits per channel out of bounds")                         \
+    X(49, compare_nil, "Compare Error: \"compare\" parameter is nil")                              \
+    X(50, compare_lock, "Compare Error: can't lock \"compare\" picture")
+
 enum class ErrorCode : std::int32_t {
-    none = 0,
-    source_nil = 2,
-    string_nil = 3,
-    source_lock = 4,
-    intermediate_lock = 5,
-    result_lock = 6,
-    dib = 7,
-    mask_nil = 8,
-    mask_lock = 9,
-    mask_size = 10,
-    mask_not_greyscale = 11,
-    mask_not_black_and_white = 12,
-    overlay_nil = 13,
-    overlay_lock = 14,
-    overlay_fraction = 15,
-    overlay_position = 16,
-    overlay_size = 17,
-    addend_nil = 18,
-    addend_lock = 19,
-    addend_size = 20,
-    subtractend_nil = 21,
-    subtractend_lock = 22,
-    subtractend_size = 23,
-    color_matrix_nil = 24,
-    convolution_nil = 25,
-    pixelate_start_row = 26,
-    pixelate_start_col = 27,
-    pixelate_row_count = 28,
-    pixelate_col_count = 29,
-    pixelation = 30,
-    rotation = 31,
-    rotation_oversample = 32,
-    shear = 33,
-    stretch_width = 34,
-    stretch_height = 35,
-    stretch_oversample = 36,
-    stretch_blur = 37,
-    selection = 38,
-    trim_area = 39,
-    red = 40,
-    green = 41,
-    blue = 42,
-    degrees = 43,
-    saturation = 44,
-    brightness = 45,
-    ant_size = 46,
-    ant_state = 47,
-    bits_per_channel = 48,
-    compare_nil = 49,
-    compare_lock = 50,
+#define TRV_ERROR_CODE(code, name, text) name = code,
+    TRV_ERRORS(TRV_ERROR_CODE)
+#undef TRV_ERROR_CODE
 };
 
 // The code of the most recent operation, one for the process.
@@ -74,7 +82,7 @@ inline std::nullptr_t Fail(ErrorCode code) {
     return nullptr;
 }
 
-// The text for a code; "Unknown Error" for a number without one.
+// The text for a code; kUnknownError for any other number.
 const char* ErrorMessage(std::int32_t code);
 
 // "TRV_GetLastError() as integer"
