@@ -1,51 +1,31 @@
-// The examples on the pages of the operations, typed into a shell as they stand there.
+// The examples on the pages of the operations, typed into a shell as they stand there. What they write is what the
+// pages show.
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "pages.h"
 #include "tool.h"
+
+namespace tarvo::docs {
+
+// GoogleTest's name of a parameter.
+void PrintTo(const Page& page, std::ostream* out) { *out << page.name(); }
+
+}  // namespace tarvo::docs
 
 namespace tarvo::cli {
 namespace {
 
 namespace fs = std::filesystem;
 
-const fs::path kSource = TARVO_SOURCE_PATH;
-
-std::vector<fs::path> pages() {
-    std::vector<fs::path> found;
-    for (const auto& entry : fs::directory_iterator(kSource / "docs" / "ops"))
-        if (entry.path().extension() == ".md") found.push_back(entry.path());
-    std::ranges::sort(found);
-    return found;
-}
-
-// A command and the answers that the page shows below it.
-struct Example {
-    std::string command, answers;
-};
-
-std::vector<Example> examples_on(const fs::path& page) {
-    constexpr std::string_view kIndent = "    ";
-    std::ifstream file(page);
-    std::vector<Example> examples;
-    bool below_a_command = false;
-    for (std::string line; std::getline(file, line);) {
-        const bool command = line.starts_with("    tarvo ");
-        below_a_command = command || (below_a_command && line.starts_with(kIndent));
-        if (command)
-            examples.push_back({line.substr(kIndent.size()), ""});
-        else if (below_a_command)
-            examples.back().answers += line.substr(kIndent.size()) + '\n';
-    }
-    return examples;
-}
+using docs::Example;
+using docs::kProject;
+using docs::Page;
 
 // Without the lines that tell what was read, done and written.
 std::string answers_in(const std::string& output) {
@@ -56,34 +36,50 @@ std::string answers_in(const std::string& output) {
     return answers;
 }
 
-// A screen is not to be had everywhere: the tests of capture make their own.
-bool needs_a_screen(const Example& example) { return example.command.starts_with("tarvo capture "); }
-
-class Examples : public ToolTest, public testing::WithParamInterface<fs::path> {
+class Examples : public ToolTest, public testing::WithParamInterface<Page> {
 protected:
-    // The folder looks as the source folder does to who reads the page.
+    // The folder looks as the project's does to who reads the page; its pictures are copies, to be written anew.
     Examples() {
-        for (const char* name : {"docs", "examples"}) fs::create_directory_symlink(kSource / name, file(name));
+        fs::create_directory_symlink(kProject / "examples", file("examples"));
+        fs::create_directory(file("docs"));
+        fs::copy(kProject / "docs" / "pictures", file("docs/pictures"));
+    }
+
+    void try_out(const Example& example) const {
+        const std::string written = example.output();
+        if (!written.empty()) fs::remove(file(written));
+        const Ending run = shell(example.command);
+        EXPECT_EQ(run.status, 0);
+        EXPECT_EQ(run.err, "");
+        EXPECT_EQ(answers_in(run.out), example.answers);
+        if (!written.ends_with(".png")) return;
+        EXPECT_TRUE(bytes_of(file(written)) == bytes_of(kProject / written))
+            << written << " is another picture than this; scripts/pages renews it";
     }
 };
 
 TEST_P(Examples, DoWhatThePageSays) {
-    const std::vector<Example> examples = examples_on(GetParam());
-    ASSERT_FALSE(examples.empty());
+    const std::vector<Example> examples = GetParam().examples();
+    EXPECT_FALSE(examples.empty());
     for (const Example& example : examples) {
-        if (needs_a_screen(example)) {
-            EXPECT_EQ(GetParam().stem(), "TRV_ScreenCapture");
-            continue;
-        }
-        const Ending run = shell(example.command);
-        EXPECT_EQ(run.status, 0) << example.command;
-        EXPECT_EQ(run.err, "") << example.command;
-        EXPECT_EQ(answers_in(run.out), example.answers) << example.command;
+        SCOPED_TRACE(example.command);
+        if (example.needs_a_screen())
+            EXPECT_EQ(GetParam().name(), "docs/ops/TRV_ScreenCapture.md");
+        else
+            try_out(example);
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Pages, Examples, testing::ValuesIn(pages()),
-                         [](const auto& page) { return page.param.stem().string(); });
+INSTANTIATE_TEST_SUITE_P(Pages, Examples, testing::ValuesIn(docs::pages_in("docs/ops")),
+                         [](const auto& page) { return fs::path(page.param.name()).stem().string(); });
+
+TEST_F(ToolTest, TheProgramWithAHostMakesThePictureOfThePage) {
+    const fs::path pictures = kProject / "docs" / "pictures";
+    const Ending run = shell(std::string("'" TARVO_HOST_PROGRAM "' '" TARVO_PLUGIN "' '") +
+                             (pictures / "coffee.png").string() + "' contrast.png");
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_TRUE(bytes_of(file("contrast.png")) == bytes_of(pictures / "adjust-contrast.png"));
+}
 
 }  // namespace
 }  // namespace tarvo::cli

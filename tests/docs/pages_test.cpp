@@ -1,115 +1,146 @@
-// Every declaration that programs can call stands on a page of docs/, letter by letter.
+// What programs can call stands on a page of docs/, letter by letter, and nothing else does.
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
+#include <map>
 #include <set>
-#include <sstream>
+#include <string>
+#include <vector>
 
+#include "pages.h"
 #include "session.h"
 
-namespace tarvo::test {
+namespace tarvo::docs {
 namespace {
 
-namespace fs = std::filesystem;
+using host::RegisteredClass;
+using host::RegisteredMethod;
 
-const fs::path kDocs = TARVO_DOCS_PATH;
+using Names = std::set<std::string>;
 
-std::string text_of(const fs::path& path) {
-    std::ifstream file(path);
-    std::ostringstream text;
-    text << file.rdbuf();
-    return text.str();
+constexpr const char* kErrors = "docs/errors.md";
+
+template <class Methods>
+void add_declarations(Names& declarations, const Methods& methods) {
+    for (const RegisteredMethod& method : methods) declarations.insert(method.declaration);
 }
 
-std::set<std::string> lines_of(const fs::path& path) {
-    std::istringstream text(text_of(path));
-    std::set<std::string> lines;
-    for (std::string line; std::getline(text, line);) lines.insert(line);
-    return lines;
-}
+// "TRV_Add" of "TRV_Add(extends p as picture, ...".
+std::string name_in(const std::string& declaration) { return declaration.substr(0, declaration.find('(')); }
 
-std::vector<fs::path> pages_in(const fs::path& folder) {
-    std::vector<fs::path> pages;
-    for (const auto& entry : fs::directory_iterator(folder))
-        if (entry.path().extension() == ".md") pages.push_back(entry.path());
-    std::ranges::sort(pages);
-    return pages;
-}
-
-TEST(Pages, EveryOperationHasItsDeclarationOnOne) {
-    Session session;
-    std::set<std::string> documented = lines_of(kDocs / "errors.md");
-    for (const fs::path& page : pages_in(kDocs / "ops")) documented.merge(lines_of(page));
-    for (const auto& method : session.host.registry().methods())
-        EXPECT_TRUE(documented.contains(method.declaration)) << method.declaration;
-    for (const auto& extension : session.host.registry().extensions())
-        for (const auto& method : extension.methods)
-            EXPECT_TRUE(documented.contains(method.declaration)) << method.declaration;
-}
-
-TEST(Pages, EveryClassHasOneWithItsMembers) {
-    Session session;
-    for (const auto& cls : session.host.registry().classes()) {
-        const fs::path page = kDocs / "classes" / (cls.name + ".md");
-        ASSERT_TRUE(fs::exists(page)) << page;
-        const auto lines = lines_of(page);
-        for (const auto& method : cls.methods) EXPECT_TRUE(lines.contains(method.declaration)) << method.declaration;
-        const std::string text = text_of(page);
-        for (const auto& property : cls.properties)
-            EXPECT_NE(text.find("`" + property.name + "`"), std::string::npos) << cls.name << "." << property.name;
+// What a page's title names: "# TRV_Add, TRV_Subtract".
+Names titled(const Page& page) {
+    std::istringstream words(page.lines().front());
+    Names names;
+    for (std::string word; words >> word;) {
+        if (word.back() == ',') word.pop_back();
+        names.insert(word);
     }
+    names.erase("#");
+    return names;
 }
 
-TEST(Pages, NoPageDeclaresWhatIsNotThere) {
-    Session session;
-    std::set<std::string> registered;
-    for (const auto& method : session.host.registry().methods()) registered.insert(method.declaration);
-    for (const auto& extension : session.host.registry().extensions())
-        for (const auto& method : extension.methods) registered.insert(method.declaration);
-    int declarations = 0;
-    for (const fs::path& page : pages_in(kDocs / "ops")) {
-        for (const std::string& line : lines_of(page)) {
-            if (!line.starts_with("TRV_")) continue;
-            ++declarations;
-            EXPECT_TRUE(registered.contains(line)) << page << ": " << line;
+// Every entry that only one of the two has is a failure.
+void expect_same(const Names& there, const Names& on_page, const std::string& page) {
+    for (const std::string& entry : there) EXPECT_TRUE(on_page.contains(entry)) << page << " lacks: " << entry;
+    for (const std::string& entry : on_page)
+        EXPECT_TRUE(there.contains(entry)) << page << " has what the plugin has not: " << entry;
+}
+
+TEST(Pages, DeclareEveryOperationOnceAndNoOther) {
+    std::map<std::string, Names> declared, expected;  // by page
+    std::map<std::string, std::string> page_of;       // by name
+    const auto read = [&](const Page& page, std::string_view heading) {
+        for (const std::string& declaration : page.code_under(heading)) {
+            EXPECT_TRUE(declared[page.name()].insert(declaration).second)
+                << page.name() << " has twice: " << declaration;
+            const auto [place, is_new] = page_of.emplace(name_in(declaration), page.name());
+            EXPECT_EQ(place->second, page.name()) << "declares it too: " << declaration;
         }
+    };
+    read(Page(kErrors), "# Errors");
+    for (const Page& page : pages_in("docs/ops")) read(page, "## Declarations");
+
+    test::Session session;
+    Names registered;
+    add_declarations(registered, session.host.registry().methods());
+    for (const RegisteredClass& extension : session.host.registry().extensions())
+        add_declarations(registered, extension.methods);
+    for (const std::string& declaration : registered) {
+        const std::string name = name_in(declaration);
+        expected[page_of.emplace(name, "docs/ops/" + name + ".md").first->second].insert(declaration);
     }
-    EXPECT_GT(declarations, 0);
+
+    for (const auto& [page, declarations] : expected) expect_same(declarations, declared[page], page);
+    for (const auto& [page, declarations] : declared) expect_same(expected[page], declarations, page);
 }
 
-TEST(Pages, OperationPagesHaveTheSameHeadings) {
-    const char* const headings[] = {"## Declarations", "## Arguments", "## Errors", "## Example", "## Good to know"};
-    for (const fs::path& page : pages_in(kDocs / "ops")) {
-        const auto lines = lines_of(page);
-        for (const char* heading : headings) EXPECT_TRUE(lines.contains(heading)) << page << ": " << heading;
+TEST(Pages, HaveTheNamesOfWhatTheyDeclareInTheTitle) {
+    for (const Page& page : pages_in("docs/ops")) {
+        Names names;
+        for (const std::string& declaration : page.code_under("## Declarations")) names.insert(name_in(declaration));
+        EXPECT_EQ(titled(page), names) << page.name();
+        EXPECT_TRUE(names.contains(std::filesystem::path(page.name()).stem())) << page.name();
     }
 }
 
-TEST(Pages, PicturesThatPagesShowExist) {
-    int shown = 0;
-    for (const fs::path& page : pages_in(kDocs / "ops")) {
-        const std::string text = text_of(page);
-        for (std::size_t at = text.find("]("); at != std::string::npos; at = text.find("](", at + 1)) {
-            const std::string target = text.substr(at + 2, text.find(')', at) - at - 2);
-            ++shown;
-            EXPECT_TRUE(fs::exists(page.parent_path() / target)) << page << " shows " << target;
+TEST(Pages, ShowEveryClassWithItsMembersAndNoOther) {
+    test::Session session;
+    Names classes, pages;
+    for (const RegisteredClass& cls : session.host.registry().classes()) classes.insert(cls.name);
+    for (const Page& page : pages_in("docs/classes")) {
+        pages.merge(titled(page));
+        const RegisteredClass* cls =
+            session.host.registry().find_class(std::filesystem::path(page.name()).stem().string());
+        ASSERT_TRUE(cls) << page.name() << " has what the plugin has not: that class";
+
+        Names methods, properties, properties_on_page;
+        add_declarations(methods, cls->methods);
+        const std::vector<std::string> code = page.code_under("## Methods");
+        expect_same(methods, {code.begin(), code.end()}, page.name());
+
+        for (const host::RegisteredProperty& property : cls->properties) properties.insert(property.name);
+        for (const std::string& line : page.under("## Properties")) {
+            if (!line.starts_with("| `")) continue;
+            for (std::string& name : code_in(line.substr(0, line.find('|', 1)))) properties_on_page.insert(name);
         }
+        expect_same(properties, properties_on_page, page.name());
     }
-    EXPECT_GT(shown, 0);
+    expect_same(classes, pages, "docs/classes");
 }
 
-TEST(Pages, TheErrorPageHasEveryText) {
-    Session session;
-    const auto lines = lines_of(kDocs / "errors.md");
-    for (int code = 0; code <= 60; ++code) {
+TEST(Pages, OfOperationsAreDividedAlike) {
+    const std::vector<std::string> sections = {
+        "## Declarations", "## What it does", "## Arguments",    "## Depths, masks and edges",
+        "## Errors",       "## Example",      "## Good to know",
+    };
+    for (const Page& page : pages_in("docs/ops")) {
+        std::vector<std::string> headings;
+        for (const std::string& heading : page.headings())
+            if (heading.starts_with("## "))
+                headings.push_back(heading == "## What they do" ? "## What it does" : heading);
+        EXPECT_EQ(headings, sections) << page.name();
+    }
+}
+
+TEST(Pages, ListEveryErrorWithItsTextAndNoOther) {
+    test::Session session;
+    Names known, listed;
+    for (int code = -1000; code <= 1000; ++code) {
         const std::string text = session.error_message(code);
-        if (text == "Unknown Error") continue;
-        EXPECT_TRUE(lines.contains("| " + std::to_string(code) + " | " + text + " |")) << code;
+        if (text != session.error_message(-1)) known.insert("| " + std::to_string(code) + " | " + text + " |");
     }
+    for (const std::string& line : Page(kErrors).under("# Errors"))
+        if (line.starts_with("| ") && line != "| code | text |" && line != "| --- | --- |") listed.insert(line);
+    EXPECT_FALSE(known.empty());
+    expect_same(known, listed, kErrors);
+}
+
+TEST(Pages, ShowTheProgramWithAHostAsItIs) {
+    const char* const program = "examples/host/contrast.cpp";
+    EXPECT_EQ(Page("docs/host.md").code_under("### A program"), Page(program).lines()) << "docs/host.md: " << program;
 }
 
 }  // namespace
-}  // namespace tarvo::test
+}  // namespace tarvo::docs
