@@ -16,6 +16,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
+const fs::path kPictures = "docs/pictures";
+
 std::vector<Page> all_pages() {
     std::vector<Page> pages = pages_in("");
     for (const char* folder : {"docs", "examples"})
@@ -48,14 +50,14 @@ TEST(Pictures, AreMadeByTheExamplesOfThePagesThatShowThem) {
         for (const Example& example : page.examples()) {
             const fs::path picture = example.output();
             if (picture.extension() != ".png" || example.needs_a_screen()) continue;
-            EXPECT_EQ(picture.parent_path(), "docs/pictures") << page.name() << ": " << example.command;
+            EXPECT_EQ(picture.parent_path(), kPictures) << page.name() << ": " << example.command;
             EXPECT_TRUE(contains(page.pictures(), picture)) << page.name() << " makes and does not show " << picture;
             const auto [maker, is_new] = makers.emplace(picture, page.name());
             EXPECT_TRUE(is_new) << picture << " is made on " << maker->second << " and on " << page.name();
         }
     }
     EXPECT_FALSE(makers.empty());
-    for (const fs::directory_entry& entry : fs::directory_iterator(kProject / "docs" / "pictures")) {
+    for (const fs::directory_entry& entry : fs::directory_iterator(kProject / kPictures)) {
         const fs::path picture = fs::relative(entry.path(), kProject);
         EXPECT_TRUE(makers.contains(picture)) << "no example makes " << picture;
         EXPECT_LE(entry.file_size(), kLargest) << picture;
@@ -66,8 +68,7 @@ TEST(Pictures, ThatPagesShowAreMadeByExamplesOrArePhotographs) {
     for (const Page& page : all_pages()) {
         for (const fs::path& picture : page.pictures()) {
             const fs::path folder = picture.parent_path();
-            EXPECT_TRUE(folder == "docs/pictures" || folder == "examples/photos")
-                << page.name() << " shows " << picture;
+            EXPECT_TRUE(folder == kPictures || folder == "examples/photos") << page.name() << " shows " << picture;
         }
     }
 }
