@@ -130,7 +130,7 @@ Range source_rows(const ColumnBlock& block, std::int32_t row, std::int32_t count
 // Draws layers in bands of the result, each from left to right.
 class ColumnShear {
 public:
-    ColumnShear(const ShearPlan& plan, std::int32_t source_height) : plan_(plan), source_height_(source_height) {}
+    explicit ColumnShear(const ShearPlan& plan) : plan_(plan) {}
 
     template <class Edges>
     void draw_band(const Layer<Edges>& layer, const Range& band) {
@@ -139,7 +139,7 @@ public:
         };
         const auto piece_at = [&](const ColumnBlock& block, std::int32_t row) {
             const std::int32_t count = std::min(kRows, band.end - row);
-            return Piece{block, row, count, source_rows(block, row, count, source_height_)};
+            return Piece{block, row, count, source_rows(block, row, count, plan_.source_length())};
         };
         for (ColumnBlock block = block_at(0); block.count > 0;) {
             const ColumnBlock next = block_at(block.column + block.count);
@@ -229,7 +229,6 @@ private:
     static std::uint8_t* bytes_of(PixelColor* colors) { return reinterpret_cast<std::uint8_t*>(colors); }
 
     const ShearPlan& plan_;
-    std::int32_t source_height_;
 
     struct alignas(kCacheLine) RowPiece {
         std::uint8_t before[kCacheLine];
@@ -247,7 +246,7 @@ template <class... Edges>
 void shear_columns(const TRV_Picture& source, const TRV_Picture& result, double shear, int yield,
                    const Layer<Edges>&... layers) {
     const ShearPlan plan({source.width(), source.height()}, {result.width(), result.height()}, shear);
-    ColumnShear columns(plan, source.height());
+    ColumnShear columns(plan);
     YieldBudget budget(yield);
     std::int64_t passed = 0;
     for (std::int32_t row = 0; row < result.height(); row += kBandRows) {

@@ -17,18 +17,23 @@ Centering center(std::int32_t length, std::int32_t room) {
     return {0, (length - room) / 2};
 }
 
+// A picture without pixels may have lines of no length, or sides below 0. None of its lines shows.
+ShearPlan::Sides shown(ShearPlan::Sides source) {
+    return source.lines > 0 && source.length > 0 ? source : ShearPlan::Sides{0, 0};
+}
+
 }  // namespace
 
-ShearPlan::ShearPlan(Sides source, Sides result, double shear) : source_(source), result_(result) {
-    const Centering across = center(source.lines, result.lines);
+ShearPlan::ShearPlan(Sides source, Sides result, double shear) : source_(shown(source)), result_(result) {
+    const Centering across = center(source_.lines, result_.lines);
     first_line_ = across.before;
     first_source_line_ = across.cut;
-    end_line_ = std::min(first_line_ + source.lines, result.lines);
+    end_line_ = std::min(first_line_ + source_.lines, result_.lines);
 
-    const std::int32_t sheared_length = floor_to_int32(source.length + std::fabs(shear) * source.lines);
-    const Centering along = center(sheared_length, result.length);
+    const std::int32_t sheared_length = floor_to_int32(source_.length + std::fabs(shear) * source_.lines);
+    const Centering along = center(sheared_length, result_.length);
     step_ = floor_to_int32(shear * (1 << kFractionBits));
-    first_offset_ = (step_ > 0 ? step_ * source.lines : 0) +
+    first_offset_ = (step_ > 0 ? step_ * source_.lines : 0) +
                     (std::int64_t{along.before} - along.cut) * (1 << kFractionBits) - step_ * first_source_line_;
 }
 

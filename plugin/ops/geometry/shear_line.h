@@ -37,6 +37,7 @@ public:
     std::int32_t end_line() const { return end_line_; }
     bool is_content(std::int32_t line) const { return line >= first_line_ && line < end_line_; }
     std::int32_t source_line(std::int32_t line) const { return line - first_line_ + first_source_line_; }
+    std::int32_t source_length() const { return source_.length; }
     ShearedLine line(std::int32_t line) const;
 
 private:
