@@ -75,7 +75,7 @@ private:
         return options_.client ? converted(picture, kClientPicture) : picture;
     }
 
-    // What is in hand after the call.
+    // Makes one call and returns the picture, or other value, that the next call is made on.
     Value apply(const Operation& operation, const Value& picture) {
         const Outcome outcome = run_operation(*session_, operation, picture, options_.keep_depth);
         const std::string& name = operation.call.name;
@@ -91,7 +91,7 @@ private:
         return now;
     }
 
-    // An object in spite of a code is a result with a defect; anything else with a code is none.
+    // With an error code, an object is a result with a defect, and anything else is no result.
     void check(const std::string& name, const Outcome& outcome) {
         session_->show_complaints(name);
         const bool gave_object = std::holds_alternative<host::ObjectRef>(outcome.result) && !is_nil(outcome.result);
@@ -121,7 +121,7 @@ private:
         }
     }
 
-    // "640 x 480, 32 bits, mask".
+    // Returns a text such as "640 x 480, 32 bits, mask".
     std::string describe(const Value& value) {
         if (const Picture* picture = as_picture(value))
             return size_text(picture->width(), picture->height(), picture->depth()) + (picture->mask() ? ", mask" : "");
@@ -143,7 +143,7 @@ private:
     }
 
     const ApplyOptions& options_;
-    PluginSession* session_ = nullptr;  // only while running
+    PluginSession* session_ = nullptr;  // null unless the command runs
 };
 
 }  // namespace

@@ -12,7 +12,7 @@ namespace {
 using host::same_name;
 using host::Scanner;
 
-// What a bare file name is made of; every byte of a character beyond ASCII belongs to it.
+// Whether a byte belongs to a bare file name. Every byte of a character beyond ASCII does.
 bool continues_word(char c) {
     constexpr std::string_view kSigns = "._-/~";
     const bool beyond_ascii = static_cast<unsigned char>(c) >= 0x80;
@@ -23,8 +23,8 @@ bool is_literal_keyword(std::string_view word) {
     return same_name(word, "true") || same_name(word, "false") || same_name(word, "nil");
 }
 
-// True of "2010.png" and "1/a", though they begin as numbers do: a file in a folder, or with an extension that begins
-// with a letter.
+// Whether a word that begins like a number is a file name, as "2010.png" and "1/a" are: it has a folder, or an
+// extension that begins with a letter.
 bool looks_like_file(std::string_view word) {
     const std::size_t dot = word.rfind('.');
     const std::string_view extension = dot == std::string_view::npos ? "" : word.substr(dot + 1);
@@ -75,7 +75,7 @@ private:
             "convolution(...)");
     }
 
-    // The longest word that a file name could be; empty when something else is next.
+    // Returns the longest word that could be a file name; empty when something else is next.
     std::string_view next_word() {
         const std::string_view rest = scanner_.text().substr(scanner_.position());
         const auto end = std::find_if_not(rest.begin(), rest.end(), continues_word);
@@ -117,7 +117,7 @@ private:
         return result;
     }
 
-    // The name that is next and exactly so many numbers; `form` shows how it is to be written.
+    // Takes a name and exactly kCount numbers in brackets. `form` shows, in messages, how they are to be written.
     template <class Number, std::size_t kCount>
     std::array<Number, kCount> numbers(const std::string& form) {
         scanner_.take_name();

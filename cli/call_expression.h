@@ -5,7 +5,7 @@
 //     TRV_AdjustContrast(rect(100,50,300,200), &c808080, 1.6, 1.6, 1.6, 0)
 //     TRV_Add("other photo.png", 0)
 //
-// This is the written form only: nothing is looked up, opened or called here.
+// Only the written form is read here: nothing is looked up, opened or called.
 
 #include <array>
 #include <cstddef>
@@ -20,7 +20,8 @@
 
 namespace tarvo::cli {
 
-// A bare word: photo.png, ../mask.pgm. (A text in quotes is a literal; where a picture is wanted it names a file, too.)
+// A bare word, such as photo.png or ../mask.pgm. (A text in quotes is a literal, which names a file where a picture is
+// wanted.)
 struct FileName {
     std::string path;
     friend bool operator==(const FileName&, const FileName&) = default;
@@ -48,7 +49,7 @@ using Expression = std::variant<host::Literal, FileName, RectangleExpression, Ma
 
 struct ArgumentExpression {
     Expression value;
-    std::size_t column;  // where it begins, in characters from 1
+    std::size_t column;  // the character that it begins at, counted from 1
 };
 
 struct CallExpression {
@@ -56,7 +57,7 @@ struct CallExpression {
     std::vector<ArgumentExpression> arguments;
 };
 
-// The message is one line: where, what was expected, what was found. `column` counts characters from 1.
+// The message is one line that says where, what was expected and what was found. `column` counts characters from 1.
 class ExpressionError : public std::runtime_error {
 public:
     ExpressionError(std::size_t column, std::string_view what);

@@ -25,12 +25,12 @@ struct ListOptions {
 };
 
 struct Line {
-    std::string name;  // what a filter sees, beside the group's
+    std::string name;  // a filter looks at this and at the group's name
     std::string text;
 };
 
 struct Group {
-    std::string name;  // of the class; empty for the plain methods
+    std::string name;  // the class's; empty for methods of no class
     std::string title;
     std::vector<Line> lines;
 };
@@ -62,7 +62,7 @@ Group class_members(const host::Caller& caller, const host::RegisteredClass& cls
     return group;
 }
 
-// Methods that extend a class, be they registered with it or as global ones.
+// Returns the methods that extend each class, whether they are registered with it or as global methods.
 std::vector<Group> extension_methods(const host::Caller& caller) {
     std::vector<Group> groups;
     for (const Callable& callable : caller.callables()) {
@@ -83,7 +83,7 @@ std::vector<Group> all_groups(PluginSession& session) {
     return groups;
 }
 
-// A class's name keeps all of its group.
+// Removes what does not match a name. A class of that name keeps all of its group.
 void keep_matching(std::vector<Group>& groups, const std::string& name) {
     for (Group& group : groups)
         if (!holds(group.name, name))

@@ -9,7 +9,7 @@ namespace tarvo::cli {
 
 inline void warn(const std::string& line) { std::cerr << "warning: " << line << '\n'; }
 
-// Nothing for an empty line.
+// Writes the line, unless it is empty.
 inline void note(const std::string& line) {
     if (!line.empty()) std::cerr << "note: " << line << '\n';
 }

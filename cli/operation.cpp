@@ -27,12 +27,12 @@ CommandError call_error(const std::string& text, std::size_t column, const std::
     return {ExitStatus::wrong_usage, message + "\n  " + line + "\n  " + std::string(column - 1, ' ') + '^'};
 }
 
-// At the call's name.
+// Returns an error that points at the call's name.
 CommandError name_error(const Operation& operation, const std::string& message) {
     return call_error(operation.text, operation.text.find_first_not_of(" \t") + 1, message);
 }
 
-// The methods that a call can mean, by its name and the number of its arguments.
+// The methods that a call can mean, going by its name and the number of its arguments.
 class Meanings {
 public:
     Meanings(const host::Caller& caller, const CallExpression& call) {
@@ -43,16 +43,16 @@ public:
         std::erase_if(callables_, [&](const Callable* c) { return !takes(*c, call.arguments.size()); });
     }
 
-    // True when some method has that name.
+    // Whether any method has that name.
     bool known() const { return known_; }
-    // True when the call has no object.
+    // Whether the call has no object.
     bool plain() const { return plain_; }
 
     bool declares_result() const {
         return std::ranges::any_of(callables_, [](const Callable* c) { return c->declaration.result.has_value(); });
     }
 
-    // The ByRef parameter that the argument is for; null when it is for none.
+    // Returns the ByRef parameter that an argument is for; null if it is for another sort of parameter.
     const Parameter* output(std::size_t argument) const {
         return find(argument, [](const Parameter& parameter) { return parameter.by_ref; });
     }
@@ -61,7 +61,7 @@ public:
         return find(argument, [](const Parameter& parameter) { return parameter.type.kind == TypeKind::object; });
     }
 
-    // "integer or color": what the argument may be; empty when no method takes so many.
+    // Returns what an argument may be, such as "integer or color"; empty when no method takes so many arguments.
     std::string wanted_types(std::size_t argument) const {
         std::vector<std::string> types;
         for (const Callable* callable : callables_) {
@@ -101,7 +101,7 @@ private:
     bool plain_ = false;
 };
 
-// Makes the values that the arguments stand for.
+// Makes the values that written arguments stand for.
 class ArgumentReader {
 public:
     ArgumentReader(PluginSession& session, const Operation& operation, const Meanings& meanings, bool keep_depth)
@@ -156,7 +156,7 @@ public:
     }
 
 private:
-    // For what comes back: begins as the literal says, if it can, else as 0 or false.
+    // Returns a variable for a ByRef argument. It begins with the literal's value if that fits, else with 0 or false.
     Value variable(const host::Type& type, const Expression& written) {
         if (const auto* literal = std::get_if<Literal>(&written))
             if (const auto fitted = host::fit(session_.caller().value_of(*literal), type)) return fitted->value;

@@ -30,13 +30,13 @@ struct Outcome {
     };
     host::Value result;
     bool declares_result = false;
-    std::vector<Output> outputs;  // what ByRef arguments came back with
-    std::int32_t code = 0;        // the plugin's, after the call
-    double milliseconds = 0;      // of the call alone, without reading its arguments
+    std::vector<Output> outputs;  // what the call has left in ByRef arguments
+    std::int32_t code = 0;        // the plugin's error code after the call
+    double milliseconds = 0;      // the time of the call alone, without that of reading its arguments
 };
 
-// Makes the call on `self`, or as a plain function if there are only plain functions of that name. Files among the
-// arguments are read. Throws CommandError, and FileError for such a file.
+// Makes the call on `self`, or as a plain function if only plain functions have that name. Files among the arguments
+// are read. Throws CommandError, and FileError for such a file.
 Outcome run_operation(PluginSession& session, const Operation& operation, const host::Value& self, bool keep_depth);
 
 }  // namespace tarvo::cli

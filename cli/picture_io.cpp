@@ -18,7 +18,7 @@ constexpr std::string_view kStringEnding = ".trv";
 
 bool holds_string(std::string_view path) { return host::has_ending(path, kStringEnding); }
 
-// What the method of an object without further arguments gives; empty for nil.
+// Calls a method of an object without arguments and returns its result; empty for nil.
 host::ObjectRef ask(PluginSession& session, const host::ObjectRef& object, const char* method) {
     const host::Value given = session.caller().call_on(object, method, {});
     session.show_complaints(method);

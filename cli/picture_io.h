@@ -12,8 +12,8 @@ namespace tarvo::cli {
 // Throws FileError. `keep_depth` is as in host::ReadOptions.
 host::ObjectRef read_picture(PluginSession& session, const std::string& path, bool keep_depth);
 
-// Throws FileError, or CommandError when the plugin makes no string of the picture. What comes back says in words what
-// the file does not keep; empty when it keeps everything.
+// Returns a text that says what the file does not keep of the picture; empty when it keeps everything. Throws
+// FileError, or CommandError when the plugin makes no string of the picture.
 [[nodiscard]] std::string write_picture(PluginSession& session, const host::ObjectRef& picture,
                                         const std::string& path);
 

@@ -17,7 +17,8 @@ namespace {
 
 constexpr const char* kLibraryName = "libTarvoGraphics.so";
 
-// Beside the tool's own program, as it is built and as it is installed.
+// Returns the path of the plugin, which lies beside the tool's own program: where it is built, or where it is
+// installed.
 std::string library_of_this_tool() {
     std::error_code error;
     const fs::path folder = fs::read_symlink("/proc/self/exe", error).parent_path();

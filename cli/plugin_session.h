@@ -1,6 +1,6 @@
 #pragma once
 
-// A host with the plugin loaded: what every command begins with.
+// A host with the plugin loaded, which every command begins with.
 
 #include <CLI/App.hpp>
 
@@ -13,7 +13,7 @@
 namespace tarvo::cli {
 
 struct PluginOptions {
-    std::string path;  // empty: the library that belongs to this tool
+    std::string path;  // if empty, the library that belongs to this tool
     double host_version = host::HostOptions{}.version;
 };
 
@@ -28,10 +28,10 @@ public:
     host::Host& host() { return host_; }
     host::Caller& caller() { return caller_; }
 
-    // Warns of what the host has complained of since it was last asked; each line begins with `about`.
+    // Writes what the host has complained of since the last call of this, each line beginning with `about`.
     void show_complaints(const std::string& about);
 
-    // What TRV_GetLastError and TRV_GetErrorMessage answer; 0 and "" from a plugin that has no such methods.
+    // Return what TRV_GetLastError and TRV_GetErrorMessage do; 0 and "" if the plugin has no such methods.
     std::int32_t last_error();
     std::string error_message(std::int32_t code);
 

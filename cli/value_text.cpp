@@ -17,7 +17,7 @@ bool is_text(std::string_view bytes) {
     });
 }
 
-// A text ends its lines in whatever way its makers liked.
+// Returns a text whose lines end with a line feed, whatever they ended with before.
 std::string shown(std::string_view text) {
     std::string result;
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -32,7 +32,7 @@ struct ValueText {
     std::string operator()(std::int32_t number) const { return std::to_string(number); }
     std::string operator()(bool truth) const { return truth ? "true" : "false"; }
 
-    // The shortest that reads as the same number.
+    // Writes the shortest text that reads as the same number.
     std::string operator()(double number) const {
         char text[32];
         return {text, std::to_chars(text, text + sizeof text, number).ptr};

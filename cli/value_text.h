@@ -6,7 +6,8 @@
 
 namespace tarvo::cli {
 
-// A value as people read it: 12, 0.5, true, &c00FF00, a text; what is not text is told of: "a MemoryBlock of 12 bytes".
+// Returns a value as people read it: 12, 0.5, true, &c00FF00, or a text. Other objects are described: "a MemoryBlock of
+// 12 bytes".
 std::string value_text(const host::Value& value);
 
 }  // namespace tarvo::cli

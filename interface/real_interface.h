@@ -1,37 +1,39 @@
 #pragma once
 
-// The plugin interface of the REALbasic host: the handles that only the host can open, the records that a plugin
-// registers, and the two records of the host's that a plugin reads. Host and plugin share this file and `platform/`,
-// and nothing else.
+// The plugin interface of the REALbasic host: handles, into which only the host looks; records that a plugin registers;
+// and two of the host's records, which plugins read. Host and plugin share this file and `platform/`, and nothing else.
 
 #include <cstddef>
 #include <cstdint>
 
-// A machine word: the published records are counted in these.
+// A machine word. The sizes of the published records are counted in these.
 using REALword = std::intptr_t;
 
-// Handles. All but strings are instances of host classes; every one of them is reference counted by the host.
+// Handles. All but strings are of instances of host classes. The host counts references to every one of them.
 struct REALobjectStruct;
 struct REALpictureStruct;
 struct REALmemoryBlockStruct;
 struct REALclassRefStruct;
 struct REALintArrayStruct;
 
-// A host string: bytes of any value, followed by a NUL that the length does not count.
+// A host string: bytes of any value, and a NUL that the length does not count.
+//
+//     |  n  | byte | byte | ... | NUL |         n: the length, at most 255
+//     ^ storage
 struct REALstringStruct {
     std::int32_t references;
     std::int32_t length;
-    const char* storage;  // one length byte (the length, at most 255), then the bytes and the NUL
+    const char* storage;
 
-    // The byte count; 0 for a null string.
+    // Returns the number of bytes; 0 for a null string.
     static std::int32_t Length(const REALstringStruct* string) { return string ? string->length : 0; }
-    // The bytes; "" for a null string. Valid while the caller holds a reference.
+    // Returns the bytes, valid while the caller holds a reference; "" for a null string.
     static const char* CString(const REALstringStruct* string) {
         return string && string->storage ? string->storage + 1 : "";
     }
 };
 
-// What backs a picture's pixels.
+// The kinds of stores of a picture's pixels.
 enum REALpictureKind : std::int32_t {
     pictureDrawingCommands = 1,
     pictureMacintoshGWorld = 4,   // store: GWorldPtr
@@ -45,32 +47,32 @@ struct REALpictureDescription {
     void* store;        // belongs to the picture; valid until the description is unlocked
     std::int32_t width;
     std::int32_t height;
-    std::int32_t depth;  // bits a pixel
+    std::int32_t depth;  // bits of a pixel
 };
 
-// A kind-10 store: 32-bit pixels, each row wherever its table entry says.
+// The store of kind 10: 32-bit pixels, each row at the address that the table has for it.
 struct REALpixelBuffer {
     std::int32_t width;
     std::int32_t height;
     std::uint8_t** rows;  // `height` addresses
 };
 
-// How the bytes of REALBuildPictureFromBuffer are to be read.
+// How REALBuildPictureFromBuffer reads the bytes of a pixel.
 enum RBPixelType : std::int32_t {
-    pixelTypeXRGB32 = 3,  // four bytes a pixel: unused, red, green, blue
+    pixelTypeXRGB32 = 3,  // unused, red, green, blue
 };
 
 enum REALflags : REALword { REALconsoleSafe = 4 };
 
-// One callable: an entry point and its signature in the host's language.
+// A method: its function and its declaration in the host's language.
 struct REALmethodDefinition {
     void* function;
-    void* setter;  // of an assignable method; else null
+    void* setter;  // null unless the method can be assigned to
     const char* declaration;
     REALword flags;
 };
 
-// The record that hosts below version 5.9 read.
+// The record of a method for hosts below version 5.9.
 struct REALmethodDefinitionV6 {
     void* function;
     void* setter;
@@ -83,7 +85,7 @@ struct REALpropertyDefinition {
     const char* type;
     REALword flags;
     void* getter;  // (object, parameter) -> value
-    void* setter;  // (object, parameter, value); null when read-only
+    void* setter;  // (object, parameter, value); null for a property that is read-only
     REALword parameter;
     const char* editor;
     REALword enumerationCount;
@@ -95,7 +97,7 @@ struct REALclassDefinition {
     const char* name = nullptr;
     const char* superName = nullptr;
     REALword dataSize = 0;        // bytes of plugin data in each instance
-    REALword dataOffset = 0;      // written by the host at registration: from an instance's address to its data
+    REALword dataOffset = 0;      // from an instance's address to that data; the host writes it at registration
     void* constructor = nullptr;  // (object)
     void* destructor = nullptr;   // (object)
     const REALpropertyDefinition* properties = nullptr;
@@ -125,11 +127,11 @@ static_assert(sizeof(REALmethodDefinitionV6) == 3 * sizeof(REALword));
 static_assert(sizeof(REALpropertyDefinition) == 10 * sizeof(REALword));
 static_assert(sizeof(REALclassDefinition) == 25 * sizeof(REALword));
 
-// Finds a host service by its look-up name; null when the host has none of that name.
+// Returns the host's service of a look-up name; null when the host has none.
 using REALresolver = void* (*)(const char* name);
 
-// The plugin's one exported function is `extern "C" int REALPluginMain(REALresolver callback)`: called once, with
-// a callback that answers "ResolverPPC" with the resolver of every other service. 1 when the plugin registered itself,
-// 0 when it refused the host.
+// The plugin's one exported function is `extern "C" int REALPluginMain(REALresolver callback)`. The host calls it once;
+// for the name "ResolverPPC" the callback returns the resolver of all services. The function returns 1 when the plugin
+// registered itself, 0 when it refused the host.
 using REALpluginMain = int (*)(REALresolver callback);
 inline constexpr const char* kREALpluginMainName = "REALPluginMain";

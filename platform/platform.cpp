@@ -27,7 +27,7 @@ namespace {
 constexpr std::int32_t kMaxDepth = 32;
 constexpr OSErr kParamErr = -50;
 
-// Everything that lives between calls.
+// All that is kept between calls.
 struct State {
     GWorldPtr current = nullptr;
     std::unordered_map<PixMapHandle, std::unique_ptr<CGrafPort>> worlds;
@@ -39,7 +39,7 @@ struct State {
     void* refresh_context = nullptr;
 };
 
-// Never destroyed: objects of other libraries may end after this one.
+// The state is never destroyed, because objects of other libraries may end after this library.
 State& state() {
     static State& only = *new State;
     return only;
@@ -84,7 +84,7 @@ void set_colors(CGrafPort& world, const RGBColor* colors, std::int32_t count) {
 
 PixMap* open(PixMapHandle pixels) { return pixels ? *pixels : nullptr; }
 
-// Only pixel maps can be locked by handle; the locks of any other handle mean nothing here.
+// Returns the pixel map of a handle; null for any other handle. Locks of others mean nothing here.
 PixMap* pixel_map_of(Handle handle) {
     const auto pixels = reinterpret_cast<PixMapHandle>(handle);
     return state().worlds.contains(pixels) ? *pixels : nullptr;
@@ -156,7 +156,7 @@ void HUnlock(Handle handle) {
     if (PixMap* map = pixel_map_of(handle)) drop_lock(map->handleLocks);
 }
 
-// Blocks stay known here until they are disposed of, so that one whose owner is unloaded is not lost.
+// Blocks are listed here until they are disposed of, so that none is lost when the library that has it is unloaded.
 char* NewPtr(std::int32_t size) {
     if (size < 0) return nullptr;
     try {
@@ -195,7 +195,7 @@ std::size_t CGBitmapContextGetBytesPerRow(CGContextRef context) {
 
 void* CGBitmapContextGetData(CGContextRef context) { return context ? context->layout.pixels : nullptr; }
 
-// --- for who makes these objects ------------------------------------------------------------------------------------
+// --- for those that make these objects ------------------------------------------------------------------------------
 
 GWorldPtr PlatformNewGWorld(const PixelLayout* layout, const RGBColor* colors, std::int32_t colorCount) {
     if (!is_possible(layout)) return nullptr;

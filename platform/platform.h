@@ -3,8 +3,8 @@
 // QuickDraw, Core Graphics and Gestalt, as far as they are used: graphics worlds, pixel maps, bitmap contexts, the main
 // device, the processor's features. Host and plugin both link this library, as both would link the operating system.
 //
-// No object here owns its pixels: who makes a world, a context or a device keeps its pixel memory alive as long as the
-// object. Not for more than one thread at a time.
+// No object here owns its pixels: whoever makes a world, a context or a device keeps its pixel memory alive for as long
+// as the object lives. All calls come from one thread at a time.
 
 #include <cstddef>
 #include <cstdint>
@@ -13,7 +13,7 @@
 
 using OSErr = std::int16_t;
 using OSType = std::uint32_t;
-using Fixed = std::int32_t;  // 16.16
+using Fixed = std::int32_t;  // 16 bits before the point, 16 behind it
 using Handle = char**;
 inline constexpr OSErr noErr = 0;
 
@@ -30,7 +30,7 @@ struct ColorSpec {
     RGBColor rgb;
 };
 
-// An indexed picture's colours. In memory there are always 2^depth entries, the unused ones black.
+// The colours of an indexed picture. There are always 2^depth entries in memory; unused ones are black.
 struct ColorTable {
     std::int32_t ctSeed;
     std::int16_t ctFlags;
@@ -43,12 +43,12 @@ struct PixMap {
     std::uint8_t* baseAddr;
     std::int32_t rowBytes;
     Rect bounds;
-    Fixed hRes, vRes;        // dots per inch
-    std::int16_t pixelSize;  // bits a pixel
+    Fixed hRes, vRes;        // in dots per inch
+    std::int16_t pixelSize;  // in bits
     CTabHandle pmTable;      // null above 8 bits
     std::int32_t handleLocks;
     std::int32_t pixelLocks;
-    bool purged;  // the pixels are gone: LockPixels fails
+    bool purged;  // the pixels are gone, and LockPixels fails
 };
 using PixMapHandle = PixMap**;
 
@@ -64,7 +64,7 @@ using GDHandle = GDevice**;
 struct CGContext;
 using CGContextRef = CGContext*;
 
-// A file by volume, directory and name.
+// A file, given by volume, directory and name.
 #pragma pack(push, 1)
 struct FSSpec {
     std::int16_t vRefNum;
@@ -76,31 +76,32 @@ static_assert(sizeof(FSSpec) == 70);
 
 // --- the operating system's calls -----------------------------------------------------------------------------------
 
-// 'ppcf' answers with the processor's features: bit 4 is set when it has a vector unit. Other selectors fail.
+// For the selector 'ppcf' the response is the processor's features: bit 4 is set when it has a vector unit. All other
+// selectors fail.
 PLATFORM_API OSErr Gestalt(OSType selector, std::int32_t* response);
 inline constexpr OSType gestaltPowerPCProcessorFeatures = 0x70706366;  // 'ppcf'
 inline constexpr OSErr gestaltUndefSelectorErr = -5551;
 
 PLATFORM_API PixMapHandle GetGWorldPixMap(GWorldPtr world);
-// The world that drawing goes to, and the device it belongs to (always null here).
+// Get and set the world that drawing goes to, and the device that it belongs to, which is always null here.
 PLATFORM_API void GetGWorld(GWorldPtr* world, GDHandle* device);
 PLATFORM_API void SetGWorld(GWorldPtr world, GDHandle device);
 
-// True when the pixels may be read and written until the matching UnlockPixels.
+// Returns true if the pixels may be read and written until the matching UnlockPixels.
 PLATFORM_API bool LockPixels(PixMapHandle pixels);
 PLATFORM_API void UnlockPixels(PixMapHandle pixels);
 PLATFORM_API Rect* GetPixBounds(PixMapHandle pixels, Rect* bounds);
 PLATFORM_API std::int16_t GetPixDepth(PixMapHandle pixels);
 PLATFORM_API std::int32_t GetPixRowBytes(PixMapHandle pixels);
 PLATFORM_API std::uint8_t* GetPixBaseAddr(PixMapHandle pixels);
-PLATFORM_API std::int32_t Fix2Long(Fixed value);  // the integer part
+PLATFORM_API std::int32_t Fix2Long(Fixed value);  // truncates
 
 PLATFORM_API void HLock(Handle handle);
 PLATFORM_API void HUnlock(Handle handle);
 PLATFORM_API char* NewPtr(std::int32_t size);
 PLATFORM_API void DisposePtr(char* pointer);
 
-// Null when no screen has been handed in.
+// Returns null when there is no main screen.
 PLATFORM_API GDHandle GetMainDevice();
 
 PLATFORM_API std::size_t CGBitmapContextGetWidth(CGContextRef context);
@@ -109,37 +110,36 @@ PLATFORM_API std::size_t CGBitmapContextGetBitsPerPixel(CGContextRef context);
 PLATFORM_API std::size_t CGBitmapContextGetBytesPerRow(CGContextRef context);
 PLATFORM_API void* CGBitmapContextGetData(CGContextRef context);
 
-// --- for who makes these objects ------------------------------------------------------------------------------------
+// --- for those that make these objects ------------------------------------------------------------------------------
 
-// The longest side of a picture: coordinates have 16 bits.
+// The longest side of a picture. Coordinates have 16 bits.
 inline constexpr std::int32_t kLongestSide = 32767;
 
 struct PixelLayout {
     std::uint8_t* pixels;
     std::int32_t width, height;  // 1 to kLongestSide
-    std::int32_t depth;          // bits a pixel
+    std::int32_t depth;          // bits of a pixel
     std::int32_t rowBytes;
     std::int32_t dotsPerInch;
 };
 
-// A world over the given pixels; null when the layout is impossible or memory is short. `colors`: `colorCount` entries
-// for depths up to 8, copied, raised to 2^depth with black; null for none.
+// Returns a world over the given pixels; null when the layout is impossible or memory is short. `colors` are
+// `colorCount` entries of a colour table for depths up to 8, which is filled up with black; null for no colour table.
 PLATFORM_API GWorldPtr PlatformNewGWorld(const PixelLayout* layout, const RGBColor* colors, std::int32_t colorCount);
-// Null is allowed. A disposed world that is current is no longer current.
+// Null is allowed. A world that is disposed of is no longer current, nor the main device.
 PLATFORM_API void PlatformDisposeGWorld(GWorldPtr world);
 
 PLATFORM_API CGContextRef PlatformNewBitmapContext(const PixelLayout* layout);
 PLATFORM_API void PlatformDisposeBitmapContext(CGContextRef context);
 
-// Hands in the main screen, or takes it away (null). The world must outlive its being the main device. The
-// device's rectangle begins at `left`, `top`.
+// Makes a world the main screen, or with null none. The device's rectangle begins at `left`, `top`.
 PLATFORM_API void PlatformSetMainDevice(GWorldPtr screen, std::int16_t left, std::int16_t top);
-// Called by each GetMainDevice before it answers: brings the main screen's pixels up to date, and may hand in another
-// screen or take it away. Null for none.
+// Sets a function that each GetMainDevice calls first; null for none. The function brings the main screen's pixels up
+// to date, and may set another main screen or none.
 using PlatformScreenRefresh = void (*)(void* context);
 PLATFORM_API void PlatformSetScreenRefresh(PlatformScreenRefresh refresh, void* context);
 
-// How many worlds, contexts and locks (handles and pixels) live now: for tests.
+// How many worlds, contexts and locks of handles and of pixels there are now, for tests.
 struct PlatformCounts {
     std::int32_t worlds, contexts, handleLocks, pixelLocks;
 };

@@ -6,7 +6,7 @@
 
 #include "caller.h"
 
-// The entry point's own type is not the one it is called by, on purpose.
+// Entry points are called by a type that is not their own, on purpose.
 #if defined(__clang__)
 #define CALLS_ANY_FUNCTION __attribute__((no_sanitize("function")))
 #else
@@ -16,10 +16,10 @@
 namespace tarvo::host {
 namespace {
 
-// The System V calling conventions of x86-64 and of 32-bit PowerPC hand over integers and addresses in one sequence of
-// registers (six of them and then the stack; eight) and doubles in another (eight; eight), each in order. So this one
-// prototype reaches every entry point that takes at most eight of each sort, however they are interleaved. What an
-// entry point does not take it does not see; what it takes beyond the arguments given is zero.
+// The System V calling conventions of x86-64 and of 32-bit PowerPC pass integers and addresses in one sequence of
+// registers (six and then the stack on the one, eight on the other) and doubles in another (eight on both), each in
+// order. So this one prototype reaches every entry point that takes at most eight of each sort, however they are
+// interleaved. An entry point does not see slots that it does not take, and finds zero in those without an argument.
 using Word = std::intptr_t;
 template <class Result>
 using Entry = Result (*)(Word, Word, Word, Word, Word, Word, Word, Word,  //
@@ -47,7 +47,7 @@ T loaded(const Bytes& bytes) {
     return value;
 }
 
-// The copy of a variable that an entry point is given the address of. Booleans are one byte to it.
+// Fills the copy of a variable whose address an entry point is given. To it a boolean is one byte.
 struct StoredVariable {
     Bytes operator()(std::int32_t value) const { return stored(value); }
     Bytes operator()(double value) const { return stored(value); }
@@ -67,7 +67,7 @@ struct LoadedVariable {
     Value operator()(const ObjectRef& object) const { return object; }
 };
 
-// What is passed in a word; a double never is.
+// Converts a value to the word that it is passed as. Doubles are not passed as words.
 struct AsWord {
     Word operator()(Nil) const { return 0; }
     Word operator()(std::int32_t value) const { return value; }

@@ -1,6 +1,6 @@
 #pragma once
 
-// The passing of arguments to a plugin's entry point, whose C++ signature only its declaration tells.
+// Passes arguments to an entry point of a plugin, about whose C++ signature only the declaration tells.
 
 #include <array>
 #include <cstddef>
@@ -17,15 +17,15 @@ namespace tarvo::host {
 // The arguments of one call, in the order in which they are passed. Each is held with a reference until the frame goes.
 class CallFrame {
 public:
-    // An integer, color, boolean, object or nil takes the next integer slot, a double the next slot for doubles. Throws
-    // CallError when there are more of one sort than slots.
+    // Puts an integer, color, boolean, object or nil into the next integer slot, a double into the next slot for
+    // doubles. Throws CallError when there are more of one sort than slots.
     void pass(const Value& value);
     // Passes the address of a copy of the value: an integer, double, boolean or color. The variable must live until
     // `write_back`, which puts into it what the entry point left in the copy.
     void pass_by_ref(const Value& value, Value& variable);
 
-    // Calls, and takes over the reference that comes with an object. An object is checked to be one, not to be of the
-    // result's type. Throws CallError.
+    // Calls the entry point and takes over the reference that comes with an object. A returned handle must be a live
+    // object's, of whatever class. Throws CallError.
     Value call(void* entry, const std::optional<Type>& result, const ObjectStore& objects) const;
     void write_back();
 
@@ -43,7 +43,7 @@ private:
     std::array<double, kSlots> doubles_{};
     std::size_t word_count_ = 0;
     std::size_t double_count_ = 0;
-    std::deque<Copy> copies_;  // their addresses stay
+    std::deque<Copy> copies_;  // a deque, so that their addresses stay
     std::vector<Value> held_;
 };
 

@@ -13,14 +13,14 @@ namespace {
 
 constexpr std::string_view kConversionName = "operator_convert";
 
-// "(picture, integer)".
+// Returns a text such as "(picture, integer)".
 std::string types_of(std::span<const Value> values) {
     std::string result = "(";
     for (const Value& value : values) result += (result.size() > 1 ? ", " : "") + type_name(value);
     return result + ")";
 }
 
-// "TRV_Rectangle.Area() as integer".
+// Returns a text such as "TRV_Rectangle.Area() as integer".
 std::string describe(const Callable& callable) {
     return (callable.owner.empty() ? "" : callable.owner + ".") + callable.declaration.text;
 }
@@ -73,7 +73,7 @@ void Caller::add(const RegisteredMethod& method, const RegisteredClass* owner) {
     by_name_[folded(callable.declaration.name)].push_back(&callable);
 }
 
-// "picture.TRV_Add(picture, integer)".
+// Returns a text such as "picture.TRV_Add(picture, integer)".
 std::string Caller::describe_call(std::string_view name, const Arguments& arguments) {
     const std::string self = arguments.have_self() ? type_name(arguments.values.front()) + "." : "";
     return self + std::string(name) + types_of(arguments.variables);
@@ -220,7 +220,7 @@ void Caller::set(const Value& self, std::string_view name, const Value& value) {
 
 // --- conversions ----------------------------------------------------------------------------------------------------
 
-// Null when neither the value's class nor the wanted one has a conversion.
+// Returns null when neither the value's class nor the wanted one has a conversion.
 const Callable* Caller::conversion(const Value& value, const Type& type) const {
     if (is_nil(value) || type.array) return nullptr;
     const std::string value_type = type_name(value);

@@ -1,6 +1,6 @@
 #pragma once
 
-// Calls of registered methods by their declarations, as a program makes them.
+// Calls registered methods by their declarations, as a program does.
 
 #include <deque>
 #include <map>
@@ -17,67 +17,67 @@
 
 namespace tarvo::host {
 
-// A call that the language would refuse: no such method, no overload that takes these arguments, two that do.
+// A call that the language would refuse: there is no such method, no overload takes these arguments, or two do.
 class CallError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-// One method, its declaration parsed.
+// One method with its parsed declaration.
 struct Callable {
     Declaration declaration;
     void* function = nullptr;
     void* setter = nullptr;
     std::string owner;  // the class whose member it is; empty for a global method
-    // What the entry point takes: a member's object, then what is declared. The object of a class extension's method is
-    // one that the method extends.
+    // What the entry point takes: a member's object first, then what is declared. The object of a class extension's
+    // method counts as one that the method `extends`.
     std::vector<Parameter> parameters = {};
 
     bool extends() const { return !parameters.empty() && parameters.front().extends; }
     bool assignable() const { return setter && declaration.result; }
 };
 
-// Everything that can be called in a host. Reads the registry once: make it after plugins are loaded.
+// Everything that can be called in a host. It reads the registry once, so it is to be made after plugins are loaded.
 //
 // Arguments are given as values; a `ByRef` argument's value is replaced by what the method leaves in it. Every argument
 // is held with a reference for the length of the call. What an object is decides what it can do, not what a declaration
 // said it would be; where a declaration wants another class, conversions (`operator_convert`) of the object's or the
 // wanted class are tried.
 //
-// Of several methods of a name, the one is called that every argument fits at least as well as it fits any other, and
-// one argument better (see Fit); among equals, the one that fills in fewer defaults. If there is no such one, the call
-// is refused. ByRef arguments fit only exactly.
+// Of several methods with the same name, one is called that every argument fits at least as well as any other method,
+// and some argument better (see Fit); among equals, the one that fills in fewer defaults. If there is no such method,
+// the call is refused. ByRef arguments fit only exactly.
 class Caller {
 public:
     // Throws DeclarationError when a registered declaration cannot be parsed.
     explicit Caller(Host& host);
 
-    // A global method called as a plain function: `TRV_MakeGradient(...)`. A method declared with `extends` takes its
+    // Calls a global method as a plain function: `TRV_MakeGradient(...)`. A method declared with `extends` takes its
     // object as first argument. Throws CallError.
     Value call(std::string_view name, std::span<Value> arguments);
-    // `self.name(arguments)`: a member of the object's class, a class extension's method, or a global method that
+    // Calls `self.name(arguments)`: a member of the object's class, a class extension's method, or a global method that
     // extends the class. Throws CallError.
     Value call_on(const Value& self, std::string_view name, std::span<Value> arguments);
-    // This very method of `callables()`, whatever others there are; a member takes its object as first argument, which
-    // may be nil. Throws CallError.
+    // Calls this very method of `callables()`, whatever overloads there are. A member takes its object as first
+    // argument, which may be nil. Throws CallError.
     Value invoke(const Callable& callable, std::span<Value> arguments);
-    // `self.name` and `self.name = value`. Throws CallError.
+    // Read and assign a property: `self.name` and `self.name = value`. Throw CallError.
     Value get(const Value& self, std::string_view property);
     void set(const Value& self, std::string_view property, const Value& value);
-    // `self.name(arguments) = value`: an assignable method. Throws CallError.
+    // Assigns through an assignable method: `self.name(arguments) = value`. Throws CallError.
     void assign(const Value& self, std::string_view name, std::span<Value> arguments, const Value& value);
-    // A value as a variable of the given type would take it: converted, or refused with CallError.
+    // Converts a value as a variable of the given type would, or refuses it with CallError.
     Value convert(const Value& value, const Type& type);
-    // A text becomes a string object.
+    // Returns the value of a literal. A text becomes a string object.
     Value value_of(const Literal& literal);
 
-    // Every callable, in order of registration; class members after the globals.
+    // Everything that can be called, in order of registration, class members after the global methods.
     const std::deque<Callable>& callables() const { return callables_; }
     Host& host() { return host_; }
 
 private:
-    // What is passed, held for the length of the call: the object that the method is called on, if any, then the values
-    // of the variables, to which ByRef arguments are written back.
+    // The arguments of a call, held for as long as it lasts: the object that the method is called on, if any, and the
+    // values of the variables, to which ByRef arguments are written back.
     struct Arguments {
         explicit Arguments(std::span<Value> of) : values(of.begin(), of.end()), variables(of) {}
         Arguments(const Value& self, std::span<Value> of) : Arguments(of) { values.insert(values.begin(), self); }
@@ -106,12 +106,12 @@ private:
     const Callable& choose(const Candidates& candidates, std::string_view name, const Arguments& arguments) const;
     const Callable* conversion(const Value& value, const Type& type) const;
     Value run_conversion(const Callable& conversion, const Value& value, const Type& type);
-    // Calls the method's function; or, with a value to assign, its setter.
+    // Calls the method's function, or its setter if there is a value to assign.
     Value run(const Callable& callable, const Arguments& arguments, const Value* assigned = nullptr);
 
     Host& host_;
     std::deque<Callable> callables_;
-    std::map<std::string, Candidates> by_name_;  // folded names
+    std::map<std::string, Candidates> by_name_;  // the keys are folded names
 };
 
 }  // namespace tarvo::host

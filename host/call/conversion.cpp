@@ -13,7 +13,7 @@ bool is_of_type(const Object& object, const Type& type) {
     return type.kind == TypeKind::object && same_name(class_name(object), type.name);
 }
 
-// Fits a value, by what it is, to a type that is neither an array nor made of objects.
+// Fits a value to a type of plain values: no objects, no arrays.
 struct FitToPlainType {
     TypeKind kind;
 

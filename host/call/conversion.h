@@ -1,6 +1,6 @@
 #pragma once
 
-// How values become values of a declared type by themselves, without a class's own conversion.
+// The language's own conversions of values to a declared type, without those that classes define.
 
 #include <cstdint>
 #include <optional>
@@ -10,23 +10,24 @@
 
 namespace tarvo::host {
 
-// How well a value fits a type, best first.
+// How well a value fits a type, from best to worst.
 enum class Fit {
-    exact,      // of the type; also nil, where an object or an array is wanted
-    widened,    // an integer as double
-    loose,      // a double cut to an integer, integer and color as one another, nil as the empty string
-    converted,  // through `operator_convert` of the value's class or the type's
+    exact,      // the value is of the type, or nil where an object or an array is wanted
+    widened,    // an integer becomes a double
+    loose,      // a double is truncated to an integer, integer and color become each other, nil the empty string
+    converted,  // `operator_convert` of the value's class or of the type's converts it
 };
 
 struct FittedValue {
     Fit fit;
-    Value value;  // of the type; nil for no object
+    Value value;  // a value of the type, or nil
 };
 
-// None when the value does not fit. Booleans never become anything else. Never Fit::converted.
+// Returns the value as one of the type; none when it does not fit. Booleans become nothing else. The outcome is never
+// Fit::converted.
 std::optional<FittedValue> fit(const Value& value, const Type& type);
 
-// Toward zero; NaN and what is too small give the most negative integer, what is too large the largest.
+// Truncates toward zero. NaN and what is too small give the most negative integer, what is too large the largest.
 std::int32_t truncated(double value);
 
 }  // namespace tarvo::host

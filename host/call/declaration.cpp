@@ -16,7 +16,7 @@ bool is_reserved(std::string_view name) {
     return std::any_of(kReserved.begin(), kReserved.end(), is_name);
 }
 
-// A literal as default of the type; an integer is also a double. None when it does not fit.
+// Returns the literal as a default of the type, for which an integer may become a double; none when it does not fit.
 std::optional<Literal> as_default(const Literal& literal, const Type& type) {
     const auto when = [&](bool fits) { return fits ? std::optional<Literal>(literal) : std::nullopt; };
     if (type.array) return when(std::holds_alternative<Nil>(literal));

@@ -4,7 +4,7 @@
 //
 //     TRV_Add(extends p as picture, addend as picture, yield as integer) as picture
 //
-// Names and keywords are compared without regard to case. The parser is strict: what it does not know is an error.
+// Names and keywords are compared without regard to case. The parser is strict: whatever it does not know is an error.
 
 #include <optional>
 #include <stdexcept>
@@ -23,28 +23,28 @@ struct Type {
     std::string name;  // as declared: "integer", "picture", "TRV_Rectangle"
     bool array = false;
 
-    // True when values of the type are objects to the plugin: arrays and strings are, too.
+    // Whether values of the type are objects to the plugin. Arrays and strings are.
     bool is_object() const { return array || kind == TypeKind::string || kind == TypeKind::object; }
 };
 
 // "integer", "double", "boolean", "color" and "string" are the language's own types; any other name is a class.
 Type type_named(std::string_view name);
-// "integer()" for an array.
+// Returns the type as it is declared: "integer", or "integer()" for an array.
 std::string to_string(const Type& type);
 
 struct Parameter {
     std::string name;
     Type type;
     bool extends = false;
-    bool by_ref = false;                   // an integer, double, boolean or color
-    std::optional<Literal> default_value;  // of the parameter's type
+    bool by_ref = false;                   // only of integers, doubles, booleans and colors
+    std::optional<Literal> default_value;  // a literal of the parameter's type
 };
 
 struct Declaration {
     std::string text;  // as registered
     std::string name;
     std::vector<Parameter> parameters;
-    std::optional<Type> result;  // none for a method that gives nothing
+    std::optional<Type> result;  // none for a method that returns nothing
 
     bool extends() const { return !parameters.empty() && parameters.front().extends; }
 };

@@ -17,7 +17,7 @@ std::size_t end_of_run(std::string_view text, std::size_t begin, Condition belon
     return begin;
 }
 
-// The value of all of `digits`; none when it is not a number of that base or does not fit 32 bits.
+// Returns the number that all of `digits` spell in a base; none when they are no such number or do not fit in 32 bits.
 std::optional<std::uint32_t> unsigned_number(std::string_view digits, int base) {
     std::uint32_t value = 0;
     const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value, base);

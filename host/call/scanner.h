@@ -27,11 +27,11 @@ class Scanner {
 public:
     explicit Scanner(std::string_view text) : text_(text) {}
 
-    // Where the next piece begins.
+    // The position where the next piece begins.
     std::size_t position();
     void move_to(std::size_t position) { position_ = position; }
     std::string_view text() const { return text_; }
-    // In characters (UTF-8) from 1.
+    // The number of the character at a position, counted from 1. The text is UTF-8.
     std::size_t column_of(std::size_t position) const;
 
     bool at_end() { return position() == text_.size(); }
@@ -39,17 +39,17 @@ public:
     bool take(char sign);
     // Takes the keyword if it is the next name.
     bool take_word(std::string_view keyword);
-    // The next name, not taken; empty when something else is next.
+    // Returns the next name without taking it; empty when something else is next.
     std::string_view next_name();
     std::string_view take_name();
 
-    // Integers of 32 bits (decimal, &h, &o, &b), doubles, &cRRGGBB, true, false, nil, "text" with "" for a quote. None
-    // when something else is next. Throws ScanError when it begins as a literal and is none.
+    // Takes an integer of 32 bits (decimal, &h, &o, &b), a double, &cRRGGBB, true, false, nil, or a "text" with "" for
+    // a quote. Returns none when something else is next. Throws ScanError for what begins as a literal and is none.
     std::optional<Literal> take_literal();
-    // The position behind the decimal number that is next; its beginning when there is none.
+    // Returns the position behind the decimal number that is next; that of the next piece if it is no number.
     std::size_t number_end();
 
-    // Throws ScanError: at the next piece "expected ..., found ...", or any message at any place.
+    // Throw ScanError: at the next piece with "expected ..., found ...", or at any place with any message.
     [[noreturn]] void fail_expecting(std::string_view expected);
     [[noreturn]] void fail_at(std::size_t position, const std::string& message) const;
 
@@ -63,7 +63,7 @@ private:
     std::size_t position_ = 0;
 };
 
-// The bytes between quotes, cut when long and with control characters spelled out: fit for a message of one line.
+// Returns the bytes between quotes for a message of one line: long ones are cut, control characters are spelled out.
 std::string quoted(std::string_view bytes);
 
 }  // namespace tarvo::host

@@ -14,27 +14,26 @@ struct Nil {
     friend bool operator==(Nil, Nil) = default;
 };
 
-// 0x00RRGGBB.
 struct Color {
-    std::uint32_t rgb = 0;
+    std::uint32_t rgb = 0;  // 0x00RRGGBB
     friend bool operator==(Color, Color) = default;
 };
 
-// The low 24 bits.
+// Returns the colour in the low 24 bits.
 constexpr Color color_of(std::uint32_t bits) { return {bits & 0xFFFFFF}; }
 
 // An object value holds a reference. Strings are objects too.
 using Value = std::variant<Nil, std::int32_t, double, bool, Color, ObjectRef>;
 
-// A value as text spells it: a string has no object yet.
+// A value as a text spells it. Its strings are no objects yet.
 using Literal = std::variant<Nil, std::int32_t, double, bool, Color, std::string>;
 
-// Nil, or a reference to nothing.
+// Whether a value is nil or a reference to nothing.
 bool is_nil(const Value& value);
 
-// "integer", "TRV_Rectangle", "nil": the type as a program would name it.
+// Returns the type of a value as a program would name it: "integer", "TRV_Rectangle", "nil".
 std::string type_name(const Value& value);
-// "picture", "TRV_Rectangle", "integer()": an object's type likewise.
+// Returns the class of an object as a program would name it: "picture", "TRV_Rectangle", "integer()".
 std::string class_name(const Object& object);
 
 }  // namespace tarvo::host

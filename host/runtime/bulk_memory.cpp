@@ -17,7 +17,8 @@ struct Mapping {
     std::size_t capacity;
 };
 
-// Huge pages need an aligned start: maps one page more than needed and gives back what lies before and behind.
+// Maps memory that begins at a multiple of a huge page: one huge page more than needed is mapped, and what lies before
+// and behind is given back.
 Mapping map_aligned(std::size_t capacity) {
     const std::size_t span = capacity + kHugePage;
     void* mapped = mmap(nullptr, span, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
@@ -31,26 +32,27 @@ Mapping map_aligned(std::size_t capacity) {
     return {start + before, capacity};
 }
 
-// For memory checkers: of a mapping in use, `size` bytes may be touched; of an idle one, none.
+// Tells memory checkers how many bytes of a mapping may be touched: its size when it is in use, none when it is idle.
 void allow_only(const Mapping& mapping, std::size_t size) {
     ASAN_UNPOISON_MEMORY_REGION(mapping.address, size);
     ASAN_POISON_MEMORY_REGION(mapping.address + size, mapping.capacity - size);
 }
 
 void unmap(const Mapping& mapping) {
-    allow_only(mapping, mapping.capacity);  // the addresses may become anything
+    allow_only(mapping, mapping.capacity);  // other memory may get these addresses
     munmap(mapping.address, mapping.capacity);
 }
 
-// Mappings that nobody uses, the longest idle first.
+// The mappings that nobody uses, the one that has been idle longest first.
 class IdleMappings {
 public:
-    // Has room for all that can ever be idle, so that giving one back cannot fail.
+    // Reserves room for all that can ever be idle, so that giving one back cannot fail.
     IdleMappings() { mappings_.reserve(BulkMemory::kMostIdle / kHugePage + 1); }
 
     std::size_t bytes() const { return bytes_; }
 
-    // The smallest that holds the size without wasting more than half of itself; null address when there is none.
+    // Takes the smallest mapping that holds the size and wastes at most half of itself; a null address when there is
+    // none.
     Mapping take(std::size_t size) {
         auto best = mappings_.end();
         for (auto it = mappings_.begin(); it != mappings_.end(); ++it) {
@@ -80,7 +82,7 @@ private:
     std::size_t bytes_ = 0;
 };
 
-// Never destroyed: a host may live as long as the process.
+// They are never destroyed, because a host may live until the process ends.
 IdleMappings& idle_mappings() {
     static IdleMappings& only = *new IdleMappings;
     return only;

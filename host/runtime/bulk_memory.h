@@ -1,9 +1,9 @@
 #pragma once
 
-// Memory for pixels and whatever else comes in bulk. Small pieces are plain allocations of exactly the asked size. For
-// large ones the page faults of fresh memory would cost more than any work on the bytes: they are mappings fit for huge
-// pages, kept for the next object when one dies. A memory checker sees every step beyond either kind, and every one
-// into memory that was given back.
+// Memory for pixels and other large data. Small pieces are plain allocations of exactly the size asked for. For large
+// ones the page faults of fresh memory would cost more than any work on the bytes, so they are mappings suited to huge
+// pages, which are kept for the next object when one dies. A memory checker sees every access beyond either kind, and
+// every access to memory that was given back.
 
 #include <cstddef>
 #include <cstdint>
@@ -14,7 +14,7 @@ namespace tarvo::host {
 class BulkMemory {
 public:
     BulkMemory() = default;
-    // The bytes hold anything. Throws std::bad_alloc.
+    // The bytes are not cleared. Throws std::bad_alloc.
     explicit BulkMemory(std::size_t size);
     BulkMemory(BulkMemory&& other) noexcept { swap(other); }
     BulkMemory& operator=(BulkMemory other) noexcept {
@@ -26,11 +26,11 @@ public:
     std::uint8_t* data() const { return data_; }
     std::size_t size() const { return size_; }
 
-    // From this size on, it is a mapping.
+    // From this size on, the memory is a mapping.
     static constexpr std::size_t kLarge = std::size_t{1} << 20;
-    // Idle mappings that are kept, together.
+    // The most bytes of idle mappings that are kept.
     static constexpr std::size_t kMostIdle = std::size_t{512} << 20;
-    // Bytes of idle mappings now.
+    // The bytes of all idle mappings now.
     static std::size_t idle();
 
 private:
@@ -42,7 +42,7 @@ private:
 
     std::uint8_t* data_ = nullptr;
     std::size_t size_ = 0;
-    std::size_t capacity_ = 0;  // of a mapping; 0 for plain memory
+    std::size_t capacity_ = 0;  // the bytes of the mapping; 0 for a plain allocation
 };
 
 }  // namespace tarvo::host

@@ -7,7 +7,7 @@
 namespace tarvo::host {
 namespace {
 
-// Pixels that stay locked as long as this lives.
+// Keeps the pixels of a map locked for as long as it lives.
 class LockedPixels {
 public:
     explicit LockedPixels(PixMapHandle pixels) : pixels_(LockPixels(pixels) ? pixels : nullptr) {}
@@ -41,7 +41,7 @@ std::uint32_t color_at(const Picture& picture, int x, int y) {
     return picture.drawing ? picture.drawing(x, y) : 0xFFFFFF;
 }
 
-// The pixel of `size` that place `at` of `length` shows.
+// Returns which of `size` pixels is shown at place `at`, when they are drawn over `length` places.
 int nearest(int at, int length, int size) { return static_cast<int>(static_cast<std::int64_t>(at) * size / length); }
 
 }  // namespace

@@ -34,7 +34,7 @@ Host::Host(HostOptions options) : options_(options) {
     current_host = this;
 }
 
-// Classes' destructors still find this host and their code.
+// The objects go first, while the destructors of their classes still find this host and their code.
 Host::~Host() {
     objects_.clear();
     plugins_.clear();
@@ -44,7 +44,7 @@ Host::~Host() {
 Host* Host::current() { return current_host; }
 
 bool Host::load_plugin(const std::string& path, bool private_copy) {
-    // For an old host a plugin rewrites its class records, which no later host could read.
+    // For an old host a plugin rewrites its class records, and no later host could read them.
     const bool alone = private_copy || !reads_method_flags();
     const auto& library = plugins_.emplace_back(std::make_unique<PluginLibrary>(path, alone));
     return start_plugin(library->entry());

@@ -7,7 +7,7 @@
 //     host.load_plugin("libTarvoGraphics.so");
 //     ObjectRef photo = host.new_picture({.width = 640, .height = 480});
 //
-// One host at a time, one thread. A host outlives every ObjectRef of its objects.
+// There is one host at a time, on one thread. A host outlives every ObjectRef of its objects.
 
 #include <cstdint>
 #include <functional>
@@ -24,7 +24,7 @@
 
 namespace tarvo::host {
 
-// Something the host was asked for and cannot do: a plugin that does not load, a picture that cannot be made.
+// Thrown when the host cannot do what it is asked for: a plugin does not load, a picture cannot be made.
 class HostError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
@@ -34,14 +34,14 @@ class PluginLibrary;
 
 // What the host holds now.
 struct Accounts {
-    int pictures = 0;  // masks included
+    int pictures = 0;  // with masks
     int instances = 0;
     int strings = 0;
     int memory_blocks = 0;
     int arrays = 0;
     int folder_items = 0;
-    int picture_locks = 0;  // description locks not yet ended
-    int references = 0;     // of all objects together
+    int picture_locks = 0;  // locks of descriptions that have not ended
+    int references = 0;     // those to all objects together
 
     friend bool operator==(const Accounts&, const Accounts&) = default;
 };
@@ -56,17 +56,17 @@ public:
     // The service's n-th call from now on fails (n counts from 1), or that call and all after it. Replaces what was
     // asked of the service before; kNever takes it back. Throws HostError for a name that is no service's.
     void fail_at(std::string_view service, int n, bool from_then_on = false);
-    // Throws HostError likewise.
+    // Hides the service. Throws HostError for a name that is no service's.
     void hide(std::string_view service);
-    // Takes back all of these orders; counts stay.
+    // Takes back everything that was asked for; counts stay.
     void clear();
 
-    // True when the service was asked to fail and its turn came since the last fail_at.
+    // Whether a service that was asked to fail has failed since the last fail_at.
     bool happened() const { return happened_; }
     // How often a service was called since this host began, failed calls included.
     int calls(std::string_view service) const;
 
-    // For the services themselves: counts the call; true when it is to fail.
+    // Called by the services themselves: counts the call and returns whether it is to fail.
     bool next_call_fails(int service_index);
     bool hidden(std::string_view service) const;
 
@@ -80,13 +80,13 @@ private:
     Record& record(int service_index);
     const Record* find_record(int service_index) const;
 
-    std::vector<Record> records_;  // by service index; short while later ones are untouched
+    std::vector<Record> records_;  // one for each service, by index, up to the last that was used
     bool happened_ = false;
 };
 
 struct HostOptions {
     double version = 2010.0;
-    // How deep the masks are that the host makes; 32 unless a test asks for another depth.
+    // The depth of the masks that the host makes. Tests ask for others.
     int mask_depth = 32;
 };
 
@@ -97,16 +97,16 @@ public:
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;
 
-    // The living host; null between hosts.
+    // The host that exists now; null between hosts.
     static Host* current();
 
     // --- plugins ---
 
-    // Opens the library and calls its entry point. False when the plugin refused this host. A library stays loaded for
-    // the hosts that follow. `private_copy` loads a copy of the file, so that nothing an earlier host left in the
-    // library (cached entry points, records changed for an old host) is seen. Throws HostError.
+    // Opens the library and calls its entry point. Returns false when the plugin refused this host. A library stays
+    // loaded for the hosts that follow. With `private_copy` a copy of the file is loaded, in which nothing is left of
+    // an earlier host, such as cached entry points and records changed for an old host. Throws HostError.
     bool load_plugin(const std::string& path, bool private_copy = false);
-    // As `load_plugin`, of an entry point that is linked into the program.
+    // The same for an entry point that is linked into the program.
     bool start_plugin(REALpluginMain entry);
     const Registry& registry() const { return registry_; }
     double version() const { return options_.version; }
@@ -116,7 +116,7 @@ public:
 
     // --- objects ---
 
-    // What a string's length can say.
+    // The longest string: its record has 31 bits for the length.
     static constexpr std::size_t kLongestString = std::numeric_limits<std::int32_t>::max();
 
     // Throws HostError when such a picture cannot be made.
@@ -127,28 +127,28 @@ public:
     ObjectRef new_memory_block(std::size_t size);
     ObjectRef new_folder_item(std::string path);
     ObjectRef new_screen();
-    // An instance of a registered class, constructor run; empty when there is no such class.
+    // Makes an instance of a registered class and runs its constructor; empty when there is no such class.
     ObjectRef new_instance(std::string_view class_name);
     ObjectRef new_instance(const RegisteredClass& cls);
 
     ObjectStore& objects() { return objects_; }
     const ObjectStore& objects() const { return objects_; }
     Accounts accounts() const;
-    // A line for each live object: type, size or class, references. For messages of failed tests.
+    // Returns a line for each live object, with its type, its size or class and its references, for failed tests.
     std::string describe_live_objects() const;
 
-    // --- what plugins do to people ---
+    // --- what plugins show, and when they let others run ---
 
     const std::vector<std::string>& message_boxes() const { return message_boxes_; }
     void clear_message_boxes() { message_boxes_.clear(); }
-    // Called for each message box and each yield, besides recording. Both may throw.
+    // Called for each message box and each yield, which are recorded too. Both may throw.
     std::function<void(const std::string&)> on_message_box;
     std::function<void()> on_yield;
     int yields() const { return yields_; }
-    // Called when a picture is drawn by commands, before anything is drawn. May throw.
+    // Called before a picture of drawing commands is drawn. It may throw.
     std::function<void()> on_draw;
 
-    // Handles and values that were not what a service wanted, in plain words; nothing was done for such a call.
+    // Describes, in plain words, each handle or value that was not what a service wanted. Such a call did nothing.
     const std::vector<std::string>& complaints() const { return complaints_; }
     void complain(std::string text) { complaints_.push_back(std::move(text)); }
     void clear_complaints() { complaints_.clear(); }

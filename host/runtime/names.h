@@ -13,7 +13,7 @@ constexpr bool is_digit(char c) { return c >= '0' && c <= '9'; }
 constexpr bool begins_name(char c) { return (lower_case(c) >= 'a' && lower_case(c) <= 'z') || c == '_'; }
 constexpr bool continues_name(char c) { return begins_name(c) || is_digit(c); }
 
-// The one spelling that all spellings of a name share.
+// Returns the one spelling that stands for all spellings of a name.
 std::string folded(std::string_view name);
 bool same_name(std::string_view a, std::string_view b);
 

@@ -8,7 +8,7 @@
 namespace tarvo::host {
 namespace {
 
-// Dead objects that keep their addresses taken. Their contents are gone, so that each costs little.
+// So many dead objects are kept, so that their addresses stay taken. Their contents are gone, and each costs little.
 constexpr std::size_t kMostDead = 4096;
 
 std::string with_unit(std::size_t count, const char* unit) { return std::to_string(count) + " " + unit; }
@@ -97,8 +97,8 @@ void ObjectStore::unlock(Object& object) {
     if (object.references_ == 0 && !object.dying_) destroy(object);
 }
 
-// The object stays known until its contents are gone: a class's destructor calls back with its handle, and may add and
-// drop references on the way.
+// The object stays known until its contents are gone, because a class's destructor calls back with its handle, and may
+// add and drop references.
 void ObjectStore::destroy(Object& object) {
     object.dying_ = true;
     object.release_contents();
@@ -116,7 +116,7 @@ void ObjectStore::clear() {
     for (const void* handle : instances) {
         if (Object* instance = find(handle)) destroy(*instance);
     }
-    // What is left refers to each other: nothing may be freed before all have let go.
+    // The objects that are left refer to each other: none may be freed before all have dropped their references.
     for (const auto& [handle, object] : live_) object->dying_ = true;
     for (const auto& [handle, object] : live_) object->release_contents();
     live_.clear();
@@ -168,7 +168,7 @@ void Instance::construct() { call_if_any(cls_.constructor, handle()); }
 
 void Instance::release_contents() {
     call_if_any(cls_.destructor, handle());
-    constexpr int kScrubbed = 0xDD;  // no plausible size or address, for who reads on
+    constexpr int kScrubbed = 0xDD;  // makes no plausible size or address, if someone still reads it
     std::memset(data(), kScrubbed, data_size_);
 }
 

@@ -37,10 +37,10 @@ public:
     // The address that plugins see.
     virtual void* handle() = 0;
     int references() const { return references_; }
-    // One line for people.
+    // Describes the object in one line for people.
     virtual std::string describe() const = 0;
 
-    // The references that plugins hold: all that no ObjectRef does.
+    // The references that plugins hold: all that no ObjectRef holds.
     int plugin_references() const { return references_ - host_references_; }
 
 protected:
@@ -61,7 +61,7 @@ private:
     ObjectStore* owner_ = nullptr;
 };
 
-// A counted reference held by host code; null is a value.
+// A counted reference that host code holds. It may be to nothing.
 class ObjectRef {
 public:
     ObjectRef() = default;
@@ -70,11 +70,11 @@ public:
     ObjectRef& operator=(ObjectRef other) noexcept;
     ~ObjectRef();
 
-    // Takes over the reference that a plugin hands over. When plugins hold none (reported as misuse), adds one.
+    // Takes over a reference from a plugin. If plugins hold none, that is reported as misuse and a reference is added.
     static ObjectRef adopt(Object* object);
     // Adds a reference of its own.
     static ObjectRef share(Object* object);
-    // Hands the reference over to a plugin: its handle, null for none.
+    // Hands the reference over to a plugin and returns the handle; null for no object.
     void* hand_over();
 
     explicit operator bool() const { return object_ != nullptr; }
@@ -84,7 +84,7 @@ public:
     friend bool operator==(const ObjectRef&, const ObjectRef&) = default;
 
 private:
-    // Of an object whose reference is counted already.
+    // Takes an object for which this reference is counted already.
     explicit ObjectRef(Object* object);
     Object* object_ = nullptr;
 };
@@ -101,21 +101,21 @@ enum class Backing {
 struct PictureOptions {
     int width = 0;
     int height = 0;
-    int depth = 32;  // a graphics world takes any depth from 1 to 32, for tests also those that mean nothing
+    int depth = 32;  // in a graphics world any depth from 1 to 32, for tests also one that means nothing
     Backing backing = Backing::graphics_world;
-    std::vector<RGBColor> colors = {};  // the colour table of depths up to 8; empty: greys from black to white
+    std::vector<RGBColor> colors = {};  // the colour table of depths up to 8; if empty, greys from black to white
     bool without_color_table = false;   // a picture such as no good host makes
     int row_padding = 0;                // bytes added to each row
     int dots_per_inch = 72;
 };
 
-// A picture. A new one is white; pixels are stored big-endian as the plugin interface has them.
+// A picture. A new one is white. Pixels are stored big-endian, as plugins expect them.
 class Picture final : public Object {
 public:
-    // What its pixels are when it is made; `unset` for who writes them all.
+    // What a new picture's pixels are; `unset` is for callers that write all of them.
     enum class Paper { white, black, unset };
 
-    // Null when such a picture cannot be made.
+    // Returns null when such a picture cannot be made.
     static std::unique_ptr<Picture> make(const PictureOptions& options, Paper paper = Paper::white);
     ~Picture() override;
 
@@ -124,23 +124,22 @@ public:
     int depth() const { return options_.depth; }
     Backing backing() const { return options_.backing; }
     const PictureOptions& options() const { return options_; }
-    // Bytes of one row that hold pixels, without padding.
+    // The bytes of a row that hold pixels, without padding.
     std::size_t packed_row_bytes() const;
-    // The stored bytes of a row, top row first; null for drawing commands and refused pictures.
+    // The address of a row, counted from the top; null for drawing commands and refused pictures.
     std::uint8_t* row(int y);
     const std::uint8_t* row(int y) const;
-    // Entries of the colour table, 2^depth of them; empty above 8 bits and without a table.
+    // The entries of the colour table, 2^depth of them; empty above 8 bits and without a table.
     const std::vector<RGBColor>& colors() const { return options_.colors; }
 
-    // The mask, or an empty reference. A mask may have any size and depth; sizes other than the picture's are for
-    // tests.
+    // The mask; empty if there is none. A mask may have any depth and, for tests, a size other than the picture's.
     const ObjectRef& mask() const { return mask_; }
     void set_mask(ObjectRef mask) { mask_ = std::move(mask); }
 
-    // What is drawn when a picture of drawing commands is rendered: the colour 0x00RRGGBB at a place. White unless set.
+    // Returns the colour, 0x00RRGGBB, that a picture of drawing commands draws at a place. Unless set, it draws white.
     std::function<std::uint32_t(int x, int y)> drawing;
 
-    // Makes locking of the pixels fail, as of a picture whose memory the system took back.
+    // Makes locking of the pixels fail, as if the system had taken back their memory.
     void set_purged(bool purged);
 
     int locks() const { return locks_; }
@@ -179,8 +178,10 @@ private:
     REALstringStruct record_;
 };
 
-// An instance of a class that a plugin registered: a header, then the class's plugin data, zeroed before the
-// constructor.
+// An instance of a class that a plugin registered. Its data is zero before the constructor runs:
+//
+//     |  header  |  the class's plugin data  |
+//     ^ handle   ^ handle + kDataOffset
 class Instance final : public Object {
 public:
     Instance(const RegisteredClass& cls, std::size_t data_size);
@@ -203,7 +204,7 @@ private:
 class MemoryBlock final : public Object {
 public:
     explicit MemoryBlock(std::size_t size);
-    const std::span<std::uint8_t> bytes;  // zero at first; they stay where they are
+    const std::span<std::uint8_t> bytes;  // they are zero at first, and stay where they are
     void* handle() override { return this; }
     std::string describe() const override;
 
@@ -249,30 +250,30 @@ public:
     ObjectStore(const ObjectStore&) = delete;
     ObjectStore& operator=(const ObjectStore&) = delete;
 
-    // Takes the object in; the caller has its first reference. Empty when the store is being cleared.
+    // Takes the object in and returns its first reference; empty while the store is being cleared.
     ObjectRef add(std::unique_ptr<Object> object);
 
-    // Null when the address is no live object's handle. Does not read through it.
+    // Returns null when the address is no live object's handle. Nothing is read through it.
     Object* find(const void* handle) const;
-    // As `find`, and of that class: `find<Picture>(handle)`.
+    // Finds only objects of one class: `find<Picture>(handle)`.
     template <class T>
     T* find(const void* handle) const {
         return dynamic_cast<T*>(find(handle));
     }
-    // Null when no object of that handle died lately. What it held is gone.
+    // Returns an object that died lately, whose contents are gone; null when there is none with that handle.
     const Object* find_dead(const void* handle) const;
 
     void lock(Object& object);
     // Drops a reference; the last one destroys the object.
     void unlock(Object& object);
-    // Destroys every object, whoever refers to it: instances first, since their destructors may use the others.
+    // Destroys every object, whoever refers to it. Instances go first, since their destructors may use the others.
     void clear();
 
     std::size_t size() const { return live_.size(); }
-    // In no order.
+    // Returns all live objects, in no order.
     std::vector<const Object*> all() const;
 
-    // Told in plain words when references are handed over that nobody holds.
+    // Called with a message when a plugin hands over a reference that none holds.
     std::function<void(const std::string&)> on_misuse;
 
 private:

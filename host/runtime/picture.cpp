@@ -27,7 +27,7 @@ bool is_possible(const PictureOptions& options) {
     return (packed_bytes(options) + options.row_padding) * options.height <= kMaxBytes;
 }
 
-// At 1 bit a set bit is black; deeper greys go from black to white.
+// Returns the greys of a depth. At 1 bit a set bit is black; at other depths they go from black to white.
 std::vector<RGBColor> grey_colors(int depth) {
     constexpr RGBColor kWhite{0xFFFF, 0xFFFF, 0xFFFF};
     constexpr RGBColor kBlack{0, 0, 0};
@@ -130,7 +130,7 @@ struct Picture::Store {
     }
 
 private:
-    // From the bottom row to the top, so that no row follows the one above it in memory.
+    // The bottom row comes first in memory, so that no row follows the one above it.
     void make_rows(const PictureOptions& options) {
         const auto height = static_cast<std::size_t>(options.height);
         row_bytes = static_cast<std::size_t>(packed_bytes(options));

@@ -13,7 +13,7 @@ namespace {
 
 std::uint32_t last_value(int depth) { return 0xFFFFFFFFu >> (32 - depth); }
 
-// Where a pixel's bits lie: in the bytes from `first` to `last`, followed there by `behind` other bits.
+// The place of a pixel's bits: in the bytes from `first` to `last`, with `behind` other bits behind them.
 struct BitPlace {
     std::size_t first, last;
     unsigned behind;
@@ -56,8 +56,8 @@ std::uint32_t luma(std::uint32_t color) {
     return (77 * channel(color, 16) + 151 * channel(color, 8) + 28 * channel(color, 0)) >> 8;
 }
 
-// Writes copies of a word past the caches, where they would be gone before anyone reads them; gives how many bytes are
-// written so, at most all but the last few.
+// Writes copies of a word past the caches, which they would leave before anyone reads them. Returns how many bytes are
+// written: none, or all but the last few.
 std::size_t repeat_streaming([[maybe_unused]] std::span<std::uint8_t> bytes, [[maybe_unused]] std::uint32_t word) {
     std::size_t done = 0;
 #if defined(__SSE2__)
@@ -72,7 +72,7 @@ std::size_t repeat_streaming([[maybe_unused]] std::span<std::uint8_t> bytes, [[m
     return done;
 }
 
-// Fills with copies of a word, whatever the alignment; the last one may be cut.
+// Fills bytes of any alignment with copies of a word. The last copy may be cut.
 void repeat(std::span<std::uint8_t> bytes, std::uint32_t word) {
     const std::size_t words = bytes.size() / sizeof word;
     for (std::size_t i = repeat_streaming(bytes, word) / sizeof word; i < words; ++i)
@@ -80,7 +80,7 @@ void repeat(std::span<std::uint8_t> bytes, std::uint32_t word) {
     std::memcpy(bytes.data() + words * sizeof word, &word, bytes.size() % sizeof word);
 }
 
-// Five bits as eight, so that the extremes meet.
+// Widens five bits to eight, so that 0 stays 0 and 31 becomes 255.
 std::uint32_t widened(std::uint32_t level) { return level << 3 | level >> 2; }
 
 }  // namespace
@@ -99,7 +99,7 @@ void store_pixel(std::uint8_t* row, int x, int depth, std::uint32_t value) {
 
 void fill_pixels(std::span<std::uint8_t> bytes, int depth, std::uint32_t value) {
     if (bytes.empty()) return;
-    // Eight pixels of any depth are as many whole bytes as a pixel has bits.
+    // Eight pixels of any depth are whole bytes, as many as a pixel has bits.
     std::array<std::uint8_t, 32> pattern{};
     for (int x = 0; x < 8; ++x) store_pixel(pattern.data(), x, depth, value);
 

@@ -13,7 +13,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// A copy under a name of its own, removed at the end: an open library does not need its name any more.
+// A copy of a file under a name of its own. It is removed when this goes, since an open library needs no name.
 class TemporaryCopy {
 public:
     explicit TemporaryCopy(const std::string& path)
@@ -48,7 +48,7 @@ std::string last_error() {
 }
 
 void* open_library(const std::string& path, int flags) {
-    // A name without a folder is a file here, not one to be searched for.
+    // The path is made absolute, since a name without a folder would be searched for in the system's folders.
     void* library = dlopen(fs::absolute(path).c_str(), RTLD_NOW | RTLD_LOCAL | flags);
     if (!library) throw HostError("cannot load " + path + ": " + last_error());
     return library;

@@ -6,11 +6,12 @@
 
 namespace tarvo::host {
 
-// A plugin's library, open as long as this lives. The library itself stays loaded until the process ends, as some would
-// anyway, so that hosts that follow each other all find the same; a private copy goes when it can.
+// A plugin's library, open for as long as this lives. The library itself stays loaded until the process ends, as some
+// do anyway, so that hosts that follow each other all find it in the same state. A private copy is unloaded if it can
+// be.
 class PluginLibrary {
 public:
-    // `private_copy`: opens a copy of the file, which shares nothing with any other opening of it. Throws HostError.
+    // With `private_copy` a copy of the file is opened, which shares nothing with any other. Throws HostError.
     PluginLibrary(const std::string& path, bool private_copy);
     ~PluginLibrary();
     PluginLibrary(const PluginLibrary&) = delete;

@@ -7,7 +7,7 @@
 #include "names.h"
 #include "object.h"
 
-// A class reference is an address and nothing more to plugins.
+// To plugins, a class reference is no more than an address.
 struct REALclassRefStruct {
     std::string name;
 };
@@ -17,7 +17,7 @@ namespace {
 
 using References = std::vector<std::unique_ptr<REALclassRefStruct>>;
 
-// Never destroyed, as the plugins that keep them may be.
+// The references are never destroyed, because plugins keep them and may live until the process ends.
 References& references() {
     static References& all = *new References;
     return all;
@@ -25,7 +25,7 @@ References& references() {
 
 std::string text_or_empty(const char* text) { return text ? text : ""; }
 
-// A number of records, or of bytes in an instance, that can be meant.
+// Whether a number of records, or of bytes in an instance, is plausible.
 bool is_count(REALword count) {
     constexpr REALword kMost = 1 << 16;
     return count >= 0 && count <= kMost;

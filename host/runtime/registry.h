@@ -1,6 +1,6 @@
 #pragma once
 
-// What plugins have registered, in the order in which they did.
+// Everything that plugins have registered, in the order in which they did.
 
 #include <cstdint>
 #include <deque>
@@ -16,7 +16,7 @@ struct RegisteredMethod {
     std::string declaration;
     void* function = nullptr;
     void* setter = nullptr;
-    bool has_flags = false;  // false for the records of hosts below 5.9
+    bool has_flags = false;  // the records for hosts below 5.9 have none
     REALword flags = 0;
 };
 
@@ -30,7 +30,7 @@ struct RegisteredProperty {
 
 struct RegisteredClass {
     std::string name;
-    bool is_extension = false;  // of a host class, such as "picture"
+    bool is_extension = false;  // extends a host class, such as "picture"
     REALword version = 0;
     std::size_t data_size = 0;
     void* constructor = nullptr;
@@ -42,7 +42,7 @@ struct RegisteredClass {
 
 class Registry {
 public:
-    // Plugin interface versions declared, in order.
+    // The versions of the plugin interface that plugins have declared, in order.
     const std::vector<int>& plugin_versions() const { return plugin_versions_; }
     const std::deque<RegisteredMethod>& methods() const { return methods_; }
     const std::deque<RegisteredClass>& classes() const { return classes_; }
@@ -50,22 +50,22 @@ public:
     // Each registration in order: "method TRV_Add(...) as picture", "class TRV_Rectangle", "extension picture".
     const std::vector<std::string>& log() const { return log_; }
 
-    // Null when there is no such class. Names are compared as the language does, without regard to case.
+    // Returns null when there is no such class. Names are compared without regard to case, as in the language.
     const RegisteredClass* find_class(std::string_view name) const;
 
-    // What plugins know a class by: null when there is no such class. A reference is the same for every host of the
-    // process, since plugins keep it.
+    // Returns what plugins know a class by; null when there is no such class. A class has the same reference in every
+    // host of the process, since plugins keep it.
     REALclassRefStruct* class_reference(std::string_view name) const;
-    // Null when the address is no class reference, or of a class that is not registered here.
+    // Returns null when the address is no class reference, or belongs to a class that is not registered here.
     const RegisteredClass* class_of(const REALclassRefStruct* reference) const;
 
-    // What plugins hand in. The records are read at once. Which record a class's methods are depends on the host.
+    // Which records a class's methods are. That depends on the host's version.
     enum class MethodRecords { with_flags, without_flags };
     void add_plugin_version(int version);
-    // False for a record without function or declaration.
+    // Reads the record. Returns false if it has no function or no declaration.
     bool add_method(const REALmethodDefinition& definition, MethodRecords records);
-    // Writes the record's data offset. False for a record that lacks its name, whose lists have impossible sizes, or
-    // whose class is registered already.
+    // Reads the record and writes its data offset. Returns false if it has no name, if its lists have impossible sizes,
+    // or if its class is registered already.
     bool add_class(REALclassDefinition& definition, MethodRecords records);
     bool add_extension(REALclassDefinition& definition, MethodRecords records);
 

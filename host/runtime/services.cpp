@@ -12,14 +12,14 @@
 namespace tarvo::host {
 namespace {
 
-// One call of a service in the living host.
+// One call of a service of the host that exists now.
 struct Call {
     Host& host;
     const char* service;
 
     void complain(const std::string& what) const { host.complain(std::string(service) + ": " + what); }
 
-    // The object of a handle; null for nil and, with a complaint, for a handle that cannot be taken.
+    // Returns the object of a handle; null for nil, and, with a complaint, for a handle that is no such object's.
     template <class T>
     T* find(const void* handle) const {
         Object* object = host.objects().find(handle);
@@ -42,7 +42,7 @@ struct Call {
         complain(text.str());
     }
 
-    // Strings have services of their own for their references, and only those.
+    // Finds an object to count a reference of. Strings have their own services for that, and only they may use those.
     Object* find_counted(const void* handle, bool string) const {
         Object* object = find<Object>(handle);
         if (!object || (object->type() == ObjectType::string) == string) return object;
@@ -54,7 +54,7 @@ struct Call {
         if (Object* object = find_counted(handle, string)) host.objects().lock(*object);
     }
 
-    // A plugin can drop only what a plugin holds.
+    // Drops a reference that a plugin holds. It cannot drop one that it does not hold.
     void drop_reference(const void* handle, bool string) const {
         Object* object = find_counted(handle, string);
         if (!object) return;
@@ -66,7 +66,7 @@ struct Call {
         }
     }
 
-    // A new object with its first reference, for the plugin.
+    // Returns the handle of a new object, whose first reference is the plugin's.
     template <class Handle>
     Handle* give(std::unique_ptr<Object> object) const {
         return give<Handle>(host.objects().add(std::move(object)));
@@ -83,7 +83,8 @@ struct Name {
     consteval Name(const char (&name)[size]) { std::copy_n(name, size, text); }
 };
 
-// What the resolver gives out for a service: every call is counted, can be made to fail, and is neutral between hosts.
+// The entry point that the resolver gives out for a service. It counts every call and can be made to fail. Between
+// hosts it does nothing and returns the neutral value.
 template <Name name, auto body>
 struct Gate;
 
@@ -119,7 +120,7 @@ constexpr std::int32_t kRootDirectory = 2;
 
 }  // namespace
 
-// The bodies. A body is entered only with a host; what it gives for wrong handles is neutral as well.
+// The bodies of the services. They run only while there is a host. For wrong handles they return the neutral value.
 struct Services {
     // --- strings ---
 
@@ -258,9 +259,9 @@ struct Services {
         return 0;
     }
 
-    // --- people and time ---
+    // --- messages, control and the version ---
 
-    // The callbacks are copied: a callback may set another one while it runs.
+    // The callbacks are copied before they are called, because one may set another while it runs.
     static void yield(const Call& call) {
         ++call.host.yields_;
         if (const auto on_yield = call.host.on_yield) on_yield();

@@ -12,12 +12,12 @@ struct Service {
     void* function;
 };
 
-// Every service; its place here is its index for Faults.
+// All services. The place of a service here is its index for Faults.
 std::span<const Service> all_services();
-// -1 when there is no service of that name.
+// Returns the index of a service; -1 when there is none of that name.
 int service_index(std::string_view name);
 
-// What a plugin's entry point is called with: finds the resolver by its name.
+// The callback that a plugin's entry point is called with. It finds the resolver by its name.
 void* plugin_callback(const char* name);
 
 }  // namespace tarvo::host

@@ -23,7 +23,7 @@ MainScreen::MainScreen(std::unique_ptr<X11Root> root) : root_(std::move(root)) {
 
 MainScreen::~MainScreen() {
     PlatformSetScreenRefresh(nullptr, nullptr);
-    PlatformDisposeGWorld(world_);  // no longer the main device
+    PlatformDisposeGWorld(world_);  // with the world, the main device goes too
 }
 
 void MainScreen::refresh(void* screen) noexcept {
@@ -31,7 +31,7 @@ void MainScreen::refresh(void* screen) noexcept {
     bool taken = false;
     try {
         taken = self.take_snapshot();
-    } catch (const std::exception&) {  // memory is short
+    } catch (const std::exception&) {  // there is too little memory
     }
     PlatformSetMainDevice(taken ? self.world_ : nullptr, 0, 0);
 }

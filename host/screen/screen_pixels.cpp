@@ -12,7 +12,8 @@ bool is_run_of_bits(std::uint32_t mask) {
     return mask != 0 && std::has_single_bit(std::uint64_t{mask >> std::countr_zero(mask)} + 1);
 }
 
-// What nearly every server has: a byte for each colour, as in the result but for the byte order.
+// Whether a server stores a byte for each colour, as nearly all do. Then only the byte order can differ from the
+// result.
 bool is_plain(const ScreenPixelLayout& layout) {
     return layout.bits_per_pixel == 32 && layout.red_mask == 0xFF0000 && layout.green_mask == 0xFF00 &&
            layout.blue_mask == 0xFF;

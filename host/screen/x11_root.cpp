@@ -17,7 +17,7 @@ struct Free {
     void operator()(void* memory) const { std::free(memory); }
 };
 
-// A reply or an error, which are the caller's to free.
+// Owns a reply or an error, which the caller has to free.
 template <class T>
 using Owned = std::unique_ptr<T, Free>;
 template <class T>
@@ -25,7 +25,7 @@ Owned<T> owned(T* reply) {
     return Owned<T>(reply);
 }
 
-// Null when the display has fewer screens.
+// Returns null when the display has fewer screens.
 const xcb_screen_t* screen_of(xcb_connection_t* connection, int number) {
     xcb_screen_iterator_t screens = xcb_setup_roots_iterator(xcb_get_setup(connection));
     for (; screens.rem; xcb_screen_next(&screens))
@@ -33,7 +33,7 @@ const xcb_screen_t* screen_of(xcb_connection_t* connection, int number) {
     return nullptr;
 }
 
-// Null when the screen's own visual looks its colours up in a table.
+// Returns null when the screen's own visual looks its colours up in a table.
 const xcb_visualtype_t* true_color_visual_of(const xcb_screen_t& screen) {
     xcb_depth_iterator_t depths = xcb_screen_allowed_depths_iterator(&screen);
     for (; depths.rem; xcb_depth_next(&depths)) {
@@ -65,10 +65,10 @@ bool offers_shared_memory(xcb_connection_t* connection) {
 void X11Root::Disconnect::operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
 void X11Root::FreeReply::operator()(void* reply) const { std::free(reply); }
 
-// Memory that this process and the server both have.
+// Memory that this process shares with the server.
 class X11Root::SharedMemory {
 public:
-    // Null when it cannot be had, or the server does not see it.
+    // Returns null when there is no such memory, or the server does not see it.
     static std::unique_ptr<SharedMemory> make(xcb_connection_t* connection, std::size_t size) {
         const int id = shmget(IPC_PRIVATE, size, IPC_CREAT | 0600);
         if (id < 0) return nullptr;
@@ -76,7 +76,7 @@ public:
         const bool here = memory != reinterpret_cast<void*>(std::intptr_t{-1});
         const xcb_shm_seg_t segment = xcb_generate_id(connection);
         const bool there = here && attached_to_server(connection, segment, id);
-        shmctl(id, IPC_RMID, nullptr);  // it goes with the last process that has it
+        shmctl(id, IPC_RMID, nullptr);  // the memory goes with the last process that has it attached
         if (there) return std::unique_ptr<SharedMemory>(new SharedMemory(connection, segment, memory, size));
         if (here) shmdt(memory);
         return nullptr;

@@ -1,6 +1,6 @@
 #pragma once
 
-// The root window of an X display, and its pixels as the server hands them out.
+// The root window of an X display, with its pixels as the server delivers them.
 
 #include <cstddef>
 #include <cstdint>
@@ -16,8 +16,8 @@ namespace tarvo::host {
 
 class X11Root {
 public:
-    // The default screen of a display; of the one that the environment names if the name is empty. Null when there is
-    // no such display, or its pixels are not understood.
+    // Connects to the default screen of a display; the one that the environment names if the name is empty. Returns
+    // null when there is no such display, or its pixels are not understood.
     static std::unique_ptr<X11Root> connect(const std::string& display);
     ~X11Root();
     X11Root(const X11Root&) = delete;
@@ -26,11 +26,11 @@ public:
     struct Size {
         int width, height;
     };
-    // As it is now. None when the server has gone.
+    // The screen's size now; none when the server has gone.
     std::optional<Size> size();
 
-    // All pixels as they are now, rows of `row_bytes`; valid until the next call. Null when the server does not give
-    // them.
+    // Returns all pixels as they are now, in rows of `row_bytes`, valid until the next call; null when the server does
+    // not give them.
     const std::uint8_t* take_image(Size size);
     std::size_t row_bytes(Size size) const;
     const ScreenPixels& pixels() const { return pixels_; }
@@ -53,10 +53,10 @@ private:
     Connection connection_;
     std::uint32_t window_;
     ScreenPixels pixels_;
-    int row_alignment_;                      // bits
-    bool has_shared_memory_;                 // as far as is known: a display far away has not
+    int row_alignment_;                      // in bits
+    bool has_shared_memory_;                 // true until sharing fails, as it does with a display on another machine
     std::unique_ptr<SharedMemory> shared_;   // holds the latest image
-    std::unique_ptr<void, FreeReply> sent_;  // so does this, without shared memory
+    std::unique_ptr<void, FreeReply> sent_;  // holds it if there is no shared memory
 };
 
 }  // namespace tarvo::host
