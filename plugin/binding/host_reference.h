@@ -13,6 +13,6 @@ struct DropReference {
     }
 };
 
-// A reference that is dropped unless it is handed on with `release`.
+// Holds one reference to a host object, and drops it unless `release` hands it on.
 template <class Struct>
 using HostReference = std::unique_ptr<Struct, DropReference>;

@@ -15,7 +15,7 @@ namespace {
 template <class Signature>
 class HostService;
 
-// One host entry point, found on first use. A lookup that fails is tried again by the next call.
+// One entry point of the host, found on first use. After a lookup that fails, the next call tries again.
 template <class Result, class... Arguments>
 class HostService<Result(Arguments...)> {
 public:

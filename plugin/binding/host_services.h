@@ -1,18 +1,19 @@
 #pragma once
 
-// The host's services as functions. Each looks its entry point up by name on the first call and keeps it; while the
-// host has none of that name the call does nothing, gives 0 or null, and looks again the next time.
+// The host's services as functions. Each looks its entry point up by name on the first call and keeps it. While the
+// host has no service of that name, the call does nothing, returns 0 or null, and the next call looks again.
 
 #include <cstdint>
 
 #include "platform.h"
 #include "real_interface.h"
 
-// The host's callback and, obtained through it, the resolver of all services. Set once, by REALPluginMain.
+// gResolver is the callback that the host passes to REALPluginMain; gResolverPPC, obtained through it, finds every
+// service. REALPluginMain sets both, once.
 extern REALresolver gResolver;
 extern REALresolver gResolverPPC;
 
-// The host entry point of that name; null when there is none, or no resolver.
+// Returns the host's entry point of that name; null when the host has none, or before there is a resolver.
 void* HCallResolver(const char* name);
 
 // Strings.
@@ -47,10 +48,10 @@ long REALGetArrayInt(REALintArrayStruct* array, int index);
 REALclassRefStruct* REALGetClassRef(const char* className);
 REALobjectStruct* REALnewInstance(REALclassRefStruct* classRef);
 REALobjectStruct* REALnewInstance(const char* className);
-// The plugin data of an instance; null for a null object.
+// Returns the plugin data of an instance; null for a null object.
 void* REALGetClassData(REALobjectStruct* object, const REALclassDefinition* definition);
 
-// The program and its user.
+// The running program: control for its other work, message boxes, the host's version.
 void REALYieldToRB();
 void REALMessageBox(REALstringStruct* text);
 double REALGetRBVersion();
@@ -59,10 +60,10 @@ double REALGetRBVersion();
 void REALRegisterMethod(const REALmethodDefinition* method);
 void REALRegisterClass(REALclassDefinition* definition);
 void REALRegisterClassExtension(REALclassDefinition* definition);
-// For hosts below version 5.9, whose method records have no flags: copies the definition's methods into such records,
+// Hosts below version 5.9 read method records without flags. This copies the definition's methods into such records,
 // which live as long as the process, and points the definition at them.
 void ConvertCurrentMethodsToV6(REALclassDefinition* definition);
 void SetClassConsoleSafe(REALclassDefinition* definition);
 
-// Shows a text that is made for the occasion.
+// Shows a message box with the text.
 void ShowMessage(const char* text);

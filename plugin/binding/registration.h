@@ -1,7 +1,8 @@
 #pragma once
 
-// Rows of the registration tables: a function, and the declaration by which programs call it. That the two fit is
-// checked when the table is compiled; that nothing thrown reaches the host is seen to here, for every function.
+// The rows of the registration tables. A row pairs a function with the declaration by which programs call it. A row
+// whose function and declaration do not fit each other does not compile. The host calls every function through a
+// Boundary, which no exception passes.
 
 #include <cstddef>
 #include <iterator>
@@ -10,16 +11,16 @@
 
 namespace registration {
 
-// --- what a declaration and a function have in common: a letter for the result and one for each argument -------------
+// --- signatures: what a declaration and a function have in common ----------------------------------------------------
 
-// v nothing, i integer or color, d double, b boolean, s string, p picture, m memory block, o any other object,
-// a integer array, I and D references to an integer and a double.
+// A letter for the result, then one for each argument: v nothing, i integer or color, d double, b boolean, s string,
+// p picture, m memory block, o any other object, a integer array, I and D references to an integer and a double.
 struct Signature {
     static constexpr std::size_t kMost = 12;
     char letters[kMost] = {};
     std::size_t count = 0;
 
-    constexpr void add(char letter) { letters[count++] = letter; }  // past the end: a compile-time error
+    constexpr void add(char letter) { letters[count++] = letter; }  // does not compile past the end
     friend constexpr bool operator==(const Signature& a, const Signature& b) {
         if (a.count != b.count) return false;
         for (std::size_t i = 0; i < a.count; ++i)
@@ -67,7 +68,7 @@ class DeclarationReader {
 public:
     consteval explicit DeclarationReader(const char* text) : at_(text) {}
 
-    // `self`: the letter of the object that a member is called on, 'v' for none.
+    // `self` is the letter of the object that a member is called on; 'v' when there is none.
     consteval Signature read(char self) {
         Signature arguments;
         if (self != 'v') arguments.add(self);
@@ -156,7 +157,7 @@ private:
     const char* at_;
 };
 
-// The signature of the setter that goes with a getter: the same arguments, then the value.
+// The signature of a getter's setter, which takes the getter's arguments and then the value.
 consteval Signature setter_of(const Signature& getter) {
     Signature setter;
     setter.add('v');
@@ -165,14 +166,14 @@ consteval Signature setter_of(const Signature& getter) {
     return setter;
 }
 
-// Whose member a method is.
+// The class that a method is a member of: none, one of the plugin's, or the host's picture class.
 enum class Owner { none, plugin_class, picture };
 
 consteval char self_letter(Owner owner) {
     return owner == Owner::plugin_class ? 'o' : owner == Owner::picture ? 'p' : 'v';
 }
 
-// A declaration that fits the function; any other does not compile.
+// Returns a declaration that fits the function. Any other does not compile.
 template <auto Function, Owner owner>
 consteval const char* fitting(const char* declaration) {
     if (!(DeclarationReader(declaration).read(self_letter(owner)) == signature_of(Function)))
@@ -186,7 +187,8 @@ consteval Signature declared_as_picture(Signature signature) {
     return signature;
 }
 
-// A declaration that fits but for its result: it says picture where the function gives a client picture.
+// Returns a declaration that fits except for its result, which it calls a picture where the function returns a client
+// picture.
 template <auto Function>
 consteval const char* fitting_but_for_result(const char* declaration) {
     if (!(DeclarationReader(declaration).read(self_letter(Owner::none)) == declared_as_picture(signature_of(Function))))
@@ -194,7 +196,7 @@ consteval const char* fitting_but_for_result(const char* declaration) {
     return declaration;
 }
 
-// The declaration of an assignable method, when the getter fits it and the setter fits the getter.
+// Returns the declaration of an assignable method: the getter fits it, and the setter fits the getter.
 template <auto Getter, auto Setter, Owner owner>
 consteval const char* fitting_both(const char* declaration) {
     if (!(setter_of(signature_of(Getter)) == signature_of(Setter))) throw "the setter does not fit the getter";
@@ -206,7 +208,8 @@ consteval const char* fitting_both(const char* declaration) {
 template <auto Function>
 struct Boundary;
 
-// Anything thrown below (by a host service: nothing here throws of itself) ends here, as nil, 0 or nothing.
+// Calls a function for the host. What is thrown on the way ends here, as nil, 0 or nothing: host services may throw,
+// though nothing of the plugin's own does.
 template <class Result, class... Arguments, Result (*Function)(Arguments...)>
 struct Boundary<Function> {
     static Result call(Arguments... arguments) noexcept {
@@ -220,42 +223,43 @@ struct Boundary<Function> {
 
 }  // namespace registration
 
-// The address that the host calls. A macro, because only an initialiser written out in place is sure to be constant:
-// the tables are there before any code of the library has run.
+// The address that the host calls. This and the rows below are macros because only an initialiser that is written out
+// in place is sure to be constant, and the tables are complete before any code of the library runs.
 #define TRV_ENTRY(function) reinterpret_cast<void*>(&registration::Boundary<&function>::call)
 
-// A global method.
+// The row of a global method.
 #define TRV_METHOD(function, declaration) \
     { TRV_ENTRY(function), nullptr, registration::fitting<&function, registration::Owner::none>(declaration), 0 }
 
-// A global method that gives a client picture and is declared to give a picture, which programs then use it as.
+// The row of a global method that returns a client picture and is declared to return a picture, which programs then use
+// it as.
 #define TRV_METHOD_DECLARED_AS_PICTURE(function, declaration) \
     { TRV_ENTRY(function), nullptr, registration::fitting_but_for_result<&function>(declaration), 0 }
 
-// A member of a class of the plugin's: the instance is the function's first argument.
+// The row of a member of one of the plugin's classes. The instance is the function's first argument.
 #define TRV_MEMBER(function, declaration, flags)                                                    \
     {                                                                                               \
         TRV_ENTRY(function), nullptr,                                                               \
             registration::fitting<&function, registration::Owner::plugin_class>(declaration), flags \
     }
 
-// A member that can also be assigned to: the setter takes the getter's arguments, then the value.
+// The row of a member that can also be assigned to.
 #define TRV_ASSIGNABLE_MEMBER(getter, setter, declaration, flags)                                               \
     {                                                                                                           \
         TRV_ENTRY(getter), TRV_ENTRY(setter),                                                                   \
             registration::fitting_both<&getter, &setter, registration::Owner::plugin_class>(declaration), flags \
     }
 
-// A method of the host's picture class: the picture is the function's first argument.
+// The row of a method of the host's picture class. The picture is the function's first argument.
 #define TRV_PICTURE_MEMBER(function, declaration) \
     { TRV_ENTRY(function), nullptr, registration::fitting<&function, registration::Owner::picture>(declaration), 0 }
 
-// A property: `getter(instance, parameter)`, `setter(instance, parameter, value)`.
+// The row of a property, with the functions `getter(instance, parameter)` and `setter(instance, parameter, value)`.
 #define TRV_PROPERTY(group, name, type, flags, getter, setter, parameter) \
     { group, name, type, flags, TRV_ENTRY(getter), TRV_ENTRY(setter), parameter, nullptr, 0, nullptr }
 #define TRV_READ_ONLY_PROPERTY(group, name, type, flags, getter, parameter) \
     { group, name, type, flags, TRV_ENTRY(getter), nullptr, parameter, nullptr, 0, nullptr }
 
-// A declaration that on purpose does not fit its function.
+// The row of a method whose declaration does not fit its function, on purpose.
 #define TRV_MISMATCHED_METHOD(function, declaration) \
     { TRV_ENTRY(function), nullptr, declaration, 0 }

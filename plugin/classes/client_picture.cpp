@@ -14,7 +14,7 @@ namespace {
 
 using Data = TRV_ClientPicture_Data;
 
-// Counted over the fields of the data, of which not all are properties.
+// The numbers that the properties are asked for by. 4 and 8 belong to the addresses of pixels and mask, which are none.
 enum Parameter : std::int32_t {
     kWidth = 1,
     kHeight = 2,
@@ -27,7 +27,7 @@ enum Parameter : std::int32_t {
 };
 
 constexpr std::int64_t kAlignment = 16;
-constexpr std::int64_t kSlack = 32;  // room to align the first pixel
+constexpr std::int64_t kSlack = 32;  // spare bytes, some of which align the first pixel
 constexpr std::int64_t kMostBytes = std::numeric_limits<std::int32_t>::max();
 
 std::uint8_t* aligned(std::uint8_t* address) {
@@ -35,7 +35,7 @@ std::uint8_t* aligned(std::uint8_t* address) {
     return misaligned ? address + (kAlignment - misaligned) : address;
 }
 
-// The depth that the host reports for a picture; 0 when it refuses.
+// Returns the depth that the host reports for a picture; 0 when it refuses to describe it.
 std::int32_t depth_of(REALpictureStruct* picture) {
     REALpictureDescription description{};
     if (!REALLockPictureDescription(picture, &description)) return 0;
@@ -43,7 +43,7 @@ std::int32_t depth_of(REALpictureStruct* picture) {
     return description.depth;
 }
 
-// Takes note of the mask that the host picture has now.
+// Notes the mask that the host picture has now, if any.
 void note_host_mask(Data& data) {
     REALpictureStruct* const mask = REALGetPictureMask(data.pic, 0);
     if (!mask) return;
@@ -74,7 +74,8 @@ bool back_with_host_picture(Data& data, long width, long height, long depth, boo
 
 bool back_with_own_memory(Data& data, long width, long height, long depth, bool withMask) {
     if (depth != 16 && depth != 24 && depth != 32) return false;
-    // Fifteen pixels more than the width, rounded down: what rows have always been padded to.
+    // Rows have always been padded like this, by fifteen pixels and then rounded down, and programs can read the
+    // result.
     const std::int64_t row_bytes = (std::int64_t{width} + 15) * (depth / 8) / kAlignment * kAlignment;
     if (row_bytes > (kMostBytes - kSlack) / height) return false;
     data.buffer = NewClientMemory(height * row_bytes + kSlack);
@@ -87,7 +88,7 @@ bool back_with_own_memory(Data& data, long width, long height, long depth, bool 
     if (!withMask) return true;
 
     data.maskPixels = NewClientMemory(std::int64_t{width} * height);
-    if (!data.maskPixels) return true;  // then simply without a mask
+    if (!data.maskPixels) return true;  // there is no memory for a mask, so there is no mask
     data.maskRowBytes = data.width;
     data.hasMask = 1;
     data.maskDepth = 8;
@@ -102,7 +103,7 @@ Data* TRV_ClientPicture_GetData(REALobjectStruct* clientPicture) {
 
 REALobjectStruct* TRV_ClientPicture_new(long width, long height, long depth, bool withMask, bool as_picture) {
     static REALclassRefStruct* sClientPicture_ClassRef = nullptr;
-    // Kept once there is one; a host that has none yet is asked again.
+    // The host is asked until it knows the class; then the reference is kept.
     if (!sClientPicture_ClassRef) sClientPicture_ClassRef = REALGetClassRef("TRV_ClientPicture");
     if (width <= 0 || height <= 0 || !sClientPicture_ClassRef) return nullptr;
 
@@ -112,7 +113,7 @@ REALobjectStruct* TRV_ClientPicture_new(long width, long height, long depth, boo
     const auto back = as_picture ? back_with_host_picture : back_with_own_memory;
     if (back(data, width, height, depth, withMask)) return instance.release();
 
-    // One reference added and dropped is all that a refused instance gets; the host decides whether it goes.
+    // A refused instance gets one reference more and one less, and the host decides whether it goes.
     REALobjectStruct* const refused = instance.release();
     REALLockObject(refused);
     REALUnlockObject(refused);
@@ -146,7 +147,7 @@ int TRV_ClientPicture_IntegerGetter(REALobjectStruct* self, REALword parameter) 
     }
 }
 
-// Answers only for the host picture, not for "hasMask", the one property that asks it: that always reads false.
+// Answers for kPic alone. But the one property that asks this getter is "hasMask", which therefore always reads false.
 bool TRV_ClientPicture_BooleanGetter(REALobjectStruct* self, REALword parameter) {
     const Data* const data = TRV_ClientPicture_GetData(self);
     if (!data || parameter != kPic || !data->pic) return false;
@@ -182,8 +183,8 @@ void TRV_ClientPicture_operator_convert_from_picture(REALobjectStruct* self, REA
     note_host_mask(*data);
 }
 
-// The image in own memory, and its mask if it has one, into a new host picture. False when one of them cannot be
-// locked.
+// Copies the image in own memory, and its mask if it has one, into a new host picture. Returns false when one of them
+// cannot be locked.
 bool copy_image(const Data& data, TRV_Picture& made) {
     constexpr const char* kCaller = "TRV_ClientPicture_operator_convert_to_picture 3";
     TRV_Picture image(&data, false);

@@ -18,21 +18,21 @@ namespace {
 
 constexpr Matrix kIdentity = {{{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}}};
 
-// An element; null outside of the matrix or without one.
+// Returns the address of an element; null if there is no such element, or no matrix.
 double* element(REALobjectStruct* self, int i, int j) {
     Matrix* const matrix = TRV_ColorMatrix_GetData(self);
     const bool inside = i >= 0 && i < 3 && j >= 0 && j < 3;
     return matrix && inside ? &matrix->m[i][j] : nullptr;
 }
 
-// A new instance with these elements; nil when the host makes none.
+// Returns a new instance with these elements; nil when the host makes none.
 REALobjectStruct* new_matrix(const Matrix& elements) {
     REALobjectStruct* const made = REALnewInstance("TRV_ColorMatrix");
     if (Matrix* const matrix = TRV_ColorMatrix_GetData(made)) *matrix = elements;
     return made;
 }
 
-// The transpose of the product a b. The order of the sums and the two fused steps are part of the result.
+// Returns the transpose of the product a b. Programs get this very order of additions, with its two fused steps.
 Matrix transposed_product(const Matrix& a, const Matrix& b) {
     Matrix result;
     for (int i = 0; i < 3; ++i) {
@@ -85,14 +85,14 @@ REALobjectStruct* TRV_ColorMatrix_ScalarMultiply(REALobjectStruct* self, double 
     return matrix ? new_matrix(scaled(*matrix, factor)) : nullptr;
 }
 
-// Inverts nothing: nil for every matrix.
+// Never inverts anything: programs get nil.
 REALobjectStruct* TRV_ColorMatrix_Invert(REALobjectStruct*) { return nullptr; }
 
 void TRV_ColorMatrix_MessageBox(REALobjectStruct* self) {
     const Matrix* const matrix = TRV_ColorMatrix_GetData(self);
     if (!matrix) return;
     const auto& m = matrix->m;
-    // A sign, the digits, a point and two decimals; then blanks or a line break.
+    // A number has a sign, its digits, a point and two decimals; blanks or a line break follow it.
     constexpr int kLongestNumber = 1 + (DBL_MAX_10_EXP + 1) + 1 + 2;
     char text[9 * (kLongestNumber + 2)];
     std::snprintf(text, sizeof text, "%4.2f  %4.2f  %4.2f\n%4.2f  %4.2f  %4.2f\n%4.2f  %4.2f  %4.2f", m[0][0], m[0][1],
@@ -104,8 +104,8 @@ const REALmethodDefinition kMethods[] = {
     TRV_ASSIGNABLE_MEMBER(TRV_ColorMatrix_GetValue, TRV_ColorMatrix_SetValue,
                           "Value(i as integer, j as integer) as double", 0),
     TRV_MEMBER(TRV_ColorMatrix_CopyFrom, "CopyFrom(source as TRV_ColorMatrix)", 0),
-    // Crosswise, as programs know them: each of the two finds the other's arguments. With a host that fills unused
-    // arguments with zeros, the first gives nil and the second a matrix of zeros.
+    // These two are registered crosswise, as programs know them: each finds the other's arguments. With a host that
+    // fills unused arguments with zeros, the first returns nil and the second a matrix of zeros.
     TRV_MISMATCHED_METHOD(TRV_ColorMatrix_MatrixMultiply, "Multiply(factor as double) as TRV_ColorMatrix"),
     TRV_MISMATCHED_METHOD(TRV_ColorMatrix_ScalarMultiply, "Multiply(source as TRV_ColorMatrix) as TRV_ColorMatrix"),
     TRV_MEMBER(TRV_ColorMatrix_Invert, "Invert() as TRV_ColorMatrix", 0),

@@ -4,7 +4,7 @@
 
 #include "real_interface.h"
 
-// Row i is what the source's channel i adds to red, green and blue. The identity when new.
+// Row i holds what the source's channel i adds to red, green and blue. A new matrix is the identity.
 struct TRV_ColorMatrix_Data {
     double m[3][3];
 };
@@ -12,5 +12,5 @@ static_assert(sizeof(TRV_ColorMatrix_Data) == 72);
 
 extern REALclassDefinition TRV_ColorMatrix_Class;
 
-// The data of an instance; null for nil.
+// Returns the data of an instance; null for nil.
 TRV_ColorMatrix_Data* TRV_ColorMatrix_GetData(REALobjectStruct* matrix);

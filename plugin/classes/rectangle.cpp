@@ -110,7 +110,7 @@ void TRV_Rectangle_InsetBy(REALobjectStruct* self, int h, int v) {
     r->height = wrapping_subtract(r->height, wrapping_multiply(2, v));
 }
 
-// About the top left corner, which stays.
+// Scales the size and leaves the top left corner where it is.
 void TRV_Rectangle_ScaleBy(REALobjectStruct* self, double factor) {
     Rectangle* const r = TRV_Rectangle_GetData(self);
     if (!r) return;
@@ -123,7 +123,7 @@ int TRV_Rectangle_Area(REALobjectStruct* self) {
     return r ? wrapping_multiply(r->width, r->height) : 0;
 }
 
-// Neither rectangle need be valid: an empty one still contributes its corner.
+// An empty rectangle counts too: it contributes its corner.
 void TRV_Rectangle_UnionWith(REALobjectStruct* self, REALobjectStruct* rect) {
     Rectangle* const r = TRV_Rectangle_GetData(self);
     const Rectangle* const other = TRV_Rectangle_GetData(rect);
@@ -136,7 +136,7 @@ void TRV_Rectangle_UnionWith(REALobjectStruct* self, REALobjectStruct* rect) {
     r->height = size_between(r->top, bottom);
 }
 
-// Rectangles that do not meet leave a width or height of 0 or below.
+// The intersection of rectangles that do not meet has a width or height of 0 or below.
 void TRV_Rectangle_IntersectWith(REALobjectStruct* self, REALobjectStruct* rect) {
     Rectangle* const r = TRV_Rectangle_GetData(self);
     const Rectangle* const other = TRV_Rectangle_GetData(rect);

@@ -6,7 +6,7 @@
 
 #include "real_interface.h"
 
-// Edges are inclusive: right = left + width - 1. Sums wrap in 32 bits; nothing is clamped.
+// Right and bottom are inclusive: right = left + width - 1. Sums wrap in 32 bits, and nothing is clamped.
 struct TRV_Rectangle_Data {
     std::int32_t left;
     std::int32_t top;
@@ -21,5 +21,5 @@ static_assert(sizeof(TRV_Rectangle_Data) == 16);
 
 extern REALclassDefinition TRV_Rectangle_Class;
 
-// The data of an instance; null for nil.
+// Returns the data of an instance; null for nil.
 TRV_Rectangle_Data* TRV_Rectangle_GetData(REALobjectStruct* rectangle);

@@ -13,7 +13,7 @@ std::int32_t gTRV_HasMMX = 0;
 
 namespace {
 
-// Misspelt and doubled words included: programs' users know this text.
+// The misspelt word and the doubled one belong to the text that users know.
 constexpr const char* kQualification =
     "This verion of Tarvo Graphics is qualified for REALbasic REALbasic 2005 only. If you are using a previous or "
     "future "
@@ -26,7 +26,7 @@ void ask_for_processor_features() {
     if (Gestalt(gestaltPowerPCProcessorFeatures, &features) == noErr) gTRV_HasAltiVec = features >> 4 & 1;
 }
 
-// 5.5 exactly, or any version of the years 2005 to 2010.
+// The plugin runs in version 5.5 exactly, and in every version of the years 2005 to 2010.
 bool is_supported(double version) {
     if (version == 5.5) return true;
     const double year = std::trunc(version);
@@ -60,7 +60,7 @@ int REALPluginMain(REALresolver callback) {
         if (const auto declare = reinterpret_cast<void (*)(int)>(HCallResolver("RegisterPluginVersion")))
             declare(static_cast<int>(kREALinterfaceVersion));
         return PluginEntry();
-    } catch (...) {  // a host service threw: nothing leaves the library
+    } catch (...) {  // a host service threw, and no exception may leave the library
         return 0;
     }
 }

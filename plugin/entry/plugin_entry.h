@@ -3,5 +3,5 @@
 #include "real_interface.h"
 
 // The one function that the library exports. The host calls it once, with the callback through which the resolver of
-// its services is found. 1 when the plugin registered itself, 0 when it refused the host.
+// its services is found. It returns 1 when the plugin registered itself, 0 when it refused the host.
 extern "C" __attribute__((visibility("default"))) int REALPluginMain(REALresolver callback);

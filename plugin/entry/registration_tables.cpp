@@ -45,8 +45,8 @@ const REALmethodDefinition kErrorMethods[] = {
     TRV_METHOD(TRV_GetErrorMessage, "TRV_GetErrorMessage(error_code as integer) as String"),
 };
 
-// Registered twice: as methods of the picture class, and as plain functions, which for want of `extends` find each
-// argument one place too early.
+// These are registered twice: as methods of the picture class, and as plain functions, to which the host passes each
+// argument one place too early because the declarations lack `extends`.
 constexpr const char* kAdjustRGB =
     "TRV_AdjustRGB(rect as TRV_Rectangle, red_delta as integer, green_delta as integer, blue_delta as integer) as "
     "picture";
@@ -267,7 +267,7 @@ void register_all(std::span<const REALmethodDefinition> methods) {
 
 }  // namespace
 
-// Declared and never registered: the screen's methods are global ones with `extends`.
+// These are never registered. The host knows the screen's method as a global one that `extends` screens.
 REALclassDefinition TRV_Screen_Extension = {
     .version = kREALinterfaceVersion,
     .name = "screen",

@@ -2,18 +2,17 @@
 
 #include "real_interface.h"
 
-// Registers the plugin's methods and classes with the host, in the order of the tables.
+// Registers all methods and classes with the host: the two error methods, then the groups below in their order.
 void RegisterEverything();
 
-// The groups, in that order, behind the two error methods.
 void InstallClasses();
 void InstallPictureExtensions();
 void InstallClientPictureExtensions();
 void InstallScreenExtensions();
 void InstallGradientMethods();
 
-// What no host ever sees: a second entry routine, which nothing calls, and a class extension and two methods, which
-// nothing registers.
+// No host ever sees these: a second entry routine that nothing calls, a class extension and two methods that nothing
+// registers.
 void PluginEntryXX();
 extern REALclassDefinition TRV_Screen_Extension;
 extern const REALmethodDefinition TRV_CopyPicture_Method;

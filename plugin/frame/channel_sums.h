@@ -1,6 +1,6 @@
 #pragma once
 
-// Means of the channels of a region of any size.
+// The sums of the channels of any number of colours, and their means.
 
 #include <algorithm>
 #include <cstddef>
@@ -12,14 +12,14 @@
 struct ChannelSums {
     std::uint64_t red = 0, green = 0, blue = 0, count = 0;
 
-    // The mean of each channel, fractions cut off; null outputs are skipped.
+    // Writes the mean of each channel, truncated. Null outputs are skipped.
     void put_means(int* red_mean, int* green_mean, int* blue_mean) const;
     PixelColor mean_color() const;
 };
 
-// Adds the channels of colours, fewer than 2^24 at a time. For use inside row loops.
+// Adds the channels of fewer than 2^24 colours. It belongs inside a row loop, which is compiled for the processor.
 TARVO_INLINED inline void add_channels(ChannelSums& sums, const PixelColor* colors, std::size_t count) {
-    constexpr std::size_t kPiece = 256;  // whose sums fit in half a word, so that red and blue share one
+    constexpr std::size_t kPiece = 256;  // the sums of so many fit in half a word: red and blue share one
     std::uint32_t red = 0, green = 0, blue = 0;
     for (std::size_t first = 0; first < count; first += kPiece) {
         const std::size_t end = std::min(first + kPiece, count);

@@ -1,8 +1,9 @@
 #pragma once
 
-// Operations that make each colour of the result from the colours at the same place, or beside it in an overlay.
+// Walks for operations that make each colour of the result from one colour of each picture, at the same place or, in an
+// overlay, at a fixed distance from it.
 //
-// Kernels (pixel_blocks.h) become part of the loops here, which are compiled for the processor at hand; pictures of 32
+// Kernels (pixel_blocks.h) become part of the loops here, which are compiled for the processor at hand. Pictures of 32
 // bits are read, worked on and written in one pass.
 
 #include <algorithm>
@@ -19,13 +20,13 @@
 #include "rows.h"
 #include "yield_budget.h"
 
-// Where a run of a row is read.
+// The place that a run of a row is read from.
 struct RunSource {
     const TRV_Picture& picture;
     std::int32_t row, column;
 };
 
-// Colours of a chunk, in whole blocks.
+// The colours of a chunk, which is made of whole blocks.
 struct alignas(kCacheLine) BlockedChunk {
     static_assert(kChunkPixels % kBlockPixels == 0);
     Chunk colors{};
@@ -62,7 +63,7 @@ void map_run(TRV_Picture& result, std::int32_t row, std::int32_t column, std::si
     on_this_processor([&]() TARVO_INLINED { map_chunks(std::make_index_sequence<kPictures>{}); });
 }
 
-// A kernel that is one after another.
+// A kernel that applies two kernels, one after the other.
 template <class First, class Second>
 struct Chain {
     First first;
@@ -76,7 +77,7 @@ struct Chain {
 template <class First, class Second>
 Chain(First, Second) -> Chain<First, Second>;
 
-// A further picture of an operation, with its first pixel over the source's at `left`, `top`. It covers the region.
+// A further picture of an operation. Its first pixel lies over the source's at `left`, `top`, and it covers the region.
 struct Overlay {
     const TRV_Picture& picture;
     std::int32_t left = 0, top = 0;
@@ -86,7 +87,7 @@ struct Overlay {
     }
 };
 
-// result = kernel(source, overlays...) in the region. `rest(row, column, count)` makes the runs around it.
+// result = kernel(source, overlays...) in the region. `rest(row, column, count)` is called to write each run around it.
 template <class Kernel, class Rest, class... Overlays>
 void map_region_and_rest(const TRV_Picture& source, TRV_Picture& result, const Region& region, int yield,
                          const char* caller, const Kernel& kernel, Rest rest, const Overlays&... overlays) {
@@ -106,7 +107,7 @@ void map_region_and_rest(const TRV_Picture& source, TRV_Picture& result, const R
     }
 }
 
-// result = source, with `kernel(colors, overlays...)` applied to the region.
+// result = kernel(source, overlays...) in the region and source around it.
 template <class Kernel, class... Overlays>
 void map_region(const TRV_Picture& source, TRV_Picture& result, const Region& region, int yield, const char* caller,
                 const Kernel& kernel, const Overlays&... overlays) {
@@ -116,7 +117,7 @@ void map_region(const TRV_Picture& source, TRV_Picture& result, const Region& re
     map_region_and_rest(source, result, region, yield, caller, kernel, copy, overlays...);
 }
 
-// The same, with whole words around the region: at 16 bits they keep their unused bit.
+// The same, but around the region 16-bit pixels are copied with their unused bit.
 template <class Kernel, class... Overlays>
 void map_region_in_copy(const TRV_Picture& source, TRV_Picture& result, const Region& region, int yield,
                         const char* caller, const Kernel& kernel, const Overlays&... overlays) {

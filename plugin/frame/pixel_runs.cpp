@@ -6,8 +6,8 @@
 
 namespace {
 
-// Calls `visit(done, count)` for the pieces of a run that is written from `column` on. Pieces end where all rows' do,
-// so that no cache line is written by two pieces.
+// Calls `visit(done, count)` for the pieces of a run that is written from `column` on. Pieces end at multiples of
+// kChunkPixels, counted in the picture, so that no cache line is written in two pieces.
 template <class Visit>
 void for_each_run_piece(std::int32_t column, std::int32_t count, Visit visit) {
     for (std::int32_t done = 0; done < count;) {
@@ -21,7 +21,7 @@ TARVO_ROW_CLONES void reverse_row(const PixelColor* colors, PixelColor* reversed
     for (std::size_t x = 0; x < count; ++x) reversed[x] = colors[count - 1 - x];
 }
 
-// Moves the run by `move` as it is stored; false where one of the pictures stores it in another way.
+// Moves the stored pixels of a run with `move`. Returns false if they are not 32-bit words in both pictures.
 template <class Move>
 bool move_stored(const TRV_Picture& source, Place from, TRV_Picture& result, Place to, std::int32_t count, Move move) {
     const std::uint8_t* const words = source.WordsAt(from.row, from.column);

@@ -6,7 +6,7 @@
 #include "picture.h"
 #include "real_interface.h"
 
-// A part of a picture, edges inclusive.
+// A part of a picture. All four edges belong to it.
 struct Region {
     std::int32_t left, top, right, bottom;
 
@@ -16,6 +16,6 @@ struct Region {
 
 inline Region whole_of(const TRV_Picture& picture) { return {0, 0, picture.width() - 1, picture.height() - 1}; }
 
-// What a rectangle argument selects of a locked picture: the rectangle clipped to the picture, or all of it without
-// one.
+// Returns what a rectangle argument selects of a locked picture: the rectangle clipped to the picture, or the whole
+// picture if there is no rectangle.
 Region SelectRegion(const TRV_Picture& picture, REALobjectStruct* rectangle);

@@ -4,11 +4,11 @@
 
 #include "host_services.h"
 
-// The budget of kernels that keep the host waiting, whatever their caller's.
+// The budget of kernels that never give the host control.
 inline constexpr int kNoYielding = 0;
 
-// When the host gets control during an operation: before a row, once at least `yield` pixels have been worked on since
-// the last time; never with a budget of 0 or below, and never before the first row.
+// Gives the host control during an operation: before a row, when at least `yield` pixels have been worked on since the
+// last time. It does not before the first row, nor at all with a budget of 0 or below.
 class YieldBudget {
 public:
     explicit YieldBudget(int yield) : yield_(yield) {}

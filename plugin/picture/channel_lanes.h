@@ -1,7 +1,7 @@
 #pragma once
 
-// Arithmetic on the channels of many colours, in lanes of 16 bits: a vector register then holds twice as many as with a
-// lane of 32 bits for each channel. For use inside row loops; a plain loop that compilers turn into vector code.
+// Arithmetic on the channels of many colours in lanes of 16 bits: a vector register holds twice as many of them as of
+// lanes of 32 bits. The code is a plain loop that compilers turn into vector code where a row loop contains it.
 
 #include <bit>
 #include <cstddef>
@@ -10,10 +10,14 @@
 
 #include "pixel_formats.h"
 
-// A 16-bit constant for each channel, laid out as the channels of a colour in memory. 0 for the unused top byte.
+// A 16-bit constant for each channel, and 0 for the unused top byte, arranged as the bytes of a colour are in memory:
+//
+//                       first half word      second half word
+//                       low       high       low       high
+//     little-endian     blue      green      red       0
+//     big-endian        red       0          blue      green
 struct ChannelConstants {
-    // [half word of the colour in memory]
-    std::int16_t low[2];   // for the half's low byte
+    std::int16_t low[2];   // for the low byte of each half word
     std::int16_t high[2];  // for its high byte
 
     static constexpr ChannelConstants of(int red, int green, int blue) {
@@ -26,12 +30,12 @@ struct ChannelConstants {
 };
 
 namespace channel_lanes {
-// Never deduced: `auto` and templates lose the attribute.
+// To be written out where it is used: `auto` and template parameters lose the attribute.
 using HalfWord [[gnu::may_alias]] = std::uint16_t;
 }  // namespace channel_lanes
 
 // channel = function(channel, constants of that channel...) for every byte of the colours, top bytes included. The
-// function takes and gives 16-bit numbers, the result in 0 to 255.
+// function takes 16-bit numbers and returns one from 0 to 255.
 template <class Function, class... Constants>
 [[gnu::always_inline]] inline void map_channels(PixelColor* colors, std::size_t count, Function function,
                                                 const Constants&... constants) {

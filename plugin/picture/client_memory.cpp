@@ -1,14 +1,18 @@
 #include "client_memory.h"
 
+#include <cstddef>
 #include <cstdlib>
 
 namespace {
 
-// In front of the memory, which keeps the alignment of the allocation.
+//     |  Header  |  memory ...
+//     ^          ^
+//     allocated  what callers have the address of
 struct Header {
     std::int32_t holders;
     std::int32_t unused[3];
 };
+static_assert(sizeof(Header) % alignof(std::max_align_t) == 0);  // the memory is aligned as the allocation is
 
 Header& header_of(std::uint8_t* memory) { return *(reinterpret_cast<Header*>(memory) - 1); }
 

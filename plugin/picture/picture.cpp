@@ -11,7 +11,7 @@
 
 namespace {
 
-// The pixels of a drawing go to the world that is current; the one that was comes back, whatever happens.
+// Makes a world current, so that what is drawn goes there, and afterwards the one that was current before.
 class CurrentWorld {
 public:
     explicit CurrentWorld(GWorldPtr world) {
@@ -27,7 +27,7 @@ private:
     GDHandle device_ = nullptr;
 };
 
-// A handle's record stays where it is.
+// Locks a handle, so that its record stays where it is.
 class LockedHandle {
 public:
     explicit LockedHandle(PixMap** handle) : handle_(reinterpret_cast<Handle>(handle)) { HLock(handle_); }
@@ -41,12 +41,12 @@ private:
 
 }  // namespace
 
-// Every constructor begins with the empty one, so that one that does not come to its end, because a host service
-// throws, gives back what it took.
+// Every constructor delegates to the empty one. If a host service throws in one of them, the destructor runs all the
+// same and gives back what was taken.
 
 TRV_Picture::TRV_Picture(REALpictureStruct* picture, bool asMask) : TRV_Picture() { SetREALPicture(picture, asMask); }
 
-// The host picture is held: the program may let the client picture go of it while the host has control.
+// Holds the host picture: the program may take it out of the client picture while the host has control.
 TRV_Picture::TRV_Picture(const TRV_ClientPicture_Data* data, bool asMask) : TRV_Picture() {
     if (!data) return;
     if (data->pic) {
@@ -95,7 +95,7 @@ TRV_Picture::~TRV_Picture() {
     }
     try {
         Release();
-    } catch (...) {  // a host service threw while things end: there is nothing left to do
+    } catch (...) {  // a host service threw; a destructor can tell nobody
     }
 }
 
@@ -112,11 +112,11 @@ bool TRV_Picture::SetREALPicture(REALpictureStruct* picture, bool asMask) {
         case pictureDrawingCommands: return bind_drawing();
         case pictureMacintoshGWorld:
         case pictureHostPixelBuffer: return true;
-        default: isRefused_ = true; return false;  // stays bound: its description is unlocked on release
+        default: isRefused_ = true; return false;  // it stays bound, so that its description is unlocked on release
     }
 }
 
-// A graphics world is the fastest to walk, so that is asked for before any other store.
+// The host is asked for a graphics world first, since that is the fastest to walk.
 bool TRV_Picture::bind_mask_of(REALpictureStruct* picture) {
     REALpictureStruct* const mask = REALGetPictureMask(picture, 1);
     if (!mask) return false;
@@ -128,8 +128,8 @@ bool TRV_Picture::bind_mask_of(REALpictureStruct* picture) {
     return true;
 }
 
-// Renders the bound drawing into a new picture and binds that in its place. Until then the drawing stays bound, so that
-// every failure leaves it to be released.
+// Renders the bound drawing into a new picture and binds that in its place. On failure the drawing stays bound, and is
+// released later like any picture.
 bool TRV_Picture::bind_drawing() {
     constexpr std::int32_t kMostSide = std::numeric_limits<std::int16_t>::max();
     if (description_.width > kMostSide || description_.height > kMostSide) return false;
@@ -168,7 +168,7 @@ bool TRV_Picture::SetNewPicture(long width, long height, int depth, bool handOve
 
 bool TRV_Picture::Lock() {
     if (isLocked_ || !lock_pixels()) return false;
-    // A new picture of another size than was asked for would be walked by the sizes of the others.
+    // A new picture that has another size than was asked for is refused: kernels would walk it by the sizes of others.
     if (newWidth_ == 0 || (width_ == newWidth_ && height_ == newHeight_)) return true;
     Unlock();
     return false;
@@ -232,14 +232,14 @@ bool TRV_Picture::lock_pixel_buffer() {
     if (rowTableSource_) {
         width_ = rowTableSource_->width;
         height_ = rowTableSource_->height;
-        rowBytes_ = wrapping_multiply(width_, XRgb32::kBytes);  // told, not walked by
+        rowBytes_ = wrapping_multiply(width_, XRgb32::kBytes);  // for programs that ask; rows are found by the table
     }
     set_depth(32);
     isLocked_ = true;
     return true;
 }
 
-// A client picture without a mask, bound as mask, locks with no pixels: it reads 0 and takes no writes.
+// The mask of a client picture that has none locks too, without pixels: it reads 0, and writes do nothing.
 bool TRV_Picture::lock_client_memory() {
     width_ = clientData_->width;
     height_ = clientData_->height;
@@ -264,7 +264,7 @@ PixelFormat TRV_Picture::format_at(long depth, bool bitsAddressed) const {
     if (rowTableSource_ || depth == 32) return PixelFormat::xrgb32;
     if (depth == 16) return PixelFormat::rgb555;
     if (depth == 24) return PixelFormat::rgb24;
-    // Before the depths below: a mask is read and written a whole byte at a time, at 1 bit too.
+    // Tested before the depths below, because masks of 1 bit too are read and written in whole bytes.
     if (isMask_) return PixelFormat::grey8;
     if (depth == 8) return PixelFormat::indexed8;
     if (depth == 1 && bitsAddressed) return PixelFormat::mono1;

@@ -1,6 +1,6 @@
 #pragma once
 
-// TRV_Picture: one image, wherever its pixels live, with its pixels addressable.
+// TRV_Picture: one image with its pixels addressable, wherever they live.
 
 #include <cstddef>
 #include <cstdint>
@@ -11,24 +11,24 @@
 #include "real_interface.h"
 #include "row_codec.h"
 
-// Life: constructed empty or bound to an image; `Lock` fills the geometry and makes the pixels addressable; `Unlock`
-// ends that; destruction unlocks and gives back every host object that is held. Nothing here sets the error code:
-// failure is a false result, a read of 0, a write that does nothing.
+// A picture is constructed empty or bound to an image. `Lock` fills the geometry and makes the pixels addressable,
+// `Unlock` ends that, and the destructor unlocks and gives back every host object that is held. Nothing here sets the
+// error code: what fails returns false, reads 0 or writes nothing.
 //
-// Coordinates are the caller's to keep inside `width` x `height`. The trailing `caller` of every accessor names the
-// operation and the place of the call, for whoever looks with a debugger; it changes nothing and may be null.
+// Callers keep coordinates inside `width` x `height`. The last argument of every accessor, `caller`, names the
+// operation and the place of the call for people with a debugger; it changes nothing and may be null.
 class TRV_Picture {
 public:
     TRV_Picture() = default;
-    // A host picture, or, with `asMask`, its mask, which the host makes when there is none.
+    // Binds a host picture or, with `asMask`, its mask, which the host makes if there is none.
     TRV_Picture(REALpictureStruct* picture, bool asMask);
-    // A client picture's image or mask: of its host picture when it has one, else its own memory.
+    // Binds a client picture's image or mask: that of its host picture if it has one, else its own memory.
     TRV_Picture(const TRV_ClientPicture_Data* data, bool asMask);
-    // A new host picture. With `handOver` the host picture outlives this object; without, it is dropped with it.
+    // Makes and binds a new host picture. With `handOver` it outlives this object, without it goes with it.
     TRV_Picture(long width, long height, int depth, bool handOver);
-    // The image of another, or its mask. Nothing of the other's lock is shared.
+    // Binds the image of another, or its mask. The two are locked independently.
     TRV_Picture(const TRV_Picture& other, bool asMask);
-    // A pixel map such as a screen's, locked at once.
+    // Binds and locks a pixel map, such as a screen's.
     explicit TRV_Picture(PixMap** pixMap);
     ~TRV_Picture();
     TRV_Picture(const TRV_Picture&) = delete;
@@ -39,24 +39,24 @@ public:
 
     bool Lock();
     bool Unlock();
-    // Unlocks, and lets go of what is bound.
+    // Unlocks the image and unbinds it.
     void Release();
 
-    // True when the image has a mask; makes none.
+    // Whether the image has a mask. None is made.
     bool HasMask() const;
 
-    // The bound host picture; null for client memory and pixel maps.
+    // The host picture that is bound; null for client memory and pixel maps.
     REALpictureStruct* picture() const { return picture_; }
     bool isMask() const { return isMask_; }
     bool isLocked() const { return isLocked_; }
-    // Pixels; 0 while unlocked.
+    // In pixels; 0 while unlocked, as the next four are.
     std::int32_t width() const { return width_; }
     std::int32_t height() const { return height_; }
-    // Bits a pixel as stored.
+    // Bits of a stored pixel.
     std::int32_t depth() const { return depth_; }
-    // Bytes a pixel: 1 to 4 at depths 8, 16, 24, 32; else 0.
+    // Bytes of a stored pixel at the depths 8, 16, 24 and 32; 0 at any other depth.
     std::int32_t bytesPerPixel() const { return bytesPerPixel_; }
-    // The depth at 1, 2 and 4 bits; else 0.
+    // The depth where it is 1, 2 or 4; 0 at any other depth.
     std::int32_t bitsPerPixel() const { return bitsPerPixel_; }
     std::int32_t rowBytes() const { return rowBytes_; }
     std::uint8_t* baseAddress() const { return baseAddress_; }
@@ -65,40 +65,40 @@ public:
     std::int32_t hRes() const { return hRes_; }
     std::int32_t vRes() const { return vRes_; }
 
-    // The first byte of a row; null where there are no pixels.
+    // The address of a row's first byte; null where there are no pixels.
     std::uint8_t* RowStart(long row) const;
 
-    // A pixel as 0x00RRGGBB; at 32 bits with the stored top byte.
+    // Read and write a pixel as 0x00RRGGBB; at 32 bits the top byte is read and written too.
     unsigned long GetPixel(const void* address, const char* caller) const;
-    // The same with single bits of 1-bit pictures: `bit` 0 is the most significant of the byte.
+    // The same for a given depth, which may be 1: `bit` then chooses a bit of the byte, 0 the most significant.
     unsigned long GetPixel(const void* address, long bit, long depth, const char* caller) const;
     unsigned long GetPixel(long row, long column, const char* caller) const;
     void SetPixel(void* address, unsigned long color, const char* caller);
     void SetPixel(void* address, long bit, unsigned long color, long depth, const char* caller);
     void SetPixel(long row, long column, unsigned long color, const char* caller);
 
-    // A run of one row, each pixel as the accessor by row and column gives or takes it.
+    // Read and write a run of one row, each pixel as the accessor by row and column does.
     void GetPixels(long row, long column, std::span<PixelColor> colors, const char* caller) const;
     void SetPixels(long row, long column, std::span<const PixelColor> colors, const char* caller);
-    // The stored pixels of a row from a column on, where they are 32-bit words side by side; else null.
+    // The address of a stored pixel if the pixels of its row are 32-bit words side by side; else null.
     std::uint8_t* WordsAt(long row, long column) const;
-    // Whether the picture is too large to be found in the caches again, and is better written past them.
+    // Whether the picture is so large that what is written of it has left the caches before it is read again: it is
+    // then written past them.
     bool streams() const { return streams_; }
-    // Brings a run of one row near that is going to be read soon, for walks down columns: nothing but time depends on
-    // it.
+    // Asks for the memory of a run of one row that will be read soon. Walks down columns do; only time depends on it.
     void Prefetch(long row, long column, std::size_t count) const;
-    // A run of one row, each pixel as the bit-addressed accessor gives or takes it when the address and the bit step
-    // from pixel to pixel by the bits of a pixel.
+    // Read and write a run of one row, each pixel as the bit-addressed accessor does. From one pixel to the next the
+    // address and the bit move on by the bits of a pixel.
     void GetPixelBits(long row, long column, std::span<PixelColor> colors, const char* caller) const;
     void SetPixelBits(long row, long column, std::span<const PixelColor> colors, const char* caller);
 
-    // Whether a run of one row shows the same red, green and blue as that of another picture, to whole-pixel access.
+    // Whether whole-pixel access reads the same red, green and blue from a run of one row here and in another picture.
     bool SameColors(const TRV_Picture& other, long row, long column, std::size_t count, const char* caller) const;
 
-    // Copy `count` pixels from this image to another; both addresses are left behind the last pixel. Stored values of
-    // equal depths (16 and 32 bits) are copied as they are, others go through colours.
+    // Copies `count` pixels from this image to another and moves both addresses behind the last one. Between equal
+    // depths of 16 or 32 bits the stored values are copied, between any others the colours.
     void CopyPixels(TRV_Picture& destination, void** source, void** target, long count, const char* caller) const;
-    // The same for masks: grey levels are converted between 8, 16 and 32 bits by rules of their own.
+    // The same for masks, whose grey levels have their own rules of conversion between 8, 16 and 32 bits.
     void CopyMaskPixels(TRV_Picture& destination, void** source, void** target, long count, const char* caller) const;
 
 private:
@@ -118,15 +118,15 @@ private:
     REALpictureStruct* picture_ = nullptr;
     REALpictureDescription description_{};
     bool holdsDescription_ = false;  // the host granted the lock of `description_`
-    bool ownsPicture_ = false;       // our reference goes with the binding
-    bool isRefused_ = false;         // of a kind that operations do not take
+    bool ownsPicture_ = false;       // one reference to `picture_` is dropped when it is unbound
+    bool isRefused_ = false;         // `picture_` is of a kind that operations do not take
     bool isMask_ = false;
     bool isLocked_ = false;
     bool fromPixMap_ = false;
     const TRV_ClientPicture_Data* clientData_ = nullptr;
     std::uint8_t* clientMemory_ = nullptr;  // held while locked
     PixMap** pixMap_ = nullptr;
-    std::int32_t newWidth_ = 0, newHeight_ = 0;  // what a new picture was asked to be
+    std::int32_t newWidth_ = 0, newHeight_ = 0;  // the size that was asked for, of a new picture
 
     std::int32_t width_ = 0;
     std::int32_t height_ = 0;
@@ -140,12 +140,12 @@ private:
     std::int32_t hRes_ = -1;
     std::int32_t vRes_ = -1;
 
-    PixelFormat format_ = PixelFormat::opaque;  // of whole-pixel access
+    PixelFormat format_ = PixelFormat::opaque;  // by which whole pixels are read and written
     bool streams_ = false;
-    IndexColors indexColors_{};  // black without a colour table
+    IndexColors indexColors_{};  // all black without a colour table
 };
 
-// Asked for every row, by kernels that walk columns too.
+// Inline, because walks down columns ask for a row's address every few pixels.
 inline std::uint8_t* TRV_Picture::RowStart(long row) const {
     if (rowTableSource_) return rowTableSource_->rows ? rowTableSource_->rows[row] : nullptr;
     return baseAddress_ ? baseAddress_ + static_cast<std::ptrdiff_t>(row) * rowBytes_ : nullptr;
@@ -157,6 +157,6 @@ inline std::uint8_t* TRV_Picture::WordsAt(long row, long column) const {
     return start + static_cast<std::ptrdiff_t>(column) * XRgb32::kBytes;
 }
 
-// Copy what both images have, from the top left corner on.
+// Copy the pixels, or the mask levels, that both images have, counted from the top left corner.
 void CopyRows(const TRV_Picture& source, TRV_Picture& destination, const char* caller);
 void CopyMaskRows(const TRV_Picture& source, TRV_Picture& destination, const char* caller);

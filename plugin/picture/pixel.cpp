@@ -10,7 +10,7 @@ constexpr double kDegreesOfSector = 60.0;
 
 }  // namespace
 
-// Greys but black are not treated apart: their hue is 0 / 0.
+// Greys other than black have no case of their own: their hue is 0 / 0, which is NaN.
 void RGBToHSV(unsigned long color, double& hue, double& saturation, double& value) {
     const auto packed = static_cast<PixelColor>(color);
     const double red = red_of(packed), green = green_of(packed), blue = blue_of(packed);
@@ -45,8 +45,8 @@ void HSVToRGB_1024(long hue, long saturation, long value, unsigned long& color) 
     } else if (wanted.hue >= 0 && wanted.hue < kCircle) {
         color = rgb_of(wanted);
     } else if (wanted.hue > -kSector && wanted.hue < 0) {
-        // Sectors are counted by a division that truncates: these hues count as red's own sector, and green fades by
-        // more than all. What comes out below 0 takes from the channel above it.
+        // A hue's sector is hue / 1024, truncated toward zero: these hues count as sector 0, and green fades by more
+        // than there is. A channel that comes out below 0 borrows from the channel above it.
         const auto channel = [&wanted](std::int32_t fade) {
             return faded(wanted.value, wanted.saturation, fade) / (1 << kFadedBits);
         };

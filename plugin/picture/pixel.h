@@ -1,6 +1,6 @@
 #pragma once
 
-// TRV_Pixel: colours as hue, saturation and value, in doubles and in integers.
+// TRV_Pixel: conversions of colours to hue, saturation and value and back, in doubles and in integers.
 
 #include <algorithm>
 #include <cstdint>
@@ -11,23 +11,24 @@
 
 namespace TRV_Pixel {
 
-// 1/256, not 1/255: what programs compare averages with rests on it.
+// A channel of 255 has the value 255/256, not 1: programs compare averages with values on this scale.
 inline constexpr double kValueScale = 0.00390625;
 
-// Hue in degrees, 0 to below 360; -1 for black, and not a number for any other grey. Saturation 0 to 1. Value: the
-// largest channel of 256, so that white has 255/256. The top byte of a colour does not matter here or below.
+// Hue is in degrees, from 0 to below 360; black has the hue -1, every other grey NaN. Saturation is from 0 to 1. Value
+// is the largest channel in 256ths. The top byte of the colour does not matter, here and below.
 void RGBToHSV(unsigned long color, double& hue, double& saturation, double& value);
 
-// Hue in 1/1024 of a sector of 60 degrees, 0 to 6143; -1 for greys. Saturation 0 to 1024. Value: the largest channel.
+// Hue is in 1024ths of a sector of 60 degrees, from 0 to 6143; greys have the hue -1. Saturation is from 0 to 1024.
+// Value is the largest channel.
 void RGBToHSV_1024(unsigned long color, long& hue, long& saturation, long& value);
 
-// Back again, for saturation 0 to 1024 and value 0 to 255. A hue that is no colour's is not wrapped: it gives black,
-// unless saturation is 0.
+// Converts back a saturation of 0 to 1024 and a value of 0 to 255. A hue outside the circle is not wrapped: it gives
+// black, unless the saturation is 0.
 void HSVToRGB_1024(long hue, long saturation, long value, unsigned long& color);
 
-// --- the integer model for row loops: no branches --------------------------------------------------------------------
+// --- the integer model without branches, for row loops ---------------------------------------------------------------
 
-// As above, but that greys have the hue 0.
+// As RGBToHSV_1024 has them, except that greys have the hue 0.
 struct Hsv1024 {
     std::int32_t hue, saturation, value;
 };
@@ -49,15 +50,14 @@ struct Extent {
     return {largest, largest - std::min(std::min(red, green), blue)};
 }
 
-// dividend * 1024 / divisor toward zero, for |dividend| <= divisor <= 255; 0 for 0 / 0. The quotient of floats rounds
-// to an integer only where it is one: between two integers it keeps a distance of 1/255, far more than the steps of a
-// float.
+// dividend * 1024 / divisor, truncated toward zero, for |dividend| <= divisor <= 255; 0 / 0 gives 0. A quotient that is
+// no integer is at least 1/255 away from one, far more than the steps of a float: it is never rounded to an integer.
 [[gnu::always_inline]] inline std::int32_t ratio_1024(std::int32_t dividend, std::int32_t divisor) {
     return static_cast<std::int32_t>(static_cast<float>(dividend * 1024) / static_cast<float>(std::max(divisor, 1)));
 }
 
-// Bring a hue onto the circle that is at most a turn below it, or less than a turn above. Of a number below 0 and the
-// same one turn on, the one below 0 is the larger when signs are not looked at.
+// `wrapped_up` brings a hue onto the circle that is at most a turn below it, `wrapped_down` one that is less than a
+// turn above it. As an unsigned number a negative hue is larger than the same hue a turn on: the smaller one is right.
 [[gnu::always_inline]] inline std::int32_t wrapped_up(std::int32_t hue) {
     const auto unsigned_hue = static_cast<std::uint32_t>(hue);
     return static_cast<std::int32_t>(std::min(unsigned_hue, unsigned_hue + kCircle));
@@ -80,15 +80,19 @@ struct Extent {
     return {wrapped_up(middle + ratio_1024(offset, delta)), ratio_1024(delta, largest), largest};
 }
 
-// A channel in 1/2^20, as far below the value as `fade` says: 0 for the value itself, 1024 for the least that the
-// saturation allows.
+// A channel in units of 1/2^20. It is the value itself for a fade of 0, and the least that the saturation allows for a
+// fade of 1024.
 inline constexpr int kFadedBits = 20;
 [[gnu::always_inline]] inline std::int32_t faded(std::int32_t value, std::int32_t saturation, std::int32_t fade) {
     return value * (kFullSaturation * kSector - saturation * fade);
 }
 
-// For a hue of 0 to 6143. A channel stands at the value for two sectors, fades over one, is faded for two and returns
-// over one; the hues of the channels' middles are 0, 2 * 1024 and 4 * 1024.
+// For a hue of 0 to 6143. From sector to sector the channels run like this:
+//
+//     sector     0          1          2          3          4          5
+//     red        value      fades      faded      faded      returns    value
+//     green      returns    value      value      fades      faded      faded
+//     blue       faded      faded      returns    value      value      fades
 [[gnu::always_inline]] inline PixelColor rgb_of(const Hsv1024& color) {
     const auto channel = [&color](std::int32_t fade) {
         const std::int32_t clamped = std::clamp<std::int32_t>(fade, 0, kSector);

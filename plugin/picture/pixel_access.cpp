@@ -36,7 +36,7 @@ void TRV_Picture::GetPixels(long row, long column, std::span<PixelColor> colors,
     const std::uint8_t* const start = RowStart(row);
     if (!start)
         std::ranges::fill(colors, 0);
-    else if (bytesPerPixel_ == 0)  // the address stands still, so every pixel is the row's first
+    else if (bytesPerPixel_ == 0)  // every column has the address of the row's first pixel
         std::ranges::fill(colors, load_pixel(format_, start, 0, indexColors_));
     else
         decode_row(format_, start + static_cast<std::ptrdiff_t>(column) * bytesPerPixel_, colors.data(), colors.size(),
@@ -46,7 +46,7 @@ void TRV_Picture::GetPixels(long row, long column, std::span<PixelColor> colors,
 void TRV_Picture::SetPixels(long row, long column, std::span<const PixelColor> colors, const char*) {
     std::uint8_t* const start = RowStart(row);
     if (!start || colors.empty()) return;
-    if (bytesPerPixel_ == 0) {  // the address stands still, so the last pixel stays
+    if (bytesPerPixel_ == 0) {  // every column has the same address, where the last pixel stays
         store_pixel(format_, start, 0, colors.back());
         return;
     }
@@ -100,7 +100,7 @@ void TRV_Picture::SetPixelBits(long row, long column, std::span<const PixelColor
 
 namespace {
 
-// A running address, moved on in place.
+// Returns a running address and moves it on.
 std::uint8_t* take(void** address, std::ptrdiff_t bytes) {
     auto* const here = static_cast<std::uint8_t*>(*address);
     *address = here + bytes;
@@ -113,8 +113,8 @@ void copy_stored(void** source, void** target, long count, int bytesPerPixel) {
     std::memmove(take(target, static_cast<std::ptrdiff_t>(bytes)), from, bytes);
 }
 
-// From one stored mask value to another. The five-bit levels of 16 bits reach 8 bits unscaled and come back so: these
-// rules are not each other's inverses, and pictures depend on them.
+// Converts mask values as they are stored. The rules are not each other's inverses (a level that goes from 32 bits to 8
+// comes back 8 times as dark), and existing pictures depend on them.
 template <class From, class To, class Rule>
 void convert_levels(void** source, void** target, long count, Rule rule) {
     for (long i = 0; i < count; ++i) {

@@ -1,7 +1,10 @@
 #pragma once
 
-// Rows of 32-bit pixels, read, worked on and written a block at a time: all of a block's steps happen in one function,
-// between a block of the row in the cache and the next.
+// Runs of 32-bit pixels, read, worked on and written a block at a time. All that is done to a block is done in one
+// function, so that its colours stay in registers:
+//
+//     |  part  |    block    |    block    |  ...  |    block    |  part  |
+//              ^ the first cache line that begins in the run, if lines are written past the caches
 
 #include <algorithm>
 #include <cstddef>
@@ -22,8 +25,8 @@ inline constexpr std::size_t kCacheLine = 64;
 inline constexpr std::size_t kLinePixels = kCacheLine / XRgb32::kBytes;
 inline constexpr std::size_t kBlockPixels = 32;
 
-// Colours that a kernel works on, always a whole block: what it holds beyond the row's end is worked on too, and never
-// written.
+// The colours that a kernel works on, always a whole block. Where a part of a block is wanted, the kernel works on the
+// rest too, which is then not written.
 struct alignas(kCacheLine) ColorBlock {
     PixelColor colors[kBlockPixels];
 };
@@ -36,7 +39,7 @@ concept ColorKernel = std::is_invocable_r_v<PixelColor, const Kernel&, Colors...
 template <class Kernel, class... Others>
 TARVO_INLINED inline void apply_kernel(const Kernel& kernel, PixelColor* colors, const Others*... others) {
     if constexpr (ColorKernel<Kernel, PixelColor, Others...>) {
-        const Kernel own = kernel;  // a colour that is written might be a part of the given one
+        const Kernel own = kernel;  // a copy: for all the compiler knows, writing a colour might change the original
         for (std::size_t x = 0; x < kBlockPixels; ++x) colors[x] = own(colors[x], others[x]...);
     } else {
         kernel(colors, others...);
@@ -55,11 +58,11 @@ TARVO_INLINED inline void encode_as(const PixelColor* __restrict span, std::uint
     for (std::size_t x = 0; x < count; ++x) Format::store(row + x * Format::kBytes, span[x]);
 }
 
-// An image of this many bytes is out of the caches before anyone reads it again.
+// Of an image with this many bytes, what is written has left the caches before it is read again.
 inline constexpr std::int64_t kStreamingBytes = std::int64_t{16} << 20;
 
-// One cache line, written past the caches where the machine can. Ordinary stores read each line before they overwrite
-// it, which costs a third of the memory traffic of a large picture. `to` is aligned. No plain loop compiles to this.
+// Writes one cache line to an aligned address, past the caches if the machine can. An ordinary store reads each line
+// before it overwrites it, which is a third of the memory traffic of a large picture. No plain loop compiles to this.
 TARVO_INLINED inline void stream_line(const std::uint8_t* line, std::uint8_t* to) {
 #if defined(__SSE2__)
     for (std::size_t i = 0; i < kCacheLine; i += sizeof(__m128i))
@@ -70,14 +73,14 @@ TARVO_INLINED inline void stream_line(const std::uint8_t* line, std::uint8_t* to
 #endif
 }
 
-// Ends a run of streamed lines: what was written is in order with what follows.
+// To be called after the last of a number of lines: writes that follow come after them.
 inline void finish_streamed_lines() {
 #if defined(__SSE2__)
     _mm_sfence();
 #endif
 }
 
-// Colours to whole cache lines.
+// Writes colours as 32-bit pixels, in whole cache lines past the caches. `row` is aligned.
 TARVO_INLINED inline void stream_xrgb32_lines(const PixelColor* colors, std::uint8_t* row, std::size_t count) {
     for (std::size_t x = 0; x < count; x += kLinePixels) {
         alignas(kCacheLine) std::uint8_t line[kCacheLine];
@@ -86,13 +89,13 @@ TARVO_INLINED inline void stream_xrgb32_lines(const PixelColor* colors, std::uin
     }
 }
 
-// Pixels of a row of 32-bit pixels before its first whole cache line, at most `count`.
+// How many of `count` 32-bit pixels lie before the first cache line that begins among them.
 inline std::size_t pixels_before_line(const std::uint8_t* row, std::size_t count) {
     const std::size_t past = reinterpret_cast<std::uintptr_t>(row) % kCacheLine;
     return past ? std::min((kCacheLine - past) / XRgb32::kBytes, count) : 0;
 }
 
-// Whether the pixels of a row do not lie across cache lines.
+// Whether no 32-bit pixel of a row lies in two cache lines.
 inline bool has_aligned_pixels(const std::uint8_t* row) {
     return reinterpret_cast<std::uintptr_t>(row) % XRgb32::kBytes == 0;
 }
@@ -104,7 +107,7 @@ void map_xrgb32_run(std::uint8_t* to, bool streams, std::size_t count, const Ker
     const bool streams_lines = streams && has_aligned_pixels(to);
     const std::size_t before_line = streams_lines ? pixels_before_line(to, count) : 0;
     const auto map = [=]<std::size_t... i>(std::index_sequence<i...>) TARVO_INLINED {
-        // Whole blocks and parts have blocks of their own: those of whole ones stay in registers.
+        // Blocks and parts have variables of their own: those of whole blocks stay in registers.
         std::size_t x = before_line;
         for (; x + kBlockPixels <= count; x += kBlockPixels) {
             ColorBlock blocks[sizeof...(from)];

@@ -1,6 +1,13 @@
 #pragma once
 
-// How one pixel is stored, and as which colour it is read: 0x00RRGGBB. Stored values are big-endian on every machine.
+// How one pixel is stored, and the conversion to and from its colour, 0x00RRGGBB. On every machine the bytes are:
+//
+//                  byte 0       byte 1       byte 2       byte 3
+//     XRgb32       unused       red          green        blue
+//     Rgb24        red          green        blue
+//     Rgb555       0RRRRRGG     GGGBBBBB
+//     Grey8        level
+//     Mono1        a bit for each of 8 pixels, the first in the most significant bit; 1 is black
 
 #include <bit>
 #include <cstdint>
@@ -16,7 +23,7 @@ constexpr PixelColor pack_rgb(std::uint32_t red, std::uint32_t green, std::uint3
     return red << 16 | green << 8 | blue;
 }
 
-// Words are moved whole, not byte by byte: compilers turn these into wide shuffles.
+// Words are loaded and stored whole, not byte by byte: compilers turn that into wide shuffles.
 inline std::uint8_t big_endian(std::uint8_t value) { return value; }
 inline std::uint16_t big_endian(std::uint16_t value) {
     return std::endian::native == std::endian::big ? value : __builtin_bswap16(value);
@@ -36,7 +43,7 @@ void store_big_endian(std::uint8_t* at, Word value) {
     std::memcpy(at, &word, sizeof word);
 }
 
-// Unused byte, red, green, blue. The unused byte is read and written with the colour: copied pixels keep it.
+// The unused byte is read and written with the colour, so that copied pixels keep it.
 struct XRgb32 {
     static constexpr int kBytes = 4;
     static PixelColor load(const std::uint8_t* at) { return load_big_endian<std::uint32_t>(at); }
@@ -53,7 +60,7 @@ struct Rgb24 {
     }
 };
 
-// An unused bit, then five bits each of red, green, blue. Read without replication: the low three bits are 0.
+// The low three bits of each channel read 0: the five bits are not replicated.
 struct Rgb555 {
     static constexpr int kBytes = 2;
     static PixelColor expand(std::uint32_t word) {
@@ -68,15 +75,14 @@ struct Rgb555 {
     }
 };
 
-// A mask's grey level. Written from the colour's blue channel.
+// The grey level of a mask. What is written is the colour's blue channel.
 struct Grey8 {
     static constexpr int kBytes = 1;
     static PixelColor load(const std::uint8_t* at) { return grey(*at); }
     static void store(std::uint8_t* at, PixelColor color) { *at = static_cast<std::uint8_t>(color); }
 };
 
-// One bit a pixel, the most significant first; a set bit is black. Only exactly 0 is written as black. A bit outside
-// the byte reads as white and is not written.
+// Only the colour 0 is written as black. A bit number outside the byte reads as white and writes nothing.
 struct Mono1 {
     static constexpr std::uint32_t selected(long bit) { return bit >= 0 && bit < 8 ? 0x80u >> bit : 0; }
     static PixelColor load(std::uint8_t byte, long bit) { return byte & selected(bit) ? 0x000000 : 0xFFFFFF; }

@@ -8,7 +8,7 @@
 
 namespace {
 
-// Clones must be plain functions, so that every compiler makes them.
+// These are plain functions around the templates, because clang clones no templates.
 TARVO_ROW_CLONES void decode_xrgb32(const std::uint8_t* row, PixelColor* span, std::size_t count) {
     decode_as<XRgb32>(row, span, count);
 }
@@ -28,7 +28,10 @@ TARVO_ROW_CLONES void encode_grey8(const PixelColor* span, std::uint8_t* row, st
     encode_as<Grey8>(span, row, count);
 }
 
-// Four pixels of three bytes are three words.
+// Four pixels of three bytes are three words:
+//
+//     bytes     R0 G0 B0 R1 | G1 B1 R2 G2 | B2 R3 G3 B3
+//     words          a      |      b      |      c
 constexpr std::size_t kGroup = 4;
 
 TARVO_ROW_CLONES void decode_rgb24(const std::uint8_t* __restrict row, PixelColor* __restrict span, std::size_t count) {
@@ -58,7 +61,8 @@ TARVO_ROW_CLONES void encode_rgb24(const PixelColor* __restrict span, std::uint8
     encode_as<Rgb24>(span + grouped, row + grouped * Rgb24::kBytes, count - grouped);
 }
 
-// The bits of a word in which any words of two rows differ, in the order of memory.
+// Returns the bits in which any two words differ that are at the same place of two rows. They are in the order of
+// memory.
 TARVO_ROW_CLONES std::uint32_t differing_bits(const std::uint8_t* a, const std::uint8_t* b, std::size_t bytes) {
     constexpr std::size_t kWord = sizeof(std::uint32_t);
     std::uint32_t bits = 0, word_a = 0, word_b = 0;
@@ -149,7 +153,8 @@ bool rows_agree(PixelFormat format, const std::uint8_t* a, const std::uint8_t* b
 
 namespace {
 
-// Whole lines only: a line that two runs share, or that is written in both ways, would cost more than it saves.
+// Streams whole cache lines only: one that two runs share, or that is also written otherwise, would cost more than the
+// rest saves.
 TARVO_ROW_CLONES void stream_xrgb32(const PixelColor* span, std::uint8_t* row, std::size_t count) {
     const std::size_t before = pixels_before_line(row, count);
     const std::size_t in_lines = (count - before) / kLinePixels * kLinePixels;

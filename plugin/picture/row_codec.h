@@ -1,6 +1,6 @@
 #pragma once
 
-// Rows of stored pixels to spans of colours and back.
+// Decodes rows of stored pixels into spans of colours, and encodes spans as rows.
 
 #include <array>
 #include <cstddef>
@@ -10,16 +10,16 @@
 
 // How a picture's pixels are read and written.
 enum class PixelFormat {
-    opaque,  // not understood: reads 0, not written
+    opaque,  // is not understood: reads 0, and writes do nothing
     xrgb32,
     rgb24,
     rgb555,
-    grey8,     // a mask of at most 8 bits: whole bytes, whatever the depth
-    indexed8,  // through the colour table; not written
-    mono1,     // only where single bits are addressed; opaque to whole-pixel access
+    grey8,     // is a mask of at most 8 bits: whole bytes at every depth
+    indexed8,  // is read through the colour table; writes do nothing
+    mono1,     // is understood where single bits are addressed; to whole-pixel access it is opaque
 };
 
-// Bytes from one pixel to the next where pixels are stored side by side; 0 for formats without whole bytes.
+// Bytes from one pixel to the next; 0 for formats whose pixels are not whole bytes.
 constexpr int bytes_of(PixelFormat format) {
     switch (format) {
         case PixelFormat::xrgb32: return XRgb32::kBytes;
@@ -36,18 +36,18 @@ constexpr int bytes_of(PixelFormat format) {
 // The colour of each index of an 8-bit picture.
 using IndexColors = std::array<PixelColor, 256>;
 
-// One pixel at an address. `bit` matters to mono1 alone.
+// Read and write one pixel at an address. `bit` matters to mono1 alone.
 PixelColor load_pixel(PixelFormat format, const std::uint8_t* at, long bit, const IndexColors& colors);
 void store_pixel(PixelFormat format, std::uint8_t* at, long bit, PixelColor color);
 
-// `count` pixels stored side by side, of a format that has whole bytes.
+// Read and write `count` pixels that are stored side by side, in a format whose pixels are whole bytes.
 void decode_row(PixelFormat format, const std::uint8_t* row, PixelColor* span, std::size_t count,
                 const IndexColors& colors);
 void encode_row(PixelFormat format, const PixelColor* span, std::uint8_t* row, std::size_t count);
 
-// Whether two rows of `count` pixels show the same colours. Bits that are no part of a colour do not count.
+// Whether two rows of `count` pixels have the same colours. Bits that belong to no colour are not compared.
 bool rows_agree(PixelFormat format, const std::uint8_t* a, const std::uint8_t* b, std::size_t count,
                 const IndexColors& colors_a, const IndexColors& colors_b);
 
-// The same bytes, written past the caches where the machine can: for pictures too large to be found there again.
+// Writes the same bytes as encode_row, past the caches if the machine can. It is for pictures that no cache holds.
 void encode_row_streaming(PixelFormat format, const PixelColor* span, std::uint8_t* row, std::size_t count);

@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::size_t kWord = XRgb32::kBytes;
 
-// How far ahead of what is moved memory is asked for.
+// Memory is asked for this far ahead of what is moved.
 constexpr std::size_t kAhead = 16 * kCacheLine;
 
 struct alignas(kCacheLine) Line {
@@ -19,7 +19,7 @@ struct alignas(kCacheLine) Line {
 
 using Bytes = std::uint8_t __attribute__((vector_size(16)));
 
-// Sixteen bytes chosen from twice sixteen, which are numbered in the order of memory.
+// Writes sixteen bytes, each chosen from those of `first`, numbered 0 to 15, and of `second`, numbered 16 to 31.
 template <int... chosen>
 TARVO_INLINED inline void shuffle(const std::uint8_t* first, const std::uint8_t* second, std::uint8_t* to) {
     Bytes from[2];
@@ -29,7 +29,7 @@ TARVO_INLINED inline void shuffle(const std::uint8_t* first, const std::uint8_t*
     std::memcpy(to, &mixed, sizeof mixed);
 }
 
-// The pixels of a cache line of words are packed into three quarters of one.
+// Packs the pixels of a cache line into three quarters of one.
 TARVO_INLINED inline void pack_line(const std::uint8_t* words, std::uint8_t* bytes) {
     shuffle<1, 2, 3, 5, 6, 7, 9, 10, 11, 13, 14, 15, 17, 18, 19, 21>(words, words + 16, bytes);
     shuffle<6, 7, 9, 10, 11, 13, 14, 15, 17, 18, 19, 21, 22, 23, 25, 26>(words + 16, words + 32, bytes + 16);
@@ -41,7 +41,7 @@ TARVO_INLINED inline void unpack_line(const std::uint8_t* bytes, std::uint8_t* w
     for (int four = 0; four < 3; ++four)
         shuffle<0, 16, 17, 18, 0, 19, 20, 21, 0, 22, 23, 24, 0, 25, 26, 27>(kZeros, bytes + 12 * four,
                                                                             words + 16 * four);
-    // Nothing behind the line is read.
+    // The last four pixels are the end of the sixteen bytes that are loaded: nothing behind them is read.
     shuffle<0, 20, 21, 22, 0, 23, 24, 25, 0, 26, 27, 28, 0, 29, 30, 31>(kZeros, bytes + 32, words + 48);
 }
 
@@ -53,7 +53,8 @@ TARVO_INLINED inline void unpack_singly(const std::uint8_t* bytes, std::uint8_t*
     for (std::size_t i = 0; i < count; ++i) XRgb32::store(words + i * kWord, Rgb24::load(bytes + i * Rgb24::kBytes));
 }
 
-// Pixels of three bytes before the first that begins a cache line. One in kCacheLine does, three being odd.
+// How many of `count` pixels of three bytes lie before the first one that begins a cache line. That is one pixel of
+// every kCacheLine, and because 3 has an inverse modulo kCacheLine its number can be computed.
 std::size_t packed_before_line(const std::uint8_t* bytes, std::size_t count) {
     constexpr std::size_t kInverse = 43;
     static_assert(kInverse * Rgb24::kBytes % kCacheLine == 1);
@@ -77,7 +78,7 @@ void copy_words(const std::uint8_t* from, std::uint8_t* to, std::size_t words, b
     if (done < count) std::memmove(to + done, from + done, count - done);
 }
 
-// What is read goes upwards in memory, what is written downwards: memory is read ahead upwards only.
+// Reads upwards in memory and writes downwards, because processors read ahead upwards only.
 void mirror_words(const std::uint8_t* from, std::uint8_t* to, std::size_t count, bool streams) {
     const auto mirror = [&](std::uint8_t* out, std::size_t done, std::size_t words) TARVO_INLINED {
         for (std::size_t i = 0; i < words; ++i)
@@ -133,7 +134,7 @@ void PieceWriter::write(std::uint8_t* words, std::size_t count, std::uint8_t* to
     std::uint8_t* const from = words - waiting_;
     std::uint8_t* const end = from + bytes;
     to -= waiting_;
-    // A whole line each time: that is faster than a few bytes.
+    // A whole line is copied, whatever waits: that is faster than a few bytes.
     std::memcpy(words - kCacheLine, last_line_, kCacheLine);
     const bool waits = streams && !ends && has_aligned_pixels(to);
     const std::size_t past_line = waits ? reinterpret_cast<std::uintptr_t>(to + bytes) % kCacheLine : 0;

@@ -1,6 +1,6 @@
 #pragma once
 
-// 32-bit pixels moved as they are stored. `streams` writes whole cache lines past the caches.
+// Runs of 32-bit pixels moved as they are stored. With `streams`, whole cache lines are written past the caches.
 
 #include <cstddef>
 #include <cstdint>
@@ -8,20 +8,29 @@
 #include "pixel_blocks.h"
 
 void copy_words(const std::uint8_t* from, std::uint8_t* to, std::size_t count, bool streams);
-// The last one first. The runs do not overlap.
+// Copies the last pixel first. The runs do not overlap.
 void mirror_words(const std::uint8_t* from, std::uint8_t* to, std::size_t count, bool streams);
-// Without their unused bytes, which come back as 0: three bytes a pixel, anywhere in memory.
+// Drop the unused bytes, and put them back as 0:
+//
+//     words     0 R G B | 0 R G B | 0 R G B | ...
+//     bytes     R G B R G B R G B ...             at any address
 void pack_words(const std::uint8_t* words, std::uint8_t* bytes, std::size_t count, bool streams);
 void unpack_words(const std::uint8_t* bytes, std::uint8_t* words, std::size_t count, bool streams);
 
-// Writes a row in pieces, but in whole cache lines: what does not fill one waits for the next piece.
+// Writes a row in pieces, one after the other, but in whole cache lines. What a piece leaves of its last line waits for
+// the next piece:
+//
+//     the row        |   line    |   line    |   line    |   line    | ...
+//     first piece    |<------- written ----->| waits |
+//     second piece                           | room  |<- words ----->|
+//                                            |<------ written ------>|
 class PieceWriter {
 public:
-    // `words` go to `to`, where the last piece ended; in front of them is room for a cache line. `ends` the row, or
-    // what may wait.
+    // `words` belong at `to`, where the piece before ended. The cache line in front of `words` is the caller's too, and
+    // is overwritten with what has waited. Nothing waits after a piece that `ends` the row.
     void write(std::uint8_t* words, std::size_t count, std::uint8_t* to, bool streams, bool ends);
 
 private:
-    std::size_t waiting_ = 0;  // bytes
-    std::uint8_t last_line_[kCacheLine]{};
+    std::size_t waiting_ = 0;               // bytes
+    std::uint8_t last_line_[kCacheLine]{};  // the last bytes of the piece before; those that wait are its end
 };

@@ -1,6 +1,11 @@
 #pragma once
 
-// Four times four 32-bit words, rows and columns exchanged.
+// A square of 32-bit words, whose rows and columns can be exchanged:
+//
+//     a0 a1 a2 a3          a0 b0 c0 d0
+//     b0 b1 b2 b3   --->   a1 b1 c1 d1
+//     c0 c1 c2 c3          a2 b2 c2 d2
+//     d0 d1 d2 d3          a3 b3 c3 d3
 
 #include <bit>
 #include <cstddef>
@@ -15,7 +20,7 @@ public:
 
     TARVO_INLINED void load(std::size_t row, const void* words) { std::memcpy(&rows_[row], words, sizeof(Row)); }
     TARVO_INLINED void store(std::size_t row, void* words) const { std::memcpy(words, &rows_[row], sizeof(Row)); }
-    // Compilers do not find this exchange in plain loops, which take seven times as long.
+    // Written as shuffles, because compilers do not find them in plain loops, which take seven times as long.
     TARVO_INLINED void transpose() {
         const auto [a, b, c, d] = rows_;
         const Row ab_left = __builtin_shufflevector(a, b, 0, 4, 1, 5);
@@ -28,7 +33,7 @@ public:
         rows_[3] = __builtin_shufflevector(ab_right, cd_right, 2, 3, 6, 7);
     }
 
-    // Every word from the machine's byte order to big-endian, or back.
+    // Converts every word from the machine's byte order to big-endian, or back.
     TARVO_INLINED void make_big_endian() {
         if (std::endian::native == std::endian::big) return;
         for (Row& row : rows_) {

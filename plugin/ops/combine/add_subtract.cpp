@@ -8,8 +8,8 @@
 
 namespace {
 
-// Three channels at once: their low seven bits cannot carry into the next channel, and the highest bit of each is an
-// exclusive or. Sums and differences wrap; the top byte is 0.
+// Three channels are worked on at once: the sum of the low seven bits of one cannot carry into the next, and the
+// highest bit of each is an exclusive or. Sums and differences wrap, and the top byte is 0.
 constexpr PixelColor kLowBits = 0x7F7F7F;
 constexpr PixelColor kHighBits = 0x808080;
 
@@ -25,11 +25,11 @@ struct Subtract {
     }
 };
 
-// What tells the two operations apart.
+// The differences between the two operations.
 struct Operation {
     void (*kernel)(const TRV_Picture&, const TRV_Picture&, TRV_Picture&, int yield);
     ErrorCode second_nil, second_lock, second_size;
-    bool asks_for_mask;  // of a client picture's result; the mask stays as it is made. The two differ on purpose
+    bool asks_for_mask;  // for a client picture's result, where it stays as it is made; the two differ on purpose
 };
 
 constexpr Operation kAdd = {PrivAdd, ErrorCode::addend_nil, ErrorCode::addend_lock, ErrorCode::addend_size, true};

@@ -1,6 +1,6 @@
 #pragma once
 
-// Sum and difference of two pictures of one size, channel by channel, modulo 256.
+// The sum and the difference of two pictures of one size, channel by channel, modulo 256.
 
 #include "picture.h"
 #include "real_interface.h"
@@ -11,6 +11,6 @@ REALobjectStruct* TRV_ClientPicture_Add(REALobjectStruct* cp, REALobjectStruct* 
 REALobjectStruct* TRV_ClientPicture_Subtract(REALobjectStruct* cp, REALobjectStruct* subtractend, int yield,
                                              bool as_picture);
 
-// The kernels: locked pictures of one size.
+// The kernels. All pictures are locked and have one size.
 void PrivAdd(const TRV_Picture& source, const TRV_Picture& addend, TRV_Picture& result, int yield);
 void PrivSubtract(const TRV_Picture& source, const TRV_Picture& subtractend, TRV_Picture& result, int yield);

@@ -14,7 +14,7 @@
 #include "pixel_blocks.h"
 #include "pixel_formats.h"
 
-// How much of each colour shows, in 256ths. Together at most 256, so that channels stay in their bytes.
+// How much of each colour shows, in 256ths. The two are at most 256 together, so that channels stay in their bytes.
 struct BlendWeights {
     std::uint16_t source;
     std::uint16_t overlay;
@@ -24,28 +24,28 @@ struct BlendWeights {
 
 inline constexpr int kFullWeight = 256;
 
-// Fractions are from 0 to 1; one that is not a number is let through.
+// A fraction is from 0 to 1. NaN passes.
 inline bool fraction_out_of_bounds(double fraction) { return fraction < 0.0 || fraction > 1.0; }
 
-// The fraction in 256ths, cut off; not a number weighs nothing.
+// Returns the fraction in 256ths, truncated; 0 for NaN.
 inline std::uint16_t weight_of(double fraction) {
     return std::isnan(fraction) ? 0 : static_cast<std::uint16_t>(fraction * kFullWeight);
 }
 
-// What the overlay leaves is the source's.
+// The source gets what the overlay leaves.
 constexpr BlendWeights complementary_weights(std::uint16_t overlay) {
     return {static_cast<std::uint16_t>(kFullWeight - overlay), overlay};
 }
 
-// Either is cut off on its own: together they are 255 when the fraction is no whole number of 256ths.
+// Each of the two is truncated on its own, so that together they are 255 if the fraction is no whole number of 256ths.
 inline BlendWeights separate_weights(double fraction) { return {weight_of(1.0 - fraction), weight_of(fraction)}; }
 
-// A channel times 256, in 16 bits.
+// Returns a blended channel times 256, in 16 bits.
 TARVO_INLINED constexpr std::uint16_t blended(int source, int overlay, BlendWeights weights) {
     return static_cast<std::uint16_t>(source * weights.source + overlay * weights.overlay);
 }
 
-// The same, with what the overlay leaves for the source.
+// The same with complementary weights.
 TARVO_INLINED constexpr std::uint16_t blended(int source, int overlay, int overlay_weight) {
     return static_cast<std::uint16_t>(source * kFullWeight + (overlay - source) * overlay_weight);
 }
@@ -57,7 +57,7 @@ public:
     TARVO_INLINED const PixelColor* words() const { return words_.colors; }
 
 private:
-    ColorBlock words_;  // the weight is in both halves of its word
+    ColorBlock words_;  // each half of a pixel's word holds its weight
 };
 
 namespace blend_lanes {
@@ -74,8 +74,8 @@ TARVO_INLINED inline int high(const PixelWeights& weights, std::size_t i) { retu
 
 }  // namespace blend_lanes
 
-// channel = function(channel, others' channels or weights...) / 256 for the red, green and blue of a block, in lanes of
-// 16 bits. Top bytes become 0.
+// channel = function(channel, others' channels or weights...) / 256 for red, green and blue of all colours of a block,
+// in lanes of 16 bits. Top bytes become 0.
 template <class Function, class... Others>
 TARVO_INLINED inline void blend_channels(PixelColor* colors, Function function, const Others&... others) {
     using namespace blend_lanes;
@@ -87,7 +87,7 @@ TARVO_INLINED inline void blend_channels(PixelColor* colors, Function function, 
     for (std::size_t x = 0; x < kBlockPixels; ++x) colors[x] &= 0xFFFFFF;
 }
 
-// A kernel: the same weights for a whole picture.
+// A kernel that blends with the same weights everywhere.
 struct Blend {
     BlendWeights weights;
 

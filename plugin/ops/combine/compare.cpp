@@ -12,7 +12,7 @@
 
 namespace {
 
-// The ends of a compared region are exclusive, as opposed to all other regions: its last row and column are left out.
+// In this operation alone, the last row and column of a region are left out.
 bool same_colors(const TRV_Picture& a, const TRV_Picture& b, const Region& region) {
     if (region.empty()) return true;
     bool same = true;
@@ -36,7 +36,7 @@ constexpr PixelColor kOnlyFirst = 0xDDFFDD;
 constexpr PixelColor kNotFirst = 0xDDDDFF;
 constexpr const char* kDifferenceCaller = "TRV_Difference";
 
-// Whole words count here, top bytes included.
+// Compares whole words, top bytes included.
 struct MapDifference {
     TARVO_INLINED PixelColor operator()(PixelColor color, PixelColor other) const {
         return color == other ? kEqual : kDifferent;
@@ -47,7 +47,7 @@ struct MapDifference {
 
 bool PrivCompare_NonVector(REALpictureStruct* p, REALpictureStruct* compare, REALobjectStruct* rect) {
     ClearError();
-    if (!compare) return Disagree(ErrorCode::compare_nil);  // comes before the source's code
+    if (!compare) return Disagree(ErrorCode::compare_nil);  // if both are nil, this code is the one that stays
     if (!p) return Disagree(ErrorCode::source_nil);
     if (p == compare) return true;
     TRV_Picture a(p, false);

@@ -1,4 +1,4 @@
-// A colour over a region of a picture.
+// Composites of a colour over a region.
 
 #include <algorithm>
 #include <cstdint>
@@ -32,7 +32,7 @@ const char* caller_at(std::int32_t depth) {
 
 }  // namespace
 
-// Gives the host control at 32 bits only.
+// The host gets control only at 32 bits.
 void PrivCompositeColor(const TRV_Picture& source, TRV_Picture& result, const Region& region, int overlay_color,
                         double overlay_fraction, int yield) {
     map_region_in_copy(source, result, region, source.depth() == 32 ? yield : kNoYielding, caller_at(source.depth()),

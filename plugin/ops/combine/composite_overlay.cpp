@@ -1,4 +1,4 @@
-// A picture over another, with one opacity and the overlay's own mask.
+// Composites of a picture over another, with one opacity and the overlay's own mask.
 
 #include <algorithm>
 #include <cstddef>
@@ -15,7 +15,7 @@ namespace {
 
 // --- kernels ---------------------------------------------------------------------------------------------------------
 
-// A mask's black, read from its red channel, leaves the overlay its weight; white leaves it none.
+// A mask's level is its red channel. At 0 the overlay keeps its weight, at 255 it has none.
 struct BlendByMask {
     std::uint32_t weight;
 
@@ -29,7 +29,7 @@ struct BlendByMask {
     }
 };
 
-// What a transparent overlay leaves.
+// What is done to the source under an overlay that is wholly transparent.
 struct ClearTopBytes {
     TARVO_INLINED void operator()(PixelColor* colors) const {
         for (std::size_t x = 0; x < kBlockPixels; ++x) colors[x] &= 0xFFFFFF;
@@ -38,16 +38,17 @@ struct ClearTopBytes {
 
 // --- paths -----------------------------------------------------------------------------------------------------------
 
-// What the depths of the pictures decide. The colours of overlays without masks are the same on every path.
+// The depths of the pictures choose a path. The paths differ in what they make of the overlay's mask, and not in the
+// colours that an overlay without a mask gives.
 struct Path {
     enum class Mask {
-        under_overlay,  // a mask pixel counts for the overlay pixel of its own row and column
-        under_result,   // for the result pixel of its own row and column, wherever the overlay lies
-        ineffective,    // must lock, and counts for nothing
-        ignored,        // is not even asked for
+        under_overlay,  // a mask pixel weighs the overlay pixel of the same row and column
+        under_result,   // a mask pixel weighs what goes to the same row and column of the result
+        ineffective,    // the mask is locked, and its pixels have no effect
+        ignored,        // the mask is not asked for
     };
 
-    std::int32_t depth;  // of source, overlay and result; 0 for any others
+    std::int32_t depth;  // of source, overlay and result alike; 0 for any other depths
     Mask mask;
     bool masked_yields;
     const char* caller;
@@ -69,7 +70,7 @@ const Path& path_of(const TRV_Picture& source, const TRV_Picture& overlay, const
 
 // --- the kernel ------------------------------------------------------------------------------------------------------
 
-// Some overlay over a source, on some path.
+// One composite: its pictures, its path and where the overlay lies.
 struct Composition {
     const TRV_Picture& source;
     const TRV_Picture& overlay;
@@ -83,7 +84,7 @@ struct Composition {
                            Blend{complementary_weights(weight)}, Overlay{overlay, placement.left, placement.top});
     }
 
-    // Places outside the mask are transparent.
+    // Where the mask does not reach, the overlay is transparent.
     void blend_masked(const TRV_Picture& mask, int yield) const {
         const bool under_result = path.mask == Path::Mask::under_result;
         const std::int32_t left = under_result ? 0 : placement.left, top = under_result ? 0 : placement.top;
@@ -101,7 +102,7 @@ private:
     }
 };
 
-// False when the overlay's mask cannot be locked: then no pixel of the result is written.
+// Returns false, and writes no pixel of the result, when the overlay's mask cannot be locked.
 bool compose(const TRV_Picture& source, const TRV_Picture& overlay, double overlay_fraction, int left, int top,
              TRV_Picture& result, int yield) {
     const Path& path = path_of(source, overlay, result);
@@ -141,7 +142,7 @@ void PrivComposite(const TRV_Picture& source, const TRV_Picture& overlay, double
     compose(source, overlay, overlay_fraction, left, top, result, kNoYielding);
 }
 
-// Copies the source's mask, which the client form does not.
+// This form copies the source's mask. The client form does not.
 REALpictureStruct* TRV_Composite(REALpictureStruct* p, REALpictureStruct* overlay, double overlay_fraction, int left,
                                  int top, int yield) {
     return composite(PictureForm{}, p, overlay, overlay_fraction,

@@ -1,4 +1,4 @@
-// A picture over another, as much of it as a mask argument says.
+// Composites of a picture over another, with the opacities of a mask argument.
 
 #include "adjustment.h"
 #include "composite.h"
@@ -13,7 +13,7 @@ void PrivCompositeWithMask(const TRV_Picture& source, const TRV_Picture& overlay
                Overlay{overlay, left, top}, Overlay{mask, left, top});
 }
 
-// A placement outside the source does not end the checks: the mask's run, and replace its code.
+// An overlay that lies outside the source does not end the checks: the mask's are made too, and replace its code.
 REALpictureStruct* TRV_CompositeWithMask(REALpictureStruct* p, REALpictureStruct* overlay, REALpictureStruct* mask,
                                          int left, int top, int /*yield*/) {
     ClearError();

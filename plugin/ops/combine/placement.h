@@ -11,9 +11,9 @@
 
 struct Placement {
     std::int32_t left, top;  // of the overlay's first pixel, on the source
-    Region covered;          // the source's part under the overlay; empty when they do not meet
+    Region covered;          // the part of the source under the overlay; empty when they do not meet
 
-    // Of the overlay pixel above a covered one.
+    // The overlay's pixel over a covered one of the source.
     std::int32_t overlay_row(std::int32_t row) const { return wrapping_subtract(row, top); }
     std::int32_t overlay_column(std::int32_t column) const { return wrapping_subtract(column, left); }
 };
@@ -22,7 +22,7 @@ inline Region common_region(const Region& a, const Region& b) {
     return {std::max(a.left, b.left), std::max(a.top, b.top), std::min(a.right, b.right), std::min(a.bottom, b.bottom)};
 }
 
-// Any place will do, also one from which the overlay's far edges do not fit in 32 bits.
+// The overlay may lie anywhere, even where its far edges do not fit in 32 bits.
 inline Placement place(const TRV_Picture& overlay, std::int32_t left, std::int32_t top, const TRV_Picture& source) {
     const auto last_covered = [](std::int32_t first, std::int32_t size, std::int32_t limit) {
         const std::int64_t last = std::int64_t{first} + size - 1;

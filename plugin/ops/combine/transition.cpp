@@ -9,7 +9,7 @@
 
 namespace {
 
-// The source moved toward either overlay, then one of these toward the other.
+// Moves the source toward each overlay, then the one outcome toward the other.
 struct Transition {
     BlendWeights toward_a;
 

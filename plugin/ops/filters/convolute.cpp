@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::int32_t kMostTaps = TRV_Convolution_Data::kMostTaps;
 
-// Undefined for nil.
+// Returns the mean that a convolution describes, which is undefined for nil.
 WeightedMean mean_of(REALobjectStruct* convolution) {
     const TRV_Convolution_Data* const data = TRV_Convolution_GetData(convolution);
     return WeightedMean(data ? data->taps() : std::span<const std::int32_t>());
@@ -28,8 +28,11 @@ void read_run(const TRV_Picture& source, std::int32_t row, std::int32_t column, 
     run.split(count);
 }
 
-// A run of a row with as many more pixels on either side as the taps of its ends read. Places beyond an edge of the
-// picture read the pixel at the edge.
+// A run of a row, and on either side of it the pixels that the taps of its ends read. Beyond an edge of the picture the
+// pixel at the edge is repeated:
+//
+//     | margin |              run              | margin |
+//      ^ the first tap of the first pixel of the run   ^ the last tap of the last one
 class WidenedRun {
 public:
     explicit WidenedRun(std::int32_t taps) : margin_(taps / 2) {
@@ -62,15 +65,15 @@ private:
     alignas(kCacheLine) std::array<std::uint16_t, kPixels> green_;
 };
 
-// Runs one above the other, as many as there are taps, that move down some columns row by row. Rows beyond an edge of
-// the picture read the row at the edge.
+// Some columns of as many rows as there are taps. The window moves down row by row; row y is kept in element
+// y % taps. Beyond an edge of the picture the row at the edge is repeated.
 class RunWindow {
 public:
-    // Begins at a row of some columns; to be moved there.
+    // A window that will be moved to `row` first.
     RunWindow(std::int32_t taps, std::int32_t row, std::int32_t column, std::size_t count)
         : taps_count_(taps), next_row_(std::max(row - taps / 2, 0)), column_(column), count_(count) {}
 
-    // Down to a row, which is not above the last one.
+    // Moves down to a row. It is not above the one that the window was moved to before.
     const Taps& move_to(const TRV_Picture& source, std::int32_t row, const char* caller) {
         const std::int32_t margin = taps_count_ / 2, last_row = source.height() - 1;
         for (; next_row_ <= std::min(row + margin, last_row); ++next_row_) {
@@ -88,13 +91,16 @@ private:
     }
 
     std::int32_t taps_count_;
-    std::int32_t next_row_;  // the first that has not been read
+    std::int32_t next_row_;  // the first row that has not been read
     std::int32_t column_;
     std::size_t count_;
     Taps taps_{};
     alignas(kCacheLine) std::array<Chunk, kMostTaps> red_blue_;
     alignas(kCacheLine) std::array<std::array<std::uint16_t, kChunkPixels>, kMostTaps> green_;
 };
+
+// 63 KiB on the stack.
+static_assert(sizeof(RunWindow) <= kMostStackBytes);
 
 void write_means(const WeightedMean& mean, const Taps& taps, TRV_Picture& destination, std::int32_t row,
                  std::int32_t column, std::size_t count, const char* caller) {
@@ -105,8 +111,8 @@ void write_means(const WeightedMean& mean, const Taps& taps, TRV_Picture& destin
     destination.SetPixels(row, column, {means.data(), count}, caller);
 }
 
-// Memory is fast only where it is read in order. What a walk down columns reads is read once in order before, by which
-// it comes into the second-level cache.
+// Reads a part of a picture in the order of memory, which is fast, and so brings it into the second-level cache for a
+// walk down its columns.
 void bring_near(const TRV_Picture& source, const Region& part) {
     for (std::int32_t row = part.top; row <= part.bottom; ++row) {
         const volatile std::uint8_t* const words = source.WordsAt(row, 0);
@@ -116,8 +122,8 @@ void bring_near(const TRV_Picture& source, const Region& part) {
     }
 }
 
-// The size of the parts in which a picture is walked down columns: the rows of a part fit into the second-level cache,
-// and a window onto its columns into the first-level cache.
+// Pictures are walked down columns in parts of this size: the rows of a part fit in the second-level cache, and a
+// window onto its columns in the first-level cache.
 struct PartSize {
     std::int32_t rows, columns;
 

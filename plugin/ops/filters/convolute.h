@@ -6,11 +6,11 @@
 #include "real_interface.h"
 #include "region.h"
 
-// A new picture with a region filtered; a filter that is nil leaves its direction as it is.
+// Returns a new picture with a region filtered. Nil for a filter leaves the picture as it is in that direction.
 REALpictureStruct* TRV_Convolute(REALpictureStruct* p, REALobjectStruct* rect, REALobjectStruct* horiz_convolution,
                                  REALobjectStruct* vert_convolution);
 
-// The two passes: locked pictures of one size, a TRV_Convolution or nil.
+// The two passes. The pictures are locked and have one size; `convolution` is a TRV_Convolution or nil.
 void PrivConvoluteHorizontal(const TRV_Picture& source, TRV_Picture& destination, REALobjectStruct* convolution,
                              const Region& region);
 void PrivConvoluteVertical(const TRV_Picture& source, TRV_Picture& destination, REALobjectStruct* convolution,

@@ -36,7 +36,7 @@ int TRV_Convolution_Getter_width(REALobjectStruct* self, REALword parameter) {
     return c && parameter == kWidth ? c->width : 0;
 }
 
-// An array that is no kernel (an even count, none, too many) leaves the one before.
+// An array that is no filter, because its count is even, 0 or too large, changes nothing.
 void TRV_Convolution_SetCoefficients(REALobjectStruct* self, REALintArrayStruct* coeffs) {
     Convolution* const c = TRV_Convolution_GetData(self);
     if (!c || !coeffs) return;

@@ -21,10 +21,10 @@ struct Ants {
     bool has_state() const { return state >= 0 && state < period(); }
 };
 
-// The colours along a run, pixel by pixel.
+// Gives the colours of the outline's pixels, one after the other.
 class Dashes {
 public:
-    // The phase has the sign of the state: below 0 there is one pixel of the ant's colour, and then a whole period.
+    // The phase has the sign of the state. Below 0 one pixel of the ant's colour comes before the first whole period.
     explicit Dashes(const Ants& ants) : ants_(ants), phase_(ants.state % ants.period()) {}
 
     PixelColor next() {
@@ -48,8 +48,8 @@ void draw_column(TRV_Picture& result, std::int32_t column, const Region& region,
         result.SetPixel(row, column, dashes.next(), kCaller);
 }
 
-// Two halves, each with the dashes running on around its corner. They begin alike at the top left, and meet as they
-// happen to at the bottom right. Each run overwrites the corners of those before it.
+// Draws two halves, from the top left corner to the bottom right one. In each the dashes run on around its corner;
+// where the halves meet they need not fit. Each side overwrites the corners of those before it.
 void draw_outline(TRV_Picture& result, const Region& region, const Ants& ants) {
     Dashes top_and_right(ants), left_and_bottom(ants);
     draw_row(result, region.top, region, top_and_right);
@@ -60,8 +60,8 @@ void draw_outline(TRV_Picture& result, const Region& region, const Ants& ants) {
 
 }  // namespace
 
-// What is wrong with the ants is only reported: the picture is made all the same, without an outline when they have no
-// size.
+// A wrong size or state of the ants is reported, and the picture is made all the same; without a size it gets no
+// outline.
 REALpictureStruct* TRV_CrawlingAnts(REALpictureStruct* p, REALobjectStruct* rect, int ant_color, int shadow_color,
                                     int ant_size, int ant_state) {
     ClearError();

@@ -6,7 +6,7 @@
 #include "real_interface.h"
 #include "region.h"
 
-// A new picture with a region outlined in dashes of `ant_size` pixels, at least 1, in two colours. The dashes move by
-// one pixel when `ant_state`, from 0 to 2 * ant_size - 1, goes up by 1.
+// Returns a new picture with a region outlined in dashes of two colours, each `ant_size` pixels long, at least 1. The
+// dashes move by one pixel when `ant_state`, from 0 to 2 * ant_size - 1, goes up by 1.
 REALpictureStruct* TRV_CrawlingAnts(REALpictureStruct* p, REALobjectStruct* rect, int ant_color, int shadow_color,
                                     int ant_size, int ant_state);

@@ -7,8 +7,8 @@
 
 namespace {
 
-// The colour at row `j` of a section whose last row is `last`. In a section of a single row both fractions are 0 / 0,
-// not a number, and such a row is black.
+// Returns the colour of row `j` in a section whose last row is `last`. In a section of a single row both fractions are
+// 0 / 0, which is NaN, and the row is black.
 PixelColor color_at(std::int32_t j, std::int32_t last, PixelColor from, PixelColor to) {
     const double from_fraction = static_cast<double>(last - j) / last;
     const double to_fraction = static_cast<double>(j) / last;
@@ -20,7 +20,7 @@ PixelColor color_at(std::int32_t j, std::int32_t last, PixelColor from, PixelCol
                     channel(blue_of(from), blue_of(to)));
 }
 
-// Rows `first` to `last`, both included, from one colour to another.
+// Fills the rows from `first` to `last`, both included, from one colour to another.
 void fill_section(TRV_Picture& result, std::int32_t first, std::int32_t last, int from, int to) {
     Chunk colors;
     for (std::int32_t row = first; row <= last; ++row) {

@@ -5,11 +5,11 @@
 #include "picture.h"
 #include "real_interface.h"
 
-// From `color1` to `color2`; or by way of `color2`, in the middle, to `color3`. The host gets no control, whatever
-// `yield`.
+// Return a new picture that fades from `color1` to `color2`, or by way of `color2` in the middle to `color3`. The host
+// gets no control, whatever `yield` is.
 REALpictureStruct* TRV_MakeGradient(int width, int height, int color1, int color2, int yield);
 REALpictureStruct* TRV_MakeDoubleGradient(int width, int height, int color1, int color2, int color3, int yield);
 
-// The kernels: a locked picture.
+// The kernels. The picture is locked.
 void PrivMakeGradient(TRV_Picture& result, int color1, int color2);
 void PrivMakeDoubleGradient(TRV_Picture& result, int color1, int color2, int color3);

@@ -16,11 +16,11 @@ namespace {
 
 constexpr const char* kCaller = "TRV_Pixelate";
 
-// Rows are read and written in long runs, whole where they can be, one after the other: so memory is fastest.
+// Rows are read and written in long runs, where they can be as a whole: memory is fastest so.
 constexpr std::int32_t kRunPixels = 8 * kChunkPixels;
 constexpr std::int32_t kMostBlocks = 1024;
 
-// Sums down the columns of a run. Red and blue share a word: the sums of 256 rows have 16 bits each.
+// Sums down the columns of a run. The sums of 256 rows fit in 16 bits, so that red and blue share a word.
 struct ColumnSums {
     static constexpr std::int32_t kMostRows = 256;
     std::array<std::uint32_t, kRunPixels> red_blue{}, green{};
@@ -37,7 +37,7 @@ TARVO_ROW_CLONES void add_colors(const PixelColor* colors, std::uint32_t* __rest
     }
 }
 
-// 32-bit pixels as they are stored.
+// Adds 32-bit pixels as they are stored.
 TARVO_ROW_CLONES void add_four_rows(const std::uint8_t* __restrict a, const std::uint8_t* __restrict b,
                                     const std::uint8_t* __restrict c, const std::uint8_t* __restrict d,
                                     std::uint32_t* __restrict red_blue, std::uint32_t* __restrict green,
@@ -52,8 +52,9 @@ TARVO_ROW_CLONES void add_four_rows(const std::uint8_t* __restrict a, const std:
     }
 }
 
-// The blocks of some columns of one band of rows: as many whole blocks as a run holds, or a single wider one.
+// The sums of neighbouring blocks in one band of rows: of as many as a run holds, or of a single one that is wider.
 using BlockSums = std::array<ChannelSums, kMostBlocks>;
+static_assert(sizeof(BlockSums) + sizeof(ColumnSums) <= kMostStackBytes);  // 64 KiB on the stack
 
 std::int32_t columns_of_blocks(std::int32_t pixelation) {
     return std::clamp(kRunPixels / pixelation, 1, kMostBlocks) * pixelation;
@@ -67,7 +68,6 @@ void for_each_block(std::size_t count, std::int32_t pixelation, Visit visit) {
         visit(block, first, std::min(first + size, count));
 }
 
-// The sums of a run's columns fit in 32 bits.
 TARVO_ROW_CLONES void add_columns(BlockSums& blocks, const ColumnSums& sums, std::size_t count, std::int32_t rows,
                                   std::int32_t pixelation) {
     for_each_block(count, pixelation, [&](std::size_t block, std::size_t first, std::size_t end) {
@@ -84,9 +84,9 @@ TARVO_ROW_CLONES void add_columns(BlockSums& blocks, const ColumnSums& sums, std
         total.count += (end - first) * static_cast<std::size_t>(rows);
     });
 }
-static_assert(std::uint64_t{kRunPixels} * ColumnSums::kMostRows * 255 <= 0xFFFFFFFF);
+static_assert(std::uint64_t{kRunPixels} * ColumnSums::kMostRows * 255 <= 0xFFFFFFFF);  // the sums fit in 32 bits
 
-// The source's colours as the result would hold them, which at another depth are not the same.
+// Reads the source's colours as the result would hold them. At another depth they are not the same.
 void read_as_stored(const TRV_Picture& source, TRV_Picture& result, std::int32_t row, std::int32_t column,
                     std::span<PixelColor> colors) {
     source.GetPixels(row, column, colors, kCaller);
@@ -138,8 +138,8 @@ void fill_blocks(TRV_Picture& result, const Region& area, std::int32_t pixelatio
     });
 }
 
-// The last pixel that blocks from `first` on reach, of `size` pixels: none begins on the last pixel of the region, and
-// the last one runs on beyond it, as far as the picture does.
+// Returns the last row or column that blocks from `first` on reach. No block begins at `last`, where the region ends,
+// and the last block goes on beyond it as far as the picture, which has `size` rows or columns.
 std::int32_t end_of_blocks(std::int32_t first, std::int32_t last, std::int32_t size, std::int32_t pixelation) {
     if (first >= last) return first - 1;
     const std::int64_t blocks = (std::int64_t{last} - first - 1) / pixelation + 1;

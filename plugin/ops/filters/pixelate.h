@@ -1,13 +1,13 @@
 #pragma once
 
-// Pixelate: square blocks of a region become their mean colour, a mosaic.
+// Pixelate: a mosaic of square blocks, each of which has its mean colour.
 
 #include "picture.h"
 #include "real_interface.h"
 #include "region.h"
 
-// A new picture with blocks of `pixelation` x `pixelation` pixels over a region. At least 1.
+// Returns a new picture with blocks of `pixelation` x `pixelation` pixels over a region. `pixelation` is at least 1.
 REALpictureStruct* TRV_Pixelate(REALpictureStruct* p, REALobjectStruct* rect, int pixelation);
 
-// The kernel: locked pictures of one size.
+// The kernel. The pictures are locked and have one size.
 void PrivPixelate(const TRV_Picture& source, TRV_Picture& result, const Region& region, int pixelation);

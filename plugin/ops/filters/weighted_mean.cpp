@@ -8,8 +8,8 @@
 #include "row_clones.h"
 #include "rows.h"
 
-// Rounding the reciprocal up, or down with the dividend raised by one: of the two, the one that is nearer to what it
-// stands for is exact.
+// The reciprocal is rounded up; or it is rounded down, and the dividend is raised by one. Of the two, the one that is
+// closer to the true reciprocal gives exact quotients.
 Reciprocal Reciprocal::of(std::uint32_t divisor) {
     constexpr std::uint32_t kOne = 0x10000u << kShift;
     const std::uint32_t scale = 256 / std::bit_ceil(divisor), scaled = divisor * scale;
@@ -40,6 +40,7 @@ TARVO_ROW_CLONES void split_words(const std::uint8_t* __restrict words, PixelCol
 
 using HalfWord = channel_lanes::HalfWord;
 
+// What one tap adds to the sums of each pixel.
 struct HalfWordTap {
     SplitRun run;
     std::uint32_t coefficient;  // modulo 2^16
@@ -50,7 +51,7 @@ struct HalfWordTap {
     TARVO_INLINED std::uint32_t green(std::size_t x) const { return coefficient * run.green[x]; }
 };
 
-// What sums begin with, as if it were a tap.
+// What the sums begin with, in the shape of a tap.
 struct HalfWordStart {
     std::uint32_t value;
 
@@ -58,7 +59,7 @@ struct HalfWordStart {
     TARVO_INLINED std::uint32_t green(std::size_t) const { return value; }
 };
 
-// Of some pixels at a time.
+// The sums of some pixels, taken apart as a SplitRun is.
 struct HalfWordSums {
     static constexpr std::size_t kPixels = 128;
 
@@ -70,7 +71,7 @@ struct HalfWordSums {
     }
     TARVO_INLINED std::uint32_t green(std::size_t x) const { return greens[x]; }
 
-    // Several terms at a time: that reads and writes the sums less often.
+    // Takes several terms at a time, so that the sums are read and written less often.
     template <class... Term>
     TARVO_INLINED void become_sum(std::size_t count, const Term&... terms) {
         HalfWord* const red_blue = reinterpret_cast<HalfWord*>(red_blue_words);
@@ -79,7 +80,7 @@ struct HalfWordSums {
         for (std::size_t x = 0; x < count; ++x) greens[x] = static_cast<std::uint16_t>((terms.green(x) + ...));
     }
 
-    // value = function(value) for all that is summed.
+    // sum = function(sum) for every channel of every pixel.
     template <class Function>
     TARVO_INLINED void map(std::size_t count, Function function) {
         HalfWord* const red_blue = reinterpret_cast<HalfWord*>(red_blue_words);
@@ -90,7 +91,7 @@ struct HalfWordSums {
 
 // --- any coefficients: sums of 32 bits -------------------------------------------------------------------------------
 
-// Unsigned, so that they wrap.
+// The sums of a chunk's channels. They are unsigned, so that they wrap.
 struct WordSums {
     using Channel = std::array<std::uint32_t, kChunkPixels>;
     alignas(kCacheLine) Channel red, green, blue;
@@ -122,10 +123,10 @@ TARVO_ROW_CLONES void add_pair_to_word_sums(WordSums& __restrict sums, std::size
     }
 }
 
-// Divides sums by a constant other than 0. With half a unit added to the dividend, a quotient is at least half of 1 /
-// 2^31 away from every integer, which is far more than the rounding of the reciprocal can move it.
+// Divides sums by a constant other than 0. Half a unit is added to the dividend: then every quotient is at least
+// 1 / 2^32 away from every integer, which is far more than the rounding of the reciprocal can move it.
 struct WordDivision {
-    std::int32_t lowest, highest;  // sums beyond have the quotients of these, 0 and 255
+    std::int32_t lowest, highest;  // sums beyond these have their quotients: 0 and 255, or the reverse
     double half, reciprocal;
 
     explicit WordDivision(std::int32_t divisor) : half(divisor > 0 ? 0.5 : -0.5), reciprocal(1.0 / divisor) {
@@ -166,8 +167,8 @@ WeightedMean::WeightedMean(std::span<const std::int32_t> coefficients) {
     }
     fits_in_half_words_ = positive - negative <= 256 && sum_ != 0;
 
-    // Half words are divided by positive numbers. And the most negative sum divided by -1 stays what it is, as it does
-    // when it is negated.
+    // Half words are divided by positive numbers only. Division by -1 is negation, also of the most negative sum, which
+    // stays what it is.
     if (sum_ == -1 || (sum_ < 0 && fits_in_half_words_)) {
         for (std::int32_t& c : coefficients_) c = wrapping_subtract(0, c);
         sum_ = -sum_;
@@ -220,7 +221,7 @@ void WeightedMean::mean_in_half_words(const Taps& taps, std::size_t count, const
 
         const Reciprocal reciprocal = reciprocal_;
         if (has_negative_) {
-            // Sums are still raised by `start`, and may lie on either side of what has a quotient.
+            // The sums are still raised by `start`, and may lie below what gives 0 and above what gives 255.
             const std::uint16_t start = start_, largest = static_cast<std::uint16_t>(255 * sum_);
             sums.map(pixels, [=](std::uint16_t sum) TARVO_INLINED {
                 const auto positive = static_cast<std::uint16_t>(std::max(sum, start) - start);

@@ -11,11 +11,11 @@
 
 namespace {
 
-// What all source lines that a result line covers weigh together, about.
+// All source lines that a result line covers weigh about this much together.
 constexpr std::uint32_t kUnit = 32768;
-// A sum of bytes weighted so fits in 32 bits.
+// Up to this unit, weighted sums of bytes fit in 32 bits.
 constexpr std::int64_t kMostUnit = std::int64_t{1} << 23;
-// What may be missing of a unit so that a division by what is there takes one correction.
+// When no more than this is missing of a unit, a division takes a single correction.
 constexpr std::uint32_t kMostMissing = kUnit / 256;
 
 using Byte [[gnu::may_alias]] = std::uint8_t;
@@ -30,11 +30,11 @@ TARVO_ROW_CLONES void add_lanes(const Byte* __restrict bytes, std::size_t lanes,
     for (std::size_t i = 0; i < lanes; ++i) sums[i] += bytes[i] * weight;
 }
 
-// Never more than a few where results cover few lines.
+// What the weights of a result line lack of a unit. It is little where results cover few lines.
 constexpr std::uint32_t missing_of(std::int64_t total) { return kUnit - static_cast<std::uint32_t>(total); }
 
-// sum / (kUnit - missing): for each whole unit in the sum, and one more, what is missing is added; a carry into the
-// units is the one that the quotient has more.
+// Returns sum / (kUnit - missing). What is missing is added once for each whole unit in the sum, and once more: if that
+// carries into the units, the quotient is larger by one.
 constexpr std::uint32_t divide(std::uint32_t sum, std::uint32_t missing) {
     return (sum + (sum / kUnit + 1) * missing) / kUnit;
 }
@@ -58,7 +58,7 @@ TARVO_ROW_CLONES void pick(const PixelColor* __restrict colors, const std::uint3
     for (std::size_t x = 0; x < count; ++x) out[x] = colors[from[x]] & 0xFFFFFF;
 }
 
-// Each colour twice.
+// Repeats each colour.
 TARVO_ROW_CLONES void double_row(const PixelColor* __restrict colors, std::size_t count, PixelColor* __restrict out) {
     for (std::size_t x = 0; x < count / 2; ++x) out[2 * x] = out[2 * x + 1] = colors[x] & 0xFFFFFF;
     if (count % 2 != 0) out[count - 1] = colors[count / 2] & 0xFFFFFF;
@@ -79,13 +79,19 @@ TARVO_ROW_CLONES void halve_columns(const PixelColor* __restrict above, const Pi
 
 constexpr std::size_t kLanes = ColorSums::kLanes;
 
-// Weights lie as they are multiplied: those of a pair of taps beside each other for every lane, then those of the next
-// result, then the next pair of both. They are kept negative: as 16 bits, 32,768 is nothing else.
+// The weights of two neighbouring results, as they are multiplied. Each weight is repeated for the four lanes, that is
+// the channels of a colour, and beside it is that of the next tap:
+//
+//     result x            |  result x + 1       |  result x           |  result x + 1       |
+//     01  01  01  01      |  01  01  01  01     |  23  23  23  23     |  23  23  23  23     |  the numbers of the taps
+//
+// They are kept negative, because 32,768 fits in 16 bits only so.
 constexpr std::size_t weight_index(std::size_t pairs, std::size_t x, std::size_t tap, std::size_t lane) {
     return ((x / 2 * pairs + tap / 2) * 2 + x % 2) * 2 * kLanes + 2 * lane + tap % 2;
 }
 
-// The results' first pixels in a window, what their pixels weigh, and what is missing of a unit.
+// What results are averaged from: a window of source pixels, the first pixel of each result in it, the weights, and
+// what these lack of a unit.
 struct Taps {
     const PixelColor* window;
     const std::uint32_t* from;
@@ -112,10 +118,10 @@ void average_taps(const Taps& of, std::size_t count, PixelColor* __restrict out)
 }
 
 #if defined(TARVO_AVX2_TAPS)
-// The same, two results at a time. Plain loops do not become multiplications of pairs.
+// The same, two results at a time. Compilers do not turn plain loops into multiplications of pairs.
 template <std::size_t kPairs>
 __attribute__((target("avx2"))) void average_taps_avx2(const Taps& taps, std::size_t count, PixelColor* out) {
-    // Of four pixels the first or the last two, lane by lane, as words.
+    // Chooses the first or the last two of four pixels, lane by lane, as 16-bit numbers.
     const __m256i first_pair =
         _mm256_broadcastsi128_si256(_mm_setr_epi8(0, -1, 4, -1, 1, -1, 5, -1, 2, -1, 6, -1, 3, -1, 7, -1));
     const __m256i second_pair = _mm256_add_epi8(first_pair, _mm256_set1_epi16(8));
@@ -142,7 +148,7 @@ __attribute__((target("avx2"))) void average_taps_avx2(const Taps& taps, std::si
 }
 #endif
 
-// The kernel for results that cover up to so many pixels; the last ones may weigh nothing.
+// Returns the kernel for results that cover up to kPairs pairs of pixels. The last ones may weigh nothing.
 template <std::size_t kPairs>
 AverageTaps* average_taps_here() {
 #if defined(TARVO_AVX2_TAPS)
@@ -151,7 +157,7 @@ AverageTaps* average_taps_here() {
     return average_taps<kPairs>;
 }
 
-// Pairs of taps, as many as kernels take.
+// Returns how many pairs of taps the kernel takes that is used for so many taps.
 constexpr std::size_t pairs_for(std::size_t taps) { return taps <= 2 ? 1 : taps <= 4 ? 2 : kMostTaps / 2; }
 
 AverageTaps* average_taps_for(std::size_t taps) {
@@ -164,7 +170,7 @@ AverageTaps* average_taps_for(std::size_t taps) {
 
 // --- means of a few lines --------------------------------------------------------------------------------------------
 
-// Lines above each other and their weights, which are together what is missing less than a unit.
+// Lines above each other and their weights. Together these are a unit but for what is missing.
 struct WeightedLines {
     std::uint32_t missing;
     const PixelColor* lines[kMostLines];
@@ -186,7 +192,7 @@ TARVO_INLINED inline void average_lines(const WeightedLines& of, std::size_t cou
     }
 }
 
-// Clones must be plain functions, so that every compiler makes them.
+// These are plain functions around the template, because clang clones no templates.
 TARVO_ROW_CLONES void average_2_lines(const WeightedLines& of, std::size_t count, PixelColor* out) {
     average_lines<2>(of, count, out);
 }
@@ -213,7 +219,7 @@ TARVO_ROW_CLONES void add_pixels(const PixelColor* colors, std::size_t count, st
 
 }  // namespace
 
-// Sides of more than 32,768 to 1 would leave nothing to give in units of the usual size.
+// With more than 32,768 source lines to a result line, a source line would have nothing to give. Then units are larger.
 AxisWeights::AxisWeights(std::int32_t source_length, std::int32_t result_length)
     : source_lines(source_length), result_lines(result_length) {
     if (source_lines < 1 || result_lines < 1) return;
@@ -281,7 +287,7 @@ std::int32_t RowAverage::run_pixels(const AxisWeights& weights) {
 }
 
 void RowAverage::average_window(PixelColor* out) {
-    if (taps_ == 0) {  // nothing is covered
+    if (taps_ == 0) {  // the results cover nothing
         std::fill_n(out, count_, 0);
         return;
     }
@@ -303,7 +309,7 @@ void RowAverage::add_piece(std::size_t done, std::size_t pixels) {
     for (; summed_ < count_; ++summed_) {
         const std::int64_t column = first_ + static_cast<std::int64_t>(summed_);
         const std::int64_t first = weights_.first_covered(column), last = weights_.last_covered(column);
-        // Of the source's pixels from `from` to before `to` those that are here.
+        // Adds those of the source's pixels from `from` to before `to` that are in this piece.
         const auto add = [&](std::int64_t from, std::int64_t to, std::uint32_t weight) {
             const std::int64_t here = std::max(from, begin), behind = std::min(to, end);
             if (here >= behind) return;

@@ -1,7 +1,7 @@
 #pragma once
 
-// Resampling by area, one axis at a time: each result line is the mean of the source lines that it covers. Along rows a
-// line is a pixel, along columns a run of pixels.
+// Resampling by area, along one axis at a time: each result line is the mean of the source lines that it covers. Along
+// rows a line is a pixel, along columns it is a run of a row.
 
 #include <algorithm>
 #include <array>
@@ -11,27 +11,32 @@
 
 #include "rows.h"
 
-// Rows are averaged in runs of at most so many result pixels, all rows of a run before the next. Runs that are whole
-// rows are best, as the hardware foresees them one after the other; runs of longer rows keep to the first-level cache.
+// Rows are averaged in runs of at most this many result pixels: the run at the left in all rows, then the next one.
+// Whole rows are best, since processors read ahead from one to the next; of longer rows, runs are so short that they
+// stay in the first-level cache.
 inline constexpr std::int32_t kRunPixels = 2048;
 using Run = std::array<PixelColor, kRunPixels>;
 constexpr std::int32_t run_pixels(std::int32_t row_pixels) {
     return row_pixels <= kRunPixels ? kRunPixels : kChunkPixels;
 }
 
-// Results that cover at most so many pixels of a row, or so many lines, are averaged at once, with a weight for each;
-// others are summed up piece by piece.
+// Results that cover at most this many pixels of a row, or lines, are averaged at once, with a weight for each. Others
+// are summed up piece by piece.
 inline constexpr std::size_t kMostTaps = 8;
 inline constexpr std::size_t kMostLines = 4;
 
-// Weights in whole numbers: a source line has `step` of it to give, a result line collects `total`.
+// The weights along one axis, in whole numbers. A source line has `step` to give, and a result line collects `total`.
+// Twelve source lines and five result lines:
+//
+//     source     |    |    |    |    |    |    |    |    |    |    |    |    |     each `step` wide
+//     result     |           |           |           |           |           |     each `total` wide
 struct AxisWeights {
     std::int32_t source_lines, result_lines;
     std::int64_t step = 0, total = 0;
 
     AxisWeights(std::int32_t source_length, std::int32_t result_length);
 
-    // Whether results cover anything of the source at all.
+    // Whether result lines cover anything of the source at all.
     bool cover() const { return total > 0; }
     // Whether each result line is the mean of two source lines of its own.
     bool halve() const { return total == 2 * step; }
@@ -46,18 +51,18 @@ struct AxisWeights {
     std::int32_t last_covered(std::int64_t result_line) const {
         return static_cast<std::int32_t>(((result_line + 1) * total - 1) / step);
     }
-    // How much one of them gives.
+    // How much a source line gives to a result line.
     std::uint32_t weight(std::int64_t source_line, std::int64_t result_line) const;
 };
 
-// Weighted sums of the channels of up to a run of pixels. Lanes are the bytes of colours, the top byte too.
+// Weighted sums of the channels of at most a run of pixels. There is a sum for each byte of a colour, the top byte too.
 class ColorSums {
 public:
     static constexpr std::size_t kLanes = sizeof(PixelColor);
 
     void begin(const PixelColor* colors, std::size_t count, std::uint32_t weight);
     void add(const PixelColor* colors, std::size_t count, std::uint32_t weight);
-    // The sums divided by the weight that they have collected; top bytes become 0.
+    // Divides the sums by the weight that they have collected. Top bytes become 0.
     void means(PixelColor* out, std::size_t count, std::uint32_t total) const;
 
     std::uint32_t* of(std::size_t pixel) { return &sums_[pixel * kLanes]; }
@@ -66,19 +71,20 @@ private:
     std::array<std::uint32_t, kLanes * kRunPixels> sums_;
 };
 
-// Averages runs of rows, `count` result pixels from the column `first` on: the same course for every row.
+// Averages runs of rows, in each the `count` result pixels from the column `first` on. Weights are made once for all
+// rows.
 class RowAverage {
 public:
     RowAverage(const AxisWeights& weights, std::int32_t first, std::size_t count);
 
-    // How long its runs are at most.
+    // The longest run that a RowAverage with such weights can average.
     static std::int32_t run_pixels(const AxisWeights& weights);
 
-    // The source pixels that are covered.
+    // The source pixels that the run covers.
     std::int32_t source_column() const { return source_column_; }
     std::size_t source_count() const { return source_count_; }
 
-    // `read(column, colors)` gives a run of the source's row.
+    // `read(column, colors)` reads a run of the source's row.
     template <class Read>
     void average(Read read, PixelColor* out) {
         const bool at_once = taps_ <= kMostTaps;
@@ -92,7 +98,8 @@ public:
     }
 
 private:
-    // Pixels that are averaged at once, as many weights: some for each of a run's results, or many of a shorter run's.
+    // How many pixels, each with a weight, are averaged at once: four for each result of a longest run, or more for
+    // each result of a shorter one.
     static constexpr std::size_t kRunTaps = 4 * kRunPixels;
 
     std::uint32_t total() const { return static_cast<std::uint32_t>(weights_.total); }
@@ -106,23 +113,23 @@ private:
     std::int32_t source_column_ = 0;
     std::size_t source_count_ = 0;
     std::size_t taps_ = 0;                                // the most pixels that a result covers
-    std::size_t summed_ = 0;                              // results that are complete, where sums grow piece by piece
+    std::size_t summed_ = 0;                              // the results whose sums are complete
     std::array<std::uint32_t, kRunPixels> taken_from_{};  // each result's first pixel in the window
     std::array<std::int16_t, ColorSums::kLanes * kRunTaps> tap_weights_;
     std::array<PixelColor, kRunTaps + kMostTaps> window_{};
     ColorSums sums_;
 };
 
-// Averages runs of rows down the columns: takes the source's rows in their order.
+// Averages runs of rows down the columns. It takes the source's rows in their order.
 class ColumnAverage {
 public:
     ColumnAverage(const AxisWeights& weights, std::size_t count)
         : weights_(weights), count_(count), at_once_(weights.most_covered() <= std::int64_t{kMostLines}) {}
 
-    // Where the next row's run is to be put, its top bytes 0.
+    // Where the run of the next row is to be written. Its top bytes are to be 0.
     PixelColor* next() { return line(source_row_); }
 
-    // Takes it. `emit(row, colors)` for the result's rows that are complete with this one.
+    // Takes that run, and calls `emit(row, colors)` for the result's rows that it completes.
     template <class Emit>
     void take(Emit emit) {
         const std::int32_t taken = source_row_++;
@@ -147,7 +154,7 @@ private:
     std::size_t count_;
     bool at_once_;
     std::int32_t source_row_ = 0;
-    std::int32_t row_ = 0;               // of the result, that comes next
-    std::array<Run, kMostLines> lines_;  // the last ones
+    std::int32_t row_ = 0;               // the result's row that is completed next
+    std::array<Run, kMostLines> lines_;  // the last rows taken; row y is element y % kMostLines
     ColorSums sums_;
 };

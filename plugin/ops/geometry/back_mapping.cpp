@@ -13,7 +13,7 @@ constexpr std::int32_t kMargin = 2;
 constexpr double kHalfPi3 = 4.712385;      // 3 pi / 2
 constexpr double kQuarterPi5 = 3.9269875;  // 5 pi / 4
 constexpr double kThreePi = 9.42477;
-constexpr double kDiagonal = 1.4142135623730951;  // of a pixel
+constexpr double kDiagonal = 1.4142135623730951;  // a pixel's
 
 std::int64_t truncated(double value) { return static_cast<std::int64_t>(value); }
 
@@ -36,8 +36,8 @@ BackMapping::BackMapping(Sides source, Sides result, double angle, int unit_bits
 
 std::int32_t BackMapping::step(double pixels) const { return static_cast<std::int32_t>(pixels * fixed_unit_); }
 
-// The leftmost place at which the turned source meets the row of pixels from `top` to `top` + 1, counted from the
-// result's middle: on the source's left side, at the corner below it, or on the bottom side.
+// Returns the leftmost place where the turned source meets the row of pixels from `top` to `top` + 1, counted from the
+// result's middle. It is on the source's left side, at the corner below that side, or on the bottom side.
 std::int32_t BackMapping::left_edge(double top) const {
     const double corner_x = -half_width_ * cosine_ - half_height_ * sine_;
     const double corner_y = -half_width_ * sine_ + half_height_ * cosine_;

@@ -1,6 +1,6 @@
 #pragma once
 
-// From the pixels of a turned picture back to places in its source, for angles from 0 to half of pi.
+// The mapping of the pixels of a turned picture back to places in its source, for angles from 0 to half of pi.
 
 #include <cstdint>
 
@@ -10,8 +10,9 @@ struct Sides {
     std::int32_t width, height;
 };
 
-// Fixed point: `kFractionBits` below a unit, of which there are `1 << unit_bits` to a source pixel. 64 bits hold any
-// position in a picture; 32 bits are enough for those counted from one that is less than 1000 pixels away.
+// Positions are in fixed point: `kFractionBits` of fraction below a unit, and `1 << unit_bits` units to a source pixel.
+// 64 bits hold any position in a picture. 32 bits are enough where positions are counted from one that is less than
+// 1000 pixels away.
 inline constexpr int kFractionBits = 16;
 
 template <class Fixed>
@@ -19,8 +20,14 @@ struct Position {
     Fixed x, y;
 };
 
-// What is subtracted from a position: for the next pixel to the right, for a pixel's lower corners, for its lower right
-// one. Not more than a pixel's diagonal.
+// What is subtracted from the source position of a result pixel's upper left corner to get to the other corners, as far
+// as they bound the footprint. The upper right corner is also the next pixel's upper left one:
+//
+//     upper left  ------------  upper right: next_x, next_y
+//         |                         |
+//     lower left: down_y  ----  lower right: corner_x
+//
+// No step is longer than a source pixel's diagonal.
 struct Steps {
     std::int32_t next_x, next_y, down_y, corner_x;
 };
@@ -30,12 +37,12 @@ Position<Fixed> to_the_right(Position<Fixed> position, const Steps& steps, Fixed
     return {position.x - pixels * steps.next_x, position.y - pixels * steps.next_y};
 }
 
-// What the square of a result pixel covers of the source, its bounds in units; `right` and `bottom` lie behind.
+// The bounds, in units, of what the square of a result pixel covers of the source. `right` and `bottom` lie behind it.
 template <class Fixed>
 struct Footprint {
     Fixed left, top, right, bottom;
 
-    // `corner` is the upper left one of the square.
+    // `corner` is the upper left corner of the square.
     Footprint(Position<Fixed> corner, const Steps& steps)
         : left(corner.x >> kFractionBits),
           top((corner.y - steps.next_y) >> kFractionBits),
@@ -48,8 +55,8 @@ private:
 
 // The walk along a row of the result.
 struct RowStart {
-    std::int32_t column;              // where it begins, a little left of where the source can show
-    Position<std::int64_t> position;  // in the source, of that pixel's upper left corner
+    std::int32_t column;              // where the walk begins, a little left of where the source can show
+    Position<std::int64_t> position;  // the upper left corner of that column's pixel, in the source
 };
 
 class BackMapping {
@@ -58,7 +65,7 @@ public:
 
     const Steps& steps() const { return steps_; }
     RowStart row_start(std::int32_t row) const;
-    // The upper left corner of a pixel of the row, in the source.
+    // Returns the upper left corner of a pixel of the row, in the source.
     Position<std::int64_t> position(const RowStart& start, std::int32_t column) const {
         return to_the_right(start.position, steps_, std::int64_t{column} - start.column);
     }
@@ -68,7 +75,7 @@ private:
     std::int32_t left_edge(double top) const;
 
     double angle_, sine_, cosine_;
-    double half_width_, half_height_;  // of the source
+    double half_width_, half_height_;  // half the source's sides
     double result_half_width_, result_half_height_;
     std::int32_t result_width_;
     double fixed_unit_;  // a source pixel in fixed point

@@ -8,7 +8,7 @@
 void PrivCopyPicture(const TRV_Picture& source, TRV_Picture& result) {
     const std::int32_t width = std::min(source.width(), result.width());
     const std::int32_t height = std::min(source.height(), result.height());
-    // The label is that of the operation which the copy was first made for.
+    // The label is that of the operation that the copy was first made for.
     for (std::int32_t row = 0; row < height; ++row)
         copy_run(source, {row, 0}, result, {row, 0}, width, "TRV_AdjustContrast");
 }

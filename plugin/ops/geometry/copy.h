@@ -5,8 +5,8 @@
 #include "picture.h"
 #include "real_interface.h"
 
-// For use within the library: it is declared, and no host is told of it. A mask is left behind.
+// Returns a copy without the mask. The method is declared but registered with no host.
 REALpictureStruct* TRV_CopyPicture(REALpictureStruct* p);
 
-// The kernel: locked pictures of one size.
+// The kernel. The pictures are locked and have one size.
 void PrivCopyPicture(const TRV_Picture& source, TRV_Picture& result);

@@ -6,7 +6,7 @@
 #include "host_reference.h"
 #include "quarter_turns.h"
 
-// Both checks run: a rotation out of bounds is what stays of two.
+// Both checks run. When both fail, the code of the rotation stays.
 REALpictureStruct* TRV_FlipRotate(REALpictureStruct* p, bool flip_h, bool flip_v, int rotation, int yield) {
     ClearError();
     if (!p) SetError(ErrorCode::source_nil);
@@ -21,7 +21,7 @@ REALpictureStruct* PrivFlipRotate_NonVector(REALpictureStruct* p, bool flip_h, b
     return layer(source, flip_h, flip_v, rotation, yield);
 }
 
-// A 1-bit picture stays one.
+// A 1-bit picture keeps its depth. All other results are at least 16 bits deep.
 REALpictureStruct* PrivFlipRotate_NoMask_NonVector(TRV_Picture& source, bool flip_h, bool flip_v, int rotation,
                                                    int yield) {
     const auto [width, height] = turned_size(source, rotation);
@@ -40,7 +40,7 @@ REALpictureStruct* PrivFlipRotate_Mask_NonVector(TRV_Picture& source, bool flip_
     TRV_Picture result(width, height, result_depth(source), true);
     TRV_Picture result_mask(result, true);
     if (!result.Lock() || !result_mask.Lock()) return Fail(ErrorCode::result_lock);
-    made.reset(result.picture());  // the host may throw when it gets control
+    made.reset(result.picture());  // held here, because the host may throw when it gets control
     QuarterTurn& kernel = quarter_turn(rotation, flip_h, flip_v);
     kernel(source, result, yield);
     kernel(source_mask, result_mask, yield);

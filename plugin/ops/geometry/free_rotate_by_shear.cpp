@@ -13,11 +13,11 @@
 
 namespace {
 
-// A rotation as it is carried out.
+// A rotation, split into whole quarter turns and a rest that three shears do.
 struct Course {
     int quarter_turns;
     double degrees;  // the rest, from -45 to below 45
-    double angle;    // the same in radians
+    double angle;    // the rest in radians
 
     explicit Course(double rotation) {
         const double turns = std::floor((rotation + 45.0) / 90.0);
@@ -29,7 +29,7 @@ struct Course {
     double column_shear() const { return std::sin(-angle); }
 };
 
-// `length` with room for what a shear of `lines` lines adds to it.
+// Returns the length of lines after a shear: `length` and what a shear of `lines` lines adds to it.
 std::int32_t sheared_length(std::int32_t length, std::int32_t lines, double shear) {
     constexpr std::int64_t kOne = 65536;
     const std::int64_t step = truncate_to_int32(shear * kOne);
@@ -37,7 +37,7 @@ std::int32_t sheared_length(std::int32_t length, std::int32_t lines, double shea
     return static_cast<std::int32_t>(std::min<std::int64_t>(sheared, std::numeric_limits<std::int32_t>::max()));
 }
 
-// The bounds of a picture that has been through its quarter turns, once it is turned by the rest.
+// Returns the bounds of a picture that has been turned by its quarter turns, after it is turned by the rest.
 Size rotated_size(Size turned, const Course& course) {
     const free_rotation::Diagonal diagonal(turned.width, turned.height);
     const double after = course.angle + diagonal.angle, before = course.angle - diagonal.angle;
@@ -51,11 +51,11 @@ Size rotated_size(Size turned, const Course& course) {
 
 enum class Purpose { intermediate, result };
 
-// An image and its mask; what is done to one is done to the other.
+// An image and its mask. What is done to the one is done to the other.
 class MaskedStage {
 public:
     explicit MaskedStage(REALpictureStruct* p) : image_(p, false), mask_(p, true) {}
-    // Of the depths of the locked source; the host chooses that of a result's mask.
+    // The image and the mask get the depths of the locked source's. But the host chooses the depth of a result's mask.
     MaskedStage(const MaskedStage& source, Size size, Purpose purpose)
         : image_(size.width, size.height, result_depth(source.image_), purpose == Purpose::result),
           mask_(static_cast<REALpictureStruct*>(nullptr), true) {
@@ -87,7 +87,7 @@ private:
     TRV_Picture image_, mask_;
 };
 
-// An image in a frame.
+// An image without a mask. Places that it does not cover get the frame's colour.
 class FramedStage {
 public:
     FramedStage(REALpictureStruct* p, int frame_color) : image_(p, false), frame_color_(frame_color) {}
@@ -112,7 +112,7 @@ private:
     int frame_color_;
 };
 
-// The quarter turns, a shear of the rows, one of the columns, one of the rows again.
+// Does the quarter turns, then a shear of the rows, one of the columns and one of the rows again.
 template <class Stage>
 REALpictureStruct* rotate(Stage source, double rotation, int yield) {
     if (!source.Lock() || std::isnan(rotation)) return nullptr;
@@ -138,7 +138,7 @@ REALpictureStruct* rotate(Stage source, double rotation, int yield) {
     HostReference<REALpictureStruct> made;
     Stage result(source, rotated_size(turned, course), Purpose::result);
     if (!result.Lock()) return nullptr;
-    made.reset(result.image().picture());  // the host may throw when it gets control
+    made.reset(result.image().picture());  // held here, because the host may throw when it gets control
     three.shear_rows_into(result, course.row_shear(), yield);
     return made.release();
 }

@@ -27,33 +27,39 @@ using free_rotation::Position;
 using free_rotation::RowStart;
 using free_rotation::Steps;
 
-// The result is made in square tiles, each from a window of the source that is small enough for the nearest caches.
+// The result is made in square tiles, each from a window of the source that fits in the nearest caches.
 constexpr std::int32_t kTile = 48;
-// A footprint reaches over three source pixels at most each way.
+// A footprint touches at most three source pixels across and three down.
 constexpr std::int32_t kReach = 3;
-// The tile's diagonal, the reach of a footprint with one pixel more that is read, and the mapping's own inexactness.
+// The side of a window: the tile's diagonal, the pixels that a footprint touches with one more that is read, and what
+// the mapping is inexact by.
 constexpr std::int32_t kWindow = 80;
 static_assert(kTile * 3 / 2 + kReach + 1 <= kWindow);
 
 // --- means under footprints ------------------------------------------------------------------------------------------
 
-// The four bytes of a colour are alike here: channels, of which the unused one is dropped at last.
+// Here the four bytes of a colour are four channels. The unused one is dropped at the end.
 constexpr std::size_t kBytes = sizeof(PixelColor);
 constexpr std::size_t kTileBytes = kTile * kBytes;
 
-// Sixteenths are the finest units: a footprint is 24 long and wide at most, and sums down its columns fit in 16 bits.
+// The finest units are sixteenths of a pixel. A footprint is at most 24 of them long and wide, so that weighted sums
+// down its columns fit in 16 bits.
 using Channel = std::uint16_t;
 constexpr std::uint32_t kMostLength = 24;
 static_assert(255 * kMostLength <= std::numeric_limits<Channel>::max());
 
-// A whole row of a window.
+// Widens the channels of a whole row of a window.
 TARVO_ROW_CLONES void spread_row(const PixelColor* __restrict colors, Channel* __restrict channels) {
     const std::uint8_t* const bytes = reinterpret_cast<const std::uint8_t*>(colors);
     for (std::size_t i = 0; i < kWindow * kBytes; ++i) channels[i] = bytes[i];
 }
 
-// How much of a footprint's extent lies in each of the pixels that it reaches. It is a pixel long at least, and so ends
-// behind the first.
+// How much of a footprint lies in each of the pixels that it touches, across or down, in units. A footprint is at least
+// a pixel long, so it ends behind the first one:
+//
+//     pixels        |         |         |         |
+//     footprint          |<----------->|
+//     weights             w[0]    w[1]  w[2] = 0
 struct Overlap {
     std::int32_t first, weights[kReach];
 
@@ -66,12 +72,13 @@ struct Overlap {
     }
 };
 
-// A run of pixels is averaged in steps, each a loop over all of them that compilers turn into vector code.
+// The work on a run of result pixels, which is averaged in steps. Each step is a loop over all of the run, which
+// compilers turn into vector code.
 struct Run {
-    std::int32_t first[kTile];  // index of the upper left pixel under a footprint, in the window
-    Channel across[kReach][kTile], down[kReach][kTile];  // the footprint's overlaps
-    float portion[kTile];                                // 1 / units in it
-    Channel columns[kReach][kTileBytes];                 // sums down the columns under a footprint
+    std::int32_t first[kTile];  // the index, in the window, of the upper left pixel that each footprint touches
+    Channel across[kReach][kTile], down[kReach][kTile];  // the weights of its overlaps
+    float portion[kTile];                                // 1 / its area
+    Channel columns[kReach][kTileBytes];                 // weighted sums down the columns that it touches
     alignas(kCacheLine) PixelColor means[kTile];
 };
 
@@ -106,7 +113,7 @@ private:
     Vector vector_;
 };
 
-// Compilers do not find this in plain loops, which take twice as long.
+// Written with vectors, because compilers do not turn plain loops into this, and they take twice as long.
 TARVO_INLINED inline void add_columns(const Channel* window, std::size_t count, Run& run) {
     constexpr std::size_t kRow = kWindow * kBytes;
     for (std::size_t x = 0; x < count; ++x) {
@@ -126,8 +133,8 @@ TARVO_INLINED inline void repeat_for_bytes(const Value* values, Value* __restric
         for (std::size_t i = 0; i < kBytes; ++i) repeated[x * kBytes + i] = values[x];
 }
 
-// Whole parts of weighted sums of columns over units. With a half added to a sum, a quotient is at least 1 / 1152 away
-// from whole numbers, far more than the error of a float: the result is that of an integer division.
+// Divides the weighted sums of columns by the footprints' areas. With 1/2 added to a sum, a quotient is at least 1/1152
+// away from every integer, which is far more than the error of a float: truncated, it is that of an integer division.
 TARVO_INLINED inline void average_columns(std::size_t count, Run& run) {
     Channel weights[kReach][kTileBytes];
     float portions[kTileBytes];
@@ -141,7 +148,7 @@ TARVO_INLINED inline void average_columns(std::size_t count, Run& run) {
     }
 }
 
-// Colours of a run of result pixels, of which the first lies at `start` in the window.
+// Makes the colours of a run of result pixels. The upper left corner of the first is at `start` in the window.
 TARVO_ROW_CLONES void average_run(const Channel* window, Position<std::int32_t> start, const Steps& steps,
                                   int unit_bits, PixelColor* colors, std::size_t count) {
     Run run;
@@ -154,7 +161,7 @@ TARVO_ROW_CLONES void average_run(const Channel* window, Position<std::int32_t> 
 // --- the part of the source that a tile of the result shows ----------------------------------------------------------
 
 struct Box {
-    std::int32_t left, top, right, bottom;  // the last two lie behind
+    std::int32_t left, top, right, bottom;  // right and bottom lie behind it
 
     std::int32_t width() const { return right - left; }
     bool meets(const TRV_Picture& picture) const {
@@ -162,13 +169,13 @@ struct Box {
     }
 };
 
-// Source pixels, and beyond the source the frame, which is averaged like it.
+// The channels of a box of source pixels. Beyond the source, pixels have the frame's colour and are averaged like any.
 class SourceWindow {
 public:
     SourceWindow(const TRV_Picture& source, PixelColor frame, const char* caller)
         : source_(source), frame_(frame), caller_(caller) {}
 
-    // What is loaded next.
+    // Asks for the memory of the box that is loaded next.
     void prefetch(const Box& box) const {
         const std::int32_t left = std::max(box.left, 0), right = std::min(box.right, source_.width());
         const std::int32_t top = std::max(box.top, 0), bottom = std::min(box.bottom, source_.height());
@@ -184,7 +191,7 @@ public:
             spread_row(colors.data(), channels);
         }
     }
-    // The box's first; its next row is kWindow behind.
+    // The first channel of the box. From row to row there are kWindow pixels.
     const Channel* channels() const { return channels_.data(); }
 
 private:
@@ -206,7 +213,7 @@ private:
 
 // --- the kernel ------------------------------------------------------------------------------------------------------
 
-// Rotates with footprints measured in 1 << unit_bits parts of a source pixel.
+// Rotates a picture, with `1 << unit_bits` units to a source pixel.
 class Rotator {
 public:
     Rotator(const TRV_Picture& source, TRV_Picture& result, double angle, int frame_color, int unit_bits,
@@ -233,12 +240,12 @@ public:
     }
 
 private:
-    // The columns count in the result.
+    // A tile of the band at hand. Columns are counted in the result; `end_column` lies behind the tile.
     struct Tile {
         std::int32_t rows, column, end_column;
     };
 
-    // The band's first `columns`, which are the result's from `column` on.
+    // Draws the tiles of the band from the result's `column` on.
     void draw_tiles(std::int32_t rows, std::int32_t column, std::int32_t columns) {
         const std::int32_t end = column + columns;
         const auto tile_from = [&](std::int32_t x) { return Tile{rows, x, std::min(x + kTile, end)}; };
@@ -254,7 +261,7 @@ private:
         }
     }
 
-    // The part of the run from the row's start on.
+    // Draws a tile's row, from where the row's walk starts.
     void draw_run(std::int32_t row, const Tile& tile, const Box& box, PixelColor* colors) const {
         const RowStart& start = starts_[row];
         const std::int32_t first = std::max(tile.column, start.column), count = tile.end_column - first;
@@ -267,7 +274,8 @@ private:
         return static_cast<std::int32_t>(position - (std::int64_t{pixel} << (unit_bits_ + kFractionBits)));
     }
 
-    // All that the tile's footprints reach: positions lie between those of the ends of its rows.
+    // Returns the box that the tile's footprints touch. Their positions lie between those at the ends of the tile's
+    // rows.
     Box source_box(const Tile& tile) const {
         constexpr std::int64_t kFar = std::numeric_limits<std::int64_t>::max() / 2;
         Position<std::int64_t> least = {kFar, kFar}, most = {-kFar, -kFar};
@@ -296,15 +304,18 @@ private:
     PixelColor frame_;
     const char* caller_;
     std::array<RowStart, kTile> starts_;
-    std::array<Chunk, kTile> band_;  // rows of the result before they are written, which pays in long runs only
+    std::array<Chunk, kTile> band_;  // rows of the result, which are written in long runs because short ones are slow
     SourceWindow window_;
 };
+
+// These are on the stack together, about 150 KiB.
+static_assert(sizeof(Rotator) + sizeof(Run) <= kMostStackBytes);
 
 // --- both forms ------------------------------------------------------------------------------------------------------
 
 using Kernel = void(const TRV_Picture& source, TRV_Picture& result, double angle, int frame_color);
 
-// A rotation that is not a number has no number of quarter turns either, and is refused there.
+// NaN passes the checks of rotations. Its number of quarter turns is out of bounds, and TRV_FlipRotate refuses that.
 REALpictureStruct* rotate(REALpictureStruct* p, double rotation, int frame_color, Kernel& kernel) {
     const double turns = std::floor(rotation / 90.0);
     const double degrees = rotation - 90.0 * turns;

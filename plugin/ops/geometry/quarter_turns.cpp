@@ -26,7 +26,7 @@ void mirror(const Mirroring& how, const TRV_Picture& source, TRV_Picture& result
     const std::int32_t column = how.left_right ? source.width() - width : 0;
     for (std::int32_t i = 0; i < height; ++i) {
         budget.before_row(result.width());
-        // Downwards in the source, as memory is read ahead.
+        // The source is walked downwards, because processors read ahead so.
         const Place from = {how.top_bottom ? source.height() - height + i : i, column};
         const Place to = {how.top_bottom ? height - 1 - i : i, 0};
         const auto move = how.left_right ? mirror_run : copy_run;
@@ -36,8 +36,8 @@ void mirror(const Mirroring& how, const TRV_Picture& source, TRV_Picture& result
 
 // --- columns become rows ---------------------------------------------------------------------------------------------
 
-// Of a source with less than a byte a pixel, each row gives its first pixel for all of its columns: addresses are
-// counted in whole bytes, bit 0 is read.
+// In a source of less than a byte a pixel, all columns of a row read its first pixel: the address stands still, and the
+// bit is always 0.
 void read_first_pixel(const TRV_Picture& source, long row, long column, std::span<PixelColor> colors,
                       const char* caller) {
     if (source.bitsPerPixel() == 0) return source.GetPixels(row, column, colors, caller);
@@ -50,16 +50,17 @@ void read_whole_pixels(const TRV_Picture& source, long row, long column, std::sp
     source.GetPixels(row, column, colors, caller);
 }
 
-// Result pixel (x, y) is source pixel (y, x), each coordinate counted from the far end where it is reversed.
+// A quarter turn. Result pixel (x, y) is source pixel (y, x), each coordinate counted from the far end if it is
+// reversed.
 struct Turning {
     void (*read)(const TRV_Picture&, long row, long column, std::span<PixelColor>, const char*);
     void (TRV_Picture::*write)(long, long, std::span<const PixelColor>, const char*);
-    bool reverses_columns, reverses_rows;  // of the source
-    bool last_row_first;                   // the order in which the result is walked
+    bool reverses_columns, reverses_rows;  // those of the source
+    bool last_row_first;                   // whether the result is walked upwards
     const char* caller;
 };
 
-// A band of the result: its rows from `row` on, `count` of them.
+// A band of the result: `count` rows from `row` on.
 struct Band {
     const Turning& how;
     const TRV_Picture& source;
@@ -70,16 +71,16 @@ struct Band {
     std::int32_t source_row(std::int32_t column) const {
         return how.reverses_rows ? source.height() - 1 - column : column;
     }
-    // The row that takes the source's column `source_column() + index`.
+    // The result's row that gets the source's column `source_column() + index`.
     std::int32_t result_row(std::int32_t index) const {
         return row + (how.reverses_columns ? count - 1 - index : index);
     }
 };
 
-// Any pictures, as colours.
+// Turns any pictures, as colours, in square tiles: rows are read, transposed and written.
 class ColorTurner {
 public:
-    static constexpr std::int32_t kRows = 64;  // of a band
+    static constexpr std::int32_t kRows = 64;  // in a band
 
     void turn(const Band& band, std::int32_t width) {
         for (std::int32_t column = 0; column < width; column += kRows)
@@ -107,10 +108,15 @@ private:
     Tile rows_, columns_;
 };
 
-// Pictures of 32 bits, as their pixels are stored. Bands are as high as a cache line of the source is wide.
+// Turns pictures of 32 bits, as their pixels are stored. A tile is a cache line of each of kColumns rows of the source,
+// and becomes kRows rows of a band, each of which a PieceWriter writes behind the tile before:
+//
+//     source    |  16 pixels  |               result    |  128 pixels  |  128 pixels  |
+//               |     ...     | 128 rows      (band)    |     ...      |     ...      | 16 rows
 class WordTurner {
 public:
-    static constexpr std::int32_t kRows = 16;  // of a band
+    static constexpr std::int32_t kRows = 16;  // in a band
+    static_assert(kRows == std::int32_t{kLinePixels});
 
     static bool fits(const TRV_Picture& picture) { return rows_are_words(picture, 0, picture.height()); }
 
@@ -118,7 +124,7 @@ public:
         find_rows(band, 0, width);
         for (std::int32_t column = 0; column < width; column += kColumns) {
             const std::int32_t columns = std::min(kColumns, width - column);
-            // Of whole tiles: the sides of those with fewer columns hold rows that nobody writes.
+            // The tile is transposed as a whole. Where it has fewer columns, what is too much is not written.
             transpose<Coding::kept>(
                 kColumns, static_cast<std::size_t>(band.count), [this](std::size_t x) { return from_[x]; },
                 [this](std::size_t y) { return rows_[y].tile; });
@@ -136,12 +142,12 @@ private:
     static constexpr std::int32_t kColumns = 128;
     static constexpr std::int32_t kWord = 4;
     struct alignas(kCacheLine) Row {
-        std::uint8_t before[kCacheLine];
+        std::uint8_t before[kCacheLine];  // for the PieceWriter
         std::uint8_t tile[kColumns * kWord];
     };
 
-    // The source's rows for a tile, which are asked for at once. A tile's last few may stand for none: nobody writes
-    // them.
+    // Finds the source's rows for a tile and asks for all of their memory at once. Behind the source's last row, that
+    // one is repeated; what comes of it is not written.
     void find_rows(const Band& band, std::int32_t column, std::int32_t width) {
         for (std::int32_t x = 0; x < kColumns; ++x) {
             from_[x] = band.source.WordsAt(band.source_row(std::min(column + x, width - 1)), band.source_column());
@@ -160,6 +166,7 @@ void turn_bands(const Turning& how, const TRV_Picture& source, TRV_Picture& resu
     const std::int32_t width = std::min(source.height(), result.width());
     const std::int32_t height = std::min(source.width(), result.height());
     YieldBudget budget(yield);
+    static_assert(sizeof(Turner) <= kMostStackBytes);  // up to 32 KiB
     Turner turner;
     for (std::int32_t done = 0; done < height; done += Turner::kRows) {
         const std::int32_t count = std::min(Turner::kRows, height - done);

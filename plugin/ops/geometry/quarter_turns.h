@@ -1,9 +1,8 @@
 #pragma once
 
-// The kernels that mirror and turn: Priv_Rotate, the clockwise degrees, then what is mirrored before the turn (H: left
-// and right, V: top and bottom). Each moves every pixel from a locked source to a locked result of the turned size.
-//
-// Eight mappings make all sixteen combinations, so eight of the names are second names of the others.
+// The kernels that mirror and turn. The number in a name is the degrees clockwise; H and V tell what is mirrored before
+// the turn, left and right or top and bottom. Each kernel moves every pixel from a locked source to a locked result of
+// the turned size. The sixteen combinations are only eight mappings, so eight of the names are second names.
 
 #include <cstdint>
 
@@ -29,7 +28,7 @@ inline constexpr auto& Priv_Rotate270_HV = Priv_Rotate90;
 
 using QuarterTurn = void(const TRV_Picture& source, TRV_Picture& result, int yield);
 
-// The kernel of a number of quarter turns, 0 to 3, clockwise.
+// Returns the kernel for mirroring and then turning by 0 to 3 quarter turns clockwise.
 QuarterTurn& quarter_turn(int turns, bool flip_h, bool flip_v);
 // Whether width and height change places.
 constexpr bool swaps_sides(int turns) { return turns % 2 != 0; }
@@ -37,7 +36,7 @@ constexpr bool swaps_sides(int turns) { return turns % 2 != 0; }
 struct Size {
     std::int32_t width, height;
 };
-// Of a picture after quarter turns.
+// Returns the size of a picture after quarter turns.
 inline Size turned_size(const TRV_Picture& source, int turns) {
     if (swaps_sides(turns)) return {source.height(), source.width()};
     return {source.width(), source.height()};

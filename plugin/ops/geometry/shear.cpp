@@ -5,7 +5,7 @@
 
 namespace {
 
-// Both checks run: a shear out of bounds is what stays of two. One that is not a number is out of bounds too.
+// Both checks run. When both fail, the code of the shear stays. NaN is out of bounds.
 bool arguments_pass(REALpictureStruct* p, double shear) {
     ClearError();
     if (!p) SetError(ErrorCode::source_nil);
@@ -26,8 +26,8 @@ REALpictureStruct* shear_framed(REALpictureStruct* p, int width, int height, dou
 
 }  // namespace
 
-// The host makes a mask for a source that has none; it looks the same afterwards. When the result's mask cannot be
-// locked, the result is returned as it was made.
+// The host makes a mask for a source that has none, which does not change how it looks. When the result's mask cannot
+// be locked, the result is returned as it was made.
 REALpictureStruct* PrivShear_NonVector(REALpictureStruct* p, int width, int height, double shear, bool horizontal,
                                        int yield) {
     TRV_Picture source(p, false);

@@ -241,6 +241,9 @@ private:
     std::array<PieceWriter, kBandRows> writers_;
 };
 
+// This is on the stack, about 205 KiB.
+static_assert(sizeof(ColumnShear) <= kMostStackBytes);
+
 // Each band is drawn when the host has had control for its share of the columns.
 template <class... Edges>
 void shear_columns(const TRV_Picture& source, const TRV_Picture& result, double shear, int yield,

@@ -10,10 +10,10 @@
 
 namespace {
 
-constexpr std::int32_t kMaskDepth = 32;  // of the mask's intermediate picture
+constexpr std::int32_t kMaskDepth = 32;  // the depth of a mask's intermediate picture
 
-// Below a byte a pixel, the address moves on with the pixels but bit 0 is read at each: a byte's first pixel stands for
-// all that it holds.
+// Below a byte a pixel, the first pixel of each byte is read for all that are in it: the address moves on, but the bit
+// is always 0.
 void read_run(const TRV_Picture& source, std::int32_t row, std::int32_t column, std::span<PixelColor> colors,
               const char* caller) {
     const std::int32_t bits = source.bitsPerPixel();
@@ -25,7 +25,7 @@ void read_run(const TRV_Picture& source, std::int32_t row, std::int32_t column, 
     }
 }
 
-// Calls `visit(column, count)` for the runs of a row of results, one after the other.
+// Calls `visit(column, count)` for the runs of a row that is `width` pixels long.
 template <class Visit>
 void for_each_run(std::int32_t width, std::int32_t run, Visit visit) {
     for_each_piece(0, width - 1, run, [&](std::int32_t first, std::int32_t last) {
@@ -36,7 +36,8 @@ void for_each_run(std::int32_t width, std::int32_t run, Visit visit) {
 constexpr const char* kRowsCaller = "Priv_StetchHorizontal";
 constexpr const char* kColumnsCaller = "Priv_StetchVertical";
 
-// Where the hardware does not: whole rows are foreseen.
+// Asks for the memory of a run some rows ahead. Whole rows follow each other in memory, and processors read ahead
+// themselves.
 void prefetch_run(const TRV_Picture& source, std::int32_t row, std::int32_t column, std::size_t count) {
     constexpr std::int32_t kRowsAhead = 4;
     if (std::cmp_equal(count, source.width())) return;
@@ -59,7 +60,7 @@ void write_colors(TRV_Picture& destination, std::int32_t row, std::int32_t colum
     destination.SetPixelBits(row, column, colors, caller);
 }
 
-// As `read_run` reads: always bit 0.
+// Below a byte a pixel, bit 0 is written of every pixel's byte, as read_run reads.
 void write_red_as_grey(TRV_Picture& destination, std::int32_t row, std::int32_t column,
                        std::span<const PixelColor> colors, const char* caller) {
     Run levels;
@@ -73,7 +74,7 @@ void write_red_as_grey(TRV_Picture& destination, std::int32_t row, std::int32_t 
     }
 }
 
-// A result that covers nothing of the source is black.
+// Writes black columns, for a result that covers nothing of the source.
 void blacken(TRV_Picture& destination, std::int32_t column, std::size_t count, WriteRun& write) {
     for (std::int32_t row = 0; row < destination.height(); ++row) {
         Run black{};
@@ -81,7 +82,8 @@ void blacken(TRV_Picture& destination, std::int32_t column, std::size_t count, W
     }
 }
 
-// Makes a run of all rows of the destination from the source's, which `read(row, line)` gives.
+// Makes the columns from `column` on of the destination from those of the source. `read(row, line)` reads these, row by
+// row.
 template <class Read>
 void average_columns(const AxisWeights& weights, TRV_Picture& destination, std::int32_t column, std::size_t count,
                      WriteRun& write, Read read) {
@@ -111,9 +113,11 @@ void stretch_columns(const TRV_Picture& source, TRV_Picture& destination, int yi
 
 // --- along both at once ----------------------------------------------------------------------------------------------
 
-// As if one went after the other, by way of an intermediate picture that keeps every bit. The host gets control as
-// often.
+// Gives what the two passes would, one after the other by way of an intermediate picture that keeps every bit. The host
+// gets control as often.
 void stretch_both(const TRV_Picture& source, TRV_Picture& result, int yield) {
+    // These are on the stack together, about 208 KiB.
+    static_assert(sizeof(RowAverage) + sizeof(ColumnAverage) + sizeof(Run) <= kMostStackBytes);
     const AxisWeights across(source.width(), result.width()), down(source.height(), result.height());
     YieldBudget row_budget(yield), column_budget(yield);
     for_each_run(result.width(), RowAverage::run_pixels(across), [&](std::int32_t column, std::size_t count) {
@@ -126,8 +130,8 @@ void stretch_both(const TRV_Picture& source, TRV_Picture& result, int yield) {
     });
 }
 
-// Stretches by way of an intermediate picture. It decides what a colour loses on the way, and a mask what it does not
-// have; where that is nothing, the picture has only to be there.
+// Stretches by way of an intermediate picture. Of a small depth, or of another size than was asked for, it changes the
+// result. Otherwise it need only exist.
 void stretch_by_way_of(TRV_Picture& intermediate, const TRV_Picture& source, TRV_Picture& result, int yield) {
     const bool keeps_colors = intermediate.depth() == 24 || intermediate.depth() == 32;
     const bool fits = intermediate.width() == result.width() && intermediate.height() == source.height();
@@ -138,7 +142,7 @@ void stretch_by_way_of(TRV_Picture& intermediate, const TRV_Picture& source, TRV
 
 // --- both forms ------------------------------------------------------------------------------------------------------
 
-// Every check runs; of several that fail, the last one's code stays.
+// All checks run. When several fail, the code of the last one stays.
 bool arguments_pass(const void* p, int width, int height) {
     ClearError();
     bool pass = true;

@@ -1,6 +1,6 @@
 #pragma once
 
-// Columns of a picture as rows in memory: what kernels work on that go against the grain.
+// Transposition: kernels that walk down columns read them as rows in memory, work on these and turn them back.
 
 #include <cstddef>
 #include <cstdint>
@@ -12,11 +12,18 @@
 #include "row_clones.h"
 #include "word_squares.h"
 
-// What becomes of 32-bit pixels on the way. By one exchange stored pixels become colours, and colours stored pixels.
+// What becomes of each word on the way. By `exchanged`, 32-bit pixels become colours and colours become 32-bit pixels.
 enum class Coding { kept, exchanged };
 
-// Word `row` of out(column) = word `column` of in(row). Both functions give where a row's bytes begin, of as many rows
-// and columns as are asked for.
+// Word `row` of out(column) = word `column` of in(row). Both functions return the address of a row's first word. Words
+// are transposed in squares, 16 rows of in at a time, so that every row of out gets a whole cache line at a time:
+//
+//                |   4   |   4   | ...                       |      16       |
+//     in(0)      |  sq.  |  sq.  |                 out(0)    | sq. ...  sq.  |
+//       ...      |  ...  |  ...  |                 out(4)    | sq. ...  sq.  |
+//     in(15)     |  sq.  |  sq.  |                   ...
+//
+// What is left at the right and at the bottom is transposed word by word.
 template <Coding coding, class In, class Out>
 void transpose(std::size_t rows, std::size_t columns, const In& in, const Out& out) {
     constexpr std::size_t kSide = WordSquare::kSide, kWord = sizeof(std::uint32_t);
@@ -34,7 +41,6 @@ void transpose(std::size_t rows, std::size_t columns, const In& in, const Out& o
             }
         }
     };
-    // As long as there are so many rows, each row of out gets a cache line at a time.
     on_this_processor([=]() TARVO_INLINED {
         std::size_t row = 0;
         for (; row + kLinePixels <= rows; row += kLinePixels) transpose_some(row, std::index_sequence<kLinePixels>{});

@@ -16,13 +16,13 @@ TRV_Rectangle_Data trim_area(const TRV_Picture& source, REALobjectStruct* trim_r
     return area ? *area : TRV_Rectangle_Data{0, 0, source.width(), source.height()};
 }
 
-// Edges that wrap make an area no more than sizes below 1 do.
+// An area whose right or bottom edge wraps is none, and neither is one with a side below 1.
 bool is_area(const TRV_Rectangle_Data& area) {
     return area.width >= 1 && area.height >= 1 && area.right() >= area.left && area.bottom() >= area.top;
 }
 
-// On rows beside the source a mask is transparent. Beside the source's columns it takes the frame's colour, as the
-// image does: intended, programs know it so.
+// On rows that the source does not have, the mask is transparent. Beside the rows that it has, the mask gets the
+// frame's colour, as the image does: programs know it so.
 void trim_mask(const TRV_Picture& source, const TRV_Picture& result, const TRV_Rectangle_Data& area, PixelColor frame) {
     TRV_Picture source_mask(source, true);
     TRV_Picture result_mask(result, true);
@@ -52,7 +52,7 @@ typename Form::Handle trim(Form form, typename Form::Handle p, REALobjectStruct*
 void PrivTrim(const TRV_Picture& source, TRV_Picture& result, const TRV_Rectangle_Data& area, TrimFrame frame) {
     const std::int32_t width = std::min(result.width(), area.width);
     const std::int32_t height = std::min(result.height(), area.height);
-    // The result's columns from `first` to before `end` come from the source.
+    // The result's columns from `first` to before `end` are the source's.
     const auto column_of = [&](std::int32_t source_column) {
         return static_cast<std::int32_t>(std::clamp<std::int64_t>(std::int64_t{source_column} - area.left, 0, width));
     };

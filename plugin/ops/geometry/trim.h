@@ -1,24 +1,24 @@
 #pragma once
 
-// Cuts a rectangle out of a picture. Where it reaches beyond the picture it frames it.
+// Cuts a rectangle out of a picture. Where the rectangle reaches beyond the picture, the result gets a frame.
 
 #include "picture.h"
 #include "real_interface.h"
 #include "rectangle.h"
 
-// Without a rectangle: all of the picture. The source's mask goes along.
+// Without a rectangle, the whole picture is copied. The source's mask is trimmed too.
 REALpictureStruct* TRV_Trim(REALpictureStruct* p, REALobjectStruct* trim_rect, int frame_color);
 
-// Without the mask. The host passes no `as_picture`: what it calls is the entry below.
+// The result has no mask. The declaration lacks `as_picture`, so the host calls the entry below.
 REALobjectStruct* TRV_ClientPicture_Trim(REALobjectStruct* cp, REALobjectStruct* trim_rect, int frame_color,
                                          bool as_picture);
-// The same, into memory of the client picture's own.
+// The same with a result in own memory.
 REALobjectStruct* TRV_ClientPicture_Trim_OwnMemory(REALobjectStruct* cp, REALobjectStruct* trim_rect, int frame_color);
 
-// What a trim paints beyond the source: on rows that the source does not have, and beside those that it has.
+// The colours beyond the source: on rows that the source does not have, and beside those that it has.
 struct TrimFrame {
     PixelColor rows, columns;
 };
 
-// The kernel: locked pictures, the result's first pixel at the area's corner.
+// The kernel. The pictures are locked, and the result's first pixel is the one at the area's corner.
 void PrivTrim(const TRV_Picture& source, TRV_Picture& result, const TRV_Rectangle_Data& area, TrimFrame frame);

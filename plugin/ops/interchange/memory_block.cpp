@@ -13,7 +13,7 @@
 
 namespace {
 
-// Blocks lie anywhere: elements are moved, not assigned.
+// Elements are copied byte by byte, because the host may align a block in any way.
 template <class Element>
 [[gnu::always_inline]] inline void store_element(std::uint8_t* bytes, std::size_t index, PixelColor value) {
     const auto element = static_cast<Element>(value);
@@ -30,7 +30,7 @@ TARVO_ROW_CLONES void store_rgb_row(const PixelColor* __restrict colors, std::ui
     for (std::size_t x = 0; x < count; ++x) store_element<std::uint32_t>(bytes, x, colors[x] & 0xFFFFFF);
 }
 
-// A colour that becomes an element when it is stored as a pixel.
+// Makes the colour that, stored as a 32-bit pixel, has the bytes of the element wanted.
 struct AsElement {
     TARVO_INLINED PixelColor operator()(PixelColor color) const { return big_endian(color & 0xFFFFFF); }
 };
@@ -74,7 +74,7 @@ REALmemoryBlockStruct* TRV_MakeMemoryBlock(REALpictureStruct* p, REALobjectStruc
     if (!source.Lock()) return Fail(ErrorCode::source_lock);
     const Region region = SelectRegion(source, rect);
     if (region.empty()) return Fail(ErrorCode::selection);
-    // A mask is asked for and changes nothing, and neither does the flag: the bits above the colours are 0.
+    // The mask is asked for and not used, and neither is the flag: the bits above the colours are 0.
     source.HasMask();
 
     const std::int64_t bytes_of_row = std::int64_t{region.right - region.left + 1} * element_bytes(source);

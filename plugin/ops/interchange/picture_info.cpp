@@ -9,7 +9,7 @@
 
 namespace {
 
-// Room for the longest text, with numbers of any size.
+// Has room for the longest text, whatever its numbers are.
 struct InfoText {
     char bytes[120];
 };
@@ -22,7 +22,7 @@ InfoText facts(const TRV_Picture& picture) {
     return text;
 }
 
-// Only a lock that the host granted is ended.
+// Says which kind of lock the host grants for a picture. Only one that it granted is ended.
 InfoText diagnosis(REALpictureStruct* picture) {
     InfoText text;
     REALpictureDescription description{};

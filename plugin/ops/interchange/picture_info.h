@@ -4,8 +4,8 @@
 
 #include "real_interface.h"
 
-// Bytes from one row of the picture to the next; 0 after a failure.
+// Returns the bytes from one row of the picture to the next; 0 after a failure.
 int TRV_RowBytes(REALpictureStruct* source);
-// A line of text: size and depth of the picture, or what the host says of one that cannot be locked, without an error
-// code.
+// Returns a line of text with the picture's size and depth. If the picture cannot be locked, the line tells what the
+// host says of it, and there is no error code.
 REALstringStruct* TRV_Info(REALpictureStruct* source);

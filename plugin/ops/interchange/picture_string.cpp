@@ -22,7 +22,7 @@ constexpr const char* kReader = "TRV_ConvertToPicture";
 
 constexpr std::uint64_t kLongestString = std::numeric_limits<std::int32_t>::max();
 
-// Clamped, so that the planes of any header can be added up.
+// Clamps the number of pixels, so that the planes of any header can be added up.
 std::uint64_t pixels_of(const PictureStringHeader& header) {
     return std::min(std::uint64_t{header.width} * header.height, kLongestString);
 }
@@ -40,16 +40,16 @@ TARVO_ROW_CLONES void grey_row(const std::uint8_t* __restrict levels, PixelColor
     for (std::size_t x = 0; x < count; ++x) colors[x] = grey(levels[x]);
 }
 
-// A row or a piece of it, in a picture and in a plane.
+// A run of a row, in a picture and in a plane.
 struct Run {
     std::int32_t row, column;
-    std::size_t place;  // its first pixel, counted from the plane's
+    std::size_t place;  // the number of its first pixel in the plane
     std::size_t count;
 
     std::size_t color_offset() const { return place * Rgb24::kBytes; }
 };
 
-// Calls `visit(run)` for the rows of all that a picture and a plane both have.
+// Calls `visit(run)` for each row of the pixels that a picture and a plane both have.
 template <class Visit>
 void for_each_common_row(const TRV_Picture& picture, std::int32_t width, std::int32_t height, Visit visit) {
     const std::int32_t common_width = std::min(picture.width(), width);
@@ -66,7 +66,7 @@ void for_each_chunk_of(const Run& run, Visit visit) {
     });
 }
 
-// Calls `visit(run)` for the chunks of all that a picture and a plane both have.
+// Calls `visit(run)` for each chunk of the pixels that a picture and a plane both have.
 template <class Visit>
 void for_each_common_chunk(const TRV_Picture& picture, std::int32_t width, std::int32_t height, Visit visit) {
     for_each_common_row(picture, width, height, [&](const Run& row) { for_each_chunk_of(row, visit); });
@@ -74,7 +74,7 @@ void for_each_common_chunk(const TRV_Picture& picture, std::int32_t width, std::
 
 // --- both directions -------------------------------------------------------------------------------------------------
 
-// What the mask does not reach, all of its plane if it cannot be locked, is zero.
+// Writes zeros for what the mask does not cover; all of its plane, if the mask cannot be locked.
 void write_mask(const TRV_Picture& source, std::span<std::uint8_t> plane) {
     TRV_Picture mask(source, true);
     const bool locked = mask.Lock();
@@ -83,7 +83,7 @@ void write_mask(const TRV_Picture& source, std::span<std::uint8_t> plane) {
     if (locked) PrivWriteMaskPlane(mask, plane.data(), source.width(), source.height());
 }
 
-// A mask that cannot be locked stays as the host made it.
+// If the mask cannot be locked, it stays as the host made it.
 void read_mask(const std::uint8_t* plane, std::int32_t width, std::int32_t height, const TRV_Picture& result) {
     TRV_Picture mask(result, true);
     if (mask.Lock()) PrivReadMaskPlane(plane, width, height, mask);
@@ -95,7 +95,8 @@ std::span<const std::uint8_t> bytes_of(const REALstringStruct* string) {
     return {first, static_cast<std::size_t>(std::max(length, 0))};
 }
 
-// The header of a string that is exactly as long as it says and can be a picture's; a header of nothing for any other.
+// Returns the header of a string, if that is exactly as long as the header says and can be a picture's; else a header
+// with all sizes 0.
 PictureStringHeader valid_header(std::span<const std::uint8_t> bytes) {
     if (bytes.size() < PictureStringHeader::kBytes) return {};
     const PictureStringHeader header = PictureStringHeader::read(bytes.data());
@@ -181,7 +182,7 @@ REALstringStruct* TRV_ConvertToString(REALpictureStruct* p) {
     return REALBuildString(reinterpret_cast<const char*>(bytes.get()), static_cast<int>(length));
 }
 
-// A nil string has a code of its own, for which there is no message.
+// For a nil string the code is one that has no message.
 REALpictureStruct* TRV_ConvertToPicture(REALstringStruct* s) {
     ClearError();
     if (!s) return Fail(ErrorCode::string_nil);
@@ -189,7 +190,7 @@ REALpictureStruct* TRV_ConvertToPicture(REALstringStruct* s) {
     const HostReference<REALstringStruct> string(s);
     const std::span bytes = bytes_of(s);
     const PictureStringHeader header = valid_header(bytes);
-    // Some depths and sides that are good in a string no new picture can have; 8 bits is one.
+    // Strings can have depths and sides that no new picture has; 8 bits is such a depth.
     TRV_Picture result(static_cast<long>(header.width), static_cast<long>(header.height), header.depth, true);
     if (!result.Lock()) return nullptr;
     HostReference<REALpictureStruct> made(result.picture());

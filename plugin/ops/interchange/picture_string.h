@@ -16,9 +16,10 @@
 #include "picture.h"
 #include "real_interface.h"
 
-// A new string; null without an error code when the picture cannot be locked or the string would be too long.
+// Returns a new string; null without an error code when the picture cannot be locked or the string would be too long.
 REALstringStruct* TRV_ConvertToString(REALpictureStruct* p);
-// A new picture; null without an error code when the string is not one of a picture that the host can make.
+// Returns a new picture; null without an error code when the string is no picture's, or of one that the host cannot
+// make.
 REALpictureStruct* TRV_ConvertToPicture(REALstringStruct* s);
 
 struct PictureStringHeader {
@@ -32,14 +33,14 @@ struct PictureStringHeader {
     static PictureStringHeader read(const std::uint8_t* bytes);
     void write(std::uint8_t* bytes) const;
 
-    // Where the mask plane begins, or would, and where the string ends. Any width and height are safe: what no string
-    // can hold gives an offset that no string reaches.
+    // Where the mask plane begins, if there is one, and where the string ends. For any width and height these are
+    // right, or larger than any string is long.
     std::uint64_t mask_offset() const;
     std::uint64_t length() const;
 };
 
-// The kernels: a locked picture or mask, and the plane of a string for a picture of `width` x `height`. What only one
-// of the two has is left alone.
+// The kernels. They copy between a locked picture or mask and the plane of a string, which is that of a picture of
+// `width` x `height`. What only one of the two has is left alone.
 void PrivWriteColorPlane(const TRV_Picture& source, std::uint8_t* plane, std::int32_t width, std::int32_t height);
 void PrivReadColorPlane(const std::uint8_t* plane, std::int32_t width, std::int32_t height, TRV_Picture& result);
 void PrivWriteMaskPlane(const TRV_Picture& mask, std::uint8_t* plane, std::int32_t width, std::int32_t height);

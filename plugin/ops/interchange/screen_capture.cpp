@@ -7,7 +7,7 @@
 
 namespace {
 
-// The host reads the device's rectangle off the pixel map, four bytes a pixel: all of it must be there.
+// The host copies the device's rectangle from the pixel map, four bytes a pixel, so all of it must be there.
 bool holds(const TRV_Picture& screen, std::int32_t width, std::int32_t height) {
     return screen.isLocked() && screen.depth() == 32 && screen.width() >= width && screen.height() >= height;
 }
