@@ -1,0 +1,94 @@
+#include "search.h"
+
+#include <algorithm>
+#include <numeric>
+#include <optional>
+
+#include "names.h"
+
+namespace tarvo::reference {
+namespace {
+
+constexpr std::string_view kPrefix = "trv_";
+
+// Folded, and without the prefix that all names share.
+std::string key_of(std::string_view name) {
+    const std::string key = host::folded(name);
+    return key.starts_with(kPrefix) ? key.substr(kPrefix.size()) : key;
+}
+
+template <class Described>
+const Described* find_named(const std::vector<Described>& all, std::string_view name) {
+    const auto found =
+        std::ranges::find_if(all, [&](const Described& each) { return key_of(each.about->name) == key_of(name); });
+    return found == all.end() ? nullptr : &*found;
+}
+
+// How many letters are to be put in, left out, changed or exchanged with their neighbour to make one of the other.
+std::size_t distance(std::string_view a, std::string_view b) {
+    std::vector<std::size_t> before, last, row(b.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (std::size_t i = 1; i <= a.size(); ++i) {
+        before = std::exchange(last, row);
+        row[0] = i;
+        for (std::size_t j = 1; j <= b.size(); ++j) {
+            row[j] = std::min({last[j] + 1, row[j - 1] + 1, last[j - 1] + (a[i - 1] == b[j - 1] ? 0 : 1)});
+            const bool exchanged = i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1];
+            if (exchanged) row[j] = std::min(row[j], before[j - 2] + 1);
+        }
+    }
+    return row.back();
+}
+
+struct Near {
+    std::size_t distance;
+    std::string name;
+};
+
+// How far what is asked for is from the name or a word; none when too far.
+template <class Described>
+std::optional<Near> nearness(const Described& about, std::string_view key) {
+    std::size_t least = distance(key, key_of(about.name));
+    for (const describe::Text word : about.words) least = std::min(least, distance(key, word));
+    if (least > std::max<std::size_t>(1, key.size() / 3)) return std::nullopt;
+    return Near{least, std::string(about.name)};
+}
+
+}  // namespace
+
+const Operation* find_operation(const Reference& reference, std::string_view name) {
+    const std::size_t dot = name.find('.');
+    if (dot == std::string_view::npos) return find_named(reference.operations(), name);
+    const Class* const cls = find_class(reference, name.substr(0, dot));
+    return cls ? find_named(cls->methods, name.substr(dot + 1)) : nullptr;
+}
+
+const Class* find_class(const Reference& reference, std::string_view name) {
+    return find_named(reference.classes(), name);
+}
+
+bool have_word(std::span<const describe::Text> words, std::string_view text) {
+    const std::string asked = host::folded(text);
+    return std::ranges::any_of(words, [&](describe::Text word) {
+        const std::size_t at = word.find(asked);
+        return at != std::string_view::npos && (at == 0 || word[at - 1] == ' ');
+    });
+}
+
+std::vector<std::string> near_names(const Reference& reference, std::string_view name) {
+    constexpr std::size_t kMost = 4, kLongestMisspelt = 64;
+    const std::string key = key_of(name);
+    std::vector<Near> found;
+    if (key.size() > kLongestMisspelt) return {};
+    for (const Operation& each : reference.operations())
+        if (const auto near = nearness(*each.about, key)) found.push_back(*near);
+    for (const Class& each : reference.classes())
+        if (const auto near = nearness(*each.about, key)) found.push_back(*near);
+    std::ranges::stable_sort(found, {}, &Near::distance);
+    std::vector<std::string> names;
+    for (Near& each : found)
+        if (names.size() < kMost && each.distance <= found.front().distance + 1) names.push_back(std::move(each.name));
+    return names;
+}
+
+}  // namespace tarvo::reference
