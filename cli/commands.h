@@ -10,6 +10,7 @@ namespace tarvo::cli {
 void add_apply_command(CLI::App& tool);
 void add_capture_command(CLI::App& tool);  // in builds that can see a screen
 void add_convert_command(CLI::App& tool);
+void add_help_command(CLI::App& tool);
 void add_list_command(CLI::App& tool);
 
 }  // namespace tarvo::cli

@@ -1,17 +1,22 @@
-// tarvo list: what the plugin registers.
+// tarvo list: what the plugin registers, and what people and programs are told of it.
 
 #include <CLI/App.hpp>
 
 #include <algorithm>
 #include <iostream>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "command_error.h"
 #include "commands.h"
+#include "json.h"
 #include "names.h"
 #include "plugin_session.h"
+#include "scanner.h"
+#include "search.h"
+#include "suggestions.h"
 
 namespace tarvo::cli {
 
@@ -21,12 +26,15 @@ namespace {
 
 struct ListOptions {
     PluginOptions plugin;
-    std::string name;
+    std::string word;
+    bool json = false;
 };
 
 struct Line {
-    std::string name;  // a filter looks at this and at the group's name
+    std::string name;  // a search looks at this and at the group's name
     std::string text;
+    const Callable* callable = nullptr;  // null for a property
+    std::string summary = {};            // shown below what a search finds
 };
 
 struct Group {
@@ -41,7 +49,7 @@ bool holds(const std::string& text, const std::string& part) {
 
 Line method_line(const Callable& callable) {
     const std::string note = callable.assignable() ? "  (assignable)" : "";
-    return {callable.declaration.name, callable.declaration.text + note};
+    return {callable.declaration.name, callable.declaration.text + note, &callable};
 }
 
 Group plain_methods(const host::Caller& caller) {
@@ -83,24 +91,80 @@ std::vector<Group> all_groups(PluginSession& session) {
     return groups;
 }
 
-// Removes what does not match a name. A class of that name keeps all of its group.
-void keep_matching(std::vector<Group>& groups, const std::string& name) {
-    for (Group& group : groups)
-        if (!holds(group.name, name))
-            std::erase_if(group.lines, [&](const Line& line) { return !holds(line.name, name); });
-    std::erase_if(groups, [](const Group& group) { return group.lines.empty(); });
+// Finds what has the word in its name, goes by it, or is of a family of that name.
+class Search {
+public:
+    Search(const reference::Reference& all, const std::string& word) : all_(all), word_(word) {
+        for (const reference::Operation& each : all.operations()) add(each);
+        for (const reference::Class& cls : all.classes())
+            for (const reference::Operation& each : cls.methods) add(each);
+    }
+
+    void keep_found(std::vector<Group>& groups) const {
+        for (Group& group : groups) {
+            const bool whole = finds_class(group.name);
+            std::erase_if(group.lines, [&](const Line& line) { return !whole && !finds(line); });
+            for (Line& line : group.lines)
+                if (const reference::Operation* const described = operation_of(line))
+                    line.summary = described->about->summary;
+        }
+        std::erase_if(groups, [](const Group& group) { return group.lines.empty(); });
+    }
+
+private:
+    void add(const reference::Operation& operation) {
+        for (const reference::Form& form : operation.forms) operations_[form.callable] = &operation;
+    }
+
+    // Null for a property, and for what nobody has described.
+    const reference::Operation* operation_of(const Line& line) const {
+        const auto found = operations_.find(line.callable);
+        return found == operations_.end() ? nullptr : found->second;
+    }
+
+    bool finds(const Line& line) const {
+        if (holds(line.name, word_)) return true;
+        const reference::Operation* const described = operation_of(line);
+        return described &&
+               (reference::have_word(described->about->words, word_) || host::same_name(described->family, word_));
+    }
+
+    bool finds_class(const std::string& name) const {
+        const reference::Class* const cls = reference::find_class(all_, name);
+        return holds(name, word_) || (cls && reference::have_word(cls->about->words, word_));
+    }
+
+    const reference::Reference& all_;
+    const std::string& word_;
+    std::map<const Callable*, const reference::Operation*> operations_;
+};
+
+void show(const std::vector<Group>& groups) {
+    for (const Group& group : groups) {
+        std::cout << (&group == &groups.front() ? "" : "\n") << group.title << '\n';
+        for (const Line& line : group.lines) {
+            std::cout << "  " << line.text << '\n';
+            if (!line.summary.empty()) std::cout << "      " << line.summary << '\n';
+        }
+    }
 }
 
 void list(const ListOptions& options) {
     PluginSession session(options.plugin);
-    std::vector<Group> groups = all_groups(session);
-    keep_matching(groups, options.name);
-    if (groups.empty())
-        throw CommandError(ExitStatus::wrong_usage, "nothing has a name with \"" + options.name + "\" in it");
-    for (const Group& group : groups) {
-        std::cout << (&group == &groups.front() ? "" : "\n") << group.title << '\n';
-        for (const Line& line : group.lines) std::cout << "  " << line.text << '\n';
+    if (options.json) {
+        std::cout << reference::description_json(reference::Reference(session.caller()));
+        return;
     }
+    std::vector<Group> groups = all_groups(session);
+    if (!options.word.empty()) {
+        const reference::Reference all(session.caller());
+        Search(all, options.word).keep_found(groups);
+        if (groups.empty())
+            throw CommandError(ExitStatus::wrong_usage, "nothing has " + host::quoted(options.word) +
+                                                            " in its name or goes by it" +
+                                                            suggestions(all, options.word));
+    }
+    show(groups);
 }
 
 }  // namespace
@@ -108,7 +172,10 @@ void list(const ListOptions& options) {
 void add_list_command(CLI::App& tool) {
     const auto options = std::make_shared<ListOptions>();
     CLI::App* command = tool.add_subcommand("list", "Show the declarations that the plugin registers");
-    command->add_option("NAME", options->name, "only methods, properties and classes with this in their name");
+    CLI::Option* const word = command->add_option(
+        "WORD", options->word,
+        "only what has this in its name, goes by this word (resize, crop, blur), or is of this family");
+    command->add_flag("--json", options->json, "all that is known of every operation, for programs")->excludes(word);
     add_plugin_options(*command, options->plugin);
     command->callback([options] { list(*options); });
 }

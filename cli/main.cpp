@@ -38,6 +38,7 @@ ExitStatus run(int argc, char** argv) {
     tarvo::cli::add_capture_command(tool);
 #endif
     tarvo::cli::add_convert_command(tool);
+    tarvo::cli::add_help_command(tool);
     tarvo::cli::add_list_command(tool);
     try {
         tool.parse(argc, argv);

@@ -24,14 +24,17 @@ TEST_F(ListTest, ShowsMethodsClassesAndExtensions) {
 }
 
 TEST_F(ListTest, ShowsWhatHasTheNameOnly) {
-    EXPECT_EQ(tool({"list", "lasterr"}).out, "Methods\n  TRV_GetLastError() as integer\n");
-    EXPECT_EQ(tool({"list", "OFFSET"}).out, "Class TRV_Rectangle\n  OffsetBy(h as integer, v as integer)\n");
+    EXPECT_EQ(
+        tool({"list", "lasterr"}).out,
+        "Methods\n  TRV_GetLastError() as integer\n      The code of the most recent operation; 0 when it went well\n");
+    EXPECT_EQ(tool({"list", "OFFSET"}).out,
+              "Class TRV_Rectangle\n  OffsetBy(h as integer, v as integer)\n      Moves by so much; the size stays\n");
     // A class's name shows all of the class.
     EXPECT_TRUE(holds(tool({"list", "trv_rectangle"}).out, "  MessageBox()\n"));
 
     const Ending nothing = tool({"list", "xyz"});
     EXPECT_EQ(nothing.status, 2);
-    EXPECT_EQ(nothing.err, "tarvo: nothing has a name with \"xyz\" in it\n");
+    EXPECT_EQ(nothing.err, "tarvo: nothing has \"xyz\" in its name or goes by it\n");
     EXPECT_EQ(nothing.out, "");
 }
 
