@@ -72,7 +72,7 @@ public:
     consteval Signature read(char self) {
         Signature arguments;
         if (self != 'v') arguments.add(self);
-        word();
+        identifier();
         if (*at_++ != '(') throw "an opening bracket is missing";
         skip_blanks();
         while (*at_ != ')') {
@@ -89,7 +89,7 @@ public:
     }
 
 private:
-    struct Word {
+    struct Identifier {
         const char* start;
         std::size_t length;
         consteval bool is(const char* other) const {
@@ -101,30 +101,30 @@ private:
     };
 
     static consteval char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
-    static consteval bool in_word(char c) {
+    static consteval bool in_identifier(char c) {
         return (lower(c) >= 'a' && lower(c) <= 'z') || (c >= '0' && c <= '9') || c == '_';
     }
     consteval void skip_blanks() {
         while (*at_ == ' ') ++at_;
     }
-    consteval Word word() {
+    consteval Identifier identifier() {
         skip_blanks();
-        Word result = {at_, 0};
-        while (in_word(*at_)) ++at_, ++result.length;
+        Identifier result = {at_, 0};
+        while (in_identifier(*at_)) ++at_, ++result.length;
         if (!result.length) throw "a name is missing";
         skip_blanks();
         return result;
     }
     consteval bool keyword(const char* wanted) {
         skip_blanks();
-        if (!in_word(*at_)) return false;
+        if (!in_identifier(*at_)) return false;
         const char* const before = at_;
-        if (word().is(wanted)) return true;
+        if (identifier().is(wanted)) return true;
         at_ = before;
         return false;
     }
     consteval char type() {
-        const Word name = word();
+        const Identifier name = identifier();
         if (name.is("integer") || name.is("color")) return 'i';
         if (name.is("double")) return 'd';
         if (name.is("boolean")) return 'b';
@@ -136,7 +136,7 @@ private:
     consteval char parameter() {
         keyword("extends");
         const bool by_ref = keyword("ByRef");
-        word();
+        identifier();
         bool array = false;
         if (*at_ == '(') {
             if (*++at_ != ')') throw "an array's brackets are empty";
@@ -147,7 +147,7 @@ private:
         const char letter = type();
         if (*at_ == '=') {
             ++at_;
-            word();
+            identifier();
         }
         if (array) return letter == 'i' ? 'a' : throw "only integers come in arrays";
         if (by_ref) return letter == 'i' ? 'I' : letter == 'd' ? 'D' : throw "only numbers are passed by reference";

@@ -187,14 +187,14 @@ void TRV_ClientPicture_operator_convert_from_picture(REALobjectStruct* self, REA
 // cannot be locked.
 bool copy_image(const Data& data, TRV_Picture& made) {
     constexpr const char* kCaller = "TRV_ClientPicture_operator_convert_to_picture 3";
-    TRV_Picture image(&data, false);
+    TRV_Picture image(&data, kAsImage);
     if (!image.Lock() || !made.Lock()) return false;
     CopyRows(image, made, kCaller);
     made.Unlock();
     if (!data.hasMask || !data.maskPixels) return true;
 
-    TRV_Picture mask(&data, true);
-    TRV_Picture made_mask(made, true);
+    TRV_Picture mask(&data, kAsMask);
+    TRV_Picture made_mask(made, kAsMask);
     if (!mask.Lock() || !made_mask.Lock()) return false;
     CopyMaskRows(mask, made_mask, kCaller);
     return true;
@@ -211,7 +211,7 @@ REALpictureStruct* TRV_ClientPicture_operator_convert_to_picture(REALobjectStruc
     if (!data->pixels) return nullptr;
 
     HostReference<REALpictureStruct> picture;
-    TRV_Picture made(data->width, data->height, data->depth, true);
+    TRV_Picture made(data->width, data->height, data->depth, kHandOver);
     picture.reset(made.picture());
     return copy_image(*data, made) ? picture.release() : nullptr;
 }

@@ -41,7 +41,7 @@ void map_run(TRV_Picture& result, std::int32_t row, std::int32_t column, std::si
     };
     std::uint8_t* const to = result.WordsAt(row, column);
     if (to && words(first) && (... && words(others)))
-        return map_xrgb32_run(to, result.streams(), count, kernel, words(first), words(others)...);
+        return map_xrgb32_run(to, result.store_mode(), count, kernel, words(first), words(others)...);
 
     constexpr std::size_t kPictures = 1 + sizeof...(others);
     const auto map_chunks = [&]<std::size_t... i>(std::index_sequence<i...>) TARVO_INLINED {
@@ -78,7 +78,7 @@ template <class First, class Second>
 Chain(First, Second) -> Chain<First, Second>;
 
 // A further picture of an operation. Its first pixel lies over the source's at `left`, `top`, and it covers the region.
-struct Overlay {
+struct PlacedPicture {
     const TRV_Picture& picture;
     std::int32_t left = 0, top = 0;
 
@@ -131,7 +131,7 @@ void map_region_in_copy(const TRV_Picture& source, TRV_Picture& result, const Re
 template <class Kernel, class... Pictures>
 void map_pictures(const TRV_Picture& source, TRV_Picture& result, int yield, const char* caller, const Kernel& kernel,
                   const Pictures&... others) {
-    map_region(source, result, whole_of(result), yield, caller, kernel, Overlay{others}...);
+    map_region(source, result, whole_of(result), yield, caller, kernel, PlacedPicture{others}...);
 }
 
 // Applies `kernel(colors)` to the region of the picture itself. Nothing else is written.

@@ -27,7 +27,7 @@ bool move_stored(const TRV_Picture& source, Place from, TRV_Picture& result, Pla
     const std::uint8_t* const words = source.WordsAt(from.row, from.column);
     std::uint8_t* const out = result.WordsAt(to.row, to.column);
     if (!words || !out) return false;
-    move(words, out, static_cast<std::size_t>(count), result.streams());
+    move(words, out, static_cast<std::size_t>(count), result.store_mode());
     return true;
 }
 

@@ -133,7 +133,7 @@ bool TRV_Picture::bind_mask_of(REALpictureStruct* picture) {
 bool TRV_Picture::bind_drawing() {
     constexpr std::int32_t kMostSide = std::numeric_limits<std::int16_t>::max();
     if (description_.width > kMostSide || description_.height > kMostSide) return false;
-    TRV_Picture rendered(description_.width, description_.height, 32, false);
+    TRV_Picture rendered(description_.width, description_.height, 32, kTemporary);
     if (!rendered.holdsDescription_) return false;
     const REALpictureDescription canvas = rendered.description_;
     if (canvas.kind != pictureMacintoshGWorld || !canvas.store) return false;
@@ -184,7 +184,7 @@ bool TRV_Picture::lock_pixels() {
             default: return false;
         }
     }
-    return clientData_ ? lock_client_memory() : false;
+    return clientData_ && lock_client_memory();
 }
 
 bool TRV_Picture::lock_pixel_map() {
@@ -256,18 +256,18 @@ void TRV_Picture::set_depth(std::int32_t depth) {
     depth_ = depth;
     bytesPerPixel_ = depth == 8 || depth == 16 || depth == 24 || depth == 32 ? depth / 8 : 0;
     bitsPerPixel_ = depth == 1 || depth == 2 || depth == 4 ? depth : 0;
-    format_ = format_at(depth, false);
-    streams_ = std::int64_t{rowBytes_} * height_ >= kStreamingBytes;
+    format_ = format_at(depth, Addressing::whole_pixels);
+    store_mode_ = store_mode_for(std::int64_t{rowBytes_} * height_);
 }
 
-PixelFormat TRV_Picture::format_at(long depth, bool bitsAddressed) const {
+PixelFormat TRV_Picture::format_at(long depth, Addressing addressing) const {
     if (rowTableSource_ || depth == 32) return PixelFormat::xrgb32;
     if (depth == 16) return PixelFormat::rgb555;
     if (depth == 24) return PixelFormat::rgb24;
     // Tested before the depths below, because masks of 1 bit too are read and written in whole bytes.
     if (isMask_) return PixelFormat::grey8;
     if (depth == 8) return PixelFormat::indexed8;
-    if (depth == 1 && bitsAddressed) return PixelFormat::mono1;
+    if (depth == 1 && addressing == Addressing::single_bits) return PixelFormat::mono1;
     return PixelFormat::opaque;
 }
 
@@ -283,7 +283,7 @@ void TRV_Picture::read_index_colors(CTabHandle table) {
 
 bool TRV_Picture::Unlock() {
     if (!isLocked_) return false;
-    if (streams_) finish_streamed_lines();
+    finish_streaming(store_mode_);
     if (pixMap_) {
         UnlockPixels(pixMap_);
         pixMap_ = nullptr;
@@ -317,7 +317,7 @@ void TRV_Picture::forget_geometry() {
     baseAddress_ = nullptr;
     hasResolution_ = false;
     format_ = PixelFormat::opaque;
-    streams_ = false;
+    store_mode_ = StoreMode::cached;
 }
 
 bool TRV_Picture::HasMask() const {

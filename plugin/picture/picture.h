@@ -11,6 +11,10 @@
 #include "real_interface.h"
 #include "row_codec.h"
 
+// Arguments for the parameters `asMask` and `handOver` of TRV_Picture.
+inline constexpr bool kAsImage = false, kAsMask = true;
+inline constexpr bool kTemporary = false, kHandOver = true;
+
 // A picture is constructed empty or bound to an image. `Lock` fills the geometry and makes the pixels addressable,
 // `Unlock` ends that, and the destructor unlocks and gives back every host object that is held. Nothing here sets the
 // error code: what fails returns false, reads 0 or writes nothing.
@@ -82,9 +86,8 @@ public:
     void SetPixels(long row, long column, std::span<const PixelColor> colors, const char* caller);
     // The address of a stored pixel if the pixels of its row are 32-bit words side by side; else null.
     std::uint8_t* WordsAt(long row, long column) const;
-    // Whether the picture is so large that what is written of it has left the caches before it is read again: it is
-    // then written past them.
-    bool streams() const { return streams_; }
+    // How the pixels of this picture are best written.
+    StoreMode store_mode() const { return store_mode_; }
     // Asks for the memory of a run of one row that will be read soon. Walks down columns do; only time depends on it.
     void Prefetch(long row, long column, std::size_t count) const;
     // Read and write a run of one row, each pixel as the bit-addressed accessor does. From one pixel to the next the
@@ -113,7 +116,7 @@ private:
     void set_depth(std::int32_t depth);
     void read_index_colors(CTabHandle table);
     void forget_geometry();
-    PixelFormat format_at(long depth, bool bitsAddressed) const;
+    PixelFormat format_at(long depth, Addressing addressing) const;
 
     REALpictureStruct* picture_ = nullptr;
     REALpictureDescription description_{};
@@ -141,7 +144,7 @@ private:
     std::int32_t vRes_ = -1;
 
     PixelFormat format_ = PixelFormat::opaque;  // by which whole pixels are read and written
-    bool streams_ = false;
+    StoreMode store_mode_ = StoreMode::cached;
     IndexColors indexColors_{};  // all black without a colour table
 };
 

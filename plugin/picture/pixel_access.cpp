@@ -10,7 +10,8 @@ unsigned long TRV_Picture::GetPixel(const void* address, const char*) const {
 
 unsigned long TRV_Picture::GetPixel(const void* address, long bit, long depth, const char*) const {
     if (!address) return 0;
-    return load_pixel(format_at(depth, true), static_cast<const std::uint8_t*>(address), bit, indexColors_);
+    const PixelFormat format = format_at(depth, Addressing::single_bits);
+    return load_pixel(format, static_cast<const std::uint8_t*>(address), bit, indexColors_);
 }
 
 unsigned long TRV_Picture::GetPixel(long row, long column, const char* caller) const {
@@ -24,7 +25,8 @@ void TRV_Picture::SetPixel(void* address, unsigned long color, const char*) {
 
 void TRV_Picture::SetPixel(void* address, long bit, unsigned long color, long depth, const char*) {
     if (!address) return;
-    store_pixel(format_at(depth, true), static_cast<std::uint8_t*>(address), bit, static_cast<PixelColor>(color));
+    const PixelFormat format = format_at(depth, Addressing::single_bits);
+    store_pixel(format, static_cast<std::uint8_t*>(address), bit, static_cast<PixelColor>(color));
 }
 
 void TRV_Picture::SetPixel(long row, long column, unsigned long color, const char* caller) {
@@ -51,7 +53,7 @@ void TRV_Picture::SetPixels(long row, long column, std::span<const PixelColor> c
         return;
     }
     std::uint8_t* const first = start + static_cast<std::ptrdiff_t>(column) * bytesPerPixel_;
-    (streams_ ? encode_row_streaming : encode_row)(format_, colors.data(), first, colors.size());
+    encode_row(format_, colors.data(), first, colors.size(), store_mode_);
 }
 
 bool TRV_Picture::SameColors(const TRV_Picture& other, long row, long column, std::size_t count,
@@ -79,7 +81,7 @@ void TRV_Picture::Prefetch(long row, long column, std::size_t count) const {
 void TRV_Picture::GetPixelBits(long row, long column, std::span<PixelColor> colors, const char* caller) const {
     const std::uint8_t* const start = RowStart(row);
     if (bitsPerPixel_ == 0 || !start) return GetPixels(row, column, colors, caller);
-    const PixelFormat format = format_at(depth_, true);
+    const PixelFormat format = format_at(depth_, Addressing::single_bits);
     std::size_t bit = static_cast<std::size_t>(column) * bitsPerPixel_;
     for (PixelColor& color : colors) {
         color = load_pixel(format, start + bit / 8, static_cast<long>(bit % 8), indexColors_);
@@ -90,7 +92,7 @@ void TRV_Picture::GetPixelBits(long row, long column, std::span<PixelColor> colo
 void TRV_Picture::SetPixelBits(long row, long column, std::span<const PixelColor> colors, const char* caller) {
     std::uint8_t* const start = RowStart(row);
     if (bitsPerPixel_ == 0 || !start) return SetPixels(row, column, colors, caller);
-    const PixelFormat format = format_at(depth_, true);
+    const PixelFormat format = format_at(depth_, Addressing::single_bits);
     std::size_t bit = static_cast<std::size_t>(column) * bitsPerPixel_;
     for (const PixelColor color : colors) {
         store_pixel(format, start + bit / 8, static_cast<long>(bit % 8), color);

@@ -22,7 +22,7 @@
 #endif
 
 inline constexpr std::size_t kCacheLine = 64;
-inline constexpr std::size_t kLinePixels = kCacheLine / XRgb32::kBytes;
+inline constexpr std::size_t kCacheLinePixels = kCacheLine / XRgb32::kBytes;
 inline constexpr std::size_t kBlockPixels = 32;
 
 // The colours that a kernel works on, always a whole block. Where a part of a block is wanted, the kernel works on the
@@ -58,12 +58,18 @@ TARVO_INLINED inline void encode_as(const PixelColor* __restrict span, std::uint
     for (std::size_t x = 0; x < count; ++x) Format::store(row + x * Format::kBytes, span[x]);
 }
 
-// Of an image with this many bytes, what is written has left the caches before it is read again.
-inline constexpr std::int64_t kStreamingBytes = std::int64_t{16} << 20;
+// How runs of 32-bit pixels are written: with ordinary stores, or in whole cache lines past the caches. That is faster
+// for what is so large that it has left the caches before it is read again.
+enum class StoreMode { cached, streamed };
+
+constexpr StoreMode store_mode_for(std::int64_t bytes) {
+    constexpr std::int64_t kStreamedBytes = std::int64_t{16} << 20;
+    return bytes >= kStreamedBytes ? StoreMode::streamed : StoreMode::cached;
+}
 
 // Writes one cache line to an aligned address, past the caches if the machine can. An ordinary store reads each line
 // before it overwrites it, which is a third of the memory traffic of a large picture. No plain loop compiles to this.
-TARVO_INLINED inline void stream_line(const std::uint8_t* line, std::uint8_t* to) {
+TARVO_INLINED inline void stream_cache_line(const std::uint8_t* line, std::uint8_t* to) {
 #if defined(__SSE2__)
     for (std::size_t i = 0; i < kCacheLine; i += sizeof(__m128i))
         _mm_stream_si128(reinterpret_cast<__m128i*>(to + i),
@@ -73,24 +79,24 @@ TARVO_INLINED inline void stream_line(const std::uint8_t* line, std::uint8_t* to
 #endif
 }
 
-// To be called after the last of a number of lines: writes that follow come after them.
-inline void finish_streamed_lines() {
+// To be called after the last of a number of runs: writes that follow come after them.
+inline void finish_streaming([[maybe_unused]] StoreMode mode) {
 #if defined(__SSE2__)
-    _mm_sfence();
+    if (mode == StoreMode::streamed) _mm_sfence();
 #endif
 }
 
 // Writes colours as 32-bit pixels, in whole cache lines past the caches. `row` is aligned.
-TARVO_INLINED inline void stream_xrgb32_lines(const PixelColor* colors, std::uint8_t* row, std::size_t count) {
-    for (std::size_t x = 0; x < count; x += kLinePixels) {
+TARVO_INLINED inline void stream_xrgb32_cache_lines(const PixelColor* colors, std::uint8_t* row, std::size_t count) {
+    for (std::size_t x = 0; x < count; x += kCacheLinePixels) {
         alignas(kCacheLine) std::uint8_t line[kCacheLine];
-        encode_as<XRgb32>(colors + x, line, kLinePixels);
-        stream_line(line, row + x * XRgb32::kBytes);
+        encode_as<XRgb32>(colors + x, line, kCacheLinePixels);
+        stream_cache_line(line, row + x * XRgb32::kBytes);
     }
 }
 
 // How many of `count` 32-bit pixels lie before the first cache line that begins among them.
-inline std::size_t pixels_before_line(const std::uint8_t* row, std::size_t count) {
+inline std::size_t pixels_before_cache_line(const std::uint8_t* row, std::size_t count) {
     const std::size_t past = reinterpret_cast<std::uintptr_t>(row) % kCacheLine;
     return past ? std::min((kCacheLine - past) / XRgb32::kBytes, count) : 0;
 }
@@ -100,25 +106,24 @@ inline bool has_aligned_pixels(const std::uint8_t* row) {
     return reinterpret_cast<std::uintptr_t>(row) % XRgb32::kBytes == 0;
 }
 
-// to = kernel(from...), for `count` 32-bit pixels. The runs may be the same memory, or must not overlap. `streams`
-// writes whole cache lines past the caches.
-template <class Kernel, class... Run>
-void map_xrgb32_run(std::uint8_t* to, bool streams, std::size_t count, const Kernel& kernel, const Run*... from) {
-    const bool streams_lines = streams && has_aligned_pixels(to);
-    const std::size_t before_line = streams_lines ? pixels_before_line(to, count) : 0;
+// to = kernel(from...), for `count` 32-bit pixels. Runs may be the same memory; otherwise they do not overlap.
+template <class Kernel, class... Bytes>
+void map_xrgb32_run(std::uint8_t* to, StoreMode mode, std::size_t count, const Kernel& kernel, const Bytes*... from) {
+    const bool streams = mode == StoreMode::streamed && has_aligned_pixels(to);
+    const std::size_t before_cache_line = streams ? pixels_before_cache_line(to, count) : 0;
     const auto map = [=]<std::size_t... i>(std::index_sequence<i...>) TARVO_INLINED {
         // Blocks and parts have variables of their own: those of whole blocks stay in registers.
-        std::size_t x = before_line;
+        std::size_t x = before_cache_line;
         for (; x + kBlockPixels <= count; x += kBlockPixels) {
             ColorBlock blocks[sizeof...(from)];
             (decode_as<XRgb32>(from + x * XRgb32::kBytes, blocks[i].colors, kBlockPixels), ...);
             apply_kernel(kernel, blocks[i].colors...);
-            if (streams_lines)
-                stream_xrgb32_lines(blocks[0].colors, to + x * XRgb32::kBytes, kBlockPixels);
+            if (streams)
+                stream_xrgb32_cache_lines(blocks[0].colors, to + x * XRgb32::kBytes, kBlockPixels);
             else
                 encode_as<XRgb32>(blocks[0].colors, to + x * XRgb32::kBytes, kBlockPixels);
         }
-        const std::pair<std::size_t, std::size_t> ends[] = {{0, before_line}, {x, count}};
+        const std::pair<std::size_t, std::size_t> ends[] = {{0, before_cache_line}, {x, count}};
         for (const auto& [begin, end] : ends) {
             ColorBlock blocks[sizeof...(from)]{};
             (decode_as<XRgb32>(from + begin * XRgb32::kBytes, blocks[i].colors, end - begin), ...);
@@ -126,5 +131,5 @@ void map_xrgb32_run(std::uint8_t* to, bool streams, std::size_t count, const Ker
             encode_as<XRgb32>(blocks[0].colors, to + begin * XRgb32::kBytes, end - begin);
         }
     };
-    on_this_processor([=]() TARVO_INLINED { map(std::index_sequence_for<Run...>{}); });
+    on_this_processor([=]() TARVO_INLINED { map(std::index_sequence_for<Bytes...>{}); });
 }

@@ -21,6 +21,16 @@ TARVO_ROW_CLONES void decode_grey8(const std::uint8_t* row, PixelColor* span, st
 TARVO_ROW_CLONES void encode_xrgb32(const PixelColor* span, std::uint8_t* row, std::size_t count) {
     encode_as<XRgb32>(span, row, count);
 }
+// Streams whole cache lines only: one that two runs share, or that is also written otherwise, would cost more than the
+// rest saves.
+TARVO_ROW_CLONES void stream_xrgb32_row(const PixelColor* span, std::uint8_t* row, std::size_t count) {
+    const std::size_t before = pixels_before_cache_line(row, count);
+    const std::size_t in_cache_lines = (count - before) / kCacheLinePixels * kCacheLinePixels;
+    const std::size_t after = before + in_cache_lines;
+    encode_as<XRgb32>(span, row, before);
+    stream_xrgb32_cache_lines(span + before, row + before * XRgb32::kBytes, in_cache_lines);
+    encode_as<XRgb32>(span + after, row + after * XRgb32::kBytes, count - after);
+}
 TARVO_ROW_CLONES void encode_rgb555(const PixelColor* span, std::uint8_t* row, std::size_t count) {
     encode_as<Rgb555>(span, row, count);
 }
@@ -120,9 +130,11 @@ void decode_row(PixelFormat format, const std::uint8_t* row, PixelColor* span, s
     }
 }
 
-void encode_row(PixelFormat format, const PixelColor* span, std::uint8_t* row, std::size_t count) {
+void encode_row(PixelFormat format, const PixelColor* span, std::uint8_t* row, std::size_t count, StoreMode mode) {
     switch (format) {
-        case PixelFormat::xrgb32: return encode_xrgb32(span, row, count);
+        case PixelFormat::xrgb32:
+            return mode == StoreMode::streamed && has_aligned_pixels(row) ? stream_xrgb32_row(span, row, count)
+                                                                          : encode_xrgb32(span, row, count);
         case PixelFormat::rgb24: return encode_rgb24(span, row, count);
         case PixelFormat::rgb555: return encode_rgb555(span, row, count);
         case PixelFormat::grey8: return encode_grey8(span, row, count);
@@ -149,26 +161,4 @@ bool rows_agree(PixelFormat format, const std::uint8_t* a, const std::uint8_t* b
         case PixelFormat::opaque: break;
     }
     return true;  // both read 0
-}
-
-namespace {
-
-// Streams whole cache lines only: one that two runs share, or that is also written otherwise, would cost more than the
-// rest saves.
-TARVO_ROW_CLONES void stream_xrgb32(const PixelColor* span, std::uint8_t* row, std::size_t count) {
-    const std::size_t before = pixels_before_line(row, count);
-    const std::size_t in_lines = (count - before) / kLinePixels * kLinePixels;
-    const std::size_t after = before + in_lines;
-    encode_as<XRgb32>(span, row, before);
-    stream_xrgb32_lines(span + before, row + before * XRgb32::kBytes, in_lines);
-    encode_as<XRgb32>(span + after, row + after * XRgb32::kBytes, count - after);
-}
-
-}  // namespace
-
-void encode_row_streaming(PixelFormat format, const PixelColor* span, std::uint8_t* row, std::size_t count) {
-    if (format == PixelFormat::xrgb32 && has_aligned_pixels(row))
-        stream_xrgb32(span, row, count);
-    else
-        encode_row(format, span, row, count);
 }

@@ -6,7 +6,11 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "pixel_blocks.h"
 #include "pixel_formats.h"
+
+// Which pixels can be addressed: those that begin a byte, or single ones of those that share it.
+enum class Addressing { whole_pixels, single_bits };
 
 // How a picture's pixels are read and written.
 enum class PixelFormat {
@@ -43,11 +47,9 @@ void store_pixel(PixelFormat format, std::uint8_t* at, long bit, PixelColor colo
 // Read and write `count` pixels that are stored side by side, in a format whose pixels are whole bytes.
 void decode_row(PixelFormat format, const std::uint8_t* row, PixelColor* span, std::size_t count,
                 const IndexColors& colors);
-void encode_row(PixelFormat format, const PixelColor* span, std::uint8_t* row, std::size_t count);
+void encode_row(PixelFormat format, const PixelColor* span, std::uint8_t* row, std::size_t count,
+                StoreMode mode = StoreMode::cached);
 
 // Whether two rows of `count` pixels have the same colours. Bits that belong to no colour are not compared.
 bool rows_agree(PixelFormat format, const std::uint8_t* a, const std::uint8_t* b, std::size_t count,
                 const IndexColors& colors_a, const IndexColors& colors_b);
-
-// Writes the same bytes as encode_row, past the caches if the machine can. It is for pictures that no cache holds.
-void encode_row_streaming(PixelFormat format, const PixelColor* span, std::uint8_t* row, std::size_t count);

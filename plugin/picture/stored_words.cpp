@@ -13,7 +13,7 @@ constexpr std::size_t kWord = XRgb32::kBytes;
 // Memory is asked for this far ahead of what is moved.
 constexpr std::size_t kAhead = 16 * kCacheLine;
 
-struct alignas(kCacheLine) Line {
+struct alignas(kCacheLine) CacheLine {
     std::uint8_t bytes[kCacheLine];
 };
 
@@ -30,13 +30,13 @@ TARVO_INLINED inline void shuffle(const std::uint8_t* first, const std::uint8_t*
 }
 
 // Packs the pixels of a cache line into three quarters of one.
-TARVO_INLINED inline void pack_line(const std::uint8_t* words, std::uint8_t* bytes) {
+TARVO_INLINED inline void pack_cache_line(const std::uint8_t* words, std::uint8_t* bytes) {
     shuffle<1, 2, 3, 5, 6, 7, 9, 10, 11, 13, 14, 15, 17, 18, 19, 21>(words, words + 16, bytes);
     shuffle<6, 7, 9, 10, 11, 13, 14, 15, 17, 18, 19, 21, 22, 23, 25, 26>(words + 16, words + 32, bytes + 16);
     shuffle<11, 13, 14, 15, 17, 18, 19, 21, 22, 23, 25, 26, 27, 29, 30, 31>(words + 32, words + 48, bytes + 32);
 }
 
-TARVO_INLINED inline void unpack_line(const std::uint8_t* bytes, std::uint8_t* words) {
+TARVO_INLINED inline void unpack_cache_line(const std::uint8_t* bytes, std::uint8_t* words) {
     constexpr std::uint8_t kZeros[16] = {};
     for (int four = 0; four < 3; ++four)
         shuffle<0, 16, 17, 18, 0, 19, 20, 21, 0, 22, 23, 24, 0, 25, 26, 27>(kZeros, bytes + 12 * four,
@@ -55,7 +55,7 @@ TARVO_INLINED inline void unpack_singly(const std::uint8_t* bytes, std::uint8_t*
 
 // How many of `count` pixels of three bytes lie before the first one that begins a cache line. That is one pixel of
 // every kCacheLine, and because 3 has an inverse modulo kCacheLine its number can be computed.
-std::size_t packed_before_line(const std::uint8_t* bytes, std::size_t count) {
+std::size_t packed_before_cache_line(const std::uint8_t* bytes, std::size_t count) {
     constexpr std::size_t kInverse = 43;
     static_assert(kInverse * Rgb24::kBytes % kCacheLine == 1);
     const std::size_t past = reinterpret_cast<std::uintptr_t>(bytes) % kCacheLine;
@@ -64,81 +64,81 @@ std::size_t packed_before_line(const std::uint8_t* bytes, std::size_t count) {
 
 }  // namespace
 
-void copy_words(const std::uint8_t* from, std::uint8_t* to, std::size_t words, bool streams) {
+void copy_words(const std::uint8_t* from, std::uint8_t* to, std::size_t words, StoreMode mode) {
     const std::size_t count = words * kWord;
     const std::size_t past = reinterpret_cast<std::uintptr_t>(to) % kCacheLine;
-    std::size_t done = streams ? std::min((kCacheLine - past) % kCacheLine, count) : count;
+    std::size_t done = mode == StoreMode::streamed ? std::min((kCacheLine - past) % kCacheLine, count) : count;
     if (done > 0) std::memmove(to, from, done);
     for (; done + kCacheLine <= count; done += kCacheLine) {
-        Line line;
+        CacheLine line;
         __builtin_prefetch(from + done + kAhead);
         std::memcpy(line.bytes, from + done, kCacheLine);
-        stream_line(line.bytes, to + done);
+        stream_cache_line(line.bytes, to + done);
     }
     if (done < count) std::memmove(to + done, from + done, count - done);
 }
 
 // Reads upwards in memory and writes downwards, because processors read ahead upwards only.
-void mirror_words(const std::uint8_t* from, std::uint8_t* to, std::size_t count, bool streams) {
+void mirror_words(const std::uint8_t* from, std::uint8_t* to, std::size_t count, StoreMode mode) {
     const auto mirror = [&](std::uint8_t* out, std::size_t done, std::size_t words) TARVO_INLINED {
         for (std::size_t i = 0; i < words; ++i)
             std::memcpy(out + (words - 1 - i) * kWord, from + (done + i) * kWord, kWord);
     };
     std::uint8_t* const end = to + count * kWord;
-    const bool by_lines = streams && has_aligned_pixels(to);
+    const bool streams = mode == StoreMode::streamed && has_aligned_pixels(to);
     const std::size_t past_line = reinterpret_cast<std::uintptr_t>(end) % kCacheLine / kWord;
-    const std::size_t behind = by_lines ? std::min(past_line, count) : count;
+    const std::size_t behind = streams ? std::min(past_line, count) : count;
     mirror(end - behind * kWord, 0, behind);
     std::size_t done = behind;
-    for (; done + kLinePixels <= count; done += kLinePixels) {
-        Line line;
+    for (; done + kCacheLinePixels <= count; done += kCacheLinePixels) {
+        CacheLine line;
         __builtin_prefetch(from + done * kWord + kAhead);
-        mirror(line.bytes, done, kLinePixels);
-        stream_line(line.bytes, end - done * kWord - kCacheLine);
+        mirror(line.bytes, done, kCacheLinePixels);
+        stream_cache_line(line.bytes, end - done * kWord - kCacheLine);
     }
     mirror(to, done, count - done);
 }
 
-TARVO_ROW_CLONES void pack_words(const std::uint8_t* words, std::uint8_t* bytes, std::size_t count, bool streams) {
-    std::size_t done = streams ? packed_before_line(bytes, count) : 0;
+TARVO_ROW_CLONES void pack_words(const std::uint8_t* words, std::uint8_t* bytes, std::size_t count, StoreMode mode) {
+    const bool streams = mode == StoreMode::streamed;
+    std::size_t done = streams ? packed_before_cache_line(bytes, count) : 0;
     pack_singly(words, bytes, done);
     for (; streams && done + kCacheLine <= count; done += kCacheLine) {
         alignas(kCacheLine) std::uint8_t lines[kCacheLine * Rgb24::kBytes];
-        for (std::size_t i = 0; i < kCacheLine; i += kLinePixels)
-            pack_line(words + (done + i) * kWord, lines + i * Rgb24::kBytes);
+        for (std::size_t i = 0; i < kCacheLine; i += kCacheLinePixels)
+            pack_cache_line(words + (done + i) * kWord, lines + i * Rgb24::kBytes);
         for (std::size_t i = 0; i < sizeof lines; i += kCacheLine)
-            stream_line(lines + i, bytes + done * Rgb24::kBytes + i);
+            stream_cache_line(lines + i, bytes + done * Rgb24::kBytes + i);
     }
-    for (; done + kLinePixels <= count; done += kLinePixels)
-        pack_line(words + done * kWord, bytes + done * Rgb24::kBytes);
+    for (; done + kCacheLinePixels <= count; done += kCacheLinePixels)
+        pack_cache_line(words + done * kWord, bytes + done * Rgb24::kBytes);
     pack_singly(words + done * kWord, bytes + done * Rgb24::kBytes, count - done);
 }
 
-TARVO_ROW_CLONES void unpack_words(const std::uint8_t* bytes, std::uint8_t* words, std::size_t count, bool streams) {
-    const bool by_lines = streams && has_aligned_pixels(words);
-    std::size_t done = by_lines ? pixels_before_line(words, count) : 0;
+TARVO_ROW_CLONES void unpack_words(const std::uint8_t* bytes, std::uint8_t* words, std::size_t count, StoreMode mode) {
+    const bool streams = mode == StoreMode::streamed && has_aligned_pixels(words);
+    std::size_t done = streams ? pixels_before_cache_line(words, count) : 0;
     unpack_singly(bytes, words, done);
-    for (; done + kLinePixels <= count; done += kLinePixels) {
-        Line line;
-        unpack_line(bytes + done * Rgb24::kBytes, line.bytes);
-        if (by_lines)
-            stream_line(line.bytes, words + done * kWord);
+    for (; done + kCacheLinePixels <= count; done += kCacheLinePixels) {
+        CacheLine line;
+        unpack_cache_line(bytes + done * Rgb24::kBytes, line.bytes);
+        if (streams)
+            stream_cache_line(line.bytes, words + done * kWord);
         else
             std::memcpy(words + done * kWord, line.bytes, kCacheLine);
     }
     unpack_singly(bytes + done * Rgb24::kBytes, words + done * kWord, count - done);
 }
 
-void PieceWriter::write(std::uint8_t* words, std::size_t count, std::uint8_t* to, bool streams, bool ends) {
+void PieceWriter::write(std::uint8_t* words, std::size_t count, std::uint8_t* to, StoreMode mode, PieceEnd end) {
     const std::size_t bytes = waiting_ + count * kWord;
     std::uint8_t* const from = words - waiting_;
-    std::uint8_t* const end = from + bytes;
     to -= waiting_;
     // A whole line is copied, whatever waits: that is faster than a few bytes.
     std::memcpy(words - kCacheLine, last_line_, kCacheLine);
-    const bool waits = streams && !ends && has_aligned_pixels(to);
+    const bool waits = mode == StoreMode::streamed && end == PieceEnd::inside_row && has_aligned_pixels(to);
     const std::size_t past_line = waits ? reinterpret_cast<std::uintptr_t>(to + bytes) % kCacheLine : 0;
     waiting_ = std::min(past_line, bytes);
-    copy_words(from, to, (bytes - waiting_) / kWord, streams);
-    std::memcpy(last_line_, end - kCacheLine, kCacheLine);
+    copy_words(from, to, (bytes - waiting_) / kWord, mode);
+    std::memcpy(last_line_, from + bytes - kCacheLine, kCacheLine);
 }

@@ -203,7 +203,7 @@ TEST_F(GeometryKernels, TurnsOfUnequalSizesStayInside) {
                      {std::pair{3, 90}, std::pair{90, 3}, std::pair{70, 70}, std::pair{1, 1}}) {
                     const host::ObjectRef source = noise(40, 30), result = noise(width, height);
                     Locked from(source), to(result);
-                    quarter_turn(turns, flip_h, flip_v)(from, to, 0);
+                    quarter_turn(turns, {flip_h, flip_v})(from, to, 0);
                 }
             }
         }
@@ -485,7 +485,7 @@ TEST_F(GeometryKernels, TheFastRotationAgreesWithTheJudge) {
                                                              .depth = depth == 1 ? 1 : std::max(depth, 16)});
             {
                 Locked from(source), to(turned);
-                quarter_turn(quarters, false, false)(from, to, 0);
+                quarter_turn(quarters)(from, to, 0);
             }
             expect_same_bytes(pixels(result), *plain_rotation(pixels(turned), {rest, frame & 0xFFFFFF, 1}));
         }

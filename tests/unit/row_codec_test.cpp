@@ -46,21 +46,21 @@ TEST_P(RowCodec, RowsDecodeAsTheirPixels) {
 
 TEST_P(RowCodec, RowsEncodeAsTheirPixelsAndNoFurther) {
     const int bytes = bytes_of(GetParam());
-    for (const auto encode : {encode_row, encode_row_streaming}) {
+    for (const StoreMode mode : {StoreMode::cached, StoreMode::streamed}) {
         for (std::size_t count = 0; count <= 70; ++count) {
             for (std::size_t start = 0; start < 36; ++start) {
                 std::vector<PixelColor> span(count);
                 for (PixelColor& color : span) color = static_cast<PixelColor>(random());
                 auto expected = noise(start + count * bytes + 8);
                 auto row = expected;
-                encode(GetParam(), span.data(), row.data() + start, count);
+                encode_row(GetParam(), span.data(), row.data() + start, count, mode);
                 for (std::size_t x = 0; x < count; ++x)
                     store_pixel(GetParam(), expected.data() + start + x * bytes, 0, span[x]);
                 ASSERT_EQ(row, expected);
             }
         }
     }
-    finish_streamed_lines();
+    finish_streaming(StoreMode::streamed);
 }
 
 TEST(PixelFormats, KnownEncodings) {

@@ -19,7 +19,7 @@ constexpr std::size_t kMost = 150;  // pixels: whole lines of both kinds, and pa
 
 using Bytes = std::vector<std::uint8_t>;
 
-class StoredWords : public ::testing::TestWithParam<bool> {
+class StoredWords : public ::testing::TestWithParam<StoreMode> {
 protected:
     Bytes noise(std::size_t count) {
         Bytes bytes(count);
@@ -39,30 +39,30 @@ protected:
                 const std::size_t past = reinterpret_cast<std::uintptr_t>(to.data()) % kCacheLine;
                 const std::size_t offset = (start + kCacheLine - past) % kCacheLine;
                 move(from.data() + start % 5, to.data() + offset, count);
-                finish_streamed_lines();
+                finish_streaming(mode());
                 move_singly(from.data() + start % 5, expected.data() + offset, count);
                 ASSERT_EQ(to, expected) << count << " pixels, " << start << " bytes past a line";
             }
         }
     }
 
-    bool streams() const { return GetParam(); }
+    StoreMode mode() const { return GetParam(); }
 
 private:
     std::mt19937 random{3};
 };
 
-INSTANTIATE_TEST_SUITE_P(Streamed, StoredWords, ::testing::Bool());
+INSTANTIATE_TEST_SUITE_P(Modes, StoredWords, ::testing::Values(StoreMode::cached, StoreMode::streamed));
 
 TEST_P(StoredWords, Copied) {
     compare(
-        kWord, kWord, [&](const auto* from, auto* to, std::size_t count) { copy_words(from, to, count, streams()); },
+        kWord, kWord, [&](const auto* from, auto* to, std::size_t count) { copy_words(from, to, count, mode()); },
         [](const auto* from, auto* to, std::size_t count) { std::copy_n(from, count * kWord, to); });
 }
 
 TEST_P(StoredWords, Mirrored) {
     compare(
-        kWord, kWord, [&](const auto* from, auto* to, std::size_t count) { mirror_words(from, to, count, streams()); },
+        kWord, kWord, [&](const auto* from, auto* to, std::size_t count) { mirror_words(from, to, count, mode()); },
         [](const auto* from, auto* to, std::size_t count) {
             for (std::size_t i = 0; i < count; ++i) std::copy_n(from + i * kWord, kWord, to + (count - 1 - i) * kWord);
         });
@@ -70,7 +70,7 @@ TEST_P(StoredWords, Mirrored) {
 
 TEST_P(StoredWords, Packed) {
     compare(
-        kWord, kPacked, [&](const auto* from, auto* to, std::size_t count) { pack_words(from, to, count, streams()); },
+        kWord, kPacked, [&](const auto* from, auto* to, std::size_t count) { pack_words(from, to, count, mode()); },
         [](const auto* from, auto* to, std::size_t count) {
             for (std::size_t i = 0; i < count; ++i) std::copy_n(from + i * kWord + 1, kPacked, to + i * kPacked);
         });
@@ -78,8 +78,7 @@ TEST_P(StoredWords, Packed) {
 
 TEST_P(StoredWords, Unpacked) {
     compare(
-        kPacked, kWord,
-        [&](const auto* from, auto* to, std::size_t count) { unpack_words(from, to, count, streams()); },
+        kPacked, kWord, [&](const auto* from, auto* to, std::size_t count) { unpack_words(from, to, count, mode()); },
         [](const auto* from, auto* to, std::size_t count) {
             for (std::size_t i = 0; i < count; ++i) {
                 to[i * kWord] = 0;
@@ -101,11 +100,14 @@ TEST_P(StoredWords, WrittenInPieces) {
         for (std::size_t row = 0; row < 2; ++row) {  // as good as new for the next one
             for (std::size_t done = 0, count; done < kMost; done += count) {
                 count = std::min((done * 7 + start + row) % kLongest + 1, kMost - done);
-                Bytes piece = noise(kCacheLine + kLongest * kWord);
-                std::copy_n(from.begin() + kWord * done, kWord * count, piece.begin() + kCacheLine);
-                writer.write(piece.data() + kCacheLine, count, out + kWord * done, streams(), done + count == kMost);
+                const Bytes rest = noise(kLongest * kWord);
+                RowPiece<kLongest> piece;
+                std::ranges::copy(rest, piece.bytes());
+                std::copy_n(from.begin() + kWord * done, kWord * count, piece.bytes());
+                const PieceEnd end = done + count == kMost ? PieceEnd::at_row_end : PieceEnd::inside_row;
+                writer.write(piece, count, out + kWord * done, mode(), end);
             }
-            finish_streamed_lines();
+            finish_streaming(mode());
             ASSERT_EQ(to, expected) << start << " bytes past a line";
             if (row == 0) std::ranges::fill(std::span(out, from.size()), std::uint8_t{0});
         }

@@ -62,7 +62,7 @@ TEST(WeightedMean, StreamedPixelsAreTheMeansAsTheyAreStored) {
             mean(split.taps(), expected.data(), count);
             alignas(kCacheLine) std::uint8_t lines[(kMost + 1) * XRgb32::kBytes] = {};
             mean.stream(split.taps(), lines, count);
-            finish_streamed_lines();
+            finish_streaming(StoreMode::streamed);
             for (std::size_t x = 0; x < count; ++x)
                 ASSERT_EQ(XRgb32::load(lines + x * XRgb32::kBytes), expected[x]) << coefficients[0] << " " << x;
             ASSERT_EQ(XRgb32::load(lines + count * XRgb32::kBytes), 0u);

@@ -32,9 +32,16 @@ struct Operation {
     bool asks_for_mask;  // for a client picture's result, where it stays as it is made; the two differ on purpose
 };
 
-constexpr Operation kAdd = {PrivAdd, ErrorCode::addend_nil, ErrorCode::addend_lock, ErrorCode::addend_size, true};
-constexpr Operation kSubtract = {PrivSubtract, ErrorCode::subtractend_nil, ErrorCode::subtractend_lock,
-                                 ErrorCode::subtractend_size, false};
+constexpr Operation kAdd = {.kernel = PrivAdd,
+                            .second_nil = ErrorCode::addend_nil,
+                            .second_lock = ErrorCode::addend_lock,
+                            .second_size = ErrorCode::addend_size,
+                            .asks_for_mask = true};
+constexpr Operation kSubtract = {.kernel = PrivSubtract,
+                                 .second_nil = ErrorCode::subtractend_nil,
+                                 .second_lock = ErrorCode::subtractend_lock,
+                                 .second_size = ErrorCode::subtractend_size,
+                                 .asks_for_mask = false};
 
 template <class Form>
 typename Form::Handle combine(const Operation& operation, Form form, typename Form::Handle first,

@@ -88,7 +88,7 @@ TARVO_INLINED inline void blend_channels(PixelColor* colors, Function function, 
 }
 
 // A kernel that blends with the same weights everywhere.
-struct Blend {
+struct BlendByWeights {
     BlendWeights weights;
 
     TARVO_INLINED void operator()(PixelColor* colors, const PixelColor* overlays) const {

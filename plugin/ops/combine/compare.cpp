@@ -50,10 +50,10 @@ bool PrivCompare_NonVector(REALpictureStruct* p, REALpictureStruct* compare, REA
     if (!compare) return Disagree(ErrorCode::compare_nil);  // if both are nil, this code is the one that stays
     if (!p) return Disagree(ErrorCode::source_nil);
     if (p == compare) return true;
-    TRV_Picture a(p, false);
+    TRV_Picture a(p, kAsImage);
     if (!a.Lock()) return Disagree(ErrorCode::source_lock);
     const Region region = SelectRegion(a, rect);
-    TRV_Picture b(compare, false);
+    TRV_Picture b(compare, kAsImage);
     if (!b.Lock()) return Disagree(ErrorCode::compare_lock);
     return same_size(a, b) && a.depth() == b.depth() && same_colors(a, b, region);
 }
@@ -76,11 +76,11 @@ void PrivDifference(const TRV_Picture& picture, const TRV_Picture& compare, TRV_
 }
 
 REALpictureStruct* TRV_Difference(REALpictureStruct* p, REALpictureStruct* compare) {
-    TRV_Picture a(p, false);
+    TRV_Picture a(p, kAsImage);
     if (!a.Lock()) return nullptr;
-    TRV_Picture b(compare, false);
+    TRV_Picture b(compare, kAsImage);
     if (!b.Lock()) return nullptr;
-    TRV_Picture result(std::max(a.width(), b.width()), std::max(a.height(), b.height()), 32, true);
+    TRV_Picture result(std::max(a.width(), b.width()), std::max(a.height(), b.height()), 32, kHandOver);
     if (!result.Lock()) return nullptr;
     PrivDifference(a, b, result);
     return result.picture();

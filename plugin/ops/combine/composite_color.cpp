@@ -11,7 +11,7 @@
 namespace {
 
 struct BlendWithColor {
-    Blend blend;
+    BlendByWeights blend;
     ColorBlock overlays;
 
     BlendWithColor(PixelColor color, BlendWeights weights) : blend{weights} {

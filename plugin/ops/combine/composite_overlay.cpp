@@ -50,15 +50,15 @@ struct Path {
 
     std::int32_t depth;  // of source, overlay and result alike; 0 for any other depths
     Mask mask;
-    bool masked_yields;
     const char* caller;
+    bool masked_yields = false;
 };
 
 constexpr Path kPaths[] = {
-    {32, Path::Mask::under_overlay, true, "TRV_Composite 13"},
-    {24, Path::Mask::under_result, false, "TRV_Composite 14"},
-    {16, Path::Mask::ignored, false, "TRV_Composite 15"},
-    {0, Path::Mask::ineffective, false, "TRV_Composite 19"},
+    {.depth = 32, .mask = Path::Mask::under_overlay, .caller = "TRV_Composite 13", .masked_yields = true},
+    {.depth = 24, .mask = Path::Mask::under_result, .caller = "TRV_Composite 14"},
+    {.depth = 16, .mask = Path::Mask::ignored, .caller = "TRV_Composite 15"},
+    {.depth = 0, .mask = Path::Mask::ineffective, .caller = "TRV_Composite 19"},
 };
 
 const Path& path_of(const TRV_Picture& source, const TRV_Picture& overlay, const TRV_Picture& result) {
@@ -81,7 +81,8 @@ struct Composition {
 
     void blend_plainly() const {
         map_region_in_copy(source, result, placement.covered, kNoYielding, path.caller,
-                           Blend{complementary_weights(weight)}, Overlay{overlay, placement.left, placement.top});
+                           BlendByWeights{complementary_weights(weight)},
+                           PlacedPicture{overlay, placement.left, placement.top});
     }
 
     // Where the mask does not reach, the overlay is transparent.
@@ -89,9 +90,9 @@ struct Composition {
         const bool under_result = path.mask == Path::Mask::under_result;
         const std::int32_t left = under_result ? 0 : placement.left, top = under_result ? 0 : placement.top;
         const Region& covered = placement.covered;
-        const Region masked = common_region(covered, place(mask, left, top, source).covered);
+        const Region masked = common_region(covered, placement_of(mask, left, top, source).covered);
         map_region(source, result, masked, path.masked_yields ? yield : kNoYielding, path.caller, BlendByMask{weight},
-                   Overlay{overlay, placement.left, placement.top}, Overlay{mask, left, top});
+                   PlacedPicture{overlay, placement.left, placement.top}, PlacedPicture{mask, left, top});
         clear_top_bytes({std::max(masked.right + 1, covered.left), covered.top, covered.right, masked.bottom});
         clear_top_bytes({covered.left, std::max(masked.bottom + 1, covered.top), covered.right, covered.bottom});
     }
@@ -107,9 +108,9 @@ bool compose(const TRV_Picture& source, const TRV_Picture& overlay, double overl
              TRV_Picture& result, int yield) {
     const Path& path = path_of(source, overlay, result);
     const Composition composition = {
-        source, overlay, result, path, place(overlay, left, top, source), weight_of(overlay_fraction)};
+        source, overlay, result, path, placement_of(overlay, left, top, source), weight_of(overlay_fraction)};
     if (path.mask == Path::Mask::ignored || !overlay.HasMask()) return composition.blend_plainly(), true;
-    TRV_Picture mask(overlay, true);
+    TRV_Picture mask(overlay, kAsMask);
     if (!mask.Lock()) return false;
     if (path.mask == Path::Mask::ineffective)
         composition.blend_plainly();

@@ -8,9 +8,9 @@
 
 void PrivCompositeWithMask(const TRV_Picture& source, const TRV_Picture& overlay, const TRV_Picture& mask, int left,
                            int top, TRV_Picture& result) {
-    const Placement placement = place(overlay, left, top, source);
+    const Placement placement = placement_of(overlay, left, top, source);
     map_region(source, result, placement.covered, kNoYielding, "TRV_CompositeWithMask", MixIn256ths{},
-               Overlay{overlay, left, top}, Overlay{mask, left, top});
+               PlacedPicture{overlay, left, top}, PlacedPicture{mask, left, top});
 }
 
 // An overlay that lies outside the source does not end the checks: the mask's are made too, and replace its code.
@@ -20,13 +20,13 @@ REALpictureStruct* TRV_CompositeWithMask(REALpictureStruct* p, REALpictureStruct
     if (!p) return Fail(ErrorCode::source_nil);
     if (!overlay) return Fail(ErrorCode::overlay_nil);
     if (!mask) return Fail(ErrorCode::mask_nil);
-    TRV_Picture source(p, false);
+    TRV_Picture source(p, kAsImage);
     if (!source.Lock()) return Fail(ErrorCode::source_lock);
-    TRV_Picture upper(overlay, false);
+    TRV_Picture upper(overlay, kAsImage);
     if (!upper.Lock()) return Fail(ErrorCode::overlay_lock);
-    const bool misplaced = place(upper, left, top, source).covered.empty();
+    const bool misplaced = placement_of(upper, left, top, source).covered.empty();
     if (misplaced) SetError(ErrorCode::overlay_position);
-    TRV_Picture weights(mask, false);  // an ordinary picture, as it is
+    TRV_Picture weights(mask, kAsImage);  // a mask argument is an ordinary picture
     if (!weights.Lock()) return Fail(ErrorCode::mask_lock);
     if (!MaskFits(weights, upper) || misplaced) return nullptr;
     return PictureForm{}.produce(

@@ -5,17 +5,12 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "numbers.h"
 #include "picture.h"
 #include "region.h"
 
 struct Placement {
     std::int32_t left, top;  // of the overlay's first pixel, on the source
     Region covered;          // the part of the source under the overlay; empty when they do not meet
-
-    // The overlay's pixel over a covered one of the source.
-    std::int32_t overlay_row(std::int32_t row) const { return wrapping_subtract(row, top); }
-    std::int32_t overlay_column(std::int32_t column) const { return wrapping_subtract(column, left); }
 };
 
 inline Region common_region(const Region& a, const Region& b) {
@@ -23,7 +18,8 @@ inline Region common_region(const Region& a, const Region& b) {
 }
 
 // The overlay may lie anywhere, even where its far edges do not fit in 32 bits.
-inline Placement place(const TRV_Picture& overlay, std::int32_t left, std::int32_t top, const TRV_Picture& source) {
+inline Placement placement_of(const TRV_Picture& overlay, std::int32_t left, std::int32_t top,
+                              const TRV_Picture& source) {
     const auto last_covered = [](std::int32_t first, std::int32_t size, std::int32_t limit) {
         const std::int64_t last = std::int64_t{first} + size - 1;
         return static_cast<std::int32_t>(std::clamp<std::int64_t>(last, -1, limit - 1));

@@ -36,11 +36,11 @@ REALpictureStruct* TRV_Transition(REALpictureStruct* p, REALpictureStruct* overl
     if (!p) return Fail(ErrorCode::source_nil);
     if (!overlay_a || !overlay_b) return Fail(ErrorCode::overlay_nil);
     if (fraction_out_of_bounds(overlay_a_fraction)) return Fail(ErrorCode::overlay_fraction);
-    TRV_Picture source(p, false);
+    TRV_Picture source(p, kAsImage);
     if (!source.Lock()) return Fail(ErrorCode::source_lock);
-    TRV_Picture a(overlay_a, false);
+    TRV_Picture a(overlay_a, kAsImage);
     if (!a.Lock()) return Fail(ErrorCode::overlay_lock);
-    TRV_Picture b(overlay_b, false);
+    TRV_Picture b(overlay_b, kAsImage);
     if (!b.Lock()) return Fail(ErrorCode::overlay_lock);
     if (!same_size(a, source) || !same_size(b, source)) return Fail(ErrorCode::overlay_size);
     return PictureForm{}.produce(

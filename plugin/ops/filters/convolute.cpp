@@ -104,8 +104,9 @@ static_assert(sizeof(RunWindow) <= kMostStackBytes);
 
 void write_means(const WeightedMean& mean, const Taps& taps, TRV_Picture& destination, std::int32_t row,
                  std::int32_t column, std::size_t count, const char* caller) {
-    std::uint8_t* const words = destination.streams() ? destination.WordsAt(row, column) : nullptr;
-    if (words && pixels_before_line(words, count) == 0) return mean.stream(taps, words, count);
+    std::uint8_t* const words = destination.WordsAt(row, column);
+    const bool streams = destination.store_mode() == StoreMode::streamed;
+    if (words && streams && pixels_before_cache_line(words, count) == 0) return mean.stream(taps, words, count);
     alignas(kCacheLine) Chunk means;
     mean(taps, means.data(), count);
     destination.SetPixels(row, column, {means.data(), count}, caller);
@@ -117,7 +118,8 @@ void bring_near(const TRV_Picture& source, const Region& part) {
     for (std::int32_t row = part.top; row <= part.bottom; ++row) {
         const volatile std::uint8_t* const words = source.WordsAt(row, 0);
         if (!words) return;
-        for (std::int32_t column = part.left; column <= part.right; column += static_cast<std::int32_t>(kLinePixels))
+        for (std::int32_t column = part.left; column <= part.right;
+             column += static_cast<std::int32_t>(kCacheLinePixels))
             static_cast<void>(words[column * XRgb32::kBytes]);
     }
 }
@@ -172,12 +174,12 @@ REALpictureStruct* TRV_Convolute(REALpictureStruct* p, REALobjectStruct* rect, R
                                  REALobjectStruct* vert_convolution) {
     ClearError();
     if (!p) return Fail(ErrorCode::source_nil);
-    TRV_Picture source(p, false);
+    TRV_Picture source(p, kAsImage);
     if (!source.Lock()) return Fail(ErrorCode::source_lock);
     const Region region = SelectRegion(source, rect);
     if (region.empty()) return Fail(ErrorCode::selection);
     const std::int32_t width = source.width(), height = source.height(), depth = result_depth(source);
-    TRV_Picture intermediate(width, height, depth, false);
+    TRV_Picture intermediate(width, height, depth, kTemporary);
     if (!intermediate.Lock()) return Fail(ErrorCode::intermediate_lock);
     PrivConvoluteHorizontal(source, intermediate, horiz_convolution, region);
     source.Release();

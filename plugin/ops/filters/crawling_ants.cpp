@@ -66,7 +66,7 @@ REALpictureStruct* TRV_CrawlingAnts(REALpictureStruct* p, REALobjectStruct* rect
                                     int ant_size, int ant_state) {
     ClearError();
     if (!p) return Fail(ErrorCode::source_nil);
-    TRV_Picture source(p, false);
+    TRV_Picture source(p, kAsImage);
     if (!source.Lock()) return Fail(ErrorCode::source_lock);
     const Region region = SelectRegion(source, rect);
     if (region.empty()) SetError(ErrorCode::selection);

@@ -17,13 +17,13 @@ namespace {
 constexpr const char* kCaller = "TRV_Pixelate";
 
 // Rows are read and written in long runs, where they can be as a whole: memory is fastest so.
-constexpr std::int32_t kRunPixels = 8 * kChunkPixels;
+constexpr std::int32_t kLongRunPixels = 8 * kChunkPixels;
 constexpr std::int32_t kMostBlocks = 1024;
 
 // Sums down the columns of a run. The sums of 256 rows fit in 16 bits, so that red and blue share a word.
 struct ColumnSums {
     static constexpr std::int32_t kMostRows = 256;
-    std::array<std::uint32_t, kRunPixels> red_blue{}, green{};
+    std::array<std::uint32_t, kLongRunPixels> red_blue{}, green{};
 };
 
 // Rows are added several at a time: that reads and writes the sums less often.
@@ -57,7 +57,7 @@ using BlockSums = std::array<ChannelSums, kMostBlocks>;
 static_assert(sizeof(BlockSums) + sizeof(ColumnSums) <= kMostStackBytes);  // 64 KiB on the stack
 
 std::int32_t columns_of_blocks(std::int32_t pixelation) {
-    return std::clamp(kRunPixels / pixelation, 1, kMostBlocks) * pixelation;
+    return std::clamp(kLongRunPixels / pixelation, 1, kMostBlocks) * pixelation;
 }
 
 // Calls `visit(block, first, end)` for the blocks of a run.
@@ -84,7 +84,7 @@ TARVO_ROW_CLONES void add_columns(BlockSums& blocks, const ColumnSums& sums, std
         total.count += (end - first) * static_cast<std::size_t>(rows);
     });
 }
-static_assert(std::uint64_t{kRunPixels} * ColumnSums::kMostRows * 255 <= 0xFFFFFFFF);  // the sums fit in 32 bits
+static_assert(std::uint64_t{kLongRunPixels} * ColumnSums::kMostRows * 255 <= 0xFFFFFFFF);  // the sums fit in 32 bits
 
 // Reads the source's colours as the result would hold them. At another depth they are not the same.
 void read_as_stored(const TRV_Picture& source, TRV_Picture& result, std::int32_t row, std::int32_t column,
@@ -118,7 +118,7 @@ void add_rows(const TRV_Picture& source, TRV_Picture& result, const Region& area
 
 void sum_blocks(const TRV_Picture& source, TRV_Picture& result, const Region& area, std::int32_t pixelation,
                 BlockSums& blocks) {
-    for_each_piece(area.left, area.right, kRunPixels, [&](std::int32_t left, std::int32_t right) {
+    for_each_piece(area.left, area.right, kLongRunPixels, [&](std::int32_t left, std::int32_t right) {
         for_each_piece(area.top, area.bottom, ColumnSums::kMostRows, [&](std::int32_t top, std::int32_t bottom) {
             ColumnSums sums;
             add_rows(source, result, {left, top, right, bottom}, sums);
@@ -128,8 +128,8 @@ void sum_blocks(const TRV_Picture& source, TRV_Picture& result, const Region& ar
 }
 
 void fill_blocks(TRV_Picture& result, const Region& area, std::int32_t pixelation, const BlockSums& blocks) {
-    std::array<PixelColor, kRunPixels> colors;
-    for_each_piece(area.left, area.right, kRunPixels, [&](std::int32_t left, std::int32_t right) {
+    std::array<PixelColor, kLongRunPixels> colors;
+    for_each_piece(area.left, area.right, kLongRunPixels, [&](std::int32_t left, std::int32_t right) {
         const std::span run(colors.data(), static_cast<std::size_t>(right - left + 1));
         for_each_block(run.size(), pixelation, [&](std::size_t block, std::size_t first, std::size_t end) {
             std::fill(run.data() + first, run.data() + end, blocks[block].mean_color());
@@ -170,7 +170,7 @@ void PrivPixelate(const TRV_Picture& source, TRV_Picture& result, const Region& 
 REALpictureStruct* TRV_Pixelate(REALpictureStruct* p, REALobjectStruct* rect, int pixelation) {
     ClearError();
     if (!p) return Fail(ErrorCode::source_nil);
-    TRV_Picture source(p, false);
+    TRV_Picture source(p, kAsImage);
     if (!source.Lock()) return Fail(ErrorCode::source_lock);
     const Region region = SelectRegion(source, rect);
     if (region.empty()) return Fail(ErrorCode::selection);

@@ -93,8 +93,7 @@ struct HalfWordSums {
 
 // The sums of a chunk's channels. They are unsigned, so that they wrap.
 struct WordSums {
-    using Channel = std::array<std::uint32_t, kChunkPixels>;
-    alignas(kCacheLine) Channel red, green, blue;
+    alignas(kCacheLine) std::array<std::uint32_t, kChunkPixels> red, green, blue;
 };
 
 struct WordTap {
@@ -194,10 +193,10 @@ void WeightedMean::operator()(const Taps& taps, PixelColor* means, std::size_t c
 
 void WeightedMean::stream(const Taps& taps, std::uint8_t* lines, std::size_t count) const {
     const auto put = [=](const PixelColor* some, std::size_t first, std::size_t pixels) TARVO_INLINED {
-        const std::size_t in_lines = pixels / kLinePixels * kLinePixels;
+        const std::size_t in_cache_lines = pixels / kCacheLinePixels * kCacheLinePixels;
         std::uint8_t* const to = lines + first * XRgb32::kBytes;
-        stream_xrgb32_lines(some, to, in_lines);
-        encode_as<XRgb32>(some + in_lines, to + in_lines * XRgb32::kBytes, pixels - in_lines);
+        stream_xrgb32_cache_lines(some, to, in_cache_lines);
+        encode_as<XRgb32>(some + in_cache_lines, to + in_cache_lines * XRgb32::kBytes, pixels - in_cache_lines);
     };
     if (fits_in_half_words_) return mean_in_half_words(taps, count, put);
     alignas(kCacheLine) std::array<PixelColor, kChunkPixels> means;

@@ -5,7 +5,7 @@
 #include "row_clones.h"
 
 #if defined(__x86_64__) && !defined(TARVO_PLAIN_ROWS)
-#define TARVO_AVX2_TAPS
+#define TARVO_AVX2_PAIRS
 #include <immintrin.h>
 #endif
 
@@ -80,47 +80,48 @@ TARVO_ROW_CLONES void halve_columns(const PixelColor* __restrict above, const Pi
 constexpr std::size_t kLanes = ColorSums::kLanes;
 
 // The weights of two neighbouring results, as they are multiplied. Each weight is repeated for the four lanes, that is
-// the channels of a colour, and beside it is that of the next tap:
+// the channels of a colour, and beside it is that of the next pixel:
 //
 //     result x            |  result x + 1       |  result x           |  result x + 1       |
-//     01  01  01  01      |  01  01  01  01     |  23  23  23  23     |  23  23  23  23     |  the numbers of the taps
+//     01  01  01  01      |  01  01  01  01     |  23  23  23  23     |  23  23  23  23     |  the numbers of the
+//     pixels
 //
 // They are kept negative, because 32,768 fits in 16 bits only so.
-constexpr std::size_t weight_index(std::size_t pairs, std::size_t x, std::size_t tap, std::size_t lane) {
-    return ((x / 2 * pairs + tap / 2) * 2 + x % 2) * 2 * kLanes + 2 * lane + tap % 2;
+constexpr std::size_t weight_index(std::size_t pairs, std::size_t x, std::size_t pixel, std::size_t lane) {
+    return ((x / 2 * pairs + pixel / 2) * 2 + x % 2) * 2 * kLanes + 2 * lane + pixel % 2;
 }
 
 // What results are averaged from: a window of source pixels, the first pixel of each result in it, the weights, and
 // what these lack of a unit.
-struct Taps {
+struct WeightedPixels {
     const PixelColor* window;
     const std::uint32_t* from;
     const std::int16_t* weights;
     std::uint32_t missing;
 };
 
-using AverageTaps = void(const Taps& taps, std::size_t count, PixelColor* out);
+using AveragePixels = void(const WeightedPixels& of, std::size_t count, PixelColor* out);
 
 template <std::size_t kPairs>
-void average_taps(const Taps& of, std::size_t count, PixelColor* __restrict out) {
-    const Taps taps = of;
+void average_pixels(const WeightedPixels& of, std::size_t count, PixelColor* __restrict out) {
+    const WeightedPixels pixels = of;
     for (std::size_t x = 0; x < count; ++x) {
-        const PixelColor* const colors = taps.window + taps.from[x];
+        const PixelColor* const colors = pixels.window + pixels.from[x];
         std::uint32_t red = 0, green = 0, blue = 0;
-        for (std::size_t tap = 0; tap < 2 * kPairs; ++tap) {
-            const auto weight = static_cast<std::uint32_t>(-taps.weights[weight_index(kPairs, x, tap, 0)]);
-            red += red_of(colors[tap]) * weight;
-            green += green_of(colors[tap]) * weight;
-            blue += blue_of(colors[tap]) * weight;
+        for (std::size_t pixel = 0; pixel < 2 * kPairs; ++pixel) {
+            const auto weight = static_cast<std::uint32_t>(-pixels.weights[weight_index(kPairs, x, pixel, 0)]);
+            red += red_of(colors[pixel]) * weight;
+            green += green_of(colors[pixel]) * weight;
+            blue += blue_of(colors[pixel]) * weight;
         }
-        out[x] = pack_rgb(divide(red, taps.missing), divide(green, taps.missing), divide(blue, taps.missing));
+        out[x] = pack_rgb(divide(red, pixels.missing), divide(green, pixels.missing), divide(blue, pixels.missing));
     }
 }
 
-#if defined(TARVO_AVX2_TAPS)
+#if defined(TARVO_AVX2_PAIRS)
 // The same, two results at a time. Compilers do not turn plain loops into multiplications of pairs.
 template <std::size_t kPairs>
-__attribute__((target("avx2"))) void average_taps_avx2(const Taps& taps, std::size_t count, PixelColor* out) {
+__attribute__((target("avx2"))) void average_pixels_avx2(const WeightedPixels& of, std::size_t count, PixelColor* out) {
     // Chooses the first or the last two of four pixels, lane by lane, as 16-bit numbers.
     const __m256i first_pair =
         _mm256_broadcastsi128_si256(_mm_setr_epi8(0, -1, 4, -1, 1, -1, 5, -1, 2, -1, 6, -1, 3, -1, 7, -1));
@@ -128,11 +129,11 @@ __attribute__((target("avx2"))) void average_taps_avx2(const Taps& taps, std::si
     const __m256i lowest_bytes = _mm256_setr_epi8(0, 4, 8, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, 0, 4, 8,
                                                   -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1);
     const __m256i ones = _mm256_set1_epi32(1);
-    const __m256i missing = _mm256_set1_epi32(static_cast<int>(taps.missing));
-    const __m256i* weights = reinterpret_cast<const __m256i*>(taps.weights);
+    const __m256i missing = _mm256_set1_epi32(static_cast<int>(of.missing));
+    const __m256i* weights = reinterpret_cast<const __m256i*>(of.weights);
     for (std::size_t x = 0; x < count; x += 2) {
-        const __m128i* const a = reinterpret_cast<const __m128i*>(taps.window + taps.from[x]);
-        const __m128i* const b = reinterpret_cast<const __m128i*>(taps.window + taps.from[x + 1]);
+        const __m128i* const a = reinterpret_cast<const __m128i*>(of.window + of.from[x]);
+        const __m128i* const b = reinterpret_cast<const __m128i*>(of.window + of.from[x + 1]);
         __m256i sums = _mm256_setzero_si256();
         for (std::size_t pair = 0; pair < kPairs; ++pair, ++weights) {
             const __m256i pixels = _mm256_loadu2_m128i(b + pair / 2, a + pair / 2);
@@ -150,21 +151,21 @@ __attribute__((target("avx2"))) void average_taps_avx2(const Taps& taps, std::si
 
 // Returns the kernel for results that cover up to kPairs pairs of pixels. The last ones may weigh nothing.
 template <std::size_t kPairs>
-AverageTaps* average_taps_here() {
-#if defined(TARVO_AVX2_TAPS)
-    if (__builtin_cpu_supports("avx2")) return average_taps_avx2<kPairs>;
+AveragePixels* average_pixels_here() {
+#if defined(TARVO_AVX2_PAIRS)
+    if (__builtin_cpu_supports("avx2")) return average_pixels_avx2<kPairs>;
 #endif
-    return average_taps<kPairs>;
+    return average_pixels<kPairs>;
 }
 
-// Returns how many pairs of taps the kernel takes that is used for so many taps.
-constexpr std::size_t pairs_for(std::size_t taps) { return taps <= 2 ? 1 : taps <= 4 ? 2 : kMostTaps / 2; }
+// Returns how many pairs of pixels the kernel takes that is used for so many pixels.
+constexpr std::size_t pairs_for(std::size_t pixels) { return pixels <= 2 ? 1 : pixels <= 4 ? 2 : kMostPixels / 2; }
 
-AverageTaps* average_taps_for(std::size_t taps) {
-    switch (pairs_for(taps)) {
-        case 1: return average_taps_here<1>();
-        case 2: return average_taps_here<2>();
-        default: return average_taps_here<kMostTaps / 2>();
+AveragePixels* average_pixels_for(std::size_t pixels) {
+    switch (pairs_for(pixels)) {
+        case 1: return average_pixels_here<1>();
+        case 2: return average_pixels_here<2>();
+        default: return average_pixels_here<kMostPixels / 2>();
     }
 }
 
@@ -179,16 +180,16 @@ struct WeightedLines {
 
 template <std::size_t kLines>
 TARVO_INLINED inline void average_lines(const WeightedLines& of, std::size_t count, PixelColor* __restrict out) {
-    const WeightedLines taps = of;
+    const WeightedLines lines = of;
     for (std::size_t x = 0; x < count; ++x) {
         std::uint32_t red = 0, green = 0, blue = 0;
         for (std::size_t i = 0; i < kLines; ++i) {
-            const PixelColor color = taps.lines[i][x];
-            red += red_of(color) * taps.weights[i];
-            green += green_of(color) * taps.weights[i];
-            blue += blue_of(color) * taps.weights[i];
+            const PixelColor color = lines.lines[i][x];
+            red += red_of(color) * lines.weights[i];
+            green += green_of(color) * lines.weights[i];
+            blue += blue_of(color) * lines.weights[i];
         }
-        out[x] = pack_rgb(divide(red, taps.missing), divide(green, taps.missing), divide(blue, taps.missing));
+        out[x] = pack_rgb(divide(red, lines.missing), divide(green, lines.missing), divide(blue, lines.missing));
     }
 }
 
@@ -265,37 +266,38 @@ RowAverage::RowAverage(const AxisWeights& weights, std::int32_t first, std::size
     for (std::size_t x = 0; x < count; ++x) {
         const std::int32_t from = weights.first_covered(column_of(x));
         taken_from_[x] = static_cast<std::uint32_t>(from - source_column_);
-        taps_ = std::max(taps_, static_cast<std::size_t>(weights.last_covered(column_of(x)) - from + 1));
+        covered_ = std::max(covered_, static_cast<std::size_t>(weights.last_covered(column_of(x)) - from + 1));
     }
-    if (taps_ < 2 || taps_ > kMostTaps || weights.halve()) return;
-    const std::size_t pairs = pairs_for(taps_);
+    if (covered_ < 2 || covered_ > kMostPixels || weights.halve()) return;
+    const std::size_t pairs = pairs_for(covered_);
     for (std::size_t x = 0; x < count; ++x) {
-        for (std::size_t tap = 0; tap < 2 * pairs; ++tap) {
-            const auto column = source_column_ + static_cast<std::int64_t>(taken_from_[x] + tap);
+        for (std::size_t pixel = 0; pixel < 2 * pairs; ++pixel) {
+            const auto column = source_column_ + static_cast<std::int64_t>(taken_from_[x] + pixel);
             const auto weight = static_cast<std::int32_t>(weights.weight(column, column_of(x)));
             for (std::size_t lane = 0; lane < kLanes; ++lane)
-                tap_weights_[weight_index(pairs, x, tap, lane)] = static_cast<std::int16_t>(-weight);
+                pixel_weights_[weight_index(pairs, x, pixel, lane)] = static_cast<std::int16_t>(-weight);
         }
     }
 }
 
 std::int32_t RowAverage::run_pixels(const AxisWeights& weights) {
-    const std::size_t taps = weights.cover() && weights.most_covered() > std::int64_t{kRunTaps / kRunPixels}
-                                 ? kMostTaps
-                                 : kRunTaps / kRunPixels;
-    return std::min(::run_pixels(weights.result_lines), static_cast<std::int32_t>(kRunTaps / taps));
+    const std::size_t covered = weights.cover() && weights.most_covered() > std::int64_t{kRunWeights / kRunPixels}
+                                    ? kMostPixels
+                                    : kRunWeights / kRunPixels;
+    return std::min(::run_pixels(weights.result_lines), static_cast<std::int32_t>(kRunWeights / covered));
 }
 
 void RowAverage::average_window(PixelColor* out) {
-    if (taps_ == 0) {  // the results cover nothing
+    if (covered_ == 0) {  // the results cover nothing
         std::fill_n(out, count_, 0);
         return;
     }
     if (weights_.twofold() && first_ % 2 == 0) return double_row(window_.data(), count_, out);
-    if (taps_ == 1) return pick(window_.data(), taken_from_.data(), count_, out);
+    if (covered_ == 1) return pick(window_.data(), taken_from_.data(), count_, out);
     if (weights_.halve()) return halve_row(window_.data(), count_, out);
-    const Taps taps = {window_.data(), taken_from_.data(), tap_weights_.data(), missing_of(weights_.total)};
-    average_taps_for(taps_)(taps, count_, out);
+    const WeightedPixels pixels = {window_.data(), taken_from_.data(), pixel_weights_.data(),
+                                   missing_of(weights_.total)};
+    average_pixels_for(covered_)(pixels, count_, out);
 }
 
 void RowAverage::begin_pieces() {
@@ -337,12 +339,12 @@ const PixelColor* ColumnAverage::average(std::int32_t first, std::int32_t last, 
         halve_columns(line(first), line(last), count_, out);
         return out;
     }
-    WeightedLines taps{missing_of(weights_.total), {}, {}};
+    WeightedLines lines{missing_of(weights_.total), {}, {}};
     for (std::int32_t row = first; row <= last; ++row) {
-        taps.lines[row - first] = line(row);
-        taps.weights[row - first] = weights_.weight(row, row_);
+        lines.lines[row - first] = line(row);
+        lines.weights[row - first] = weights_.weight(row, row_);
     }
     constexpr AverageLines* kKernels[] = {average_2_lines, average_3_lines, average_4_lines};
-    kKernels[last - first - 1](taps, count_, out);
+    kKernels[last - first - 1](lines, count_, out);
     return out;
 }

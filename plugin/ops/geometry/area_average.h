@@ -15,14 +15,14 @@
 // Whole rows are best, since processors read ahead from one to the next; of longer rows, runs are so short that they
 // stay in the first-level cache.
 inline constexpr std::int32_t kRunPixels = 2048;
-using Run = std::array<PixelColor, kRunPixels>;
+using RunColors = std::array<PixelColor, kRunPixels>;
 constexpr std::int32_t run_pixels(std::int32_t row_pixels) {
     return row_pixels <= kRunPixels ? kRunPixels : kChunkPixels;
 }
 
 // Results that cover at most this many pixels of a row, or lines, are averaged at once, with a weight for each. Others
 // are summed up piece by piece.
-inline constexpr std::size_t kMostTaps = 8;
+inline constexpr std::size_t kMostPixels = 8;
 inline constexpr std::size_t kMostLines = 4;
 
 // The weights along one axis, in whole numbers. A source line has `step` to give, and a result line collects `total`.
@@ -87,10 +87,10 @@ public:
     // `read(column, colors)` reads a run of the source's row.
     template <class Read>
     void average(Read read, PixelColor* out) {
-        const bool at_once = taps_ <= kMostTaps;
+        const bool at_once = covered_ <= kMostPixels;
         if (!at_once) begin_pieces();
-        for (std::size_t done = 0; done < source_count_; done += kRunTaps) {
-            const std::size_t pixels = std::min(kRunTaps, source_count_ - done);
+        for (std::size_t done = 0; done < source_count_; done += kRunWeights) {
+            const std::size_t pixels = std::min(kRunWeights, source_count_ - done);
             read(source_column_ + static_cast<std::int32_t>(done), std::span(window_.data(), pixels));
             if (!at_once) add_piece(done, pixels);
         }
@@ -100,7 +100,7 @@ public:
 private:
     // How many pixels, each with a weight, are averaged at once: four for each result of a longest run, or more for
     // each result of a shorter one.
-    static constexpr std::size_t kRunTaps = 4 * kRunPixels;
+    static constexpr std::size_t kRunWeights = 4 * kRunPixels;
 
     std::uint32_t total() const { return static_cast<std::uint32_t>(weights_.total); }
     void average_window(PixelColor* out);
@@ -112,11 +112,11 @@ private:
     std::size_t count_;
     std::int32_t source_column_ = 0;
     std::size_t source_count_ = 0;
-    std::size_t taps_ = 0;                                // the most pixels that a result covers
+    std::size_t covered_ = 0;                             // the most pixels that a result covers
     std::size_t summed_ = 0;                              // the results whose sums are complete
     std::array<std::uint32_t, kRunPixels> taken_from_{};  // each result's first pixel in the window
-    std::array<std::int16_t, ColorSums::kLanes * kRunTaps> tap_weights_;
-    std::array<PixelColor, kRunTaps + kMostTaps> window_{};
+    std::array<std::int16_t, ColorSums::kLanes * kRunWeights> pixel_weights_;
+    std::array<PixelColor, kRunWeights + kMostPixels> window_{};
     ColorSums sums_;
 };
 
@@ -137,7 +137,7 @@ public:
             const std::int32_t first = weights_.first_covered(row_), last = weights_.last_covered(row_);
             if (!at_once_ && taken >= first) add(taken, taken == first);
             if (last > taken) return;
-            Run out;
+            RunColors out;
             emit(row_, first == last ? line(taken) : average(first, last, out.data()));
             ++row_;
         }
@@ -154,7 +154,7 @@ private:
     std::size_t count_;
     bool at_once_;
     std::int32_t source_row_ = 0;
-    std::int32_t row_ = 0;               // the result's row that is completed next
-    std::array<Run, kMostLines> lines_;  // the last rows taken; row y is element y % kMostLines
+    std::int32_t row_ = 0;                     // the result's row that is completed next
+    std::array<RunColors, kMostLines> lines_;  // the last rows taken; row y is element y % kMostLines
     ColorSums sums_;
 };

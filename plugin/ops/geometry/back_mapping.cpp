@@ -19,7 +19,7 @@ std::int64_t truncated(double value) { return static_cast<std::int64_t>(value); 
 
 }  // namespace
 
-BackMapping::BackMapping(Sides source, Sides result, double angle, int unit_bits)
+BackMapping::BackMapping(Size source, Size result, double angle, int unit_bits)
     : angle_(angle),
       sine_(std::sin(angle)),
       cosine_(std::cos(angle)),
@@ -49,7 +49,7 @@ std::int32_t BackMapping::left_edge(double top) const {
     return static_cast<std::int32_t>(std::floor(result_half_width_ + corner_x + away));
 }
 
-RowStart BackMapping::row_start(std::int32_t row) const {
+RowWalk BackMapping::walk_of(std::int32_t row) const {
     const double top = row - result_half_height_;
     const std::int32_t column = std::clamp(left_edge(top) - kMargin, 0, result_width_);
 

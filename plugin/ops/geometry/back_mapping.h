@@ -4,11 +4,9 @@
 
 #include <cstdint>
 
-namespace free_rotation {
+#include "region.h"
 
-struct Sides {
-    std::int32_t width, height;
-};
+namespace free_rotation {
 
 // Positions are in fixed point: `kFractionBits` of fraction below a unit, and `1 << unit_bits` units to a source pixel.
 // 64 bits hold any position in a picture. 32 bits are enough where positions are counted from one that is less than
@@ -53,21 +51,21 @@ private:
     static constexpr Fixed kAlmostOne = (1 << kFractionBits) - 1;
 };
 
-// The walk along a row of the result.
-struct RowStart {
+// A walk along a row of the result.
+struct RowWalk {
     std::int32_t column;              // where the walk begins, a little left of where the source can show
     Position<std::int64_t> position;  // the upper left corner of that column's pixel, in the source
 };
 
 class BackMapping {
 public:
-    BackMapping(Sides source, Sides result, double angle, int unit_bits);
+    BackMapping(Size source, Size result, double angle, int unit_bits);
 
     const Steps& steps() const { return steps_; }
-    RowStart row_start(std::int32_t row) const;
+    RowWalk walk_of(std::int32_t row) const;
     // Returns the upper left corner of a pixel of the row, in the source.
-    Position<std::int64_t> position(const RowStart& start, std::int32_t column) const {
-        return to_the_right(start.position, steps_, std::int64_t{column} - start.column);
+    Position<std::int64_t> position(const RowWalk& walk, std::int32_t column) const {
+        return to_the_right(walk.position, steps_, std::int64_t{column} - walk.column);
     }
 
 private:

@@ -15,10 +15,10 @@ REALpictureStruct* TRV_FlipRotate(REALpictureStruct* p, bool flip_h, bool flip_v
 }
 
 REALpictureStruct* PrivFlipRotate_NonVector(REALpictureStruct* p, bool flip_h, bool flip_v, int rotation, int yield) {
-    TRV_Picture source(p, false);
+    TRV_Picture source(p, kAsImage);
     if (!source.Lock()) return Fail(ErrorCode::source_lock);
-    const auto layer = source.HasMask() ? PrivFlipRotate_Mask_NonVector : PrivFlipRotate_NoMask_NonVector;
-    return layer(source, flip_h, flip_v, rotation, yield);
+    const auto make_result = source.HasMask() ? PrivFlipRotate_Mask_NonVector : PrivFlipRotate_NoMask_NonVector;
+    return make_result(source, flip_h, flip_v, rotation, yield);
 }
 
 // A 1-bit picture keeps its depth. All other results are at least 16 bits deep.
@@ -27,21 +27,21 @@ REALpictureStruct* PrivFlipRotate_NoMask_NonVector(TRV_Picture& source, bool fli
     const auto [width, height] = turned_size(source, rotation);
     const std::int32_t depth = source.depth() == 1 ? 1 : result_depth(source);
     return PictureForm{}.produce(width, height, depth, false, [&](TRV_Picture& result) {
-        quarter_turn(rotation, flip_h, flip_v)(source, result, yield);
+        quarter_turn(rotation, {flip_h, flip_v})(source, result, yield);
     });
 }
 
 REALpictureStruct* PrivFlipRotate_Mask_NonVector(TRV_Picture& source, bool flip_h, bool flip_v, int rotation,
                                                  int yield) {
-    TRV_Picture source_mask(source, true);
+    TRV_Picture source_mask(source, kAsMask);
     if (!source_mask.Lock()) return Fail(ErrorCode::mask_lock);
     const auto [width, height] = turned_size(source, rotation);
     HostReference<REALpictureStruct> made;
-    TRV_Picture result(width, height, result_depth(source), true);
-    TRV_Picture result_mask(result, true);
+    TRV_Picture result(width, height, result_depth(source), kHandOver);
+    TRV_Picture result_mask(result, kAsMask);
     if (!result.Lock() || !result_mask.Lock()) return Fail(ErrorCode::result_lock);
     made.reset(result.picture());  // held here, because the host may throw when it gets control
-    QuarterTurn& kernel = quarter_turn(rotation, flip_h, flip_v);
+    QuarterTurn& kernel = quarter_turn(rotation, {flip_h, flip_v});
     kernel(source, result, yield);
     kernel(source_mask, result_mask, yield);
     return made.release();

@@ -14,12 +14,12 @@
 namespace {
 
 // A rotation, split into whole quarter turns and a rest that three shears do.
-struct Course {
+struct SplitRotation {
     int quarter_turns;
     double degrees;  // the rest, from -45 to below 45
     double angle;    // the rest in radians
 
-    explicit Course(double rotation) {
+    explicit SplitRotation(double rotation) {
         const double turns = std::floor((rotation + 45.0) / 90.0);
         quarter_turns = truncate_to_int32(turns) & 3;
         degrees = rotation - 90.0 * turns;
@@ -38,12 +38,12 @@ std::int32_t sheared_length(std::int32_t length, std::int32_t lines, double shea
 }
 
 // Returns the bounds of a picture that has been turned by its quarter turns, after it is turned by the rest.
-Size rotated_size(Size turned, const Course& course) {
+Size rotated_size(Size turned, const SplitRotation& split) {
     const free_rotation::Diagonal diagonal(turned.width, turned.height);
-    const double after = course.angle + diagonal.angle, before = course.angle - diagonal.angle;
-    const double opposite = course.angle + (free_rotation::kPi - diagonal.angle);
-    if (course.degrees > 0.0) return {diagonal.width_at(before), diagonal.height_at(after)};
-    if (course.degrees < 0.0) return {diagonal.width_at(after), diagonal.height_at(opposite)};
+    const double after = split.angle + diagonal.angle, before = split.angle - diagonal.angle;
+    const double opposite = split.angle + (free_rotation::kPi - diagonal.angle);
+    if (split.degrees > 0.0) return {diagonal.width_at(before), diagonal.height_at(after)};
+    if (split.degrees < 0.0) return {diagonal.width_at(after), diagonal.height_at(opposite)};
     return turned;
 }
 
@@ -54,15 +54,15 @@ enum class Purpose { intermediate, result };
 // An image and its mask. What is done to the one is done to the other.
 class MaskedStage {
 public:
-    explicit MaskedStage(REALpictureStruct* p) : image_(p, false), mask_(p, true) {}
+    explicit MaskedStage(REALpictureStruct* p) : image_(p, kAsImage), mask_(p, kAsMask) {}
     // The image and the mask get the depths of the locked source's. But the host chooses the depth of a result's mask.
     MaskedStage(const MaskedStage& source, Size size, Purpose purpose)
         : image_(size.width, size.height, result_depth(source.image_), purpose == Purpose::result),
-          mask_(static_cast<REALpictureStruct*>(nullptr), true) {
+          mask_(static_cast<REALpictureStruct*>(nullptr), kAsMask) {
         if (purpose == Purpose::result)
-            mask_.SetREALPicture(image_.picture(), true);
+            mask_.SetREALPicture(image_.picture(), kAsMask);
         else
-            mask_.SetNewPicture(size.width, size.height, source.mask_.depth(), false);
+            mask_.SetNewPicture(size.width, size.height, source.mask_.depth(), kTemporary);
     }
 
     bool Lock() { return image_.Lock() && mask_.Lock(); }
@@ -90,7 +90,7 @@ private:
 // An image without a mask. Places that it does not cover get the frame's colour.
 class FramedStage {
 public:
-    FramedStage(REALpictureStruct* p, int frame_color) : image_(p, false), frame_color_(frame_color) {}
+    FramedStage(REALpictureStruct* p, int frame_color) : image_(p, kAsImage), frame_color_(frame_color) {}
     FramedStage(const FramedStage& source, Size size, Purpose purpose)
         : image_(size.width, size.height, result_depth(source.image_), purpose == Purpose::result),
           frame_color_(source.frame_color_) {}
@@ -116,30 +116,30 @@ private:
 template <class Stage>
 REALpictureStruct* rotate(Stage source, double rotation, int yield) {
     if (!source.Lock() || std::isnan(rotation)) return nullptr;
-    const Course course(rotation);
+    const SplitRotation split(rotation);
 
-    const Size turned = turned_size(source.image(), course.quarter_turns);
+    const Size turned = turned_size(source.image(), split.quarter_turns);
     Stage one(source, turned, Purpose::intermediate);
     if (!one.Lock()) return nullptr;
-    source.turn_into(one, quarter_turn(course.quarter_turns, false, false), yield);
+    source.turn_into(one, quarter_turn(split.quarter_turns), yield);
 
-    const Size widened = {sheared_length(turned.width, turned.height, course.row_shear()), turned.height};
+    const Size widened = {sheared_length(turned.width, turned.height, split.row_shear()), turned.height};
     Stage two(source, widened, Purpose::intermediate);
     if (!two.Lock()) return nullptr;
-    one.shear_rows_into(two, course.row_shear(), yield);
+    one.shear_rows_into(two, split.row_shear(), yield);
     one.Release();
 
-    const Size heightened = {widened.width, sheared_length(widened.height, widened.width, course.column_shear())};
+    const Size heightened = {widened.width, sheared_length(widened.height, widened.width, split.column_shear())};
     Stage three(source, heightened, Purpose::intermediate);
     if (!three.Lock()) return nullptr;
-    two.shear_columns_into(three, course.column_shear(), yield);
+    two.shear_columns_into(three, split.column_shear(), yield);
     two.Release();
 
     HostReference<REALpictureStruct> made;
-    Stage result(source, rotated_size(turned, course), Purpose::result);
+    Stage result(source, rotated_size(turned, split), Purpose::result);
     if (!result.Lock()) return nullptr;
     made.reset(result.image().picture());  // held here, because the host may throw when it gets control
-    three.shear_rows_into(result, course.row_shear(), yield);
+    three.shear_rows_into(result, split.row_shear(), yield);
     return made.release();
 }
 

@@ -24,7 +24,7 @@ using free_rotation::BackMapping;
 using free_rotation::Footprint;
 using free_rotation::kFractionBits;
 using free_rotation::Position;
-using free_rotation::RowStart;
+using free_rotation::RowWalk;
 using free_rotation::Steps;
 
 // The result is made in square tiles, each from a window of the source that fits in the nearest caches.
@@ -39,8 +39,8 @@ static_assert(kTile * 3 / 2 + kReach + 1 <= kWindow);
 // --- means under footprints ------------------------------------------------------------------------------------------
 
 // Here the four bytes of a colour are four channels. The unused one is dropped at the end.
-constexpr std::size_t kBytes = sizeof(PixelColor);
-constexpr std::size_t kTileBytes = kTile * kBytes;
+constexpr std::size_t kChannels = sizeof(PixelColor);
+constexpr std::size_t kTileChannels = kTile * kChannels;
 
 // The finest units are sixteenths of a pixel. A footprint is at most 24 of them long and wide, so that weighted sums
 // down its columns fit in 16 bits.
@@ -51,7 +51,7 @@ static_assert(255 * kMostLength <= std::numeric_limits<Channel>::max());
 // Widens the channels of a whole row of a window.
 TARVO_ROW_CLONES void spread_row(const PixelColor* __restrict colors, Channel* __restrict channels) {
     const std::uint8_t* const bytes = reinterpret_cast<const std::uint8_t*>(colors);
-    for (std::size_t i = 0; i < kWindow * kBytes; ++i) channels[i] = bytes[i];
+    for (std::size_t i = 0; i < kWindow * kChannels; ++i) channels[i] = bytes[i];
 }
 
 // How much of a footprint lies in each of the pixels that it touches, across or down, in units. A footprint is at least
@@ -74,15 +74,16 @@ struct Overlap {
 
 // The work on a run of result pixels, which is averaged in steps. Each step is a loop over all of the run, which
 // compilers turn into vector code.
-struct Run {
+struct FootprintRun {
     std::int32_t first[kTile];  // the index, in the window, of the upper left pixel that each footprint touches
     Channel across[kReach][kTile], down[kReach][kTile];  // the weights of its overlaps
     float portion[kTile];                                // 1 / its area
-    Channel columns[kReach][kTileBytes];                 // weighted sums down the columns that it touches
+    Channel columns[kReach][kTileChannels];              // weighted sums down the columns that it touches
     alignas(kCacheLine) PixelColor means[kTile];
 };
 
-TARVO_INLINED inline void find_footprints(Position<std::int32_t> start, const Steps& steps, int unit_bits, Run& run) {
+TARVO_INLINED inline void find_footprints(Position<std::int32_t> start, const Steps& steps, int unit_bits,
+                                          FootprintRun& run) {
     for (std::int32_t x = 0; x < kTile; ++x) {
         const Footprint<std::int32_t> footprint(to_the_right(start, steps, x), steps);
         const Overlap across(footprint.left, footprint.right, unit_bits);
@@ -98,50 +99,50 @@ TARVO_INLINED inline void find_footprints(Position<std::int32_t> start, const St
 }
 
 // Four pixels side by side, of which the fourth counts nothing.
-class Pixels {
+class FourPixels {
 public:
-    TARVO_INLINED explicit Pixels(const Channel* channels) { std::memcpy(&vector_, channels, sizeof vector_); }
+    TARVO_INLINED explicit FourPixels(const Channel* channels) { std::memcpy(&vector_, channels, sizeof vector_); }
     TARVO_INLINED void store(int pixel, Channel* channels) const {
         std::memcpy(channels, reinterpret_cast<const char*>(&vector_) + pixel * kPixelSize, kPixelSize);
     }
-    TARVO_INLINED Pixels& operator*=(Channel weight) { return vector_ *= weight, *this; }
-    TARVO_INLINED Pixels& operator+=(const Pixels& other) { return vector_ += other.vector_, *this; }
+    TARVO_INLINED FourPixels& operator*=(Channel weight) { return vector_ *= weight, *this; }
+    TARVO_INLINED FourPixels& operator+=(const FourPixels& other) { return vector_ += other.vector_, *this; }
 
 private:
-    static constexpr std::size_t kPixelSize = kBytes * sizeof(Channel);
+    static constexpr std::size_t kPixelSize = kChannels * sizeof(Channel);
     using Vector [[gnu::vector_size(4 * kPixelSize)]] = Channel;
     Vector vector_;
 };
 
 // Written with vectors, because compilers do not turn plain loops into this, and they take twice as long.
-TARVO_INLINED inline void add_columns(const Channel* window, std::size_t count, Run& run) {
-    constexpr std::size_t kRow = kWindow * kBytes;
+TARVO_INLINED inline void sum_columns(const Channel* window, std::size_t count, FootprintRun& run) {
+    constexpr std::size_t kRow = kWindow * kChannels;
     for (std::size_t x = 0; x < count; ++x) {
-        const Channel* const at = window + static_cast<std::size_t>(run.first[x]) * kBytes;
-        Pixels top(at), middle(at + kRow), bottom(at + 2 * kRow);
+        const Channel* const at = window + static_cast<std::size_t>(run.first[x]) * kChannels;
+        FourPixels top(at), middle(at + kRow), bottom(at + 2 * kRow);
         top *= run.down[0][x];
         middle *= run.down[1][x];
         bottom *= run.down[2][x];
         top += middle += bottom;
-        for (int i = 0; i < kReach; ++i) top.store(i, run.columns[i] + x * kBytes);
+        for (int i = 0; i < kReach; ++i) top.store(i, run.columns[i] + x * kChannels);
     }
 }
 
 template <class Value>
-TARVO_INLINED inline void repeat_for_bytes(const Value* values, Value* __restrict repeated) {
+TARVO_INLINED inline void repeat_for_channels(const Value* values, Value* __restrict repeated) {
     for (std::size_t x = 0; x < kTile; ++x)
-        for (std::size_t i = 0; i < kBytes; ++i) repeated[x * kBytes + i] = values[x];
+        for (std::size_t i = 0; i < kChannels; ++i) repeated[x * kChannels + i] = values[x];
 }
 
 // Divides the weighted sums of columns by the footprints' areas. With 1/2 added to a sum, a quotient is at least 1/1152
 // away from every integer, which is far more than the error of a float: truncated, it is that of an integer division.
-TARVO_INLINED inline void average_columns(std::size_t count, Run& run) {
-    Channel weights[kReach][kTileBytes];
-    float portions[kTileBytes];
-    for (int i = 0; i < kReach; ++i) repeat_for_bytes(run.across[i], weights[i]);
-    repeat_for_bytes(run.portion, portions);
+TARVO_INLINED inline void divide_columns(std::size_t count, FootprintRun& run) {
+    Channel weights[kReach][kTileChannels];
+    float portions[kTileChannels];
+    for (int i = 0; i < kReach; ++i) repeat_for_channels(run.across[i], weights[i]);
+    repeat_for_channels(run.portion, portions);
     std::uint8_t* const means = reinterpret_cast<std::uint8_t*>(run.means);
-    for (std::size_t i = 0; i < count * kBytes; ++i) {
+    for (std::size_t i = 0; i < count * kChannels; ++i) {
         const std::int32_t sum =
             run.columns[0][i] * weights[0][i] + run.columns[1][i] * weights[1][i] + run.columns[2][i] * weights[2][i];
         means[i] = static_cast<std::uint8_t>(static_cast<std::int32_t>((static_cast<float>(sum) + 0.5f) * portions[i]));
@@ -151,10 +152,10 @@ TARVO_INLINED inline void average_columns(std::size_t count, Run& run) {
 // Makes the colours of a run of result pixels. The upper left corner of the first is at `start` in the window.
 TARVO_ROW_CLONES void average_run(const Channel* window, Position<std::int32_t> start, const Steps& steps,
                                   int unit_bits, PixelColor* colors, std::size_t count) {
-    Run run;
+    FootprintRun run;
     find_footprints(start, steps, unit_bits, run);
-    add_columns(window, count, run);
-    average_columns(count, run);
+    sum_columns(window, count, run);
+    divide_columns(count, run);
     for (std::size_t x = 0; x < count; ++x) colors[x] = run.means[x] & 0xFFFFFF;
 }
 
@@ -186,7 +187,7 @@ public:
     void load(const Box& box) {
         std::array<PixelColor, kWindow> colors{};
         Channel* channels = channels_.data();
-        for (std::int32_t row = box.top; row < box.bottom; ++row, channels += kWindow * kBytes) {
+        for (std::int32_t row = box.top; row < box.bottom; ++row, channels += kWindow * kChannels) {
             read(row, box.left, {colors.data(), static_cast<std::size_t>(box.width())});
             spread_row(colors.data(), channels);
         }
@@ -208,7 +209,7 @@ private:
     const TRV_Picture& source_;
     PixelColor frame_;
     const char* caller_;
-    std::array<Channel, std::size_t{kWindow} * kWindow * kBytes> channels_{};
+    std::array<Channel, std::size_t{kWindow} * kWindow * kChannels> channels_{};
 };
 
 // --- the kernel ------------------------------------------------------------------------------------------------------
@@ -220,7 +221,7 @@ public:
             const char* caller)
         : source_(source),
           result_(result),
-          mapping_({source.width(), source.height()}, {result.width(), result.height()}, angle, unit_bits),
+          mapping_(size_of(source), size_of(result), angle, unit_bits),
           unit_bits_(unit_bits),
           frame_(static_cast<PixelColor>(frame_color) & 0xFFFFFF),
           caller_(caller),
@@ -229,7 +230,7 @@ public:
     void run() {
         for (std::int32_t row = 0; row < result_.height(); row += kTile) {
             const std::int32_t rows = std::min(kTile, result_.height() - row);
-            for (std::int32_t i = 0; i < rows; ++i) starts_[i] = mapping_.row_start(row + i);
+            for (std::int32_t i = 0; i < rows; ++i) walks_[i] = mapping_.walk_of(row + i);
             for_each_chunk(0, result_.width() - 1, [&](std::int32_t column, std::size_t columns) {
                 for (std::int32_t i = 0; i < rows; ++i) std::fill_n(band_[i].begin(), columns, frame_);
                 draw_tiles(rows, column, static_cast<std::int32_t>(columns));
@@ -263,10 +264,10 @@ private:
 
     // Draws a tile's row, from where the row's walk starts.
     void draw_run(std::int32_t row, const Tile& tile, const Box& box, PixelColor* colors) const {
-        const RowStart& start = starts_[row];
-        const std::int32_t first = std::max(tile.column, start.column), count = tile.end_column - first;
+        const RowWalk& walk = walks_[row];
+        const std::int32_t first = std::max(tile.column, walk.column), count = tile.end_column - first;
         if (count <= 0) return;
-        const Position<std::int64_t> position = mapping_.position(start, first);
+        const Position<std::int64_t> position = mapping_.position(walk, first);
         average_run(window_.channels(), {in_box(position.x, box.left), in_box(position.y, box.top)}, mapping_.steps(),
                     unit_bits_, colors + (first - tile.column), static_cast<std::size_t>(count));
     }
@@ -280,10 +281,10 @@ private:
         constexpr std::int64_t kFar = std::numeric_limits<std::int64_t>::max() / 2;
         Position<std::int64_t> least = {kFar, kFar}, most = {-kFar, -kFar};
         for (std::int32_t row = 0; row < tile.rows; ++row) {
-            const RowStart& start = starts_[row];
-            if (start.column >= tile.end_column) continue;
-            for (const std::int32_t x : {std::max(tile.column, start.column), tile.end_column - 1}) {
-                const Position<std::int64_t> position = mapping_.position(start, x);
+            const RowWalk& walk = walks_[row];
+            if (walk.column >= tile.end_column) continue;
+            for (const std::int32_t x : {std::max(tile.column, walk.column), tile.end_column - 1}) {
+                const Position<std::int64_t> position = mapping_.position(walk, x);
                 least = {std::min(least.x, position.x), std::min(least.y, position.y)};
                 most = {std::max(most.x, position.x), std::max(most.y, position.y)};
             }
@@ -303,15 +304,17 @@ private:
     int unit_bits_;
     PixelColor frame_;
     const char* caller_;
-    std::array<RowStart, kTile> starts_;
+    std::array<RowWalk, kTile> walks_;
     std::array<Chunk, kTile> band_;  // rows of the result, which are written in long runs because short ones are slow
     SourceWindow window_;
 };
 
 // These are on the stack together, about 150 KiB.
-static_assert(sizeof(Rotator) + sizeof(Run) <= kMostStackBytes);
+static_assert(sizeof(Rotator) + sizeof(FootprintRun) <= kMostStackBytes);
 
 // --- both forms ------------------------------------------------------------------------------------------------------
+
+constexpr bool kUnflipped = false;
 
 using Kernel = void(const TRV_Picture& source, TRV_Picture& result, double angle, int frame_color);
 
@@ -319,10 +322,11 @@ using Kernel = void(const TRV_Picture& source, TRV_Picture& result, double angle
 REALpictureStruct* rotate(REALpictureStruct* p, double rotation, int frame_color, Kernel& kernel) {
     const double turns = std::floor(rotation / 90.0);
     const double degrees = rotation - 90.0 * turns;
-    HostReference<REALpictureStruct> turned(TRV_FlipRotate(p, false, false, truncate_to_int32(turns), 0));
+    HostReference<REALpictureStruct> turned(
+        TRV_FlipRotate(p, kUnflipped, kUnflipped, truncate_to_int32(turns), kNoYielding));
     if (degrees == 0.0 || !turned) return turned.release();
 
-    TRV_Picture source(turned.get(), false);
+    TRV_Picture source(turned.get(), kAsImage);
     if (!source.Lock()) return Fail(ErrorCode::intermediate_lock);
     const double angle = 2.0 * degrees * free_rotation::kPi / 360.0;
     const free_rotation::Diagonal diagonal(source.width(), source.height());

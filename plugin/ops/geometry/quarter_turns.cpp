@@ -15,7 +15,7 @@ namespace {
 
 struct Mirroring {
     RunAccess access;
-    bool left_right, top_bottom;
+    Flips flips;
     const char* caller;
 };
 
@@ -23,13 +23,13 @@ void mirror(const Mirroring& how, const TRV_Picture& source, TRV_Picture& result
     const std::int32_t width = std::min(source.width(), result.width());
     const std::int32_t height = std::min(source.height(), result.height());
     YieldBudget budget(yield);
-    const std::int32_t column = how.left_right ? source.width() - width : 0;
+    const std::int32_t column = how.flips.horizontal ? source.width() - width : 0;
     for (std::int32_t i = 0; i < height; ++i) {
         budget.before_row(result.width());
         // The source is walked downwards, because processors read ahead so.
-        const Place from = {how.top_bottom ? source.height() - height + i : i, column};
-        const Place to = {how.top_bottom ? height - 1 - i : i, 0};
-        const auto move = how.left_right ? mirror_run : copy_run;
+        const Place from = {how.flips.vertical ? source.height() - height + i : i, column};
+        const Place to = {how.flips.vertical ? height - 1 - i : i, 0};
+        const auto move = how.flips.horizontal ? mirror_run : copy_run;
         move(source, from, result, to, width, how.caller, how.access);
     }
 }
@@ -55,9 +55,9 @@ void read_whole_pixels(const TRV_Picture& source, long row, long column, std::sp
 struct Turning {
     void (*read)(const TRV_Picture&, long row, long column, std::span<PixelColor>, const char*);
     void (TRV_Picture::*write)(long, long, std::span<const PixelColor>, const char*);
-    bool reverses_columns, reverses_rows;  // those of the source
-    bool last_row_first;                   // whether the result is walked upwards
     const char* caller;
+    bool reverses_columns = false, reverses_rows = false;  // those of the source
+    bool last_row_first = false;                           // whether the result is walked upwards
 };
 
 // A band of the result: `count` rows from `row` on.
@@ -88,14 +88,14 @@ public:
     }
 
 private:
-    using Tile = std::array<std::array<PixelColor, kRows>, kRows>;
+    using TileColors = std::array<std::array<PixelColor, kRows>, kRows>;
 
     void turn_tile(const Band& band, std::int32_t column, std::int32_t width) {
         for (std::int32_t x = 0; x < width; ++x) {
             const std::span run(rows_[x].data(), static_cast<std::size_t>(band.count));
             band.how.read(band.source, band.source_row(column + x), band.source_column(), run, band.how.caller);
         }
-        const auto row_of = [](Tile& tile) {
+        const auto row_of = [](TileColors& tile) {
             return [&tile](std::size_t row) { return reinterpret_cast<std::uint8_t*>(tile[row].data()); };
         };
         transpose<Coding::kept>(width, band.count, row_of(rows_), row_of(columns_));
@@ -105,7 +105,7 @@ private:
         }
     }
 
-    Tile rows_, columns_;
+    TileColors rows_, columns_;
 };
 
 // Turns pictures of 32 bits, as their pixels are stored. A tile is a cache line of each of kColumns rows of the source,
@@ -116,7 +116,7 @@ private:
 class WordTurner {
 public:
     static constexpr std::int32_t kRows = 16;  // in a band
-    static_assert(kRows == std::int32_t{kLinePixels});
+    static_assert(kRows == std::int32_t{kCacheLinePixels});
 
     static bool fits(const TRV_Picture& picture) { return rows_are_words(picture, 0, picture.height()); }
 
@@ -127,13 +127,13 @@ public:
             // The tile is transposed as a whole. Where it has fewer columns, what is too much is not written.
             transpose<Coding::kept>(
                 kColumns, static_cast<std::size_t>(band.count), [this](std::size_t x) { return from_[x]; },
-                [this](std::size_t y) { return rows_[y].tile; });
-            const bool last = column + columns == width;
-            if (!last) find_rows(band, column + columns, width);
+                [this](std::size_t y) { return pieces_[y].bytes(); });
+            const PieceEnd end = column + columns == width ? PieceEnd::at_row_end : PieceEnd::inside_row;
+            if (end == PieceEnd::inside_row) find_rows(band, column + columns, width);
             for (std::int32_t y = 0; y < band.count; ++y) {
                 std::uint8_t* const to = band.result.WordsAt(band.result_row(y), column);
                 const auto count = static_cast<std::size_t>(columns);
-                writers_[y].write(rows_[y].tile, count, to, band.result.streams(), last);
+                writers_[y].write(pieces_[y], count, to, band.result.store_mode(), end);
             }
         }
     }
@@ -141,10 +141,6 @@ public:
 private:
     static constexpr std::int32_t kColumns = 128;
     static constexpr std::int32_t kWord = 4;
-    struct alignas(kCacheLine) Row {
-        std::uint8_t before[kCacheLine];  // for the PieceWriter
-        std::uint8_t tile[kColumns * kWord];
-    };
 
     // Finds the source's rows for a tile and asks for all of their memory at once. Behind the source's last row, that
     // one is repeated; what comes of it is not written.
@@ -156,7 +152,7 @@ private:
         }
     }
 
-    std::array<Row, kRows> rows_;
+    std::array<RowPiece<kColumns>, kRows> pieces_;
     std::array<const std::uint8_t*, kColumns> from_;
     std::array<PieceWriter, kRows> writers_;
 };
@@ -183,44 +179,55 @@ void turn(const Turning& how, const TRV_Picture& source, TRV_Picture& result, in
 }  // namespace
 
 void Priv_Rotate0(const TRV_Picture& source, TRV_Picture& result, int yield) {
-    mirror({kSingleBits, false, false, "Priv_Rotate0"}, source, result, yield);
+    mirror({kSingleBits, {}, "Priv_Rotate0"}, source, result, yield);
 }
 
 void Priv_Rotate0_H(const TRV_Picture& source, TRV_Picture& result, int yield) {
-    mirror({kWholePixels, true, false, "Priv_Rotate0_H"}, source, result, yield);
+    mirror({kWholePixels, {.horizontal = true}, "Priv_Rotate0_H"}, source, result, yield);
 }
 
 void Priv_Rotate0_V(const TRV_Picture& source, TRV_Picture& result, int yield) {
-    mirror({kWholePixels, false, true, "Priv_Rotate0_V"}, source, result, yield);
+    mirror({kWholePixels, {.vertical = true}, "Priv_Rotate0_V"}, source, result, yield);
 }
 
 void Priv_Rotate0_HV(const TRV_Picture& source, TRV_Picture& result, int yield) {
-    mirror({kSingleBits, true, true, "Priv_Rotate0_HV"}, source, result, yield);
+    mirror({kSingleBits, {.horizontal = true, .vertical = true}, "Priv_Rotate0_HV"}, source, result, yield);
 }
 
 void Priv_Rotate90(const TRV_Picture& source, TRV_Picture& result, int yield) {
-    turn({read_first_pixel, kSingleBits.write, false, true, true, "Priv_Rotate90"}, source, result, yield);
+    turn({.read = read_first_pixel,
+          .write = kSingleBits.write,
+          .caller = "Priv_Rotate90",
+          .reverses_rows = true,
+          .last_row_first = true},
+         source, result, yield);
 }
 
 void Priv_Rotate90_H(const TRV_Picture& source, TRV_Picture& result, int yield) {
-    turn({read_whole_pixels, kWholePixels.write, true, true, false, "Priv_Rotate90_H"}, source, result, yield);
+    turn({.read = read_whole_pixels,
+          .write = kWholePixels.write,
+          .caller = "Priv_Rotate90_H",
+          .reverses_columns = true,
+          .reverses_rows = true},
+         source, result, yield);
 }
 
 void Priv_Rotate90_V(const TRV_Picture& source, TRV_Picture& result, int yield) {
-    turn({read_whole_pixels, kWholePixels.write, false, false, false, "Priv_Rotate90_V"}, source, result, yield);
+    turn({.read = read_whole_pixels, .write = kWholePixels.write, .caller = "Priv_Rotate90_V"}, source, result, yield);
 }
 
 void Priv_Rotate90_HV(const TRV_Picture& source, TRV_Picture& result, int yield) {
-    turn({read_first_pixel, kSingleBits.write, true, false, false, "Priv_Rotate90_HV"}, source, result, yield);
+    turn({.read = read_first_pixel, .write = kSingleBits.write, .caller = "Priv_Rotate90_HV", .reverses_columns = true},
+         source, result, yield);
 }
 
-QuarterTurn& quarter_turn(int turns, bool flip_h, bool flip_v) {
-    // [turns][flip_h + 2 * flip_v]
+QuarterTurn& quarter_turn(int turns, Flips flips) {
+    // [turns][horizontal + 2 * vertical]
     static constexpr QuarterTurn* kKernels[4][4] = {
         {Priv_Rotate0, Priv_Rotate0_H, Priv_Rotate0_V, Priv_Rotate0_HV},
         {Priv_Rotate90, Priv_Rotate90_H, Priv_Rotate90_V, Priv_Rotate90_HV},
         {Priv_Rotate180, Priv_Rotate180_H, Priv_Rotate180_V, Priv_Rotate180_HV},
         {Priv_Rotate270, Priv_Rotate270_H, Priv_Rotate270_V, Priv_Rotate270_HV},
     };
-    return *kKernels[turns & 3][(flip_h ? 1 : 0) + (flip_v ? 2 : 0)];
+    return *kKernels[turns & 3][(flips.horizontal ? 1 : 0) + (flips.vertical ? 2 : 0)];
 }

@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "picture.h"
+#include "region.h"
 
 void Priv_Rotate0(const TRV_Picture& source, TRV_Picture& result, int yield);
 void Priv_Rotate0_H(const TRV_Picture& source, TRV_Picture& result, int yield);
@@ -28,16 +29,18 @@ inline constexpr auto& Priv_Rotate270_HV = Priv_Rotate90;
 
 using QuarterTurn = void(const TRV_Picture& source, TRV_Picture& result, int yield);
 
+// What is mirrored: left and right, or top and bottom.
+struct Flips {
+    bool horizontal = false, vertical = false;
+};
+
 // Returns the kernel for mirroring and then turning by 0 to 3 quarter turns clockwise.
-QuarterTurn& quarter_turn(int turns, bool flip_h, bool flip_v);
+QuarterTurn& quarter_turn(int turns, Flips flips = {});
 // Whether width and height change places.
 constexpr bool swaps_sides(int turns) { return turns % 2 != 0; }
 
-struct Size {
-    std::int32_t width, height;
-};
 // Returns the size of a picture after quarter turns.
 inline Size turned_size(const TRV_Picture& source, int turns) {
-    if (swaps_sides(turns)) return {source.height(), source.width()};
-    return {source.width(), source.height()};
+    const auto [width, height] = size_of(source);
+    return swaps_sides(turns) ? Size{height, width} : Size{width, height};
 }

@@ -5,6 +5,8 @@
 
 namespace {
 
+constexpr bool kHorizontal = true, kVertical = false;
+
 // Both checks run. When both fail, the code of the shear stays. NaN is out of bounds.
 bool arguments_pass(REALpictureStruct* p, double shear) {
     ClearError();
@@ -30,11 +32,11 @@ REALpictureStruct* shear_framed(REALpictureStruct* p, int width, int height, dou
 // be locked, the result is returned as it was made.
 REALpictureStruct* PrivShear_NonVector(REALpictureStruct* p, int width, int height, double shear, bool horizontal,
                                        int yield) {
-    TRV_Picture source(p, false);
-    TRV_Picture source_mask(p, true);
+    TRV_Picture source(p, kAsImage);
+    TRV_Picture source_mask(p, kAsMask);
     if (!source.Lock() || !source_mask.Lock()) return nullptr;
     return kSilentForm.produce(width, height, result_depth(source), true, [&](TRV_Picture& result) {
-        TRV_Picture result_mask(result, true);
+        TRV_Picture result_mask(result, kAsMask);
         if (!result_mask.Lock()) return;
         if (horizontal)
             Priv_ShearHorizontal(source, result, source_mask, result_mask, shear, yield);
@@ -45,7 +47,7 @@ REALpictureStruct* PrivShear_NonVector(REALpictureStruct* p, int width, int heig
 
 REALpictureStruct* PrivShear_Frame_NonVector(REALpictureStruct* p, int width, int height, double shear, bool horizontal,
                                              int frame_color, int yield) {
-    TRV_Picture source(p, false);
+    TRV_Picture source(p, kAsImage);
     if (!source.Lock()) return nullptr;
     return kSilentForm.produce(width, height, result_depth(source), false, [&](TRV_Picture& result) {
         if (horizontal)
@@ -56,19 +58,19 @@ REALpictureStruct* PrivShear_Frame_NonVector(REALpictureStruct* p, int width, in
 }
 
 REALpictureStruct* TRV_ShearHorizontal(REALpictureStruct* p, int width, int height, double shear, int yield) {
-    return shear_plain(p, width, height, shear, true, yield);
+    return shear_plain(p, width, height, shear, kHorizontal, yield);
 }
 
 REALpictureStruct* TRV_ShearVertical(REALpictureStruct* p, int width, int height, double shear, int yield) {
-    return shear_plain(p, width, height, shear, false, yield);
+    return shear_plain(p, width, height, shear, kVertical, yield);
 }
 
 REALpictureStruct* TRV_ShearHorizontal_Frame(REALpictureStruct* p, int width, int height, double shear, int frame_color,
                                              int yield) {
-    return shear_framed(p, width, height, shear, true, frame_color, yield);
+    return shear_framed(p, width, height, shear, kHorizontal, frame_color, yield);
 }
 
 REALpictureStruct* TRV_ShearVertical_Frame(REALpictureStruct* p, int width, int height, double shear, int frame_color,
                                            int yield) {
-    return shear_framed(p, width, height, shear, false, frame_color, yield);
+    return shear_framed(p, width, height, shear, kVertical, frame_color, yield);
 }

@@ -211,18 +211,19 @@ private:
         const auto pixels = static_cast<std::size_t>(piece.block.count), rows = static_cast<std::size_t>(piece.count);
         const std::int32_t column = piece.block.column;
         const auto from = [this](std::size_t x) { return bytes_of(drawn_[x].data()); };
-        const auto to = [this](std::size_t y) { return bytes_of(out_[y].colors); };
+        const auto to = [this](std::size_t y) { return out_[y].bytes(); };
         TRV_Picture& result = layer.result;
         const auto row = [&](std::size_t y) { return piece.row + static_cast<std::int32_t>(y); };
         if (rows_are_words(result, piece.row, piece.row + piece.count)) {
             transpose<Coding::exchanged>(pixels, rows, from, to);
-            const bool ends = column + piece.block.count == result.width();
+            const bool last = column + piece.block.count == result.width();
+            const PieceEnd end = last ? PieceEnd::at_row_end : PieceEnd::inside_row;
             for (std::size_t y = 0; y < rows; ++y)
-                writers[y].write(to(y), pixels, result.WordsAt(row(y), column), result.streams(), ends);
+                writers[y].write(out_[y], pixels, result.WordsAt(row(y), column), result.store_mode(), end);
         } else {
             transpose<Coding::kept>(pixels, rows, from, to);
             for (std::size_t y = 0; y < rows; ++y)
-                result.SetPixels(row(y), column, {out_[y].colors, pixels}, layer.caller);
+                result.SetPixels(row(y), column, {out_[y].words, pixels}, layer.caller);
         }
     }
 
@@ -230,14 +231,10 @@ private:
 
     const ShearPlan& plan_;
 
-    struct alignas(kCacheLine) RowPiece {
-        std::uint8_t before[kCacheLine];
-        PixelColor colors[kColumns];
-    };
     std::array<std::array<PixelColor, kColumns>, kSourceRows> rows_;
     std::array<std::array<PixelColor, kSourceRows>, kColumns> columns_;
     std::array<std::array<PixelColor, kRows>, kColumns> drawn_;
-    std::array<RowPiece, kRows> out_;
+    std::array<RowPiece<kColumns>, kRows> out_;
     std::array<PieceWriter, kBandRows> writers_;
 };
 

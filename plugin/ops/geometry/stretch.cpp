@@ -63,7 +63,7 @@ void write_colors(TRV_Picture& destination, std::int32_t row, std::int32_t colum
 // Below a byte a pixel, bit 0 is written of every pixel's byte, as read_run reads.
 void write_red_as_grey(TRV_Picture& destination, std::int32_t row, std::int32_t column,
                        std::span<const PixelColor> colors, const char* caller) {
-    Run levels;
+    RunColors levels;
     std::ranges::transform(colors, levels.begin(), [](PixelColor color) { return grey(red_of(color)); });
     const std::int32_t bits = destination.bitsPerPixel();
     std::uint8_t* const start = destination.RowStart(row);
@@ -77,7 +77,7 @@ void write_red_as_grey(TRV_Picture& destination, std::int32_t row, std::int32_t 
 // Writes black columns, for a result that covers nothing of the source.
 void blacken(TRV_Picture& destination, std::int32_t column, std::size_t count, WriteRun& write) {
     for (std::int32_t row = 0; row < destination.height(); ++row) {
-        Run black{};
+        RunColors black{};
         write(destination, row, column, {black.data(), count}, kColumnsCaller);
     }
 }
@@ -117,7 +117,7 @@ void stretch_columns(const TRV_Picture& source, TRV_Picture& destination, int yi
 // gets control as often.
 void stretch_both(const TRV_Picture& source, TRV_Picture& result, int yield) {
     // These are on the stack together, about 208 KiB.
-    static_assert(sizeof(RowAverage) + sizeof(ColumnAverage) + sizeof(Run) <= kMostStackBytes);
+    static_assert(sizeof(RowAverage) + sizeof(ColumnAverage) + sizeof(RunColors) <= kMostStackBytes);
     const AxisWeights across(source.width(), result.width()), down(source.height(), result.height());
     YieldBudget row_budget(yield), column_budget(yield);
     for_each_run(result.width(), RowAverage::run_pixels(across), [&](std::int32_t column, std::size_t count) {
@@ -176,7 +176,7 @@ void Priv_StetchHorizontal(const TRV_Picture& source, TRV_Picture& destination, 
     const std::int32_t height = std::min(source.height(), destination.height());
     for_each_run(destination.width(), RowAverage::run_pixels(weights), [&](std::int32_t column, std::size_t count) {
         RowAverage across(weights, column, count);
-        Run line;
+        RunColors line;
         for (std::int32_t row = 0; row < height; ++row) {
             if (column == 0) budget.before_row(destination.width());
             average_row(across, source, row, line.data());
@@ -194,17 +194,17 @@ void Priv_StetchVerticalMask(const TRV_Picture& source, TRV_Picture& destination
 }
 
 void PrivStretch_NonVector_NoMask(TRV_Picture& source, TRV_Picture& result, int yield) {
-    TRV_Picture intermediate(result.width(), source.height(), result_depth(result), false);
+    TRV_Picture intermediate(result.width(), source.height(), result_depth(result), kTemporary);
     if (!intermediate.Lock()) return SetError(ErrorCode::intermediate_lock);
     stretch_by_way_of(intermediate, source, result, yield);
 }
 
 void PrivStretch_NonVector_Mask(TRV_Picture& source, TRV_Picture& result, int yield) {
-    TRV_Picture source_mask(source, true);
-    TRV_Picture result_mask(result, true);
+    TRV_Picture source_mask(source, kAsMask);
+    TRV_Picture result_mask(result, kAsMask);
     if (!source_mask.Lock() || !result_mask.Lock()) return SetError(ErrorCode::source_lock);
-    TRV_Picture intermediate(result.width(), source.height(), result_depth(result), false);
-    TRV_Picture intermediate_mask(result.width(), source.height(), kMaskDepth, false);
+    TRV_Picture intermediate(result.width(), source.height(), result_depth(result), kTemporary);
+    TRV_Picture intermediate_mask(result.width(), source.height(), kMaskDepth, kTemporary);
     if (!intermediate.Lock() || !intermediate_mask.Lock()) return SetError(ErrorCode::intermediate_lock);
     stretch_by_way_of(intermediate, source, result, yield);
     stretch_by_way_of(intermediate_mask, source_mask, result_mask, yield);

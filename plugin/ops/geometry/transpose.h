@@ -43,7 +43,8 @@ void transpose(std::size_t rows, std::size_t columns, const In& in, const Out& o
     };
     on_this_processor([=]() TARVO_INLINED {
         std::size_t row = 0;
-        for (; row + kLinePixels <= rows; row += kLinePixels) transpose_some(row, std::index_sequence<kLinePixels>{});
+        for (; row + kCacheLinePixels <= rows; row += kCacheLinePixels)
+            transpose_some(row, std::index_sequence<kCacheLinePixels>{});
         for (; row < whole_rows; row += kSide) transpose_some(row, std::index_sequence<kSide>{});
     });
     for (std::size_t column = 0; column < columns; ++column) {

@@ -8,6 +8,9 @@
 
 namespace {
 
+enum class MaskRule { trimmed, left_behind };
+constexpr bool kInOwnMemory = false;  // of a client picture that a program does not want as a host picture
+
 constexpr const char* kCaller = "TRV_Trim";
 constexpr PixelColor kTransparent = 0xFFFFFF;
 
@@ -24,15 +27,15 @@ bool is_area(const TRV_Rectangle_Data& area) {
 // On rows that the source does not have, the mask is transparent. Beside the rows that it has, the mask gets the
 // frame's colour, as the image does: programs know it so.
 void trim_mask(const TRV_Picture& source, const TRV_Picture& result, const TRV_Rectangle_Data& area, PixelColor frame) {
-    TRV_Picture source_mask(source, true);
-    TRV_Picture result_mask(result, true);
+    TRV_Picture source_mask(source, kAsMask);
+    TRV_Picture result_mask(result, kAsMask);
     if (!source_mask.Lock() || !result_mask.Lock()) return;
     PrivTrim(source_mask, result_mask, area, {kTransparent, frame});
 }
 
 template <class Form>
 typename Form::Handle trim(Form form, typename Form::Handle p, REALobjectStruct* trim_rect, int frame_color,
-                           bool with_mask) {
+                           MaskRule mask) {
     ClearError();
     if (!p) return Fail(ErrorCode::source_nil);
     TRV_Picture source = form.bind(p);
@@ -43,7 +46,7 @@ typename Form::Handle trim(Form form, typename Form::Handle p, REALobjectStruct*
     const PixelColor frame = static_cast<PixelColor>(frame_color) & 0xFFFFFF;
     return form.produce(area.width, area.height, result_depth(source), false, [&](TRV_Picture& result) {
         PrivTrim(source, result, area, {frame, frame});
-        if (with_mask && source.HasMask()) trim_mask(source, result, area, frame);
+        if (mask == MaskRule::trimmed && source.HasMask()) trim_mask(source, result, area, frame);
     });
 }
 
@@ -70,14 +73,14 @@ void PrivTrim(const TRV_Picture& source, TRV_Picture& result, const TRV_Rectangl
 }
 
 REALpictureStruct* TRV_Trim(REALpictureStruct* p, REALobjectStruct* trim_rect, int frame_color) {
-    return trim(PictureForm{}, p, trim_rect, frame_color, true);
+    return trim(PictureForm{}, p, trim_rect, frame_color, MaskRule::trimmed);
 }
 
 REALobjectStruct* TRV_ClientPicture_Trim(REALobjectStruct* cp, REALobjectStruct* trim_rect, int frame_color,
                                          bool as_picture) {
-    return trim(ClientForm{as_picture}, cp, trim_rect, frame_color, false);
+    return trim(ClientForm{as_picture}, cp, trim_rect, frame_color, MaskRule::left_behind);
 }
 
 REALobjectStruct* TRV_ClientPicture_Trim_OwnMemory(REALobjectStruct* cp, REALobjectStruct* trim_rect, int frame_color) {
-    return TRV_ClientPicture_Trim(cp, trim_rect, frame_color, false);
+    return TRV_ClientPicture_Trim(cp, trim_rect, frame_color, kInOwnMemory);
 }

@@ -50,11 +50,11 @@ void PrivMakeMemoryBlock(const TRV_Picture& source, const Region& region, std::u
     const std::size_t size = element_bytes(source);
     const auto store_row = size == sizeof(std::uint16_t) ? store_555_row : store_rgb_row;
     const auto width = static_cast<std::size_t>(region.right - region.left + 1);
-    const bool streams = static_cast<std::int64_t>(width * size) * (region.bottom - region.top + 1) >= kStreamingBytes;
+    const StoreMode mode = store_mode_for(static_cast<std::int64_t>(width * size) * (region.bottom - region.top + 1));
     Chunk colors;
     for (std::int32_t row = region.top; row <= region.bottom; ++row, bytes += width * size) {
         if (const std::uint8_t* const words = source.WordsAt(row, region.left)) {
-            map_xrgb32_run(bytes, streams, width, AsElement{}, words);
+            map_xrgb32_run(bytes, mode, width, AsElement{}, words);
             continue;
         }
         for_each_chunk(region.left, region.right, [&](std::int32_t column, std::size_t count) {
@@ -62,7 +62,7 @@ void PrivMakeMemoryBlock(const TRV_Picture& source, const Region& region, std::u
             store_row(colors.data(), bytes + static_cast<std::size_t>(column - region.left) * size, count);
         });
     }
-    if (streams) finish_streamed_lines();
+    finish_streaming(mode);
 }
 
 REALmemoryBlockStruct* TRV_MakeMemoryBlock(REALpictureStruct* p, REALobjectStruct* rect, bool /*mask_to_alpha*/,
@@ -70,7 +70,7 @@ REALmemoryBlockStruct* TRV_MakeMemoryBlock(REALpictureStruct* p, REALobjectStruc
     ClearError();
     if (row_bytes) *row_bytes = 0;
     if (!p) return Fail(ErrorCode::source_nil);
-    TRV_Picture source(p, false);
+    TRV_Picture source(p, kAsImage);
     if (!source.Lock()) return Fail(ErrorCode::source_lock);
     const Region region = SelectRegion(source, rect);
     if (region.empty()) return Fail(ErrorCode::selection);

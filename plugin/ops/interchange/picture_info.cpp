@@ -44,7 +44,7 @@ InfoText diagnosis(REALpictureStruct* picture) {
 int TRV_RowBytes(REALpictureStruct* source) {
     ClearError();
     if (!source) return SetError(ErrorCode::source_nil), 0;
-    TRV_Picture picture(source, false);
+    TRV_Picture picture(source, kAsImage);
     if (!picture.Lock()) return SetError(ErrorCode::source_lock), 0;
     return picture.rowBytes();
 }
@@ -52,7 +52,7 @@ int TRV_RowBytes(REALpictureStruct* source) {
 REALstringStruct* TRV_Info(REALpictureStruct* source) {
     ClearError();
     if (!source) return Fail(ErrorCode::source_nil);
-    TRV_Picture picture(source, false);
+    TRV_Picture picture(source, kAsImage);
     const InfoText text = picture.Lock() ? facts(picture) : diagnosis(source);
     picture.Release();
     return REALBuildString(text.bytes, static_cast<int>(std::strlen(text.bytes)));

@@ -41,12 +41,12 @@ TARVO_ROW_CLONES void grey_row(const std::uint8_t* __restrict levels, PixelColor
 }
 
 // A run of a row, in a picture and in a plane.
-struct Run {
+struct PlaneRun {
     std::int32_t row, column;
-    std::size_t place;  // the number of its first pixel in the plane
+    std::size_t first;  // the number of its first pixel in the plane
     std::size_t count;
 
-    std::size_t color_offset() const { return place * Rgb24::kBytes; }
+    std::size_t color_offset() const { return first * Rgb24::kBytes; }
 };
 
 // Calls `visit(run)` for each row of the pixels that a picture and a plane both have.
@@ -55,28 +55,28 @@ void for_each_common_row(const TRV_Picture& picture, std::int32_t width, std::in
     const std::int32_t common_width = std::min(picture.width(), width);
     const std::int32_t common_height = std::min(picture.height(), height);
     for (std::int32_t row = 0; row < common_height; ++row)
-        visit(Run{row, 0, static_cast<std::size_t>(row) * width, static_cast<std::size_t>(common_width)});
+        visit(PlaneRun{row, 0, static_cast<std::size_t>(row) * width, static_cast<std::size_t>(common_width)});
 }
 
 // Calls `visit(run)` for the chunks of a run.
 template <class Visit>
-void for_each_chunk_of(const Run& run, Visit visit) {
+void for_each_chunk_of(const PlaneRun& run, Visit visit) {
     for_each_chunk(0, static_cast<std::int32_t>(run.count) - 1, [&](std::int32_t done, std::size_t count) {
-        visit(Run{run.row, run.column + done, run.place + done, count});
+        visit(PlaneRun{run.row, run.column + done, run.first + done, count});
     });
 }
 
 // Calls `visit(run)` for each chunk of the pixels that a picture and a plane both have.
 template <class Visit>
 void for_each_common_chunk(const TRV_Picture& picture, std::int32_t width, std::int32_t height, Visit visit) {
-    for_each_common_row(picture, width, height, [&](const Run& row) { for_each_chunk_of(row, visit); });
+    for_each_common_row(picture, width, height, [&](const PlaneRun& row) { for_each_chunk_of(row, visit); });
 }
 
 // --- both directions -------------------------------------------------------------------------------------------------
 
 // Writes zeros for what the mask does not cover; all of its plane, if the mask cannot be locked.
 void write_mask(const TRV_Picture& source, std::span<std::uint8_t> plane) {
-    TRV_Picture mask(source, true);
+    TRV_Picture mask(source, kAsMask);
     const bool locked = mask.Lock();
     if (!locked || mask.width() < source.width() || mask.height() < source.height())
         std::ranges::fill(plane, std::uint8_t{0});
@@ -85,7 +85,7 @@ void write_mask(const TRV_Picture& source, std::span<std::uint8_t> plane) {
 
 // If the mask cannot be locked, it stays as the host made it.
 void read_mask(const std::uint8_t* plane, std::int32_t width, std::int32_t height, const TRV_Picture& result) {
-    TRV_Picture mask(result, true);
+    TRV_Picture mask(result, kAsMask);
     if (mask.Lock()) PrivReadMaskPlane(plane, width, height, mask);
 }
 
@@ -122,26 +122,26 @@ std::uint64_t PictureStringHeader::mask_offset() const { return kBytes + 3 * pix
 std::uint64_t PictureStringHeader::length() const { return mask_offset() + (hasMask ? pixels_of(*this) : 0); }
 
 void PrivWriteColorPlane(const TRV_Picture& source, std::uint8_t* plane, std::int32_t width, std::int32_t height) {
-    const bool streams = std::int64_t{width} * height * Rgb24::kBytes >= kStreamingBytes;
+    const StoreMode mode = store_mode_for(std::int64_t{width} * height * Rgb24::kBytes);
     Chunk colors;
-    for_each_common_row(source, width, height, [&](const Run& row) {
+    for_each_common_row(source, width, height, [&](const PlaneRun& row) {
         if (const std::uint8_t* const words = source.WordsAt(row.row, 0))
-            return pack_words(words, plane + row.color_offset(), row.count, streams);
-        for_each_chunk_of(row, [&](const Run& run) {
+            return pack_words(words, plane + row.color_offset(), row.count, mode);
+        for_each_chunk_of(row, [&](const PlaneRun& run) {
             source.GetPixels(run.row, run.column, {colors.data(), run.count}, kWriter);
             encode_row(PixelFormat::rgb24, colors.data(), plane + run.color_offset(), run.count);
         });
     });
-    if (streams) finish_streamed_lines();
+    finish_streaming(mode);
 }
 
 void PrivReadColorPlane(const std::uint8_t* plane, std::int32_t width, std::int32_t height, TRV_Picture& result) {
     static constexpr IndexColors kNoIndexColors{};
     Chunk colors;
-    for_each_common_row(result, width, height, [&](const Run& row) {
+    for_each_common_row(result, width, height, [&](const PlaneRun& row) {
         if (std::uint8_t* const words = result.WordsAt(row.row, 0))
-            return unpack_words(plane + row.color_offset(), words, row.count, result.streams());
-        for_each_chunk_of(row, [&](const Run& run) {
+            return unpack_words(plane + row.color_offset(), words, row.count, result.store_mode());
+        for_each_chunk_of(row, [&](const PlaneRun& run) {
             decode_row(PixelFormat::rgb24, plane + run.color_offset(), colors.data(), run.count, kNoIndexColors);
             result.SetPixels(run.row, run.column, {colors.data(), run.count}, kReader);
         });
@@ -150,16 +150,16 @@ void PrivReadColorPlane(const std::uint8_t* plane, std::int32_t width, std::int3
 
 void PrivWriteMaskPlane(const TRV_Picture& mask, std::uint8_t* plane, std::int32_t width, std::int32_t height) {
     Chunk colors;
-    for_each_common_chunk(mask, width, height, [&](const Run& run) {
+    for_each_common_chunk(mask, width, height, [&](const PlaneRun& run) {
         mask.GetPixels(run.row, run.column, {colors.data(), run.count}, kWriter);
-        red_row(colors.data(), plane + run.place, run.count);
+        red_row(colors.data(), plane + run.first, run.count);
     });
 }
 
 void PrivReadMaskPlane(const std::uint8_t* plane, std::int32_t width, std::int32_t height, TRV_Picture& mask) {
     Chunk colors;
-    for_each_common_chunk(mask, width, height, [&](const Run& run) {
-        grey_row(plane + run.place, colors.data(), run.count);
+    for_each_common_chunk(mask, width, height, [&](const PlaneRun& run) {
+        grey_row(plane + run.first, colors.data(), run.count);
         mask.SetPixels(run.row, run.column, {colors.data(), run.count}, kReader);
     });
 }
@@ -167,7 +167,7 @@ void PrivReadMaskPlane(const std::uint8_t* plane, std::int32_t width, std::int32
 REALstringStruct* TRV_ConvertToString(REALpictureStruct* p) {
     ClearError();
     if (!p) return Fail(ErrorCode::source_nil);
-    TRV_Picture source(p, false);
+    TRV_Picture source(p, kAsImage);
     if (!source.Lock()) return nullptr;
     const PictureStringHeader header = {static_cast<std::uint32_t>(source.width()),
                                         static_cast<std::uint32_t>(source.height()),
@@ -191,7 +191,7 @@ REALpictureStruct* TRV_ConvertToPicture(REALstringStruct* s) {
     const std::span bytes = bytes_of(s);
     const PictureStringHeader header = valid_header(bytes);
     // Strings can have depths and sides that no new picture has; 8 bits is such a depth.
-    TRV_Picture result(static_cast<long>(header.width), static_cast<long>(header.height), header.depth, true);
+    TRV_Picture result(static_cast<long>(header.width), static_cast<long>(header.height), header.depth, kHandOver);
     if (!result.Lock()) return nullptr;
     HostReference<REALpictureStruct> made(result.picture());
     const auto width = static_cast<std::int32_t>(header.width), height = static_cast<std::int32_t>(header.height);
