@@ -6,7 +6,7 @@
 
 std::int32_t gTRV_Error = 0;
 
-const char* ErrorMessage(std::int32_t code) {
+const char* error_message(std::int32_t code) {
     switch (code) {
 #define TRV_ERROR_TEXT(number, name, text) \
     case number: return text;
@@ -19,6 +19,6 @@ const char* ErrorMessage(std::int32_t code) {
 int TRV_GetLastError() { return gTRV_Error; }
 
 REALstringStruct* TRV_GetErrorMessage(int error_code) {
-    const char* const text = ErrorMessage(error_code);
+    const char* const text = error_message(error_code);
     return REALBuildString(text, static_cast<int>(std::strlen(text)));
 }

@@ -83,7 +83,7 @@ inline std::nullptr_t Fail(ErrorCode code) {
 }
 
 // The text for a code; kUnknownError for any other number.
-const char* ErrorMessage(std::int32_t code);
+const char* error_message(std::int32_t code);
 
 // "TRV_GetLastError() as integer"
 int TRV_GetLastError();

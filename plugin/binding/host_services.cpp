@@ -203,7 +203,7 @@ void ConvertCurrentMethodsToV6(REALclassDefinition* definition) {
 
 void SetClassConsoleSafe(REALclassDefinition* definition) { definition->flags |= REALconsoleSafe; }
 
-void ShowMessage(const char* text) {
+void show_message(const char* text) {
     const HostReference<REALstringStruct> string(REALBuildString(text, static_cast<int>(std::strlen(text))));
     REALMessageBox(string.get());
 }

@@ -66,4 +66,4 @@ void ConvertCurrentMethodsToV6(REALclassDefinition* definition);
 void SetClassConsoleSafe(REALclassDefinition* definition);
 
 // Shows a message box with the text.
-void ShowMessage(const char* text);
+void show_message(const char* text);

@@ -53,9 +53,9 @@ void note_host_mask(Data& data) {
 }
 
 void free_own_memory(Data& data) {
-    DropClientMemory(std::exchange(data.buffer, nullptr));
+    drop_client_memory(std::exchange(data.buffer, nullptr));
     data.pixels = nullptr;
-    DropClientMemory(std::exchange(data.maskPixels, nullptr));
+    drop_client_memory(std::exchange(data.maskPixels, nullptr));
 }
 
 void drop_host_picture(Data& data) {
@@ -78,7 +78,7 @@ bool back_with_own_memory(Data& data, long width, long height, long depth, bool 
     // result.
     const std::int64_t row_bytes = (std::int64_t{width} + 15) * (depth / 8) / kAlignment * kAlignment;
     if (row_bytes > (kMostBytes - kSlack) / height) return false;
-    data.buffer = NewClientMemory(height * row_bytes + kSlack);
+    data.buffer = new_client_memory(height * row_bytes + kSlack);
     if (!data.buffer) return false;
     data.pixels = aligned(data.buffer);
     data.rowBytes = static_cast<std::int32_t>(row_bytes);
@@ -87,7 +87,7 @@ bool back_with_own_memory(Data& data, long width, long height, long depth, bool 
     data.depth = static_cast<std::int32_t>(depth);
     if (!withMask) return true;
 
-    data.maskPixels = NewClientMemory(std::int64_t{width} * height);
+    data.maskPixels = new_client_memory(std::int64_t{width} * height);
     if (!data.maskPixels) return true;  // there is no memory for a mask, so there is no mask
     data.maskRowBytes = data.width;
     data.hasMask = 1;

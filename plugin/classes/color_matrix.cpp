@@ -97,7 +97,7 @@ void TRV_ColorMatrix_MessageBox(REALobjectStruct* self) {
     char text[9 * (kLongestNumber + 2)];
     std::snprintf(text, sizeof text, "%4.2f  %4.2f  %4.2f\n%4.2f  %4.2f  %4.2f\n%4.2f  %4.2f  %4.2f", m[0][0], m[0][1],
                   m[0][2], m[1][0], m[1][1], m[1][2], m[2][0], m[2][1], m[2][2]);
-    ShowMessage(text);
+    show_message(text);
 }
 
 const REALmethodDefinition kMethods[] = {

@@ -172,7 +172,7 @@ void TRV_Rectangle_MessageBox(REALobjectStruct* self) {
                   static_cast<long>(r->left), static_cast<long>(r->top), static_cast<long>(r->right()),
                   static_cast<long>(r->bottom()), static_cast<long>(r->width), static_cast<long>(r->height),
                   valid ? "valid" : "invalid");
-    ShowMessage(text);
+    show_message(text);
 }
 
 #define RECTANGLE_PROPERTY(name, parameter) \

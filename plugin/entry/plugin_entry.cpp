@@ -36,8 +36,8 @@ bool is_supported(double version) {
 void refuse(double version) {
     char text[400];  // a double of the largest exponent has 309 digits before the point
     std::snprintf(text, sizeof text, "rb_version: %f", version);
-    ShowMessage(text);
-    ShowMessage(kQualification);
+    show_message(text);
+    show_message(kQualification);
 }
 
 int PluginEntry() {
@@ -47,7 +47,7 @@ int PluginEntry() {
         refuse(version);
         return 0;
     }
-    RegisterEverything();
+    register_everything();
     return 1;
 }
 

@@ -297,7 +297,7 @@ void InstallScreenExtensions() { register_all(kScreenMethods); }
 
 void InstallGradientMethods() { register_all(kGradientMethods); }
 
-void RegisterEverything() {
+void register_everything() {
     register_all(kErrorMethods);
     InstallClasses();
     InstallPictureExtensions();

@@ -3,7 +3,7 @@
 #include "real_interface.h"
 
 // Registers all methods and classes with the host: the two error methods, then the groups below in their order.
-void RegisterEverything();
+void register_everything();
 
 void InstallClasses();
 void InstallPictureExtensions();

@@ -37,9 +37,9 @@ template <class Kernel, class... Others>
 void map_run(TRV_Picture& result, std::int32_t row, std::int32_t column, std::size_t count, const char* caller,
              const Kernel& kernel, const RunSource& first, const Others&... others) {
     const auto words = [](const RunSource& run) -> const std::uint8_t* {
-        return run.picture.WordsAt(run.row, run.column);
+        return run.picture.words_at(run.row, run.column);
     };
-    std::uint8_t* const to = result.WordsAt(row, column);
+    std::uint8_t* const to = result.words_at(row, column);
     if (to && words(first) && (... && words(others)))
         return map_xrgb32_run(to, result.store_mode(), count, kernel, words(first), words(others)...);
 
@@ -51,13 +51,13 @@ void map_run(TRV_Picture& result, std::int32_t row, std::int32_t column, std::si
             const auto offset = static_cast<std::int32_t>(x);
             std::size_t next = 0;
             const auto read = [&](const RunSource& run) {
-                run.picture.GetPixels(run.row, run.column + offset, {chunks[next++].colors.data(), pixels}, caller);
+                run.picture.get_pixels(run.row, run.column + offset, {chunks[next++].colors.data(), pixels}, caller);
             };
             read(first);
             (read(others), ...);
             for (std::size_t block = 0; block < pixels; block += kBlockPixels)
                 apply_kernel(kernel, (chunks[i].colors.data() + block)...);
-            result.SetPixels(row, column + offset, std::span(chunks[0].colors).first(pixels), caller);
+            result.set_pixels(row, column + offset, std::span(chunks[0].colors).first(pixels), caller);
         }
     };
     on_this_processor([&]() TARVO_INLINED { map_chunks(std::make_index_sequence<kPictures>{}); });

@@ -24,8 +24,8 @@ TARVO_ROW_CLONES void reverse_row(const PixelColor* colors, PixelColor* reversed
 // Moves the stored pixels of a run with `move`. Returns false if they are not 32-bit words in both pictures.
 template <class Move>
 bool move_stored(const TRV_Picture& source, Place from, TRV_Picture& result, Place to, std::int32_t count, Move move) {
-    const std::uint8_t* const words = source.WordsAt(from.row, from.column);
-    std::uint8_t* const out = result.WordsAt(to.row, to.column);
+    const std::uint8_t* const words = source.words_at(from.row, from.column);
+    std::uint8_t* const out = result.words_at(to.row, to.column);
     if (!words || !out) return false;
     move(words, out, static_cast<std::size_t>(count), result.store_mode());
     return true;
@@ -35,7 +35,7 @@ bool move_stored(const TRV_Picture& source, Place from, TRV_Picture& result, Pla
 
 bool rows_are_words(const TRV_Picture& picture, std::int32_t first, std::int32_t end) {
     for (std::int32_t row = first; row < end; ++row)
-        if (!picture.WordsAt(row, 0)) return false;
+        if (!picture.words_at(row, 0)) return false;
     return true;
 }
 
@@ -53,7 +53,7 @@ void copy_run(const TRV_Picture& source, Place from, TRV_Picture& result, Place 
 void copy_run_whole(const TRV_Picture& source, TRV_Picture& result, Place at, std::int32_t count, const char* caller) {
     if (source.depth() != 16 || result.depth() != 16) return copy_run(source, at, result, at, count, caller);
     const auto address = [at](const TRV_Picture& picture) -> void* {
-        std::uint8_t* const start = picture.RowStart(at.row);
+        std::uint8_t* const start = picture.row_start(at.row);
         return start ? start + static_cast<std::ptrdiff_t>(at.column) * picture.bytesPerPixel() : nullptr;
     };
     void *from = address(source), *to = address(result);
@@ -76,7 +76,7 @@ void fill_run(TRV_Picture& result, Place to, std::int32_t count, PixelColor colo
     Chunk colors;
     std::fill_n(colors.begin(), std::clamp(count, 0, kChunkPixels), color);
     for_each_run_piece(to.column, count, [&](std::int32_t done, std::size_t pixels) {
-        result.SetPixels(to.row, to.column + done, std::span(colors.data(), pixels), caller);
+        result.set_pixels(to.row, to.column + done, std::span(colors.data(), pixels), caller);
     });
 }
 

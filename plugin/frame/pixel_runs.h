@@ -15,10 +15,10 @@ struct RunAccess {
     void (TRV_Picture::*read)(long row, long column, std::span<PixelColor> colors, const char* caller) const;
     void (TRV_Picture::*write)(long row, long column, std::span<const PixelColor> colors, const char* caller);
 };
-inline constexpr RunAccess kWholePixels = {&TRV_Picture::GetPixels, &TRV_Picture::SetPixels};
-inline constexpr RunAccess kSingleBits = {&TRV_Picture::GetPixelBits, &TRV_Picture::SetPixelBits};
+inline constexpr RunAccess kWholePixels = {&TRV_Picture::get_pixels, &TRV_Picture::set_pixels};
+inline constexpr RunAccess kSingleBits = {&TRV_Picture::get_pixel_bits, &TRV_Picture::set_pixel_bits};
 
-// Whether WordsAt finds 32-bit words in all rows from `first` to before `end`.
+// Whether words_at finds 32-bit words in all rows from `first` to before `end`.
 bool rows_are_words(const TRV_Picture& picture, std::int32_t first, std::int32_t end);
 
 // The place where a run begins.

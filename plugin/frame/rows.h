@@ -52,7 +52,7 @@ void measure_region(const TRV_Picture& source, const Region& region, int yield, 
         budget.before_row(source.width());
         for_each_chunk(region.left, region.right, [&](std::int32_t column, std::size_t count) {
             const std::span run(colors.data(), count);
-            source.GetPixels(row, column, run, caller);
+            source.get_pixels(row, column, run, caller);
             measure(run.data(), count);
         });
     }

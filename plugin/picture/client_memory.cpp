@@ -18,7 +18,7 @@ Header& header_of(std::uint8_t* memory) { return *(reinterpret_cast<Header*>(mem
 
 }  // namespace
 
-std::uint8_t* NewClientMemory(std::int64_t bytes) {
+std::uint8_t* new_client_memory(std::int64_t bytes) {
     void* const block = std::calloc(1, sizeof(Header) + static_cast<std::size_t>(bytes));
     if (!block) return nullptr;
     auto* const header = static_cast<Header*>(block);
@@ -26,10 +26,10 @@ std::uint8_t* NewClientMemory(std::int64_t bytes) {
     return reinterpret_cast<std::uint8_t*>(header + 1);
 }
 
-void HoldClientMemory(std::uint8_t* memory) {
+void hold_client_memory(std::uint8_t* memory) {
     if (memory) ++header_of(memory).holders;
 }
 
-void DropClientMemory(std::uint8_t* memory) {
+void drop_client_memory(std::uint8_t* memory) {
     if (memory && --header_of(memory).holders == 0) std::free(&header_of(memory));
 }

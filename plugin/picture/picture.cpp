@@ -246,7 +246,7 @@ bool TRV_Picture::lock_client_memory() {
     rowBytes_ = isMask_ ? clientData_->maskRowBytes : clientData_->rowBytes;
     baseAddress_ = isMask_ ? clientData_->maskPixels : clientData_->pixels;
     clientMemory_ = isMask_ ? clientData_->maskPixels : clientData_->buffer;
-    HoldClientMemory(clientMemory_);
+    hold_client_memory(clientMemory_);
     set_depth(isMask_ ? clientData_->maskDepth : clientData_->depth);
     isLocked_ = true;
     return true;
@@ -288,7 +288,7 @@ bool TRV_Picture::Unlock() {
         UnlockPixels(pixMap_);
         pixMap_ = nullptr;
     }
-    DropClientMemory(std::exchange(clientMemory_, nullptr));
+    drop_client_memory(std::exchange(clientMemory_, nullptr));
     isLocked_ = false;
     forget_geometry();
     hRes_ = vRes_ = -1;

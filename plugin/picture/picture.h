@@ -70,7 +70,7 @@ public:
     std::int32_t vRes() const { return vRes_; }
 
     // The address of a row's first byte; null where there are no pixels.
-    std::uint8_t* RowStart(long row) const;
+    std::uint8_t* row_start(long row) const;
 
     // Read and write a pixel as 0x00RRGGBB; at 32 bits the top byte is read and written too.
     unsigned long GetPixel(const void* address, const char* caller) const;
@@ -82,21 +82,21 @@ public:
     void SetPixel(long row, long column, unsigned long color, const char* caller);
 
     // Read and write a run of one row, each pixel as the accessor by row and column does.
-    void GetPixels(long row, long column, std::span<PixelColor> colors, const char* caller) const;
-    void SetPixels(long row, long column, std::span<const PixelColor> colors, const char* caller);
+    void get_pixels(long row, long column, std::span<PixelColor> colors, const char* caller) const;
+    void set_pixels(long row, long column, std::span<const PixelColor> colors, const char* caller);
     // The address of a stored pixel if the pixels of its row are 32-bit words side by side; else null.
-    std::uint8_t* WordsAt(long row, long column) const;
+    std::uint8_t* words_at(long row, long column) const;
     // How the pixels of this picture are best written.
     StoreMode store_mode() const { return store_mode_; }
     // Asks for the memory of a run of one row that will be read soon. Walks down columns do; only time depends on it.
-    void Prefetch(long row, long column, std::size_t count) const;
+    void prefetch(long row, long column, std::size_t count) const;
     // Read and write a run of one row, each pixel as the bit-addressed accessor does. From one pixel to the next the
     // address and the bit move on by the bits of a pixel.
-    void GetPixelBits(long row, long column, std::span<PixelColor> colors, const char* caller) const;
-    void SetPixelBits(long row, long column, std::span<const PixelColor> colors, const char* caller);
+    void get_pixel_bits(long row, long column, std::span<PixelColor> colors, const char* caller) const;
+    void set_pixel_bits(long row, long column, std::span<const PixelColor> colors, const char* caller);
 
     // Whether whole-pixel access reads the same red, green and blue from a run of one row here and in another picture.
-    bool SameColors(const TRV_Picture& other, long row, long column, std::size_t count, const char* caller) const;
+    bool same_colors(const TRV_Picture& other, long row, long column, std::size_t count, const char* caller) const;
 
     // Copies `count` pixels from this image to another and moves both addresses behind the last one. Between equal
     // depths of 16 or 32 bits the stored values are copied, between any others the colours.
@@ -149,13 +149,13 @@ private:
 };
 
 // Inline, because walks down columns ask for a row's address every few pixels.
-inline std::uint8_t* TRV_Picture::RowStart(long row) const {
+inline std::uint8_t* TRV_Picture::row_start(long row) const {
     if (rowTableSource_) return rowTableSource_->rows ? rowTableSource_->rows[row] : nullptr;
     return baseAddress_ ? baseAddress_ + static_cast<std::ptrdiff_t>(row) * rowBytes_ : nullptr;
 }
 
-inline std::uint8_t* TRV_Picture::WordsAt(long row, long column) const {
-    std::uint8_t* const start = RowStart(row);
+inline std::uint8_t* TRV_Picture::words_at(long row, long column) const {
+    std::uint8_t* const start = row_start(row);
     if (format_ != PixelFormat::xrgb32 || !start) return nullptr;
     return start + static_cast<std::ptrdiff_t>(column) * XRgb32::kBytes;
 }

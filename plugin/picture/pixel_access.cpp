@@ -15,7 +15,7 @@ unsigned long TRV_Picture::GetPixel(const void* address, long bit, long depth, c
 }
 
 unsigned long TRV_Picture::GetPixel(long row, long column, const char* caller) const {
-    const std::uint8_t* const start = RowStart(row);
+    const std::uint8_t* const start = row_start(row);
     return start ? GetPixel(start + static_cast<std::ptrdiff_t>(column) * bytesPerPixel_, caller) : 0;
 }
 
@@ -30,12 +30,12 @@ void TRV_Picture::SetPixel(void* address, long bit, unsigned long color, long de
 }
 
 void TRV_Picture::SetPixel(long row, long column, unsigned long color, const char* caller) {
-    std::uint8_t* const start = RowStart(row);
+    std::uint8_t* const start = row_start(row);
     if (start) SetPixel(start + static_cast<std::ptrdiff_t>(column) * bytesPerPixel_, color, caller);
 }
 
-void TRV_Picture::GetPixels(long row, long column, std::span<PixelColor> colors, const char*) const {
-    const std::uint8_t* const start = RowStart(row);
+void TRV_Picture::get_pixels(long row, long column, std::span<PixelColor> colors, const char*) const {
+    const std::uint8_t* const start = row_start(row);
     if (!start)
         std::ranges::fill(colors, 0);
     else if (bytesPerPixel_ == 0)  // every column has the address of the row's first pixel
@@ -45,8 +45,8 @@ void TRV_Picture::GetPixels(long row, long column, std::span<PixelColor> colors,
                    indexColors_);
 }
 
-void TRV_Picture::SetPixels(long row, long column, std::span<const PixelColor> colors, const char*) {
-    std::uint8_t* const start = RowStart(row);
+void TRV_Picture::set_pixels(long row, long column, std::span<const PixelColor> colors, const char*) {
+    std::uint8_t* const start = row_start(row);
     if (!start || colors.empty()) return;
     if (bytesPerPixel_ == 0) {  // every column has the same address, where the last pixel stays
         store_pixel(format_, start, 0, colors.back());
@@ -56,10 +56,10 @@ void TRV_Picture::SetPixels(long row, long column, std::span<const PixelColor> c
     encode_row(format_, colors.data(), first, colors.size(), store_mode_);
 }
 
-bool TRV_Picture::SameColors(const TRV_Picture& other, long row, long column, std::size_t count,
-                             const char* caller) const {
-    const std::uint8_t* const here = RowStart(row);
-    const std::uint8_t* const there = other.RowStart(row);
+bool TRV_Picture::same_colors(const TRV_Picture& other, long row, long column, std::size_t count,
+                              const char* caller) const {
+    const std::uint8_t* const here = row_start(row);
+    const std::uint8_t* const there = other.row_start(row);
     const bool side_by_side = bytesPerPixel_ == bytes_of(format_) && bytesPerPixel_ == other.bytesPerPixel_;
     if (here && there && format_ == other.format_ && side_by_side) {
         const std::ptrdiff_t offset = static_cast<std::ptrdiff_t>(column) * bytesPerPixel_;
@@ -70,17 +70,17 @@ bool TRV_Picture::SameColors(const TRV_Picture& other, long row, long column, st
     return true;
 }
 
-void TRV_Picture::Prefetch(long row, long column, std::size_t count) const {
-    const std::uint8_t* const start = RowStart(row);
+void TRV_Picture::prefetch(long row, long column, std::size_t count) const {
+    const std::uint8_t* const start = row_start(row);
     if (!start) return;
     const std::uint8_t* const first = start + static_cast<std::ptrdiff_t>(column) * bytesPerPixel_;
     for (std::size_t byte = 0; byte < count * static_cast<std::size_t>(bytesPerPixel_); byte += kCacheLine)
         __builtin_prefetch(first + byte);
 }
 
-void TRV_Picture::GetPixelBits(long row, long column, std::span<PixelColor> colors, const char* caller) const {
-    const std::uint8_t* const start = RowStart(row);
-    if (bitsPerPixel_ == 0 || !start) return GetPixels(row, column, colors, caller);
+void TRV_Picture::get_pixel_bits(long row, long column, std::span<PixelColor> colors, const char* caller) const {
+    const std::uint8_t* const start = row_start(row);
+    if (bitsPerPixel_ == 0 || !start) return get_pixels(row, column, colors, caller);
     const PixelFormat format = format_at(depth_, Addressing::single_bits);
     std::size_t bit = static_cast<std::size_t>(column) * bitsPerPixel_;
     for (PixelColor& color : colors) {
@@ -89,9 +89,9 @@ void TRV_Picture::GetPixelBits(long row, long column, std::span<PixelColor> colo
     }
 }
 
-void TRV_Picture::SetPixelBits(long row, long column, std::span<const PixelColor> colors, const char* caller) {
-    std::uint8_t* const start = RowStart(row);
-    if (bitsPerPixel_ == 0 || !start) return SetPixels(row, column, colors, caller);
+void TRV_Picture::set_pixel_bits(long row, long column, std::span<const PixelColor> colors, const char* caller) {
+    std::uint8_t* const start = row_start(row);
+    if (bitsPerPixel_ == 0 || !start) return set_pixels(row, column, colors, caller);
     const PixelFormat format = format_at(depth_, Addressing::single_bits);
     std::size_t bit = static_cast<std::size_t>(column) * bitsPerPixel_;
     for (const PixelColor color : colors) {
@@ -175,8 +175,8 @@ void copy_rows(RowCopy copy, const TRV_Picture& source, TRV_Picture& destination
     const std::int32_t width = std::min(source.width(), destination.width());
     const std::int32_t height = std::min(source.height(), destination.height());
     for (std::int32_t row = 0; row < height; ++row) {
-        void* from = source.RowStart(row);
-        void* to = destination.RowStart(row);
+        void* from = source.row_start(row);
+        void* to = destination.row_start(row);
         (source.*copy)(destination, &from, &to, width, caller);
     }
 }

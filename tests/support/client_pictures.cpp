@@ -17,7 +17,7 @@ TRV_ClientPicture_Data& data_of(const ObjectRef& client) {
 
 // The class's destructor frees it.
 std::uint8_t* random_memory(Random& random, std::size_t bytes) {
-    std::uint8_t* const memory = NewClientMemory(static_cast<std::int64_t>(bytes));
+    std::uint8_t* const memory = new_client_memory(static_cast<std::int64_t>(bytes));
     for (std::size_t i = 0; i < bytes; ++i) memory[i] = static_cast<std::uint8_t>(random());
     return memory;
 }

@@ -14,17 +14,17 @@ struct OwnMemory {
     OwnMemory() {
         data.width = data.height = 2;
         data.depth = 24;
-        data.buffer = data.pixels = NewClientMemory(64 * 2);
+        data.buffer = data.pixels = new_client_memory(64 * 2);
         data.rowBytes = 64;
         data.hasMask = 1;
         data.maskDepth = 8;
-        data.maskPixels = NewClientMemory(4);
+        data.maskPixels = new_client_memory(4);
         data.maskRowBytes = 2;
     }
     ~OwnMemory() { drop(); }
     void drop() {
-        DropClientMemory(std::exchange(data.buffer, nullptr));
-        DropClientMemory(std::exchange(data.maskPixels, nullptr));
+        drop_client_memory(std::exchange(data.buffer, nullptr));
+        drop_client_memory(std::exchange(data.maskPixels, nullptr));
     }
     TRV_ClientPicture_Data data = {};
 };
@@ -75,19 +75,19 @@ TEST_F(LockedPicture, AMissingClientMaskReadsZeroAndTakesNoWrites) {
     EXPECT_EQ(mask.GetPixel(1L, 1L, nullptr), 0u);
     mask.SetPixel(1L, 1L, 0xFFFFFF, nullptr);
     PixelColor run[2] = {1, 2};
-    mask.GetPixels(0, 0, run, nullptr);
+    mask.get_pixels(0, 0, run, nullptr);
     EXPECT_EQ(run[0] | run[1], 0u);
-    mask.SetPixels(0, 0, run, nullptr);
-    mask.GetPixelBits(0, 0, run, nullptr);
-    mask.SetPixelBits(0, 0, run, nullptr);
-    void* nowhere = mask.RowStart(0);
+    mask.set_pixels(0, 0, run, nullptr);
+    mask.get_pixel_bits(0, 0, run, nullptr);
+    mask.set_pixel_bits(0, 0, run, nullptr);
+    void* nowhere = mask.row_start(0);
     EXPECT_EQ(nowhere, nullptr);
     TRV_Picture image_picture(&data, false);
     ASSERT_TRUE(image_picture.Lock());
-    void* here = image_picture.RowStart(0);
+    void* here = image_picture.row_start(0);
     image_picture.CopyMaskPixels(mask, &here, &nowhere, 2, nullptr);
     mask.CopyMaskPixels(image_picture, &nowhere, &here, 2, nullptr);
-    EXPECT_EQ(here, image_picture.RowStart(0));
+    EXPECT_EQ(here, image_picture.row_start(0));
 }
 
 }  // namespace

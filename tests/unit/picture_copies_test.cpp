@@ -16,14 +16,14 @@ TEST_F(LockedPicture, CopiesOfEqualDepthsKeepTheStoredValues) {
         const ObjectRef to = make({.width = 9, .height = 1, .depth = depth});
         TRV_Picture source(handle(from), false), target(handle(to), false);
         ASSERT_TRUE(source.Lock() && target.Lock());
-        void *s = source.RowStart(0), *t = target.RowStart(0);
+        void *s = source.row_start(0), *t = target.row_start(0);
         source.CopyPixels(target, &s, &t, 9, nullptr);
         EXPECT_TRUE(std::equal(of(from).row(0), of(from).row(0) + 9 * depth / 8, of(to).row(0)));
-        EXPECT_EQ(s, source.RowStart(0) + 9 * depth / 8);
-        EXPECT_EQ(t, target.RowStart(0) + 9 * depth / 8);
+        EXPECT_EQ(s, source.row_start(0) + 9 * depth / 8);
+        EXPECT_EQ(t, target.row_start(0) + 9 * depth / 8);
         source.CopyPixels(target, &s, &t, 0, nullptr);
         source.CopyPixels(target, &s, &t, -3, nullptr);
-        EXPECT_EQ(s, source.RowStart(0) + 9 * depth / 8);
+        EXPECT_EQ(s, source.row_start(0) + 9 * depth / 8);
     }
 }
 
@@ -34,7 +34,7 @@ TEST_F(LockedPicture, CopiesBetweenDepthsGoThroughColours) {
             const ObjectRef to = make({.width = 9, .height = 1, .depth = to_depth});
             TRV_Picture source(handle(from), false), target(handle(to), false);
             ASSERT_TRUE(source.Lock() && target.Lock());
-            void *s = source.RowStart(0), *t = target.RowStart(0);
+            void *s = source.row_start(0), *t = target.row_start(0);
             source.CopyPixels(target, &s, &t, 9, nullptr);
             EXPECT_EQ(difference(of(to), read_image(of(from)), to_depth), "");
         }
@@ -46,10 +46,10 @@ TEST_F(LockedPicture, CopiesBelowEightBitsMoveNoAddress) {
     const ObjectRef to = make({.width = 9, .height = 1, .depth = 4});
     TRV_Picture source(handle(from), false), target(handle(to), false);
     ASSERT_TRUE(source.Lock() && target.Lock());
-    void *s = source.RowStart(0), *t = target.RowStart(0);
+    void *s = source.row_start(0), *t = target.row_start(0);
     source.CopyPixels(target, &s, &t, 9, nullptr);
-    EXPECT_EQ(s, source.RowStart(0));
-    EXPECT_EQ(t, target.RowStart(0));
+    EXPECT_EQ(s, source.row_start(0));
+    EXPECT_EQ(t, target.row_start(0));
 }
 
 TEST_F(LockedPicture, MaskLevelsAreConvertedByTheirOwnRules) {
@@ -60,10 +60,10 @@ TEST_F(LockedPicture, MaskLevelsAreConvertedByTheirOwnRules) {
             of(from).row(0)[i] = static_cast<std::uint8_t>(value >> (from_depth - 8 - 8 * i));
         TRV_Picture source(handle(from), false), target(handle(to), false);
         EXPECT_TRUE(source.Lock() && target.Lock());
-        void *s = source.RowStart(0), *t = target.RowStart(0);
+        void *s = source.row_start(0), *t = target.row_start(0);
         source.CopyMaskPixels(target, &s, &t, 1, nullptr);
-        EXPECT_EQ(s, source.RowStart(0) + from_depth / 8);
-        EXPECT_EQ(t, target.RowStart(0) + to_depth / 8);
+        EXPECT_EQ(s, source.row_start(0) + from_depth / 8);
+        EXPECT_EQ(t, target.row_start(0) + to_depth / 8);
         std::uint32_t stored = 0;
         for (int i = 0; i < to_depth / 8; ++i) stored = stored << 8 | of(to).row(0)[i];
         return stored;
@@ -88,13 +88,13 @@ TEST_F(LockedPicture, NothingIsCopiedFromOrToNowhere) {
         TRV_Picture source(handle(from), false), target(handle(to), false);
         ASSERT_TRUE(source.Lock() && target.Lock());
         const std::vector<std::uint8_t> before(of(to).row(0), of(to).row(0) + 12);
-        void *here = source.RowStart(0), *there = target.RowStart(0), *nowhere = nullptr;
+        void *here = source.row_start(0), *there = target.row_start(0), *nowhere = nullptr;
         (source.*copy)(target, &nowhere, &there, 3, nullptr);
         (source.*copy)(target, &here, &nowhere, 3, nullptr);
         for (const long count : {0L, -1L}) (source.*copy)(target, &here, &there, count, nullptr);
         EXPECT_EQ(nowhere, nullptr);
-        EXPECT_EQ(here, source.RowStart(0));
-        EXPECT_EQ(there, target.RowStart(0));
+        EXPECT_EQ(here, source.row_start(0));
+        EXPECT_EQ(there, target.row_start(0));
         EXPECT_TRUE(std::equal(before.begin(), before.end(), of(to).row(0)));
     }
 }

@@ -38,7 +38,7 @@ TEST_F(LockedPicture, LockFillsTheGeometryAndUnlockClearsIt) {
         EXPECT_EQ(locked.bitsPerPixel(), bits);
         EXPECT_EQ(locked.rowBytes(), (13 * depth + 7) / 8 + 5);
         EXPECT_EQ(locked.baseAddress(), of(picture).row(0));
-        EXPECT_EQ(locked.RowStart(2), of(picture).row(2));
+        EXPECT_EQ(locked.row_start(2), of(picture).row(2));
         EXPECT_TRUE(locked.hasResolution());
         EXPECT_EQ(locked.hRes(), 300);
         EXPECT_EQ(locked.vRes(), 300);
@@ -69,7 +69,7 @@ TEST_F(LockedPicture, PixelBuffersAreWalkedThroughTheirRowTable) {
     EXPECT_EQ(locked.depth(), 32);
     EXPECT_EQ(locked.rowBytes(), 20);
     EXPECT_FALSE(locked.hasResolution());
-    for (int row = 0; row < 4; ++row) EXPECT_EQ(locked.RowStart(row), of(picture).row(row));
+    for (int row = 0; row < 4; ++row) EXPECT_EQ(locked.row_start(row), of(picture).row(row));
 }
 
 TEST_F(LockedPicture, BitmapContextsAreReachedAsMasksOnly) {
@@ -164,7 +164,7 @@ TEST_F(LockedPicture, BindingAWorldAfterAPixelBufferForgetsTheRowTable) {
     ASSERT_TRUE(locked.Lock());
     ASSERT_TRUE(locked.SetREALPicture(handle(world), false));
     ASSERT_TRUE(locked.Lock());
-    EXPECT_EQ(locked.RowStart(1), of(world).row(1));
+    EXPECT_EQ(locked.row_start(1), of(world).row(1));
     EXPECT_EQ(locked.GetPixel(1L, 2L, nullptr), read_pixel(of(world), 2, 1));
 }
 

@@ -83,7 +83,7 @@ TEST_F(EveryBinding, RowsReadAsTheirPixels) {
     for_each([&](TRV_Picture& locked, Picture&, const Bound&) {
         for (const long column : {0L, 1L, 7L, 44L}) {
             std::vector<PixelColor> run(static_cast<std::size_t>(45 - column));
-            locked.GetPixels(2, column, run, "test");
+            locked.get_pixels(2, column, run, "test");
             for (std::size_t i = 0; i < run.size(); ++i)
                 ASSERT_EQ(run[i], locked.GetPixel(2L, column + static_cast<long>(i), "test"));
         }
@@ -100,10 +100,10 @@ TEST_F(EveryBinding, RowsAreWrittenAsTheirPixels) {
             const auto expected = bytes_of_rows(stored);
             const std::size_t row = stored.packed_row_bytes();
             std::copy_n(before.begin() + static_cast<std::ptrdiff_t>(row), row, stored.row(1));
-            locked.SetPixels(1, column, run, "test");
+            locked.set_pixels(1, column, run, "test");
             ASSERT_EQ(bytes_of_rows(stored), expected);
         }
-        locked.SetPixels(1, 0, {}, "test");
+        locked.set_pixels(1, 0, {}, "test");
     });
 }
 
@@ -124,14 +124,14 @@ struct Walk {
 TEST_F(EveryBinding, BitAddressedRowsReadAsTheirPixels) {
     for_each([&](TRV_Picture& locked, Picture&, const Bound&) {
         std::vector<PixelColor> run(45);
-        locked.GetPixelBits(1, 0, run, "test");
-        Walk walk{locked.RowStart(1)};
+        locked.get_pixel_bits(1, 0, run, "test");
+        Walk walk{locked.row_start(1)};
         for (const PixelColor color : run) {
             ASSERT_EQ(color, locked.GetPixel(walk.address, walk.bit, locked.depth(), "test"));
             walk.step(locked);
         }
         std::vector<PixelColor> tail(45 - 13);
-        locked.GetPixelBits(1, 13, tail, "test");
+        locked.get_pixel_bits(1, 13, tail, "test");
         EXPECT_TRUE(std::equal(tail.begin(), tail.end(), run.begin() + 13));
     });
 }
@@ -140,7 +140,7 @@ TEST_F(EveryBinding, BitAddressedRowsAreWrittenAsTheirPixels) {
     for_each([&](TRV_Picture& locked, Picture& stored, const Bound&) {
         const auto run = noise(45);
         const auto before = bytes_of_rows(stored);
-        Walk walk{locked.RowStart(1)};
+        Walk walk{locked.row_start(1)};
         for (const PixelColor color : run) {
             locked.SetPixel(walk.address, walk.bit, color, locked.depth(), "test");
             walk.step(locked);
@@ -148,7 +148,7 @@ TEST_F(EveryBinding, BitAddressedRowsAreWrittenAsTheirPixels) {
         const auto expected = bytes_of_rows(stored);
         const std::size_t row = stored.packed_row_bytes();
         std::copy_n(before.begin() + static_cast<std::ptrdiff_t>(row), row, stored.row(1));
-        locked.SetPixelBits(1, 0, run, "test");
+        locked.set_pixel_bits(1, 0, run, "test");
         EXPECT_EQ(bytes_of_rows(stored), expected);
     });
 }
@@ -158,10 +158,10 @@ TEST_F(LockedPicture, OneBitPicturesReadAndWriteSingleBits) {
     TRV_Picture locked(handle(picture), false);
     ASSERT_TRUE(locked.Lock());
     std::vector<PixelColor> run(19);
-    locked.GetPixelBits(0, 0, run, nullptr);
+    locked.get_pixel_bits(0, 0, run, nullptr);
     for (int x = 0; x < 19; ++x)
         EXPECT_EQ(run[static_cast<std::size_t>(x)], bit_at(of(picture), x, 0) ? 0x000000u : 0xFFFFFFu);
-    locked.SetPixelBits(1, 0, run, nullptr);
+    locked.set_pixel_bits(1, 0, run, nullptr);
     for (int x = 0; x < 19; ++x) EXPECT_EQ(bit_at(of(picture), x, 1), bit_at(of(picture), x, 0));
 }
 
@@ -220,7 +220,7 @@ TEST_F(LockedPicture, PicturesTooLargeForTheCachesAreWrittenAlike) {
     std::vector<PixelColor> run(2100);
     for (PixelColor& color : run) color = static_cast<PixelColor>(random());
     for (const long column : {0L, 1L, 5L, 11L}) {
-        locked.SetPixels(1999, column, run, nullptr);
+        locked.set_pixels(1999, column, run, nullptr);
         for (std::size_t i = 0; i < run.size(); ++i)
             ASSERT_EQ(locked.GetPixel(1999L, column + static_cast<long>(i), nullptr), run[i]);
     }
@@ -232,13 +232,13 @@ TEST_F(EveryBinding, RowsOfAnyTwoPicturesAreComparedByTheirColours) {
     ASSERT_TRUE(words.Lock());
     for_each([&](TRV_Picture& locked, Picture&, const Bound&) {
         for (long x = 0; x < 45; ++x) words.SetPixel(1L, x, locked.GetPixel(1L, x, nullptr) ^ 0xFF000000, nullptr);
-        EXPECT_TRUE(locked.SameColors(words, 1, 0, 45, nullptr));
-        EXPECT_TRUE(words.SameColors(locked, 1, 7, 38, nullptr));
+        EXPECT_TRUE(locked.same_colors(words, 1, 0, 45, nullptr));
+        EXPECT_TRUE(words.same_colors(locked, 1, 7, 38, nullptr));
         words.SetPixel(1L, 7L, locked.GetPixel(1L, 7L, nullptr) ^ 0x000100, nullptr);
-        EXPECT_FALSE(locked.SameColors(words, 1, 7, 38, nullptr));
-        EXPECT_FALSE(words.SameColors(locked, 1, 0, 45, nullptr));
-        EXPECT_TRUE(words.SameColors(locked, 1, 8, 37, nullptr));
-        EXPECT_TRUE(locked.SameColors(locked, 1, 0, 45, nullptr));
+        EXPECT_FALSE(locked.same_colors(words, 1, 7, 38, nullptr));
+        EXPECT_FALSE(words.same_colors(locked, 1, 0, 45, nullptr));
+        EXPECT_TRUE(words.same_colors(locked, 1, 8, 37, nullptr));
+        EXPECT_TRUE(locked.same_colors(locked, 1, 0, 45, nullptr));
     });
 }
 
@@ -258,8 +258,8 @@ TEST_F(LockedPicture, PicturesWithoutPixelsReadZeroAndTakeNoWrites) {
     TRV_Picture zeroes(handle(black), false), others(handle(white), false);
     ASSERT_TRUE(zeroes.Lock() && others.Lock());
     const std::vector<PixelColor> colors(9, 0xFFFFFF), nothing(9, 0);
-    zeroes.SetPixels(0, 0, nothing, nullptr);
-    others.SetPixels(0, 0, colors, nullptr);
+    zeroes.set_pixels(0, 0, nothing, nullptr);
+    others.set_pixels(0, 0, colors, nullptr);
     for (const int depth : {1, 2, 4, 8, 16, 24, 32}) {
         SCOPED_TRACE(depth);
         TRV_ClientPicture_Data data = {};
@@ -268,15 +268,15 @@ TEST_F(LockedPicture, PicturesWithoutPixelsReadZeroAndTakeNoWrites) {
         data.depth = depth;
         TRV_Picture locked(&data, false);
         ASSERT_TRUE(locked.Lock());
-        EXPECT_EQ(locked.WordsAt(0, 0), nullptr);
-        locked.Prefetch(0, 0, 9);
-        locked.SetPixelBits(0, 0, colors, nullptr);
+        EXPECT_EQ(locked.words_at(0, 0), nullptr);
+        locked.prefetch(0, 0, 9);
+        locked.set_pixel_bits(0, 0, colors, nullptr);
         std::vector<PixelColor> run = colors;
-        locked.GetPixelBits(0, 0, run, nullptr);
+        locked.get_pixel_bits(0, 0, run, nullptr);
         EXPECT_EQ(run, nothing);
-        EXPECT_TRUE(locked.SameColors(zeroes, 0, 0, 9, nullptr));
-        EXPECT_TRUE(zeroes.SameColors(locked, 0, 0, 9, nullptr));
-        EXPECT_FALSE(locked.SameColors(others, 0, 0, 9, nullptr));
+        EXPECT_TRUE(locked.same_colors(zeroes, 0, 0, 9, nullptr));
+        EXPECT_TRUE(zeroes.same_colors(locked, 0, 0, 9, nullptr));
+        EXPECT_FALSE(locked.same_colors(others, 0, 0, 9, nullptr));
     }
 }
 

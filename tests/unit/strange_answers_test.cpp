@@ -139,7 +139,7 @@ TEST_F(StrangeAnswers, APixelBufferThatIsNullLocksWithoutPixels) {
     EXPECT_EQ(locked.height(), 0);
     EXPECT_EQ(locked.depth(), 32);
     EXPECT_EQ(locked.rowBytes(), 0);
-    EXPECT_EQ(locked.RowStart(0), nullptr);
+    EXPECT_EQ(locked.row_start(0), nullptr);
     EXPECT_EQ(locked.GetPixel(0L, 0L, nullptr), 0u);
 }
 
@@ -152,7 +152,7 @@ TEST_F(StrangeAnswers, APixelBufferWithoutRowsReadsZeroAndTakesNoWrites) {
     EXPECT_EQ(locked.width(), 4);
     locked.SetPixel(1L, 1L, 0x123456, nullptr);
     EXPECT_EQ(locked.GetPixel(1L, 1L, nullptr), 0u);
-    EXPECT_EQ(locked.WordsAt(1, 1), nullptr);
+    EXPECT_EQ(locked.words_at(1, 1), nullptr);
 }
 
 TEST_F(StrangeAnswers, APixelBufferThatLacksARowIsBlackThere) {

@@ -13,17 +13,17 @@
 namespace {
 
 // In this operation alone, the last row and column of a region are left out.
-bool same_colors(const TRV_Picture& a, const TRV_Picture& b, const Region& region) {
+bool regions_agree(const TRV_Picture& a, const TRV_Picture& b, const Region& region) {
     if (region.empty()) return true;
     bool same = true;
     for (std::int32_t row = region.top; same && row < region.bottom; ++row)
         for_each_chunk(region.left, region.right - 1, [&](std::int32_t column, std::size_t count) {
-            same = same && a.SameColors(b, row, column, count, "PrivCompare_NonVector");
+            same = same && a.same_colors(b, row, column, count, "PrivCompare_NonVector");
         });
     return same;
 }
 
-bool Disagree(ErrorCode code) {
+bool disagree(ErrorCode code) {
     SetError(code);
     return false;
 }
@@ -47,15 +47,15 @@ struct MapDifference {
 
 bool PrivCompare_NonVector(REALpictureStruct* p, REALpictureStruct* compare, REALobjectStruct* rect) {
     ClearError();
-    if (!compare) return Disagree(ErrorCode::compare_nil);  // if both are nil, this code is the one that stays
-    if (!p) return Disagree(ErrorCode::source_nil);
+    if (!compare) return disagree(ErrorCode::compare_nil);  // if both are nil, this code is the one that stays
+    if (!p) return disagree(ErrorCode::source_nil);
     if (p == compare) return true;
     TRV_Picture a(p, kAsImage);
-    if (!a.Lock()) return Disagree(ErrorCode::source_lock);
+    if (!a.Lock()) return disagree(ErrorCode::source_lock);
     const Region region = SelectRegion(a, rect);
     TRV_Picture b(compare, kAsImage);
-    if (!b.Lock()) return Disagree(ErrorCode::compare_lock);
-    return same_size(a, b) && a.depth() == b.depth() && same_colors(a, b, region);
+    if (!b.Lock()) return disagree(ErrorCode::compare_lock);
+    return same_size(a, b) && a.depth() == b.depth() && regions_agree(a, b, region);
 }
 
 bool TRV_Compare(REALpictureStruct* p, REALpictureStruct* compare, REALobjectStruct* rect) {

@@ -23,8 +23,8 @@ WeightedMean mean_of(REALobjectStruct* convolution) {
 
 void read_run(const TRV_Picture& source, std::int32_t row, std::int32_t column, SplitRun run, std::size_t count,
               const char* caller) {
-    if (const std::uint8_t* const words = source.WordsAt(row, column)) return run.split(words, count);
-    source.GetPixels(row, column, {run.red_blue, count}, caller);
+    if (const std::uint8_t* const words = source.words_at(row, column)) return run.split(words, count);
+    source.get_pixels(row, column, {run.red_blue, count}, caller);
     run.split(count);
 }
 
@@ -104,19 +104,19 @@ static_assert(sizeof(RunWindow) <= kMostStackBytes);
 
 void write_means(const WeightedMean& mean, const Taps& taps, TRV_Picture& destination, std::int32_t row,
                  std::int32_t column, std::size_t count, const char* caller) {
-    std::uint8_t* const words = destination.WordsAt(row, column);
+    std::uint8_t* const words = destination.words_at(row, column);
     const bool streams = destination.store_mode() == StoreMode::streamed;
     if (words && streams && pixels_before_cache_line(words, count) == 0) return mean.stream(taps, words, count);
     alignas(kCacheLine) Chunk means;
     mean(taps, means.data(), count);
-    destination.SetPixels(row, column, {means.data(), count}, caller);
+    destination.set_pixels(row, column, {means.data(), count}, caller);
 }
 
 // Reads a part of a picture in the order of memory, which is fast, and so brings it into the second-level cache for a
 // walk down its columns.
 void bring_near(const TRV_Picture& source, const Region& part) {
     for (std::int32_t row = part.top; row <= part.bottom; ++row) {
-        const volatile std::uint8_t* const words = source.WordsAt(row, 0);
+        const volatile std::uint8_t* const words = source.words_at(row, 0);
         if (!words) return;
         for (std::int32_t column = part.left; column <= part.right;
              column += static_cast<std::int32_t>(kCacheLinePixels))

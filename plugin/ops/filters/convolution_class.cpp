@@ -59,7 +59,7 @@ void TRV_Convolution_MessageBox(REALobjectStruct* self) {
                                 coefficient);
         separator = ",";
     }
-    ShowMessage(text.data());
+    show_message(text.data());
 }
 
 const REALpropertyDefinition kProperties[] = {

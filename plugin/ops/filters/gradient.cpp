@@ -26,7 +26,7 @@ void fill_section(TRV_Picture& result, std::int32_t first, std::int32_t last, in
     for (std::int32_t row = first; row <= last; ++row) {
         colors.fill(color_at(row - first, last - first, static_cast<PixelColor>(from), static_cast<PixelColor>(to)));
         for_each_chunk(0, result.width() - 1, [&](std::int32_t column, std::size_t count) {
-            result.SetPixels(row, column, {colors.data(), count}, "PrivMakeGradient");
+            result.set_pixels(row, column, {colors.data(), count}, "PrivMakeGradient");
         });
     }
 }

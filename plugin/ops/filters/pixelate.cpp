@@ -89,10 +89,10 @@ static_assert(std::uint64_t{kLongRunPixels} * ColumnSums::kMostRows * 255 <= 0xF
 // Reads the source's colours as the result would hold them. At another depth they are not the same.
 void read_as_stored(const TRV_Picture& source, TRV_Picture& result, std::int32_t row, std::int32_t column,
                     std::span<PixelColor> colors) {
-    source.GetPixels(row, column, colors, kCaller);
+    source.get_pixels(row, column, colors, kCaller);
     if (source.depth() == result.depth()) return;
-    result.SetPixels(row, column, colors, kCaller);
-    result.GetPixels(row, column, colors, kCaller);
+    result.set_pixels(row, column, colors, kCaller);
+    result.get_pixels(row, column, colors, kCaller);
 }
 
 void add_row(const TRV_Picture& source, TRV_Picture& result, std::int32_t row, std::int32_t left, std::int32_t right,
@@ -108,7 +108,7 @@ void add_row(const TRV_Picture& source, TRV_Picture& result, std::int32_t row, s
 void add_rows(const TRV_Picture& source, TRV_Picture& result, const Region& area, ColumnSums& sums) {
     std::int32_t row = area.top;
     for (; result.depth() == 32 && row + kRowsAtOnce - 1 <= area.bottom; row += kRowsAtOnce) {
-        const auto words = [&](std::int32_t k) { return source.WordsAt(row + k, area.left); };
+        const auto words = [&](std::int32_t k) { return source.words_at(row + k, area.left); };
         if (!words(0) || !words(1) || !words(2) || !words(3)) break;
         add_four_rows(words(0), words(1), words(2), words(3), sums.red_blue.data(), sums.green.data(),
                       static_cast<std::size_t>(area.right - area.left + 1));
@@ -134,7 +134,7 @@ void fill_blocks(TRV_Picture& result, const Region& area, std::int32_t pixelatio
         for_each_block(run.size(), pixelation, [&](std::size_t block, std::size_t first, std::size_t end) {
             std::fill(run.data() + first, run.data() + end, blocks[block].mean_color());
         });
-        for (std::int32_t row = area.top; row <= area.bottom; ++row) result.SetPixels(row, left, run, kCaller);
+        for (std::int32_t row = area.top; row <= area.bottom; ++row) result.set_pixels(row, left, run, kCaller);
     });
 }
 

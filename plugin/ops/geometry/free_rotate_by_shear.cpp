@@ -65,8 +65,8 @@ public:
             mask_.SetNewPicture(size.width, size.height, source.mask_.depth(), kTemporary);
     }
 
-    bool Lock() { return image_.Lock() && mask_.Lock(); }
-    void Release() {
+    bool lock() { return image_.Lock() && mask_.Lock(); }
+    void release() {
         image_.Release();
         mask_.Release();
     }
@@ -95,8 +95,8 @@ public:
         : image_(size.width, size.height, result_depth(source.image_), purpose == Purpose::result),
           frame_color_(source.frame_color_) {}
 
-    bool Lock() { return image_.Lock(); }
-    void Release() { image_.Release(); }
+    bool lock() { return image_.Lock(); }
+    void release() { image_.Release(); }
     const TRV_Picture& image() const { return image_; }
 
     void turn_into(FramedStage& next, QuarterTurn& kernel, int yield) const { kernel(image_, next.image_, yield); }
@@ -115,29 +115,29 @@ private:
 // Does the quarter turns, then a shear of the rows, one of the columns and one of the rows again.
 template <class Stage>
 REALpictureStruct* rotate(Stage source, double rotation, int yield) {
-    if (!source.Lock() || std::isnan(rotation)) return nullptr;
+    if (!source.lock() || std::isnan(rotation)) return nullptr;
     const SplitRotation split(rotation);
 
     const Size turned = turned_size(source.image(), split.quarter_turns);
     Stage one(source, turned, Purpose::intermediate);
-    if (!one.Lock()) return nullptr;
+    if (!one.lock()) return nullptr;
     source.turn_into(one, quarter_turn(split.quarter_turns), yield);
 
     const Size widened = {sheared_length(turned.width, turned.height, split.row_shear()), turned.height};
     Stage two(source, widened, Purpose::intermediate);
-    if (!two.Lock()) return nullptr;
+    if (!two.lock()) return nullptr;
     one.shear_rows_into(two, split.row_shear(), yield);
-    one.Release();
+    one.release();
 
     const Size heightened = {widened.width, sheared_length(widened.height, widened.width, split.column_shear())};
     Stage three(source, heightened, Purpose::intermediate);
-    if (!three.Lock()) return nullptr;
+    if (!three.lock()) return nullptr;
     two.shear_columns_into(three, split.column_shear(), yield);
-    two.Release();
+    two.release();
 
     HostReference<REALpictureStruct> made;
     Stage result(source, rotated_size(turned, split), Purpose::result);
-    if (!result.Lock()) return nullptr;
+    if (!result.lock()) return nullptr;
     made.reset(result.image().picture());  // held here, because the host may throw when it gets control
     three.shear_rows_into(result, split.row_shear(), yield);
     return made.release();

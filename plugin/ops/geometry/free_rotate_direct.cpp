@@ -182,7 +182,7 @@ public:
         const std::int32_t top = std::max(box.top, 0), bottom = std::min(box.bottom, source_.height());
         if (left >= right) return;
         for (std::int32_t row = top; row < bottom; ++row)
-            source_.Prefetch(row, left, static_cast<std::size_t>(right - left));
+            source_.prefetch(row, left, static_cast<std::size_t>(right - left));
     }
     void load(const Box& box) {
         std::array<PixelColor, kWindow> colors{};
@@ -202,7 +202,7 @@ private:
         const std::int32_t first = in_source ? std::clamp(-left, 0, width) : width;
         const std::int32_t end = std::clamp(source_.width() - left, first, width);
         std::fill(colors.begin(), colors.begin() + first, frame_);
-        if (first < end) source_.GetPixels(row, left + first, colors.subspan(first, end - first), caller_);
+        if (first < end) source_.get_pixels(row, left + first, colors.subspan(first, end - first), caller_);
         std::fill(colors.begin() + end, colors.end(), frame_);
     }
 
@@ -235,7 +235,7 @@ public:
                 for (std::int32_t i = 0; i < rows; ++i) std::fill_n(band_[i].begin(), columns, frame_);
                 draw_tiles(rows, column, static_cast<std::int32_t>(columns));
                 for (std::int32_t i = 0; i < rows; ++i)
-                    result_.SetPixels(row + i, column, {band_[i].data(), columns}, caller_);
+                    result_.set_pixels(row + i, column, {band_[i].data(), columns}, caller_);
             });
         }
     }

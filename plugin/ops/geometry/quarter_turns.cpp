@@ -40,14 +40,14 @@ void mirror(const Mirroring& how, const TRV_Picture& source, TRV_Picture& result
 // bit is always 0.
 void read_first_pixel(const TRV_Picture& source, long row, long column, std::span<PixelColor> colors,
                       const char* caller) {
-    if (source.bitsPerPixel() == 0) return source.GetPixels(row, column, colors, caller);
-    source.GetPixelBits(row, 0, colors.first(1), caller);
+    if (source.bitsPerPixel() == 0) return source.get_pixels(row, column, colors, caller);
+    source.get_pixel_bits(row, 0, colors.first(1), caller);
     std::ranges::fill(colors, colors.front());
 }
 
 void read_whole_pixels(const TRV_Picture& source, long row, long column, std::span<PixelColor> colors,
                        const char* caller) {
-    source.GetPixels(row, column, colors, caller);
+    source.get_pixels(row, column, colors, caller);
 }
 
 // A quarter turn. Result pixel (x, y) is source pixel (y, x), each coordinate counted from the far end if it is
@@ -131,7 +131,7 @@ public:
             const PieceEnd end = column + columns == width ? PieceEnd::at_row_end : PieceEnd::inside_row;
             if (end == PieceEnd::inside_row) find_rows(band, column + columns, width);
             for (std::int32_t y = 0; y < band.count; ++y) {
-                std::uint8_t* const to = band.result.WordsAt(band.result_row(y), column);
+                std::uint8_t* const to = band.result.words_at(band.result_row(y), column);
                 const auto count = static_cast<std::size_t>(columns);
                 writers_[y].write(pieces_[y], count, to, band.result.store_mode(), end);
             }
@@ -146,7 +146,7 @@ private:
     // one is repeated; what comes of it is not written.
     void find_rows(const Band& band, std::int32_t column, std::int32_t width) {
         for (std::int32_t x = 0; x < kColumns; ++x) {
-            from_[x] = band.source.WordsAt(band.source_row(std::min(column + x, width - 1)), band.source_column());
+            from_[x] = band.source.words_at(band.source_row(std::min(column + x, width - 1)), band.source_column());
             __builtin_prefetch(from_[x]);
             __builtin_prefetch(from_[x] + (band.count - 1) * kWord);
         }

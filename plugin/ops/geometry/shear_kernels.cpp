@@ -27,11 +27,11 @@ struct Layer {
     void read(std::int32_t row, std::int32_t column, std::span<PixelColor> colors) const {
         const std::int32_t wanted = static_cast<std::int32_t>(colors.size());
         const std::int32_t have = row < source.height() ? std::clamp(source.width() - column, 0, wanted) : 0;
-        if (have) source.GetPixels(row, column, colors.first(have), caller);
+        if (have) source.get_pixels(row, column, colors.first(have), caller);
         std::ranges::fill(colors.subspan(have), edges.fill());
     }
     void prefetch(std::int32_t row, std::int32_t column, std::size_t count) const {
-        if (row < source.height()) source.Prefetch(row, column, count);
+        if (row < source.height()) source.prefetch(row, column, count);
     }
 };
 
@@ -62,7 +62,7 @@ void shear_row(const ShearPlan& plan, const Layer<Edges>& layer, std::int32_t ro
                 layer.read(source_row, index, into);
                 return into.data();
             });
-            layer.result.SetPixels(row, column, out, layer.caller);
+            layer.result.set_pixels(row, column, out, layer.caller);
         });
     };
     const Range inner = inner_places(line, layer, source_row);
@@ -197,7 +197,7 @@ private:
         const bool covered =
             end <= layer.source.height() && std::cmp_less_equal(column + content, layer.source.width());
         if (covered && rows_are_words(layer.source, first, end)) {
-            const auto from = [&](std::size_t y) { return layer.source.WordsAt(row(y), column); };
+            const auto from = [&](std::size_t y) { return layer.source.words_at(row(y), column); };
             transpose<Coding::exchanged>(rows, content, from, to);
         } else {
             for (std::size_t y = 0; y < rows; ++y) layer.read(row(y), column, std::span(rows_[y].data(), content));
@@ -219,11 +219,11 @@ private:
             const bool last = column + piece.block.count == result.width();
             const PieceEnd end = last ? PieceEnd::at_row_end : PieceEnd::inside_row;
             for (std::size_t y = 0; y < rows; ++y)
-                writers[y].write(out_[y], pixels, result.WordsAt(row(y), column), result.store_mode(), end);
+                writers[y].write(out_[y], pixels, result.words_at(row(y), column), result.store_mode(), end);
         } else {
             transpose<Coding::kept>(pixels, rows, from, to);
             for (std::size_t y = 0; y < rows; ++y)
-                result.SetPixels(row(y), column, {out_[y].words, pixels}, layer.caller);
+                result.set_pixels(row(y), column, {out_[y].words, pixels}, layer.caller);
         }
     }
 

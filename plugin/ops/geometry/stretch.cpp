@@ -17,8 +17,8 @@ constexpr std::int32_t kMaskDepth = 32;  // the depth of a mask's intermediate p
 void read_run(const TRV_Picture& source, std::int32_t row, std::int32_t column, std::span<PixelColor> colors,
               const char* caller) {
     const std::int32_t bits = source.bitsPerPixel();
-    const std::uint8_t* const start = source.RowStart(row);
-    if (bits == 0 || !start) return source.GetPixels(row, column, colors, caller);
+    const std::uint8_t* const start = source.row_start(row);
+    if (bits == 0 || !start) return source.get_pixels(row, column, colors, caller);
     for (PixelColor& color : colors) {
         const auto byte = std::int64_t{column++} * bits / 8;
         color = static_cast<PixelColor>(source.GetPixel(start + byte, 0, source.depth(), caller));
@@ -41,7 +41,7 @@ constexpr const char* kColumnsCaller = "Priv_StetchVertical";
 void prefetch_run(const TRV_Picture& source, std::int32_t row, std::int32_t column, std::size_t count) {
     constexpr std::int32_t kRowsAhead = 4;
     if (std::cmp_equal(count, source.width())) return;
-    if (row + kRowsAhead < source.height()) source.Prefetch(row + kRowsAhead, column, count);
+    if (row + kRowsAhead < source.height()) source.prefetch(row + kRowsAhead, column, count);
 }
 
 void average_row(RowAverage& across, const TRV_Picture& source, std::int32_t row, PixelColor* out) {
@@ -57,7 +57,7 @@ using WriteRun = void(TRV_Picture& destination, std::int32_t row, std::int32_t c
 
 void write_colors(TRV_Picture& destination, std::int32_t row, std::int32_t column, std::span<const PixelColor> colors,
                   const char* caller) {
-    destination.SetPixelBits(row, column, colors, caller);
+    destination.set_pixel_bits(row, column, colors, caller);
 }
 
 // Below a byte a pixel, bit 0 is written of every pixel's byte, as read_run reads.
@@ -66,8 +66,8 @@ void write_red_as_grey(TRV_Picture& destination, std::int32_t row, std::int32_t 
     RunColors levels;
     std::ranges::transform(colors, levels.begin(), [](PixelColor color) { return grey(red_of(color)); });
     const std::int32_t bits = destination.bitsPerPixel();
-    std::uint8_t* const start = destination.RowStart(row);
-    if (bits == 0 || !start) return destination.SetPixels(row, column, {levels.data(), colors.size()}, caller);
+    std::uint8_t* const start = destination.row_start(row);
+    if (bits == 0 || !start) return destination.set_pixels(row, column, {levels.data(), colors.size()}, caller);
     for (std::size_t x = 0; x < colors.size(); ++x) {
         const auto byte = (std::int64_t{column} + static_cast<std::int64_t>(x)) * bits / 8;
         destination.SetPixel(start + byte, 0, levels[x], destination.depth(), caller);
@@ -180,7 +180,7 @@ void Priv_StetchHorizontal(const TRV_Picture& source, TRV_Picture& destination, 
         for (std::int32_t row = 0; row < height; ++row) {
             if (column == 0) budget.before_row(destination.width());
             average_row(across, source, row, line.data());
-            destination.SetPixelBits(row, column, {line.data(), count}, kRowsCaller);
+            destination.set_pixel_bits(row, column, {line.data(), count}, kRowsCaller);
         }
     });
 }

@@ -53,12 +53,12 @@ void PrivMakeMemoryBlock(const TRV_Picture& source, const Region& region, std::u
     const StoreMode mode = store_mode_for(static_cast<std::int64_t>(width * size) * (region.bottom - region.top + 1));
     Chunk colors;
     for (std::int32_t row = region.top; row <= region.bottom; ++row, bytes += width * size) {
-        if (const std::uint8_t* const words = source.WordsAt(row, region.left)) {
+        if (const std::uint8_t* const words = source.words_at(row, region.left)) {
             map_xrgb32_run(bytes, mode, width, AsElement{}, words);
             continue;
         }
         for_each_chunk(region.left, region.right, [&](std::int32_t column, std::size_t count) {
-            source.GetPixels(row, column, {colors.data(), count}, "TRV_MakeMemoryBlock");
+            source.get_pixels(row, column, {colors.data(), count}, "TRV_MakeMemoryBlock");
             store_row(colors.data(), bytes + static_cast<std::size_t>(column - region.left) * size, count);
         });
     }

@@ -125,10 +125,10 @@ void PrivWriteColorPlane(const TRV_Picture& source, std::uint8_t* plane, std::in
     const StoreMode mode = store_mode_for(std::int64_t{width} * height * Rgb24::kBytes);
     Chunk colors;
     for_each_common_row(source, width, height, [&](const PlaneRun& row) {
-        if (const std::uint8_t* const words = source.WordsAt(row.row, 0))
+        if (const std::uint8_t* const words = source.words_at(row.row, 0))
             return pack_words(words, plane + row.color_offset(), row.count, mode);
         for_each_chunk_of(row, [&](const PlaneRun& run) {
-            source.GetPixels(run.row, run.column, {colors.data(), run.count}, kWriter);
+            source.get_pixels(run.row, run.column, {colors.data(), run.count}, kWriter);
             encode_row(PixelFormat::rgb24, colors.data(), plane + run.color_offset(), run.count);
         });
     });
@@ -139,11 +139,11 @@ void PrivReadColorPlane(const std::uint8_t* plane, std::int32_t width, std::int3
     static constexpr IndexColors kNoIndexColors{};
     Chunk colors;
     for_each_common_row(result, width, height, [&](const PlaneRun& row) {
-        if (std::uint8_t* const words = result.WordsAt(row.row, 0))
+        if (std::uint8_t* const words = result.words_at(row.row, 0))
             return unpack_words(plane + row.color_offset(), words, row.count, result.store_mode());
         for_each_chunk_of(row, [&](const PlaneRun& run) {
             decode_row(PixelFormat::rgb24, plane + run.color_offset(), colors.data(), run.count, kNoIndexColors);
-            result.SetPixels(run.row, run.column, {colors.data(), run.count}, kReader);
+            result.set_pixels(run.row, run.column, {colors.data(), run.count}, kReader);
         });
     });
 }
@@ -151,7 +151,7 @@ void PrivReadColorPlane(const std::uint8_t* plane, std::int32_t width, std::int3
 void PrivWriteMaskPlane(const TRV_Picture& mask, std::uint8_t* plane, std::int32_t width, std::int32_t height) {
     Chunk colors;
     for_each_common_chunk(mask, width, height, [&](const PlaneRun& run) {
-        mask.GetPixels(run.row, run.column, {colors.data(), run.count}, kWriter);
+        mask.get_pixels(run.row, run.column, {colors.data(), run.count}, kWriter);
         red_row(colors.data(), plane + run.first, run.count);
     });
 }
@@ -160,7 +160,7 @@ void PrivReadMaskPlane(const std::uint8_t* plane, std::int32_t width, std::int32
     Chunk colors;
     for_each_common_chunk(mask, width, height, [&](const PlaneRun& run) {
         grey_row(plane + run.first, colors.data(), run.count);
-        mask.SetPixels(run.row, run.column, {colors.data(), run.count}, kReader);
+        mask.set_pixels(run.row, run.column, {colors.data(), run.count}, kReader);
     });
 }
 
