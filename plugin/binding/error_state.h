@@ -1,16 +1,16 @@
 #pragma once
 
-// The code of the last error, and the texts for people. No operation raises anything: it leaves a code here.
+// The code of the last failure, and a message for each code. Operations throw nothing: they leave a code here.
 
 #include <cstddef>
 #include <cstdint>
 
 #include "real_interface.h"
 
-// The text of a number that has none of its own.
+// The message of a number that has none of its own.
 inline constexpr const char* kUnknownError = "Unknown Error";
 
-// Every error: its code, its name here and its text for people. The codes are what programs see: never renumbered.
+// Every error: its code, its name here and its message. Programs see the codes, so they are never renumbered.
 #define TRV_ERRORS(X)                                                                              \
     X(0, none, "General Error: No Error")                                                          \
     X(2, source_nil, "General Error: \"source\" parameter is nil")                                 \
@@ -69,20 +69,20 @@ enum class ErrorCode : std::int32_t {
 #undef TRV_ERROR_CODE
 };
 
-// The code of the most recent operation, one for the process.
+// The code that the most recent operation left. There is one for the whole process.
 extern std::int32_t gTRV_Error;
 
-// Each operation that reports errors begins with this.
+// Each operation that reports errors begins with ClearError.
 inline void ClearError() { gTRV_Error = 0; }
 inline void SetError(ErrorCode code) { gTRV_Error = static_cast<std::int32_t>(code); }
 
-// `return Fail(code);` leaves the code and gives nil.
+// `return Fail(code);` sets the code and returns nil.
 inline std::nullptr_t Fail(ErrorCode code) {
     SetError(code);
     return nullptr;
 }
 
-// The text for a code; kUnknownError for any other number.
+// Returns the message of a code, kUnknownError for any other number.
 const char* error_message(std::int32_t code);
 
 // "TRV_GetLastError() as integer"

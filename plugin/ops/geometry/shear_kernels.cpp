@@ -15,7 +15,7 @@ namespace {
 
 constexpr int kMaskDiffers = 10;
 
-// One picture that is sheared into another.
+// An image or a mask that is sheared into another.
 template <class Edges>
 struct Layer {
     const TRV_Picture& source;
@@ -23,7 +23,7 @@ struct Layer {
     Edges edges;
     const char* caller;
 
-    // A run of the source. Where it reaches beyond (a mask may be smaller than its image) there is what surrounds it.
+    // Reads a run of the source. Beyond the source, which as a mask may be smaller than its image, it reads the fill.
     void read(std::int32_t row, std::int32_t column, std::span<PixelColor> colors) const {
         const std::int32_t wanted = static_cast<std::int32_t>(colors.size());
         const std::int32_t have = row < source.height() ? std::clamp(source.width() - column, 0, wanted) : 0;
@@ -41,7 +41,7 @@ struct Range {
 
 // --- rows ------------------------------------------------------------------------------------------------------------
 
-// The places of a row that blend two pixels of the layer's own, and no edge.
+// Returns the places of a row that blend two pixels of the layer's source, and no edge.
 template <class Edges>
 Range inner_places(const ShearedLine& line, const Layer<Edges>& layer, std::int32_t source_row) {
     const std::int64_t end = std::min(line.shift + layer.source.width(), std::int64_t{line.end});
@@ -76,7 +76,7 @@ void shear_row(const ShearPlan& plan, const Layer<Edges>& layer, std::int32_t ro
     draw(inner.end, layer.result.width());
 }
 
-// `shear(layer)` for the layers, one or two.
+// Shears the rows of all layers.
 template <class... Edges>
 void shear_rows(const TRV_Picture& source, const TRV_Picture& result, double shear, int yield,
                 const Layer<Edges>&... layers) {
@@ -90,19 +90,20 @@ void shear_rows(const TRV_Picture& source, const TRV_Picture& result, double she
 
 // --- columns ---------------------------------------------------------------------------------------------------------
 
-// Columns are sheared side by side as rows of a small block: a result's piece, and the piece of the source that goes
-// into it.
+// Columns are sheared in tiles: some columns of the source become rows in memory, these are sheared side by side, and
+// what comes of it is turned back into columns of the result.
 constexpr std::int32_t kColumns = 64;
 constexpr std::int32_t kRows = 128;
 constexpr std::int32_t kBandRows = 4 * kRows;
-// Neighbouring columns are at most a pixel apart; one more pixel is blended in, and one may be begun.
+// The most rows of the source that a tile needs: neighbouring columns are shifted by at most a pixel against each
+// other, one more pixel is blended in, and one more may be begun.
 constexpr std::int32_t kSourceRows = kRows + kColumns + 2;
 
-// The columns of a block.
+// Some neighbouring columns of the result, and the columns of the source that they show.
 struct ColumnBlock {
-    std::int32_t column, count;               // of the result
-    std::int32_t first_content, end_content;  // those with content, counted from `column`
-    std::int32_t source_column;               // of the first one with content
+    std::int32_t column, count;               // in the result
+    std::int32_t first_content, end_content;  // the columns with content, counted from `column`
+    std::int32_t source_column;               // the source's column that the first of them shows
     std::array<ShearedLine, kColumns> lines;
 
     ColumnBlock(const ShearPlan& plan, std::int32_t first, std::int32_t columns)
@@ -116,7 +117,7 @@ struct ColumnBlock {
     std::size_t content() const { return static_cast<std::size_t>(end_content - first_content); }
 };
 
-// The source rows that the block needs for `count` result rows.
+// Returns the rows of the source that the block needs for `count` rows of the result.
 Range source_rows(const ColumnBlock& block, std::int32_t row, std::int32_t count, std::int32_t source_height) {
     std::int64_t first = source_height, end = 0;
     for (std::int32_t i = block.first_content; i < block.end_content; ++i) {
@@ -137,60 +138,59 @@ public:
         const auto block_at = [&](std::int32_t column) {
             return ColumnBlock(plan_, column, std::clamp(layer.result.width() - column, 0, kColumns));
         };
-        const auto piece_at = [&](const ColumnBlock& block, std::int32_t row) {
+        const auto tile_at = [&](const ColumnBlock& block, std::int32_t row) {
             const std::int32_t count = std::min(kRows, band.end - row);
-            return Piece{block, row, count, source_rows(block, row, count, plan_.source_length())};
+            return Tile{block, row, count, source_rows(block, row, count, plan_.source_length())};
         };
         for (ColumnBlock block = block_at(0); block.count > 0;) {
             const ColumnBlock next = block_at(block.column + block.count);
             for (std::int32_t row = band.first; row < band.end; row += kRows) {
-                const Piece piece = piece_at(block, row);
+                const Tile tile = tile_at(block, row);
                 if (row + kRows < band.end)
-                    draw(layer, piece, piece_at(block, row + kRows), piece.window.end, &writers_[row - band.first]);
+                    draw(layer, tile, tile_at(block, row + kRows), tile.window.end, &writers_[row - band.first]);
                 else
-                    draw(layer, piece, piece_at(next, band.first), 0, &writers_[row - band.first]);
+                    draw(layer, tile, tile_at(next, band.first), 0, &writers_[row - band.first]);
             }
             block = next;
         }
     }
 
 private:
-    // What is drawn at once: rows of a block, and the source rows that they need.
-    struct Piece {
+    // What is drawn at once: some rows of a block, and the rows of the source that they need.
+    struct Tile {
         const ColumnBlock& block;
         std::int32_t row, count;
         Range window;
     };
 
-    // The next piece's source rows from `fetched` on are asked for meanwhile: all at once would be more than processors
-    // keep in mind.
+    // Draws a tile, and meanwhile asks for the next one's rows of the source from `fetched` on, a few at a time: of all
+    // at once, processors would forget some.
     template <class Edges>
-    void draw(const Layer<Edges>& layer, const Piece& piece, const Piece& next, std::int32_t fetched,
+    void draw(const Layer<Edges>& layer, const Tile& tile, const Tile& next, std::int32_t fetched,
               PieceWriter* writers) {
         constexpr std::int32_t kFetchedAtOnce = 4;
         static_assert(kFetchedAtOnce * kColumns >= kSourceRows);
-        const ColumnBlock& block = piece.block;
-        read_columns(layer, piece);
+        const ColumnBlock& block = tile.block;
+        read_columns(layer, tile);
         std::int32_t fetch = std::max(fetched, next.window.first);
         for (std::int32_t i = 0; i < block.count; ++i) {
             for (const std::int32_t end = std::min(fetch + kFetchedAtOnce, next.window.end); fetch < end; ++fetch)
                 layer.prefetch(fetch, next.block.source_column, next.block.content());
             const PixelColor* const line = columns_[std::max(i - block.first_content, 0)].data();
-            const std::span out(drawn_[i].data(), static_cast<std::size_t>(piece.count));
-            draw_segment(block.lines[i], layer.edges, piece.row, out, [&](std::int32_t index, std::span<PixelColor>) {
-                return line + (index - piece.window.first);
-            });
+            const std::span out(drawn_[i].data(), static_cast<std::size_t>(tile.count));
+            draw_segment(block.lines[i], layer.edges, tile.row, out,
+                         [&](std::int32_t index, std::span<PixelColor>) { return line + (index - tile.window.first); });
         }
-        write_rows(layer, piece, writers);
+        write_rows(layer, tile, writers);
     }
 
-    // The block's columns of the source, as far as they have content.
+    // Reads the tile's part of the source into `columns_`, as far as the block has content.
     template <class Edges>
-    void read_columns(const Layer<Edges>& layer, const Piece& piece) {
-        const std::int32_t first = piece.window.first, end = piece.window.end;
+    void read_columns(const Layer<Edges>& layer, const Tile& tile) {
+        const std::int32_t first = tile.window.first, end = tile.window.end;
         if (first >= end) return;
-        const std::int32_t column = piece.block.source_column;
-        const std::size_t content = piece.block.content();
+        const std::int32_t column = tile.block.source_column;
+        const std::size_t content = tile.block.content();
         const auto rows = static_cast<std::size_t>(end - first);
         const auto row = [&](std::size_t y) { return first + static_cast<std::int32_t>(y); };
         const auto to = [this](std::size_t x) { return bytes_of(columns_[x].data()); };
@@ -207,16 +207,16 @@ private:
     }
 
     template <class Edges>
-    void write_rows(const Layer<Edges>& layer, const Piece& piece, PieceWriter* writers) {
-        const auto pixels = static_cast<std::size_t>(piece.block.count), rows = static_cast<std::size_t>(piece.count);
-        const std::int32_t column = piece.block.column;
+    void write_rows(const Layer<Edges>& layer, const Tile& tile, PieceWriter* writers) {
+        const auto pixels = static_cast<std::size_t>(tile.block.count), rows = static_cast<std::size_t>(tile.count);
+        const std::int32_t column = tile.block.column;
         const auto from = [this](std::size_t x) { return bytes_of(drawn_[x].data()); };
         const auto to = [this](std::size_t y) { return out_[y].bytes(); };
         TRV_Picture& result = layer.result;
-        const auto row = [&](std::size_t y) { return piece.row + static_cast<std::int32_t>(y); };
-        if (rows_are_words(result, piece.row, piece.row + piece.count)) {
+        const auto row = [&](std::size_t y) { return tile.row + static_cast<std::int32_t>(y); };
+        if (rows_are_words(result, tile.row, tile.row + tile.count)) {
             transpose<Coding::exchanged>(pixels, rows, from, to);
-            const bool last = column + piece.block.count == result.width();
+            const bool last = column + tile.block.count == result.width();
             const PieceEnd end = last ? PieceEnd::at_row_end : PieceEnd::inside_row;
             for (std::size_t y = 0; y < rows; ++y)
                 writers[y].write(out_[y], pixels, result.words_at(row(y), column), result.store_mode(), end);
@@ -241,7 +241,8 @@ private:
 // This is on the stack, about 205 KiB.
 static_assert(sizeof(ColumnShear) <= kMostStackBytes);
 
-// Each band is drawn when the host has had control for its share of the columns.
+// Shears the columns of all layers, in bands of the result. Before a band, the host gets control as often as it would
+// for the band's share of the columns.
 template <class... Edges>
 void shear_columns(const TRV_Picture& source, const TRV_Picture& result, double shear, int yield,
                    const Layer<Edges>&... layers) {

@@ -5,13 +5,13 @@
 
 #include "picture.h"
 
-// With masks: uncovered places are mid grey and transparent. 10, and nothing drawn, when the result and its mask differ
-// in size, else 0. Source pixels that lie beyond their mask are taken for transparent.
+// With masks, uncovered places are mid grey and transparent, and source pixels beyond their mask count as transparent.
+// If the result and its mask differ in size, these draw nothing and return 10, else 0.
 int Priv_ShearHorizontal(const TRV_Picture& source, TRV_Picture& result, const TRV_Picture& source_mask,
                          TRV_Picture& result_mask, double shear, int yield);
 int Priv_ShearVertical(const TRV_Picture& source, TRV_Picture& result, const TRV_Picture& source_mask,
                        TRV_Picture& result_mask, double shear, int yield);
 
-// Without: uncovered places have the frame's colour.
+// Without masks, uncovered places have the frame's colour.
 void Priv_ShearHorizontal(const TRV_Picture& source, TRV_Picture& result, double shear, int frame_color, int yield);
 void Priv_ShearVertical(const TRV_Picture& source, TRV_Picture& result, double shear, int frame_color, int yield);

@@ -7,7 +7,7 @@
 namespace {
 
 constexpr int kFractionBits = 16;
-// How a length lies in the middle of another: empty places before it, or places of it cut off.
+// How a length lies in the middle of another: with empty places before it, or with some of its own cut off.
 struct Centering {
     std::int32_t before, cut;
 };
@@ -53,7 +53,7 @@ ShearedLine ShearPlan::line(std::int32_t line) const {
             .previous_weight = previous_weight};
 }
 
-// Divided by 65536 here, and by 65535 everywhere else: kept, programs have pictures made so.
+// The sum is divided by 65536 here and by 65535 everywhere else, because programs have pictures that were made so.
 PixelColor FrameEdges::trailing(PixelColor last, const ShearedLine& line) const {
     const std::uint32_t frame_weight = kWholeWeight - line.previous_weight;
     const auto mixed = [&](std::uint32_t pixel, std::uint32_t surrounding) {

@@ -1,7 +1,7 @@
 #pragma once
 
-// Where a shear puts the lines of a picture, and how one line is drawn. Lines are rows, or columns: nothing here knows.
-// Places along a line are in 16.16 fixed point.
+// Where a shear puts the lines of a picture, and how one line is drawn. Lines are rows or columns; this code is the
+// same for both. Places along a line are in fixed point, with 16 bits of fraction.
 
 #include <algorithm>
 #include <array>
@@ -13,26 +13,28 @@
 #include "row_clones.h"
 #include "rows.h"
 
-// A line of the result: the source line's pixel i lies between the places `shift + i` and `shift + i + 1`.
+// A line of the result. Pixel i of the source line lies across the places `shift + i` and `shift + i + 1`:
+//
+//     places    | shift | shift + 1 | shift + 2 | ...          previous_weight: the part of each pixel
+//     pixels        |     0     |     1     |     2     |      that is in the place behind its own
 struct ShearedLine {
     std::int32_t first = 0, end = 0;  // the result's places that blend two source pixels
     bool trails = false;              // the place `end` takes what the last source pixel leaves over
     std::int64_t shift = 0;
-    // In 65535ths, of the source pixel before a place's own.
-    std::uint32_t previous_weight = 0;
+    std::uint32_t previous_weight = 0;  // in 65535ths
 };
 
-// All lines of a result: those that show source lines are content, the others blank.
+// All lines of a result. Those that show source lines are content, the others are blank.
 class ShearPlan {
 public:
     struct Sides {
         std::int32_t lines;   // across the shear
         std::int32_t length;  // along it
     };
-    // The sheared source lies in the middle of the result, and is cropped where it is larger.
+    // The sheared source lies in the middle of the result and is cropped where it is larger.
     ShearPlan(Sides source, Sides result, double shear);
 
-    // Content lines of the result.
+    // The first line of the result that is content, and the end of those that are.
     std::int32_t first_line() const { return first_line_; }
     std::int32_t end_line() const { return end_line_; }
     bool is_content(std::int32_t line) const { return line >= first_line_ && line < end_line_; }
@@ -44,21 +46,21 @@ private:
     Sides source_, result_;
     std::int32_t first_line_, end_line_;
     std::int32_t first_source_line_;
-    std::int64_t step_;          // how much farther back each line begins
-    std::int64_t first_offset_;  // of the first content line
+    std::int64_t step_;          // each line begins this much before the one above it
+    std::int64_t first_offset_;  // where the first content line begins
 };
 
-// --- blends: of two neighbouring pixels, `previous` with a weight of so many 65535ths --------------------------------
+// --- blends of two neighbouring pixels -------------------------------------------------------------------------------
 
 constexpr std::uint32_t kWholeWeight = 65535;
 
-// In bytes, and their mean in 65535ths.
+// Returns the mean of two levels. `weight` is that of `previous`.
 TARVO_INLINED inline std::uint32_t mix(std::uint32_t previous, std::uint32_t current, std::uint32_t weight) {
     const std::uint32_t sum = previous * weight + current * (kWholeWeight - weight);
     return (sum + (sum >> 16) + 1) >> 16;  // the sum / 65535
 }
 
-// Every channel.
+// Blends every channel.
 struct BlendColors {
     std::uint32_t weight;
 
@@ -69,7 +71,7 @@ struct BlendColors {
     }
 };
 
-// The low byte as a grey level.
+// Blends the low bytes, and makes a grey of them.
 struct BlendLevels {
     std::uint32_t weight;
 
@@ -86,9 +88,9 @@ void blend_row(const PixelColor* pairs, PixelColor* out, std::size_t count, cons
     });
 }
 
-// --- edges: what surrounds a line, for the three kinds of pictures ---------------------------------------------------
+// --- edges: what surrounds a line, in each of the three kinds of pictures --------------------------------------------
 
-// An image whose uncovered places its mask hides.
+// An image whose mask hides uncovered places.
 struct MaskedImageEdges {
     using Blend = BlendColors;
     static constexpr bool kKeepsCutNeighbor = false;
@@ -98,7 +100,7 @@ struct MaskedImageEdges {
     PixelColor trailing(PixelColor last, const ShearedLine&) const { return last & 0xFFFFFF; }
 };
 
-// That mask: transparent all around.
+// The mask of such an image. It is transparent all around.
 struct MaskEdges {
     using Blend = BlendLevels;
     static constexpr bool kKeepsCutNeighbor = false;
@@ -110,8 +112,8 @@ struct MaskEdges {
     }
 };
 
-// An image in a frame of one colour. A source pixel just cut off at the result's edge still blends into the first
-// place.
+// An image in a frame of one colour. A source pixel that is just cut off at the result's edge still blends into the
+// first place.
 struct FrameEdges {
     using Blend = BlendColors;
     static constexpr bool kKeepsCutNeighbor = true;
@@ -123,8 +125,8 @@ struct FrameEdges {
     PixelColor trailing(PixelColor last, const ShearedLine& line) const;
 };
 
-// Draws the places from `from` on, at most a chunk of them. `read(index, colors)` gives the source line's pixels from
-// one on, in `colors` or wherever they lie already.
+// Draws the places from `from` on, at most a chunk of them. `read(index, colors)` returns the address of the source
+// line's pixels from `index` on. They lie there already, or it reads them into `colors`.
 template <class Edges, class Read>
 void draw_segment(const ShearedLine& line, const Edges& edges, std::int32_t from, std::span<PixelColor> out,
                   Read read) {
