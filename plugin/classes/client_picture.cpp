@@ -95,6 +95,23 @@ bool back_with_own_memory(Data& data, long width, long height, long depth, bool 
     return true;
 }
 
+// Copies the image in own memory, and its mask if it has one, into a new host picture. Returns false when one of them
+// cannot be locked.
+bool copy_image(const Data& data, TRV_Picture& made) {
+    constexpr const char* kCaller = "TRV_ClientPicture_operator_convert_to_picture 3";
+    TRV_Picture image(&data, kAsImage);
+    if (!image.Lock() || !made.Lock()) return false;
+    CopyRows(image, made, kCaller);
+    made.Unlock();
+    if (!data.hasMask || !data.maskPixels) return true;
+
+    TRV_Picture mask(&data, kAsMask);
+    TRV_Picture made_mask(made, kAsMask);
+    if (!mask.Lock() || !made_mask.Lock()) return false;
+    CopyMaskRows(mask, made_mask, kCaller);
+    return true;
+}
+
 }  // namespace
 
 Data* TRV_ClientPicture_GetData(REALobjectStruct* clientPicture) {
@@ -119,8 +136,6 @@ REALobjectStruct* TRV_ClientPicture_new(long width, long height, long depth, boo
     REALUnlockObject(refused);
     return nullptr;
 }
-
-namespace {
 
 void TRV_ClientPicture_Constructor(REALobjectStruct* self) {
     if (Data* const data = TRV_ClientPicture_GetData(self)) *data = {};
@@ -183,23 +198,6 @@ void TRV_ClientPicture_operator_convert_from_picture(REALobjectStruct* self, REA
     note_host_mask(*data);
 }
 
-// Copies the image in own memory, and its mask if it has one, into a new host picture. Returns false when one of them
-// cannot be locked.
-bool copy_image(const Data& data, TRV_Picture& made) {
-    constexpr const char* kCaller = "TRV_ClientPicture_operator_convert_to_picture 3";
-    TRV_Picture image(&data, kAsImage);
-    if (!image.Lock() || !made.Lock()) return false;
-    CopyRows(image, made, kCaller);
-    made.Unlock();
-    if (!data.hasMask || !data.maskPixels) return true;
-
-    TRV_Picture mask(&data, kAsMask);
-    TRV_Picture made_mask(made, kAsMask);
-    if (!mask.Lock() || !made_mask.Lock()) return false;
-    CopyMaskRows(mask, made_mask, kCaller);
-    return true;
-}
-
 REALpictureStruct* TRV_ClientPicture_operator_convert_to_picture(REALobjectStruct* self) {
     ClearError();
     const Data* const data = TRV_ClientPicture_GetData(self);
@@ -215,6 +213,8 @@ REALpictureStruct* TRV_ClientPicture_operator_convert_to_picture(REALobjectStruc
     picture.reset(made.picture());
     return copy_image(*data, made) ? picture.release() : nullptr;
 }
+
+namespace {
 
 #define CLIENT_PROPERTY(name, type, getter, parameter) \
     TRV_READ_ONLY_PROPERTY("ClientPicture", name, type, 0, getter, parameter)

@@ -53,6 +53,8 @@ Matrix scaled(const Matrix& matrix, double factor) {
     return result;
 }
 
+}  // namespace
+
 void TRV_ColorMatrix_Constructor(REALobjectStruct* self) {
     if (Matrix* const matrix = TRV_ColorMatrix_GetData(self)) *matrix = kIdentity;
 }
@@ -99,6 +101,8 @@ void TRV_ColorMatrix_MessageBox(REALobjectStruct* self) {
                   m[0][2], m[1][0], m[1][1], m[1][2], m[2][0], m[2][1], m[2][2]);
     show_message(text);
 }
+
+namespace {
 
 const REALmethodDefinition kMethods[] = {
     TRV_ASSIGNABLE_MEMBER(TRV_ColorMatrix_GetValue, TRV_ColorMatrix_SetValue,

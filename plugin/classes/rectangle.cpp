@@ -27,8 +27,6 @@ Rectangle* TRV_Rectangle_GetData(REALobjectStruct* rectangle) {
     return static_cast<Rectangle*>(REALGetClassData(rectangle, &TRV_Rectangle_Class));
 }
 
-namespace {
-
 void TRV_Rectangle_Constructor(REALobjectStruct* self) {
     if (Rectangle* const r = TRV_Rectangle_GetData(self)) *r = {};
 }
@@ -174,6 +172,8 @@ void TRV_Rectangle_MessageBox(REALobjectStruct* self) {
                   valid ? "valid" : "invalid");
     show_message(text);
 }
+
+namespace {
 
 #define RECTANGLE_PROPERTY(name, parameter) \
     TRV_PROPERTY("Rectangle", name, "integer", REALconsoleSafe, TRV_Rectangle_Getter, TRV_Rectangle_Setter, parameter)

@@ -40,6 +40,8 @@ void refuse(double version) {
     show_message(kQualification);
 }
 
+}  // namespace
+
 int PluginEntry() {
     ask_for_processor_features();
     const double version = REALGetRBVersion();
@@ -50,8 +52,6 @@ int PluginEntry() {
     register_everything();
     return 1;
 }
-
-}  // namespace
 
 int REALPluginMain(REALresolver callback) {
     try {

@@ -255,8 +255,6 @@ const REALmethodDefinition kGradientMethods[] = {
                "as color, yield as integer) as picture"),
 };
 
-int CurrentArchitecture() { return 0; }
-
 const REALmethodDefinition kArchitectureMethods[] = {
     TRV_METHOD(CurrentArchitecture, "CurrentArchitecture() as Integer"),
 };
@@ -305,5 +303,7 @@ void register_everything() {
     InstallScreenExtensions();
     InstallGradientMethods();
 }
+
+int CurrentArchitecture() { return 0; }
 
 void PluginEntryXX() { register_all(kArchitectureMethods); }

@@ -11,9 +11,10 @@ void InstallClientPictureExtensions();
 void InstallScreenExtensions();
 void InstallGradientMethods();
 
-// No host ever sees these: a second entry routine that nothing calls, a class extension and two methods that nothing
-// registers.
+// No host ever sees these: a second entry routine that nothing calls and its method, a class extension and two methods
+// that nothing registers.
 void PluginEntryXX();
+int CurrentArchitecture();
 extern REALclassDefinition TRV_Screen_Extension;
 extern const REALmethodDefinition TRV_CopyPicture_Method;
 extern const REALmethodDefinition TRV_MakeFolderItem_Method;

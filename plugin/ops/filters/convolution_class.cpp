@@ -18,8 +18,6 @@ Convolution* TRV_Convolution_GetData(REALobjectStruct* convolution) {
     return static_cast<Convolution*>(REALGetClassData(convolution, &TRV_Convolution_Class));
 }
 
-namespace {
-
 void TRV_Convolution_Constructor(REALobjectStruct* self) {
     if (Convolution* const c = TRV_Convolution_GetData(self)) *c = {};
 }
@@ -61,6 +59,8 @@ void TRV_Convolution_MessageBox(REALobjectStruct* self) {
     }
     show_message(text.data());
 }
+
+namespace {
 
 const REALpropertyDefinition kProperties[] = {
     TRV_READ_ONLY_PROPERTY("Convolution", "sum", "integer", 0, TRV_Convolution_Getter_sum, kSum),

@@ -221,6 +221,20 @@ void Priv_Rotate90_HV(const TRV_Picture& source, TRV_Picture& result, int yield)
          source, result, yield);
 }
 
+// The second names, which are the same functions. Each is given the linker's name of the first one; a wrong one does
+// not compile.
+#define SECOND_NAME(name, first_name) \
+    __attribute__((alias("_Z" first_name "RK11TRV_PictureRS_i"))) void name(const TRV_Picture&, TRV_Picture&, int)
+SECOND_NAME(Priv_Rotate180, "15Priv_Rotate0_HV");
+SECOND_NAME(Priv_Rotate180_H, "14Priv_Rotate0_V");
+SECOND_NAME(Priv_Rotate180_V, "14Priv_Rotate0_H");
+SECOND_NAME(Priv_Rotate180_HV, "12Priv_Rotate0");
+SECOND_NAME(Priv_Rotate270, "16Priv_Rotate90_HV");
+SECOND_NAME(Priv_Rotate270_H, "15Priv_Rotate90_V");
+SECOND_NAME(Priv_Rotate270_V, "15Priv_Rotate90_H");
+SECOND_NAME(Priv_Rotate270_HV, "13Priv_Rotate90");
+#undef SECOND_NAME
+
 QuarterTurn& quarter_turn(int turns, Flips flips) {
     // [turns][horizontal + 2 * vertical]
     static constexpr QuarterTurn* kKernels[4][4] = {

@@ -18,14 +18,14 @@ void Priv_Rotate90_H(const TRV_Picture& source, TRV_Picture& result, int yield);
 void Priv_Rotate90_V(const TRV_Picture& source, TRV_Picture& result, int yield);
 void Priv_Rotate90_HV(const TRV_Picture& source, TRV_Picture& result, int yield);
 
-inline constexpr auto& Priv_Rotate180 = Priv_Rotate0_HV;
-inline constexpr auto& Priv_Rotate180_H = Priv_Rotate0_V;
-inline constexpr auto& Priv_Rotate180_V = Priv_Rotate0_H;
-inline constexpr auto& Priv_Rotate180_HV = Priv_Rotate0;
-inline constexpr auto& Priv_Rotate270 = Priv_Rotate90_HV;
-inline constexpr auto& Priv_Rotate270_H = Priv_Rotate90_V;
-inline constexpr auto& Priv_Rotate270_V = Priv_Rotate90_H;
-inline constexpr auto& Priv_Rotate270_HV = Priv_Rotate90;
+void Priv_Rotate180(const TRV_Picture& source, TRV_Picture& result, int yield);
+void Priv_Rotate180_H(const TRV_Picture& source, TRV_Picture& result, int yield);
+void Priv_Rotate180_V(const TRV_Picture& source, TRV_Picture& result, int yield);
+void Priv_Rotate180_HV(const TRV_Picture& source, TRV_Picture& result, int yield);
+void Priv_Rotate270(const TRV_Picture& source, TRV_Picture& result, int yield);
+void Priv_Rotate270_H(const TRV_Picture& source, TRV_Picture& result, int yield);
+void Priv_Rotate270_V(const TRV_Picture& source, TRV_Picture& result, int yield);
+void Priv_Rotate270_HV(const TRV_Picture& source, TRV_Picture& result, int yield);
 
 using QuarterTurn = void(const TRV_Picture& source, TRV_Picture& result, int yield);
 
