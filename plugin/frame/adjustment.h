@@ -1,10 +1,25 @@
 #pragma once
 
 // The course of all tone and colour operations: what is checked and locked in which order, once for every operation and
-// for both forms. Arguments of its own an operation checks before it comes here.
+// for both forms.
+//
+// An adjustment is a value: the arguments of a call, and how they change colours. The functions below take any that has
+//
+//     arguments_pass()   whether they are in range; leaves the code of the first that is not
+//     with_kernel(use)   calls `use(kernel)` with the kernel (pixel_blocks.h) that changes colours, or
+//                        `use(kernel, around)` with one more for those around the region
+//     yield, kLabels     the pixel budget; what the adjustment calls itself
+//     kSourceMask        of regions: whether the result gets the source's mask
+//     Mix                of masks: how they weigh the changed colours (mask_mix.h). For one that clamps,
+//                        `unclamped()` gives what changes colours, in the place of the kernel.
+
+#include <cstddef>
+#include <cstdint>
 
 #include "error_state.h"
 #include "forms.h"
+#include "mask_mix.h"
+#include "pixel_maps.h"
 #include "region.h"
 
 // Whether the arguments for red, green and blue are in range, both bounds included; what is not a number passes. If
@@ -18,8 +33,47 @@ bool ChannelsInRange(Number low, Number high, Number red, Number green, Number b
     return true;
 }
 
-// Whether a result gets a copy of the source's mask.
+struct AdjustmentLabels {
+    const char* entry;  // where the source's mask is copied
+    const char* in_region;
+    const char* by_mask;
+};
+
 enum class SourceMask { copied, left_behind };
+
+// --- kernels: locked pictures of one size ----------------------------------------------------------------------------
+
+// result = source, with the region adjusted.
+template <class Adjustment>
+void map_adjusted(const TRV_Picture& source, TRV_Picture& result, const Region& region, const Adjustment& adjustment) {
+    constexpr const char* kCaller = Adjustment::kLabels.in_region;
+    adjustment.with_kernel([&](const auto& kernel, const auto&... around) {
+        if constexpr (sizeof...(around) == 0)
+            map_region(source, result, region, adjustment.yield, kCaller, kernel);
+        else
+            map_region_and_rest(source, result, region, adjustment.yield, kCaller, kernel,
+                                [&](std::int32_t row, std::int32_t column, std::int32_t count) {
+                                    map_run(result, row, column, static_cast<std::size_t>(count), kCaller, around...,
+                                            RunSource{source, row, column});
+                                });
+    });
+}
+
+// result = source, adjusted as far as the mask says.
+template <class Adjustment>
+void map_adjusted_by_mask(const TRV_Picture& source, const TRV_Picture& mask, TRV_Picture& result,
+                          const Adjustment& adjustment) {
+    const auto map = [&](const auto& change) {
+        map_pictures(source, result, adjustment.yield, Adjustment::kLabels.by_mask,
+                     ByMask{change, typename Adjustment::Mix{}}, mask);
+    };
+    if constexpr (requires { adjustment.unclamped(); })
+        map(adjustment.unclamped());
+    else
+        adjustment.with_kernel(map);
+}
+
+// --- entries ---------------------------------------------------------------------------------------------------------
 
 // The source's mask into the result's. Code 9 when one of them cannot be locked; the result is given back all the same.
 void CopySourceMask(const TRV_Picture& source, const TRV_Picture& result, const char* caller);
@@ -41,20 +95,37 @@ typename Form::Handle adjust_region(const Form& form, typename Form::Handle p, R
     });
 }
 
+// A new picture with the region adjusted.
+template <class Form, class Adjustment>
+typename Form::Handle adjust(const Form& form, typename Form::Handle p, REALobjectStruct* rect,
+                             const Adjustment& adjustment) {
+    ClearError();
+    if (!p) return Fail(ErrorCode::source_nil);
+    if (!adjustment.arguments_pass()) return nullptr;
+    return adjust_region(form, p, rect, Adjustment::kSourceMask, Adjustment::kLabels.entry,
+                         [&](const TRV_Picture& source, TRV_Picture& result, const Region& region) {
+                             map_adjusted(source, result, region, adjustment);
+                         });
+}
+
 // Whether a mask argument can weigh the source. Both tests run, and the second one's code stays.
 bool MaskFits(const TRV_Picture& mask, const TRV_Picture& source);
 
-// Locks the source and the mask argument, makes the result; `paint(source, mask, result)`.
-template <class Form, class Paint>
-typename Form::Handle adjust_with_mask(const Form& form, typename Form::Handle p, REALpictureStruct* maskPicture,
-                                       Paint paint) {
+// A new picture, adjusted as far as the mask argument says. It never has the source's mask.
+template <class Form, class Adjustment>
+typename Form::Handle adjust_by_mask(const Form& form, typename Form::Handle p, REALpictureStruct* mask_argument,
+                                     const Adjustment& adjustment) {
+    ClearError();
+    if (!p) return Fail(ErrorCode::source_nil);
+    if (!mask_argument) return Fail(ErrorCode::mask_nil);
+    if (!adjustment.arguments_pass()) return nullptr;
     TRV_Picture source = form.bind(p);
     if (!source.Lock()) return Fail(ErrorCode::source_lock);
-    TRV_Picture mask(maskPicture, false);  // an ordinary picture, as it is
+    TRV_Picture mask(mask_argument, false);  // an ordinary picture, as it is
     if (!mask.Lock()) return Fail(ErrorCode::mask_lock);
     if (!MaskFits(mask, source)) return nullptr;
     return form.produce(source.width(), source.height(), result_depth(source), false,
-                        [&](TRV_Picture& result) { paint(source, mask, result); });
+                        [&](TRV_Picture& result) { map_adjusted_by_mask(source, mask, result, adjustment); });
 }
 
 // Locks the picture and selects the region; `visit(picture, region)`, without a result picture.
@@ -65,4 +136,12 @@ void visit_region_of(const Form& form, typename Form::Handle p, REALobjectStruct
     const Region region = SelectRegion(picture, rect);
     if (region.empty()) return SetError(ErrorCode::selection);
     visit(picture, region);
+}
+
+// The course of an average: `measure(picture, region)` once everything is there.
+template <class Form, class Measure>
+void average(const Form& form, typename Form::Handle p, REALobjectStruct* rect, const Measure& measure) {
+    ClearError();
+    if (!p) return SetError(ErrorCode::source_nil);
+    visit_region_of(form, p, rect, measure);
 }

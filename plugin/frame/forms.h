@@ -11,13 +11,13 @@
 #include "host_reference.h"
 #include "picture.h"
 
-// Host pictures in and out.
+// Takes host pictures, and makes host pictures.
 struct PictureForm {
     using Handle = REALpictureStruct*;
 
-    // A result's mask is made with the result. Here, binding the result's mask makes one.
+    // Whether a result's mask must be made with it. A host picture's is made when it is bound.
     static constexpr bool makes_masks = false;
-    // Left when the result cannot be locked.
+    // The code of a result that cannot be locked.
     ErrorCode refusal = ErrorCode::result_lock;
 
     static TRV_Picture bind(Handle picture) { return TRV_Picture(picture, false); }
@@ -35,10 +35,10 @@ struct PictureForm {
     }
 };
 
-// Leaves no code when the result cannot be locked.
+// The form of operations that leave no code when the result cannot be locked.
 inline constexpr PictureForm kSilentForm = {.refusal = ErrorCode::none};
 
-// Client pictures in and out; a result is backed by a host picture or by own memory.
+// Takes client pictures, and makes client pictures that are backed by a host picture or by their own memory.
 struct ClientForm {
     using Handle = REALobjectStruct*;
 

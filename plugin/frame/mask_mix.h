@@ -10,7 +10,9 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
+#include "per_channel.h"
 #include "pixel_maps.h"
 
 // Red and blue share a word: what is mixed of them has 16 bits each.
@@ -49,7 +51,7 @@ struct MixIn255ths {
     }
 };
 
-// One channel, for kernels whose changed channels go beyond 0..255; up to 2^22 either way.
+// One channel, for changes that go beyond 0..255; up to 2^22 either way.
 TARVO_INLINED constexpr std::uint32_t mixed_in_255ths_and_clamped(std::uint32_t source, std::int32_t changed,
                                                                   std::uint32_t level) {
     const auto x = static_cast<std::int32_t>(source);
@@ -57,14 +59,27 @@ TARVO_INLINED constexpr std::uint32_t mixed_in_255ths_and_clamped(std::uint32_t 
     return divided_by_255(static_cast<std::uint32_t>(std::clamp(sum, 0, 255 * 255)));
 }
 
-// A kernel that changes the source's colours by the kernel `change` as far as `Mix` lets the mask say.
+// A changed colour before it is clamped.
+using UnclampedColor = PerChannel<std::int32_t>;
+
+struct MixIn255thsAndClamp {
+    TARVO_INLINED PixelColor operator()(PixelColor color, const UnclampedColor& changed, PixelColor mask) const {
+        const std::uint32_t level = mask & 255;
+        return pack_rgb(mixed_in_255ths_and_clamped(red_of(color), changed.red, level),
+                        mixed_in_255ths_and_clamped(green_of(color), changed.green, level),
+                        mixed_in_255ths_and_clamped(blue_of(color), changed.blue, level));
+    }
+};
+
+// The kernel that changes the source's colours by `change` as far as the mask says, mixed by `mix`. A change is a
+// kernel, or makes one unclamped colour.
 template <class Change, class Mix>
 struct ByMask {
     Change change;
     Mix mix;
 
     TARVO_INLINED void operator()(PixelColor* colors, const PixelColor* masks) const {
-        if constexpr (ColorKernel<Change, PixelColor>) {
+        if constexpr (std::is_invocable_v<const Change&, PixelColor>) {
             const ByMask own = *this;  // as in apply_kernel
             for (std::size_t x = 0; x < kBlockPixels; ++x)
                 colors[x] = own.mix(colors[x], own.change(colors[x]), masks[x]);

@@ -1,20 +1,16 @@
 #pragma once
 
-// Something for each channel of a colour.
-
-#include <cstdint>
-
-#include "numbers.h"
 #include "pixel_formats.h"
 #include "row_clones.h"
 
-// With a rule for a channel, `channel(value)`, it is a kernel that makes one colour.
+// A thing for red, another for green, another for blue: numbers, or the rules by which each channel changes.
 template <class Channel>
 struct PerChannel {
     Channel red, green, blue;
 
+    // What the function makes of each of the three.
     template <class Function>
-    constexpr auto each(Function function) const -> PerChannel<decltype(function(red))> {
+    TARVO_INLINED constexpr auto each(Function function) const -> PerChannel<decltype(function(red))> {
         return {function(red), function(green), function(blue)};
     }
     template <class Test>
@@ -22,18 +18,8 @@ struct PerChannel {
         return test(red) && test(green) && test(blue);
     }
 
+    // Rules, `channel(value)`, are a kernel: each makes its channel of the changed colour.
     TARVO_INLINED PixelColor operator()(PixelColor color) const {
         return pack_rgb(red(red_of(color)), green(green_of(color)), blue(blue_of(color)));
     }
 };
-
-// make(centre, factor) for each channel of a centre colour and its factor, in 256ths.
-template <class Make>
-auto about_center(int center, double red, double green, double blue, Make make)
-    -> PerChannel<decltype(make(std::int32_t{}, std::int32_t{}))> {
-    const auto color = static_cast<PixelColor>(center);
-    const auto channel = [&make](std::uint32_t value, double factor) {
-        return make(static_cast<std::int32_t>(value), in_256ths(factor));
-    };
-    return {channel(red_of(color), red), channel(green_of(color), green), channel(blue_of(color), blue)};
-}

@@ -1,13 +1,9 @@
 #include "gamma.h"
 
-#include <cstddef>
 #include <cstdint>
 
 #include "centered_adjustment.h"
-#include "mask_mix.h"
 #include "numbers.h"
-#include "per_channel.h"
-#include "pixel_maps.h"
 
 namespace {
 
@@ -16,10 +12,21 @@ constexpr std::int32_t kWhite = 255 * kOne;
 
 // Two segments, from black to the bend and from the bend to white, in 256ths: y = (offset + slope * x) / 256, clamped
 // to 0..255.
-struct GammaChannel {
+struct BentCurve {
     std::int32_t bend;  // the last value of the lower segment, whose offset is 0
     std::int32_t lower_slope;
-    std::int32_t upper_offset, upper_slope;
+    std::int32_t upper_offset = 0, upper_slope = kOne;
+
+    // The upper segment ends at white, but for what the two truncated divisions lose: white can come out a step darker.
+    // Large factors wrap. With the bend at white there is no upper segment, and nothing is divided by.
+    BentCurve(std::int32_t center, std::int32_t factor) : bend(center), lower_slope(factor) {
+        if (factor == kOne) return;
+        const std::int32_t run = kWhite - kOne * center;
+        const std::int32_t lift = wrapping_multiply(kWhite * center, wrapping_subtract(factor, kOne));
+        const std::int32_t rise = wrapping_subtract(kWhite, wrapping_multiply(center, factor));
+        upper_offset = truncating_divide(lift, run);
+        upper_slope = truncating_divide(wrapping_multiply(rise, kOne), run);
+    }
 
     // Shifting rounds other than dividing only below 0, where both end at 0.
     TARVO_INLINED std::uint32_t operator()(std::uint32_t value) const {
@@ -32,54 +39,48 @@ struct GammaChannel {
     }
 };
 
-// The upper segment ends at white, but for what the two truncated divisions lose: white can come out a step darker.
-// Large factors wrap. With the bend at white there is no upper segment, and nothing is divided by.
-GammaChannel bent_at(std::int32_t center, std::int32_t factor) {
-    if (factor == kOne) return {center, kOne, 0, kOne};
-    const std::int32_t run = kWhite - kOne * center;
-    const std::int32_t lift = wrapping_multiply(kWhite * center, wrapping_subtract(factor, kOne));
-    const std::int32_t rise = wrapping_subtract(kWhite, wrapping_multiply(center, factor));
-    return {center, factor, truncating_divide(lift, run), truncating_divide(wrapping_multiply(rise, kOne), run)};
-}
+struct Gamma : CenteredAdjustment {
+    static constexpr AdjustmentLabels kLabels = {"TRV_AdjustGamma", "PrivAdjustGamma", "PrivAdjustGammaWithMask"};
+    static constexpr SourceMask kSourceMask = SourceMask::left_behind;
+    using Mix = MixIn255ths;
+    static constexpr int yield = kNoYielding;
 
-constexpr CenteredAdjustment kGamma = {"TRV_AdjustGamma", PrivAdjustGamma, PrivAdjustGammaWithMask,
-                                       SourceMask::left_behind};
+    template <class Use>
+    void with_kernel(Use use) const {
+        use(rules<BentCurve>());
+    }
+};
 
 }  // namespace
 
 void PrivAdjustGamma(const TRV_Picture& source, TRV_Picture& result, const Region& region, int center,
                      double red_factor, double green_factor, double blue_factor, int /*yield*/) {
-    map_region(source, result, region, kNoYielding, "PrivAdjustGamma",
-               about_center(center, red_factor, green_factor, blue_factor, bent_at));
+    map_adjusted(source, result, region, Gamma{{center, red_factor, green_factor, blue_factor}});
 }
 
 void PrivAdjustGammaWithMask(const TRV_Picture& source, const TRV_Picture& mask, TRV_Picture& result, int center,
                              double red_factor, double green_factor, double blue_factor, int /*yield*/) {
-    const auto gamma = about_center(center, red_factor, green_factor, blue_factor, bent_at);
-    map_pictures(source, result, kNoYielding, "PrivAdjustGammaWithMask", ByMask{gamma, MixIn255ths{}}, mask);
+    map_adjusted_by_mask(source, mask, result, Gamma{{center, red_factor, green_factor, blue_factor}});
 }
 
 REALpictureStruct* TRV_AdjustGamma(REALpictureStruct* p, REALobjectStruct* rect, int center, double red_factor,
-                                   double green_factor, double blue_factor, int yield) {
-    return adjust_about_center(kGamma, PictureForm{}, p, rect, center, red_factor, green_factor, blue_factor, yield);
+                                   double green_factor, double blue_factor, int /*yield*/) {
+    return adjust(PictureForm{}, p, rect, Gamma{{center, red_factor, green_factor, blue_factor}});
 }
 
 REALobjectStruct* TRV_ClientPicture_AdjustGamma(REALobjectStruct* cp, REALobjectStruct* rect, int center,
-                                                double red_factor, double green_factor, double blue_factor, int yield,
-                                                bool as_picture) {
-    return adjust_about_center(kGamma, ClientForm{as_picture}, cp, rect, center, red_factor, green_factor, blue_factor,
-                               yield);
+                                                double red_factor, double green_factor, double blue_factor,
+                                                int /*yield*/, bool as_picture) {
+    return adjust(ClientForm{as_picture}, cp, rect, Gamma{{center, red_factor, green_factor, blue_factor}});
 }
 
 REALpictureStruct* TRV_AdjustGammaWithMask(REALpictureStruct* p, REALpictureStruct* mask, int center, double red_factor,
-                                           double green_factor, double blue_factor, int yield) {
-    return adjust_about_center_with_mask(kGamma, PictureForm{}, p, mask, center, red_factor, green_factor, blue_factor,
-                                         yield);
+                                           double green_factor, double blue_factor, int /*yield*/) {
+    return adjust_by_mask(PictureForm{}, p, mask, Gamma{{center, red_factor, green_factor, blue_factor}});
 }
 
 REALobjectStruct* TRV_ClientPicture_AdjustGammaWithMask(REALobjectStruct* cp, REALpictureStruct* mask, int center,
                                                         double red_factor, double green_factor, double blue_factor,
-                                                        int yield, bool as_picture) {
-    return adjust_about_center_with_mask(kGamma, ClientForm{as_picture}, cp, mask, center, red_factor, green_factor,
-                                         blue_factor, yield);
+                                                        int /*yield*/, bool as_picture) {
+    return adjust_by_mask(ClientForm{as_picture}, cp, mask, Gamma{{center, red_factor, green_factor, blue_factor}});
 }

@@ -7,7 +7,6 @@
 
 #include "adjustment.h"
 #include "channel_sums.h"
-#include "mask_mix.h"
 #include "numbers.h"
 #include "pixel.h"
 #include "pixel_maps.h"
@@ -45,7 +44,7 @@ constexpr std::int32_t kMostSaturation = TRV_Pixel::kFullSaturation - 1;
             scaled(from.value, change.value_factor, 255)};
 }
 
-// A loop of its own: the registers of a processor do not hold what a mask's mix would need besides.
+// This takes blocks, so that a mask's mix comes in a loop after it: a processor's registers do not hold what both need.
 struct AdjustHsv {
     HsvChange change;
 
@@ -54,7 +53,7 @@ struct AdjustHsv {
     }
 };
 
-// Turned by what is not a number, a hue is no colour's, and only greys stay.
+// A hue that is turned by what is not a number is no colour's: only greys stay, and all else becomes black.
 struct KeepGreys {
     HsvChange change;
 
@@ -64,18 +63,56 @@ struct KeepGreys {
     }
 };
 
-// Has `map` map by the change.
-template <class Map>
-void map_by_change(double hue_degrees, double saturation_factor, double brightness_factor, Map map) {
-    const HsvChange change = change_of(hue_degrees, saturation_factor, brightness_factor);
-    if (std::isnan(hue_degrees))
-        map(KeepGreys{change});
-    else
-        map(AdjustHsv{change});
-}
-
 struct Invert {
     TARVO_INLINED PixelColor operator()(PixelColor color) const { return ~color & 0xFFFFFF; }
+};
+
+struct HsvAdjustment {
+    static constexpr AdjustmentLabels kLabels = {"TRV_AdjustHSV", "PrivAdjustHSV", "PrivAdjustHSVWithMask"};
+    static constexpr int yield = kNoYielding;
+
+    double hue_degrees, saturation_factor, brightness_factor;
+
+    // What is not a number passes.
+    bool pass_below(double end_of_factors) const {
+        const auto outside = [end_of_factors](double factor) { return factor < 0.0 || factor >= end_of_factors; };
+        if (hue_degrees <= -360.0 || hue_degrees >= 360.0) return SetError(ErrorCode::degrees), false;
+        if (outside(saturation_factor)) return SetError(ErrorCode::saturation), false;
+        if (outside(brightness_factor)) return SetError(ErrorCode::brightness), false;
+        return true;
+    }
+
+    template <class Use>
+    void with_kernel(Use use) const {
+        const HsvChange change = change_of(hue_degrees, saturation_factor, brightness_factor);
+        if (std::isnan(hue_degrees))
+            use(KeepGreys{change});
+        else
+            use(AdjustHsv{change});
+    }
+};
+
+struct HsvOfRegion : HsvAdjustment {
+    static constexpr SourceMask kSourceMask = SourceMask::copied;
+    bool negative;
+
+    bool arguments_pass() const { return pass_below(1000.0); }
+
+    template <class Use>
+    void with_kernel(Use use) const {
+        HsvAdjustment::with_kernel([&](const auto& adjust) {
+            if (negative)
+                use(Chain{adjust, Invert{}}, Invert{});
+            else
+                use(adjust);
+        });
+    }
+};
+
+struct HsvByMask : HsvAdjustment {
+    using Mix = MixIn255ths;
+
+    bool arguments_pass() const { return pass_below(10.0); }
 };
 
 // --- the average -----------------------------------------------------------------------------------------------------
@@ -111,126 +148,69 @@ TARVO_ROW_CLONES void add_colors_row(HsvSums& sums, const PixelColor* colors, st
     add_block(sums, colors + x, count - x);
 }
 
-// --- checks ----------------------------------------------------------------------------------------------------------
+struct AverageHsv {
+    double *hue, *saturation, *brightness;
 
-// What is not a number passes.
-bool arguments_pass(double hue_degrees, double saturation_factor, double brightness_factor, double end_of_factors) {
-    const auto outside = [end_of_factors](double factor) { return factor < 0.0 || factor >= end_of_factors; };
-    if (hue_degrees <= -360.0 || hue_degrees >= 360.0) return SetError(ErrorCode::degrees), false;
-    if (outside(saturation_factor)) return SetError(ErrorCode::saturation), false;
-    if (outside(brightness_factor)) return SetError(ErrorCode::brightness), false;
-    return true;
-}
-
-constexpr double kEndOfFactors = 1000.0;
-constexpr double kEndOfFactorsWithMask = 10.0;
-
-// --- both forms ------------------------------------------------------------------------------------------------------
-
-template <class Form>
-typename Form::Handle adjust_hsv(Form form, typename Form::Handle p, REALobjectStruct* rect, double hue_degrees,
-                                 double saturation_factor, double brightness_factor, bool negative, int yield) {
-    ClearError();
-    if (!p) return Fail(ErrorCode::source_nil);
-    if (!arguments_pass(hue_degrees, saturation_factor, brightness_factor, kEndOfFactors)) return nullptr;
-    return adjust_region(form, p, rect, SourceMask::copied, "TRV_AdjustHSV",
-                         [&](const TRV_Picture& source, TRV_Picture& result, const Region& region) {
-                             PrivAdjustHSV(source, result, region, hue_degrees, saturation_factor, brightness_factor,
-                                           negative, yield);
-                         });
-}
-
-template <class Form>
-typename Form::Handle adjust_hsv_with_mask(Form form, typename Form::Handle p, REALpictureStruct* mask,
-                                           double hue_degrees, double saturation_factor, double brightness_factor,
-                                           int yield) {
-    ClearError();
-    if (!p) return Fail(ErrorCode::source_nil);
-    if (!mask) return Fail(ErrorCode::mask_nil);
-    if (!arguments_pass(hue_degrees, saturation_factor, brightness_factor, kEndOfFactorsWithMask)) return nullptr;
-    return adjust_with_mask(
-        form, p, mask, [&](const TRV_Picture& source, const TRV_Picture& weights, TRV_Picture& result) {
-            PrivAdjustHSVWithMask(source, weights, result, hue_degrees, saturation_factor, brightness_factor, yield);
-        });
-}
-
-template <class Form>
-void get_average_hsv(Form form, typename Form::Handle p, REALobjectStruct* rect, double* hue_degrees,
-                     double* saturation, double* brightness, int yield) {
-    ClearError();
-    if (!p) return SetError(ErrorCode::source_nil);
-    visit_region_of(form, p, rect, [&](const TRV_Picture& source, const Region& region) {
-        PrivGetAverageHSV(source, region, hue_degrees, saturation, brightness, yield);
-    });
-}
+    void operator()(const TRV_Picture& source, const Region& region) const {
+        HsvSums sums;
+        measure_region(source, region, kNoYielding, "PrivGetAverageHSV",
+                       [&](const PixelColor* colors, std::size_t count) { add_colors_row(sums, colors, count); });
+        const auto count = static_cast<double>(sums.channels.count);
+        double mean_hue = 0.0, saturation_of_mean = 0.0, value_of_mean = 0.0;
+        TRV_Pixel::RGBToHSV(sums.channels.mean_color(), mean_hue, saturation_of_mean, value_of_mean);
+        if (hue) *hue = mean_hue;
+        if (saturation) *saturation = sums.saturation / count;
+        if (brightness) *brightness = static_cast<double>(sums.largest_channels) * TRV_Pixel::kValueScale / count;
+    }
+};
 
 }  // namespace
 
 void PrivAdjustHSV(const TRV_Picture& source, TRV_Picture& result, const Region& region, double hue_degrees,
                    double saturation_factor, double brightness_factor, bool negative, int /*yield*/) {
-    constexpr const char* kCaller = "PrivAdjustHSV";
-    map_by_change(hue_degrees, saturation_factor, brightness_factor, [&](const auto& adjust) {
-        if (negative)
-            map_region_and_rest(source, result, region, kNoYielding, kCaller, Chain{adjust, Invert{}},
-                                [&](std::int32_t row, std::int32_t column, std::int32_t count) {
-                                    map_run(result, row, column, static_cast<std::size_t>(count), kCaller, Invert{},
-                                            RunSource{source, row, column});
-                                });
-        else
-            map_region(source, result, region, kNoYielding, kCaller, adjust);
-    });
+    map_adjusted(source, result, region, HsvOfRegion{{hue_degrees, saturation_factor, brightness_factor}, negative});
 }
 
 void PrivAdjustHSVWithMask(const TRV_Picture& source, const TRV_Picture& mask, TRV_Picture& result, double hue_degrees,
                            double saturation_factor, double brightness_factor, int /*yield*/) {
-    map_by_change(hue_degrees, saturation_factor, brightness_factor, [&](const auto& adjust) {
-        map_pictures(source, result, kNoYielding, "PrivAdjustHSVWithMask", ByMask{adjust, MixIn255ths{}}, mask);
-    });
+    map_adjusted_by_mask(source, mask, result, HsvByMask{{hue_degrees, saturation_factor, brightness_factor}});
 }
 
 void PrivGetAverageHSV(const TRV_Picture& source, const Region& region, double* hue, double* saturation,
                        double* brightness, int /*yield*/) {
-    HsvSums sums;
-    measure_region(source, region, kNoYielding, "PrivGetAverageHSV",
-                   [&](const PixelColor* colors, std::size_t count) { add_colors_row(sums, colors, count); });
-    const auto count = static_cast<double>(sums.channels.count);
-    double mean_hue = 0.0, saturation_of_mean = 0.0, value_of_mean = 0.0;
-    TRV_Pixel::RGBToHSV(sums.channels.mean_color(), mean_hue, saturation_of_mean, value_of_mean);
-    if (hue) *hue = mean_hue;
-    if (saturation) *saturation = sums.saturation / count;
-    if (brightness) *brightness = static_cast<double>(sums.largest_channels) * TRV_Pixel::kValueScale / count;
+    AverageHsv{hue, saturation, brightness}(source, region);
 }
 
 REALpictureStruct* TRV_AdjustHSV(REALpictureStruct* p, REALobjectStruct* rect, double hue_degrees,
-                                 double saturation_factor, double brightness_factor, bool negative, int yield) {
-    return adjust_hsv(PictureForm{}, p, rect, hue_degrees, saturation_factor, brightness_factor, negative, yield);
+                                 double saturation_factor, double brightness_factor, bool negative, int /*yield*/) {
+    return adjust(PictureForm{}, p, rect, HsvOfRegion{{hue_degrees, saturation_factor, brightness_factor}, negative});
 }
 
 REALobjectStruct* TRV_ClientPicture_AdjustHSV(REALobjectStruct* cp, REALobjectStruct* rect, double hue_degrees,
                                               double saturation_factor, double brightness_factor, bool negative,
-                                              int yield, bool as_picture) {
-    return adjust_hsv(ClientForm{as_picture}, cp, rect, hue_degrees, saturation_factor, brightness_factor, negative,
-                      yield);
+                                              int /*yield*/, bool as_picture) {
+    return adjust(ClientForm{as_picture}, cp, rect,
+                  HsvOfRegion{{hue_degrees, saturation_factor, brightness_factor}, negative});
 }
 
 REALpictureStruct* TRV_AdjustHSVWithMask(REALpictureStruct* p, REALpictureStruct* mask, double hue_degrees,
-                                         double saturation_factor, double brightness_factor, int yield) {
-    return adjust_hsv_with_mask(PictureForm{}, p, mask, hue_degrees, saturation_factor, brightness_factor, yield);
+                                         double saturation_factor, double brightness_factor, int /*yield*/) {
+    return adjust_by_mask(PictureForm{}, p, mask, HsvByMask{{hue_degrees, saturation_factor, brightness_factor}});
 }
 
 REALobjectStruct* TRV_ClientPicture_AdjustHSVWithMask(REALobjectStruct* cp, REALpictureStruct* mask, double hue_degrees,
-                                                      double saturation_factor, double brightness_factor, int yield,
+                                                      double saturation_factor, double brightness_factor, int /*yield*/,
                                                       bool as_picture) {
-    return adjust_hsv_with_mask(ClientForm{as_picture}, cp, mask, hue_degrees, saturation_factor, brightness_factor,
-                                yield);
+    return adjust_by_mask(ClientForm{as_picture}, cp, mask,
+                          HsvByMask{{hue_degrees, saturation_factor, brightness_factor}});
 }
 
 void TRV_GetAverageHSV(REALpictureStruct* p, REALobjectStruct* rect, double* hue_degrees, double* saturation,
-                       double* brightness, int yield) {
-    get_average_hsv(PictureForm{}, p, rect, hue_degrees, saturation, brightness, yield);
+                       double* brightness, int /*yield*/) {
+    average(PictureForm{}, p, rect, AverageHsv{hue_degrees, saturation, brightness});
 }
 
 void TRV_ClientPicture_GetAverageHSV(REALobjectStruct* cp, REALobjectStruct* rect, double* hue_degrees,
-                                     double* saturation, double* brightness, int yield) {
-    get_average_hsv(ClientForm{false}, cp, rect, hue_degrees, saturation, brightness, yield);
+                                     double* saturation, double* brightness, int /*yield*/) {
+    average(ClientForm{false}, cp, rect, AverageHsv{hue_degrees, saturation, brightness});
 }

@@ -6,26 +6,19 @@
 
 #include "adjustment.h"
 #include "channel_sums.h"
-#include "mask_mix.h"
+#include "per_channel.h"
 #include "pixel_maps.h"
 #include "row_clones.h"
 #include "rows.h"
 
 namespace {
 
-// For each channel a number from -255 to 255.
-struct Offsets {
-    std::int32_t red, green, blue;
-};
-
-// --- clamped, in bytes -----------------------------------------------------------------------------------------------
-
 // Each byte of a block in memory is raised, or lowered, by a byte of these; one of the two is 0. Top bytes are lowered
 // to 0.
 struct OffsetBytes {
     ColorBlock raised, lowered;
 
-    explicit OffsetBytes(const Offsets& offsets) {
+    explicit OffsetBytes(const PerChannel<std::int32_t>& offsets) {
         const auto up = [](std::int32_t delta) { return static_cast<std::uint32_t>(std::max(delta, 0)); };
         const auto down = [](std::int32_t delta) { return static_cast<std::uint32_t>(std::max(-delta, 0)); };
         std::ranges::fill(raised.colors, pack_rgb(up(offsets.red), up(offsets.green), up(offsets.blue)));
@@ -45,18 +38,35 @@ struct OffsetBytes {
     }
 };
 
-// --- weighted by a mask, clamped after that --------------------------------------------------------------------------
+// The sums as they are, for a mask to mix in.
+struct AddOffsets {
+    PerChannel<std::int32_t> offsets;
 
-struct OffsetByMask {
-    Offsets offsets;
+    TARVO_INLINED UnclampedColor operator()(PixelColor color) const {
+        return {static_cast<std::int32_t>(red_of(color)) + offsets.red,
+                static_cast<std::int32_t>(green_of(color)) + offsets.green,
+                static_cast<std::int32_t>(blue_of(color)) + offsets.blue};
+    }
+};
 
-    TARVO_INLINED PixelColor operator()(PixelColor color, PixelColor mask) const {
-        const std::uint32_t level = mask & 255;
-        const auto channel = [level](std::uint32_t value, std::int32_t delta) TARVO_INLINED {
-            return mixed_in_255ths_and_clamped(value, static_cast<std::int32_t>(value) + delta, level);
-        };
-        return pack_rgb(channel(red_of(color), offsets.red), channel(green_of(color), offsets.green),
-                        channel(blue_of(color), offsets.blue));
+struct OffsetAdjustment {
+    static constexpr AdjustmentLabels kLabels = {"TRV_AdjustRGB", "PrivAdjustRGB", "PrivAdjustRGBWithMask"};
+    static constexpr SourceMask kSourceMask = SourceMask::left_behind;
+    using Mix = MixIn255thsAndClamp;
+    static constexpr int yield = kNoYielding;
+
+    PerChannel<std::int32_t> offsets;
+
+    bool arguments_pass() const { return ChannelsInRange(-255, 255, offsets.red, offsets.green, offsets.blue); }
+
+    template <class Use>
+    void with_kernel(Use use) const {
+        use(OffsetBytes(offsets));
+    }
+    AddOffsets unclamped() const { return {offsets}; }
+
+    void apply_in_place(TRV_Picture& picture, const Region& region) const {
+        map_in_place(picture, region, "PrivAdjustRGB_InPlace", OffsetBytes(offsets));
     }
 };
 
@@ -66,73 +76,57 @@ TARVO_ROW_CLONES void add_channels_row(ChannelSums& sums, const PixelColor* colo
     add_channels(sums, colors, count);
 }
 
-// --- checks ----------------------------------------------------------------------------------------------------------
+struct AverageColor {
+    int *red, *green, *blue;
 
-bool deltas_pass(int red_delta, int green_delta, int blue_delta) {
-    return ChannelsInRange(-255, 255, red_delta, green_delta, blue_delta);
-}
+    void operator()(const TRV_Picture& source, const Region& region) const {
+        ChannelSums sums;
+        measure_region(source, region, kNoYielding, "PrivGetAverageRGB",
+                       [&](const PixelColor* colors, std::size_t count) { add_channels_row(sums, colors, count); });
+        sums.put_means(red, green, blue);
+    }
+};
 
 }  // namespace
 
 void PrivAdjustRGB(const TRV_Picture& source, TRV_Picture& result, const Region& region, int red_delta, int green_delta,
                    int blue_delta) {
-    map_region(source, result, region, kNoYielding, "PrivAdjustRGB", OffsetBytes({red_delta, green_delta, blue_delta}));
+    map_adjusted(source, result, region, OffsetAdjustment{{red_delta, green_delta, blue_delta}});
 }
 
 void PrivAdjustRGBWithMask(const TRV_Picture& source, const TRV_Picture& mask, TRV_Picture& result, int red_delta,
                            int green_delta, int blue_delta) {
-    map_pictures(source, result, kNoYielding, "PrivAdjustRGBWithMask",
-                 OffsetByMask{{red_delta, green_delta, blue_delta}}, mask);
+    map_adjusted_by_mask(source, mask, result, OffsetAdjustment{{red_delta, green_delta, blue_delta}});
 }
 
 void PrivAdjustRGB_InPlace(TRV_Picture& picture, const Region& region, int red_delta, int green_delta, int blue_delta) {
-    map_in_place(picture, region, "PrivAdjustRGB_InPlace", OffsetBytes({red_delta, green_delta, blue_delta}));
+    OffsetAdjustment{{red_delta, green_delta, blue_delta}}.apply_in_place(picture, region);
 }
 
 void PrivGetAverageRGB(const TRV_Picture& source, const Region& region, int* red, int* green, int* blue) {
-    ChannelSums sums;
-    measure_region(source, region, kNoYielding, "PrivGetAverageRGB",
-                   [&](const PixelColor* colors, std::size_t count) { add_channels_row(sums, colors, count); });
-    sums.put_means(red, green, blue);
+    AverageColor{red, green, blue}(source, region);
 }
 
 REALpictureStruct* TRV_AdjustRGB(REALpictureStruct* p, REALobjectStruct* rect, int red_delta, int green_delta,
                                  int blue_delta) {
-    ClearError();
-    if (!p) return Fail(ErrorCode::source_nil);
-    if (!deltas_pass(red_delta, green_delta, blue_delta)) return nullptr;
-    return adjust_region(PictureForm{}, p, rect, SourceMask::left_behind, "TRV_AdjustRGB",
-                         [&](const TRV_Picture& source, TRV_Picture& result, const Region& region) {
-                             PrivAdjustRGB(source, result, region, red_delta, green_delta, blue_delta);
-                         });
+    return adjust(PictureForm{}, p, rect, OffsetAdjustment{{red_delta, green_delta, blue_delta}});
 }
 
 REALpictureStruct* TRV_AdjustRGBWithMask(REALpictureStruct* p, REALpictureStruct* mask, int red_delta, int green_delta,
                                          int blue_delta) {
-    ClearError();
-    if (!p) return Fail(ErrorCode::source_nil);
-    if (!mask) return Fail(ErrorCode::mask_nil);
-    if (!deltas_pass(red_delta, green_delta, blue_delta)) return nullptr;
-    return adjust_with_mask(PictureForm{}, p, mask,
-                            [&](const TRV_Picture& source, const TRV_Picture& weights, TRV_Picture& result) {
-                                PrivAdjustRGBWithMask(source, weights, result, red_delta, green_delta, blue_delta);
-                            });
+    return adjust_by_mask(PictureForm{}, p, mask, OffsetAdjustment{{red_delta, green_delta, blue_delta}});
 }
 
 void TRV_AdjustRGB_InPlace(REALpictureStruct* p, REALobjectStruct* rect, int red_delta, int green_delta,
                            int blue_delta) {
+    const OffsetAdjustment adjustment{{red_delta, green_delta, blue_delta}};
     ClearError();
     if (!p) return SetError(ErrorCode::source_nil);
-    if (!deltas_pass(red_delta, green_delta, blue_delta)) return;
-    visit_region_of(PictureForm{}, p, rect, [&](TRV_Picture& picture, const Region& region) {
-        PrivAdjustRGB_InPlace(picture, region, red_delta, green_delta, blue_delta);
-    });
+    if (!adjustment.arguments_pass()) return;
+    visit_region_of(PictureForm{}, p, rect,
+                    [&](TRV_Picture& picture, const Region& region) { adjustment.apply_in_place(picture, region); });
 }
 
 void TRV_GetAverageRGB(REALpictureStruct* p, REALobjectStruct* rect, int* red, int* green, int* blue) {
-    ClearError();
-    if (!p) return SetError(ErrorCode::source_nil);
-    visit_region_of(PictureForm{}, p, rect, [&](const TRV_Picture& source, const Region& region) {
-        PrivGetAverageRGB(source, region, red, green, blue);
-    });
+    average(PictureForm{}, p, rect, AverageColor{red, green, blue});
 }

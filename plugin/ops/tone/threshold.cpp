@@ -1,10 +1,6 @@
 #include "threshold.h"
 
-#include <cstddef>
-
 #include "adjustment.h"
-#include "mask_mix.h"
-#include "pixel_maps.h"
 
 namespace {
 
@@ -40,48 +36,44 @@ private:
     PixelColor threshold_, target_;
 };
 
-// `paint(kernel)` with the one that the arguments ask for.
-template <class Paint>
-void with_replacement(bool darker, bool and_threshold, int threshold, int target, Paint paint) {
-    if (and_threshold)
-        paint(Replace<Matches::if_all_pass>(darker, threshold, target));
-    else
-        paint(Replace<Matches::if_any_passes>(darker, threshold, target));
-}
+struct Threshold {
+    static constexpr AdjustmentLabels kLabels = {"TRV_Threshold", "TRV_Threshold", "TRV_ThresholdWithMask"};
+    static constexpr SourceMask kSourceMask = SourceMask::left_behind;
+    using Mix = MixIn255ths;
+    static constexpr int yield = kNoYielding;
+
+    bool darker, and_threshold;
+    int threshold, target;
+
+    static bool arguments_pass() { return true; }  // any colours do
+
+    template <class Use>
+    void with_kernel(Use use) const {
+        if (and_threshold)
+            use(Replace<Matches::if_all_pass>(darker, threshold, target));
+        else
+            use(Replace<Matches::if_any_passes>(darker, threshold, target));
+    }
+};
 
 }  // namespace
 
 void PrivThreshold(const TRV_Picture& source, TRV_Picture& result, const Region& region, bool darker,
                    bool and_threshold, int threshold, int target) {
-    with_replacement(darker, and_threshold, threshold, target, [&](const auto& replace) {
-        map_region(source, result, region, kNoYielding, "TRV_Threshold", replace);
-    });
+    map_adjusted(source, result, region, Threshold{darker, and_threshold, threshold, target});
 }
 
 void PrivThresholdWithMask(const TRV_Picture& source, const TRV_Picture& mask, TRV_Picture& result, bool darker,
                            bool and_threshold, int threshold, int target) {
-    with_replacement(darker, and_threshold, threshold, target, [&](const auto& replace) {
-        map_pictures(source, result, kNoYielding, "TRV_ThresholdWithMask", ByMask{replace, MixIn255ths{}}, mask);
-    });
+    map_adjusted_by_mask(source, mask, result, Threshold{darker, and_threshold, threshold, target});
 }
 
 REALpictureStruct* TRV_Threshold(REALpictureStruct* p, REALobjectStruct* rect, bool darker, bool and_threshold,
                                  int threshold, int target) {
-    ClearError();
-    if (!p) return Fail(ErrorCode::source_nil);
-    return adjust_region(PictureForm{}, p, rect, SourceMask::left_behind, "TRV_Threshold",
-                         [&](const TRV_Picture& source, TRV_Picture& result, const Region& region) {
-                             PrivThreshold(source, result, region, darker, and_threshold, threshold, target);
-                         });
+    return adjust(PictureForm{}, p, rect, Threshold{darker, and_threshold, threshold, target});
 }
 
 REALpictureStruct* TRV_ThresholdWithMask(REALpictureStruct* p, REALpictureStruct* mask, bool darker, bool and_threshold,
                                          int threshold, int target) {
-    ClearError();
-    if (!p) return Fail(ErrorCode::source_nil);
-    if (!mask) return Fail(ErrorCode::mask_nil);
-    return adjust_with_mask(
-        PictureForm{}, p, mask, [&](const TRV_Picture& source, const TRV_Picture& weights, TRV_Picture& result) {
-            PrivThresholdWithMask(source, weights, result, darker, and_threshold, threshold, target);
-        });
+    return adjust_by_mask(PictureForm{}, p, mask, Threshold{darker, and_threshold, threshold, target});
 }
