@@ -1,11 +1,14 @@
-// tarvo apply: operations on a picture file, one after the other.
+// tarvo apply: operations on a picture file, one after the other, or on nothing, to make a picture.
 
 #include <CLI/App.hpp>
 
 #include <cstdio>
+#include <filesystem>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "command_error.h"
@@ -13,8 +16,11 @@
 #include "messages.h"
 #include "names.h"
 #include "operation.h"
+#include "output_check.h"
 #include "picture_io.h"
 #include "plugin_session.h"
+#include "scanner.h"
+#include "shown_text.h"
 #include "value_text.h"
 
 namespace tarvo::cli {
@@ -24,14 +30,22 @@ using host::Value;
 
 namespace {
 
+constexpr const char* kPicture = "picture";
 constexpr const char* kClientPicture = "TRV_ClientPicture";
 
 constexpr const char* kCallHelp =
     "A call is written as a program writes it, with the picture in hand as its object:\n"
     "  tarvo apply in.png 'TRV_AdjustContrast(rect(100, 50, 300, 200), &c808080, 1.6, 1.6, 1.6, 0)' -o out.png\n"
-    "Arguments: numbers, true, false, nil, colours (&cRRGGBB), picture files (photo.png or \"my photo.png\"),\n"
-    "rect(left, top, width, height), matrix(nine numbers, row by row), convolution(coefficients). Where a method\n"
-    "gives something back in an argument, write any value or word; what came back is printed.\n"
+    "  tarvo apply in.png 'Stretch(fit(800, 600))' 'Trim(border(8), frame_color = &cFFFFFF)' -o out.png\n"
+    "  tarvo apply 'MakeGradient(300, 200, &c102040, &cFFD080)' -o gradient.png\n"
+    "TRV_ may be left out, and so may yield, rectangles and what is only given back. Arguments: numbers, also "
+    "computed\n"
+    "with + - * / and brackets from the picture's width and height; true, false, nil, colours (&cRRGGBB), picture "
+    "files\n"
+    "(photo.png or \"my photo.png\"), rect(left, top, width, height), border(levels), fit(side) or fit(width, height)\n"
+    "for a width and a height, matrix(nine numbers, row by row), convolution(coefficients); by name: center = "
+    "&c808080.\n"
+    "Where a method gives something back in an argument, write any value or word; what came back is printed.\n"
     "Files: .png .jpg .jpeg .pbm .pgm .ppm .pam, and .trv, the string that TRV_ConvertToString makes. Transparency is\n"
     "the picture's mask; formats that have none leave the mask out.";
 
@@ -51,24 +65,70 @@ const Picture* as_picture(const Value& value) {
 
 bool is_client_picture(const Value& value) { return host::same_name(host::type_name(value), kClientPicture); }
 
+// A file may have any name: what is a file, or ends as one behind a bracket, is none.
+bool reads_as_call(const std::string& word) {
+    host::Scanner scanner(word);
+    bool named = !scanner.take_name().empty();
+    if (scanner.take('.')) named = !scanner.take_name().empty();
+    const std::size_t end = word.rfind(')');
+    const bool ends_as_file = end != std::string::npos && word.find('.', end) != std::string::npos;
+    std::error_code error;
+    return named && scanner.take('(') && !ends_as_file && !std::filesystem::exists(word, error);
+}
+
 class Apply {
 public:
     explicit Apply(const ApplyOptions& options) : options_(options) {}
 
     void run() {
-        if (!options_.output.empty()) check_output_name(options_.output);
-        std::vector<Operation> operations;
-        for (const std::string& call : options_.calls) operations.push_back(parse_operation(call));
-
+        const std::vector<Operation> operations = parse();
+        if (!options_.output.empty()) check_output(options_.output);
         PluginSession session(options_.plugin);
         session_ = &session;
-        for (const Operation& operation : operations) check_known(session, operation);
-        Value picture = read();
-        for (const Operation& operation : operations) picture = apply(operation, picture);
-        if (!options_.output.empty()) write(picture);
+        check(operations);
+
+        Value in_hand = has_input_ ? read() : Value();
+        for (const Operation& operation : operations) in_hand = apply(operation, in_hand);
+        if (!options_.output.empty())
+            write(in_hand);
+        else if (made_picture_ && !options_.quiet)
+            note("no -o: nothing was written");
     }
 
 private:
+    std::vector<Operation> parse() {
+        std::vector<std::string> calls = options_.calls;
+        has_input_ = !reads_as_call(options_.input);
+        if (!has_input_) calls.insert(calls.begin(), options_.input);
+        if (calls.empty()) throw wrong_usage("there is no call behind the file " + host::quoted(options_.input));
+        if (!has_input_ && options_.client) throw wrong_usage("--client needs a picture file to begin with");
+        std::vector<Operation> operations;
+        for (const std::string& call : calls)
+            operations.push_back(parse_operation(call, calls.size() > 1 ? operations.size() + 1 : 0));
+        return operations;
+    }
+
+    static CommandError wrong_usage(const std::string& message) { return {ExitStatus::wrong_usage, message}; }
+
+    // Finds what is wrong with the calls before any work. What client pictures give, another of them or a picture, is
+    // known only when it is there; what a call behind that means is seen then.
+    void check(const std::vector<Operation>& operations) {
+        std::string in_hand = has_input_ ? (options_.client ? kClientPicture : kPicture) : "";
+        bool known = true;
+        for (const Operation& operation : operations) {
+            const Binding binding = bind_operation(*session_, operation, in_hand, ExitStatus::wrong_usage);
+            const std::optional<host::Type>& result = binding.method->declaration.result;
+            if (!result || !is_picture_class(result->name)) continue;
+            known = known && (!binding.has_object() || !options_.client);
+            in_hand = known ? result->name : kClientPicture;
+        }
+        if (in_hand.empty() && !options_.output.empty()) throw wrong_usage("-o: none of the calls makes a picture");
+    }
+
+    static bool is_picture_class(const std::string& name) {
+        return host::same_name(name, kPicture) || host::same_name(name, kClientPicture);
+    }
+
     Value read() {
         const Value picture = read_picture(*session_, options_.input, options_.keep_depth);
         say(options_.input + ": " + describe(picture));
@@ -77,33 +137,39 @@ private:
 
     // Makes one call and returns the picture, or other value, that the next call is made on.
     Value apply(const Operation& operation, const Value& picture) {
-        const Outcome outcome = run_operation(*session_, operation, picture, options_.keep_depth);
-        const std::string& name = operation.call.name;
-        check(name, outcome);
+        const std::string in_hand = is_nil(picture) ? "" : host::type_name(picture);
+        const Binding binding = bind_operation(*session_, operation, in_hand, ExitStatus::operation_failed);
+        const std::string& name = binding.method->declaration.name;
+        const std::string label = operation.label(name);
+        const Outcome outcome = run_operation(*session_, operation, binding, picture, options_.keep_depth);
+        if (!options_.quiet)
+            for (const std::string& line : outcome.notes) note(label + ": " + line);
+        check(label, outcome);
         const bool gave_picture = as_picture(outcome.result) || is_client_picture(outcome.result);
+        made_picture_ = made_picture_ || gave_picture;
         const Value& now = gave_picture ? outcome.result : picture;
         char time[32];
-        std::snprintf(time, sizeof time, ", %.1f ms", outcome.milliseconds);
-        say(name + ": " + describe(now) + time);
+        std::snprintf(time, sizeof time, "%.1f ms", outcome.milliseconds);
+        say(name + ": " + (is_nil(now) ? "" : describe(now) + ", ") + time);
         if (outcome.declares_result && !gave_picture) std::cout << name << " = " << value_text(outcome.result) << '\n';
         for (const Outcome::Output& output : outcome.outputs)
             std::cout << output.name << " = " << value_text(output.value) << '\n';
         return now;
     }
 
-    // With an error code, an object is a result with a defect, and anything else is no result.
-    void check(const std::string& name, const Outcome& outcome) {
-        session_->show_complaints(name);
+    // An object in spite of a code is a result with a defect; anything else with a code is none.
+    void check(const std::string& label, const Outcome& outcome) {
+        session_->show_complaints(label);
         const bool gave_object = std::holds_alternative<host::ObjectRef>(outcome.result) && !is_nil(outcome.result);
         const std::string code = "error " + std::to_string(outcome.code) + ": " + session_->error_message(outcome.code);
-        if (outcome.code != 0 && gave_object) return warn(name + ": " + code);
-        if (outcome.code != 0) throw CommandError(ExitStatus::operation_failed, name + ": " + code);
+        if (outcome.code != 0 && gave_object) return warn(label + ": " + code);
+        if (outcome.code != 0) throw CommandError(ExitStatus::operation_failed, label + ": " + code);
         if (outcome.declares_result && is_nil(outcome.result))
-            throw CommandError(ExitStatus::operation_failed, name + " gave no result and no error code");
+            throw CommandError(ExitStatus::operation_failed, label + " gave no result and no error code");
     }
 
     void write(const Value& in_hand) {
-        const Value value = as_picture(in_hand) ? in_hand : converted(in_hand, "picture");
+        const Value value = as_picture(in_hand) ? in_hand : converted(in_hand, kPicture);
         const std::string lost = write_picture(*session_, std::get<host::ObjectRef>(value), options_.output);
         if (!options_.quiet) note(lost);
         say(options_.output + ": " + describe(value));
@@ -123,27 +189,22 @@ private:
 
     // Returns a text such as "640 x 480, 32 bits, mask".
     std::string describe(const Value& value) {
-        if (const Picture* picture = as_picture(value))
-            return size_text(picture->width(), picture->height(), picture->depth()) + (picture->mask() ? ", mask" : "");
-        return "client picture " +
-               size_text(property(value, "width"), property(value, "height"), property(value, "depth"));
-    }
-
-    static std::string size_text(int width, int height, int depth) {
-        return std::to_string(width) + " x " + std::to_string(height) + ", " + std::to_string(depth) +
-               (depth == 1 ? " bit" : " bits");
-    }
-
-    int property(const Value& value, const char* name) {
-        return std::get<std::int32_t>(session_->caller().get(value, name));
+        const Size size = size_of(*session_, value);
+        const Picture* picture = as_picture(value);
+        const int depth = picture ? picture->depth() : std::get<std::int32_t>(session_->caller().get(value, "depth"));
+        return (picture ? "" : "client picture ") + std::to_string(size.width) + " x " + std::to_string(size.height) +
+               ", " + std::to_string(depth) + (depth == 1 ? " bit" : " bits") +
+               (picture && picture->mask() ? ", mask" : "");
     }
 
     void say(const std::string& line) const {
-        if (!options_.quiet) std::cout << line << '\n';
+        if (!options_.quiet) std::cout << host::shown_lines(line) << '\n';
     }
 
     const ApplyOptions& options_;
-    PluginSession* session_ = nullptr;  // null unless the command runs
+    PluginSession* session_ = nullptr;  // only while running
+    bool has_input_ = false;
+    bool made_picture_ = false;
 };
 
 }  // namespace
@@ -152,8 +213,9 @@ void add_apply_command(CLI::App& tool) {
     const auto options = std::make_shared<ApplyOptions>();
     CLI::App* command = tool.add_subcommand("apply", "Apply operations to a picture, one after the other");
     command->footer(kCallHelp);
-    command->add_option("IN", options->input, "the picture file to begin with")->required();
-    command->add_option("CALL", options->calls, "the calls, in order")->required();
+    command->add_option("IN", options->input, "the picture file to begin with; a call that makes a picture needs none")
+        ->required();
+    command->add_option("CALL", options->calls, "the calls, in order");
     command->add_option("-o,--output", options->output, "the file for the result; without it nothing is written")
         ->type_name("OUT");
     command->add_flag("--keep-depth", options->keep_depth,

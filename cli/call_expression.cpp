@@ -1,10 +1,13 @@
 #include "call_expression.h"
 
 #include <algorithm>
-#include <type_traits>
+#include <array>
+#include <limits>
+#include <optional>
 
 #include "names.h"
 #include "scanner.h"
+#include "shown_text.h"
 
 namespace tarvo::cli {
 namespace {
@@ -31,17 +34,172 @@ bool looks_like_file(std::string_view word) {
     return word.find('/') != std::string_view::npos || (!extension.empty() && host::begins_name(extension.front()));
 }
 
+std::optional<Term::Kind> side_named(std::string_view name) {
+    if (same_name(name, "width")) return Term::Kind::width;
+    if (same_name(name, "height")) return Term::Kind::height;
+    return std::nullopt;
+}
+
+// True of a word that is a formula without blanks, brackets, + and *: "width", "1/2", "height-10". One number is none.
+bool reads_as_formula(std::string_view word) {
+    Scanner scanner(word);
+    bool computed = false;
+    for (;;) {
+        while (scanner.number_end() == scanner.position() && scanner.take('-')) computed = true;
+        const bool is_side = side_named(scanner.next_name()).has_value();
+        const std::size_t end = is_side ? scanner.position() + scanner.next_name().size() : scanner.number_end();
+        if (end == scanner.position()) return false;
+        scanner.move_to(end);
+        computed = computed || is_side;
+        if (scanner.at_end()) return computed;
+        if (!scanner.take('-') && !scanner.take('/')) return false;
+        computed = true;
+    }
+}
+
+struct FormRule {
+    std::string_view name;
+    Form::Kind kind;
+    std::size_t least, most;  // numbers
+    const char* number;       // what each is to be
+    const char* written;
+};
+
+constexpr std::size_t kAnyNumber = std::numeric_limits<std::size_t>::max();
+constexpr const char* kInteger = "an integer";
+constexpr const char* kReal = "a number";
+
+constexpr std::array<FormRule, 5> kForms = {{
+    {"rect", Form::Kind::rectangle, 4, 4, kInteger, "rect(left, top, width, height)"},
+    {"matrix", Form::Kind::matrix, 9, 9, kReal, "matrix(m00, m01, m02, m10, ..., m22)"},
+    {"convolution", Form::Kind::convolution, 0, kAnyNumber, kInteger, "convolution(coefficients)"},
+    {"fit", Form::Kind::fit, 1, 2, kInteger, "fit(side) or fit(width, height)"},
+    {"border", Form::Kind::border, 0, 1, kInteger, "border() or border(levels)"},
+}};
+
+constexpr const char* kFormNames = "rect(...), matrix(...), convolution(...), fit(...) or border(...)";
+
+// Puts operators and operands in postfix order. Nothing here calls itself, however deep brackets are nested.
+class FormulaParser {
+public:
+    explicit FormulaParser(Scanner& scanner) : scanner_(scanner) {}
+
+    Number parse(const char* expected) {
+        const std::size_t begin = scanner_.position();
+        const char* wanted = expected;
+        do {
+            operand(wanted);
+            wanted = "a number, width, height or \"(\"";
+        } while (take_operator());
+        if (brackets_ > 0) scanner_.fail_expecting("an operator or \")\"");
+        while (!waiting_.empty()) apply_waiting();
+        return {plain_value(), begin};
+    }
+
+private:
+    void operand(const char* expected) {
+        while (!take_number() && !take_side()) {
+            const std::size_t begin = scanner_.position();
+            if (scanner_.take('-'))
+                waiting_.push_back({Term::Kind::negate, 0, begin});
+            else if (scanner_.take('('))
+                open_bracket(begin);
+            else
+                scanner_.fail_expecting(expected);
+        }
+        while (brackets_ > 0 && scanner_.take(')')) close_bracket();
+    }
+
+    bool take_number() {
+        const std::size_t begin = scanner_.position();
+        if (!scanner_.next_is('&') && scanner_.number_end() == begin) return false;
+        const std::optional<host::Literal> literal = scanner_.take_literal();
+        if (const auto* integer = std::get_if<std::int32_t>(&*literal))
+            terms_.push_back({Term::Kind::integer, static_cast<double>(*integer), begin});
+        else if (const auto* real = std::get_if<double>(&*literal))
+            terms_.push_back({Term::Kind::real, *real, begin});
+        else
+            scanner_.move_to(begin);
+        return scanner_.position() > begin;
+    }
+
+    bool take_side() {
+        const std::size_t begin = scanner_.position();
+        const std::optional<Term::Kind> side = side_named(scanner_.next_name());
+        if (!side) return false;
+        scanner_.take_name();
+        terms_.push_back({*side, 0, begin});
+        return true;
+    }
+
+    bool take_operator() {
+        constexpr std::pair<char, Term::Kind> kOperators[] = {{'+', Term::Kind::add},
+                                                              {'-', Term::Kind::subtract},
+                                                              {'*', Term::Kind::multiply},
+                                                              {'/', Term::Kind::divide}};
+        const std::size_t begin = scanner_.position();
+        for (const auto& [sign, kind] : kOperators) {
+            if (!scanner_.take(sign)) continue;
+            while (!waiting_.empty() && binding(waiting_.back().kind) >= binding(kind)) apply_waiting();
+            waiting_.push_back({kind, 0, begin});
+            return true;
+        }
+        return false;
+    }
+
+    // An open bracket waits as an operand, which binds nothing.
+    static constexpr Term::Kind kBracket = Term::Kind::integer;
+
+    static int binding(Term::Kind kind) {
+        switch (kind) {
+            case Term::Kind::negate: return 3;
+            case Term::Kind::multiply:
+            case Term::Kind::divide: return 2;
+            case Term::Kind::add:
+            case Term::Kind::subtract: return 1;
+            default: return 0;
+        }
+    }
+
+    void open_bracket(std::size_t begin) {
+        waiting_.push_back({kBracket, 0, begin});
+        ++brackets_;
+    }
+
+    void close_bracket() {
+        while (waiting_.back().kind != kBracket) apply_waiting();
+        waiting_.pop_back();
+        --brackets_;
+    }
+
+    void apply_waiting() {
+        terms_.push_back(waiting_.back());
+        waiting_.pop_back();
+    }
+
+    std::variant<std::int32_t, double, Formula> plain_value() {
+        if (terms_.size() == 1 && terms_[0].kind == Term::Kind::integer)
+            return static_cast<std::int32_t>(terms_[0].number);
+        if (terms_.size() == 1 && terms_[0].kind == Term::Kind::real) return terms_[0].number;
+        return Formula{std::move(terms_)};
+    }
+
+    Scanner& scanner_;
+    std::vector<Term> terms_;
+    std::vector<Term> waiting_;  // operators and open brackets
+    std::size_t brackets_ = 0;
+};
+
 class Parser {
 public:
     explicit Parser(std::string_view text) : scanner_(text) {}
 
     CallExpression parse() {
         CallExpression call;
-        call.name = scanner_.take_name();
-        if (call.name.empty()) scanner_.fail_expecting("the name of an operation");
+        name_of(call);
         open_list();
         if (!scanner_.take(')')) {
-            do call.arguments.push_back(argument());
+            do call.arguments.push_back(argument(!call.arguments.empty() && !call.arguments.back().name.empty()));
             while (scanner_.take(','));
             close_list();
         }
@@ -50,6 +208,18 @@ public:
     }
 
 private:
+    // Programs write the object's variable and a dot in front of the name.
+    void name_of(CallExpression& call) {
+        take_name(call);
+        if (scanner_.take('.')) take_name(call);
+    }
+
+    void take_name(CallExpression& call) {
+        call.name_begin = scanner_.position();
+        call.name = scanner_.take_name();
+        if (call.name.empty()) scanner_.fail_expecting("the name of an operation");
+    }
+
     void open_list() {
         if (!scanner_.take('(')) scanner_.fail_expecting("\"(\"");
     }
@@ -58,21 +228,36 @@ private:
         if (!scanner_.take(')')) scanner_.fail_expecting("\",\" or \")\"");
     }
 
-    ArgumentExpression argument() {
+    ArgumentExpression argument(bool named_only) {
+        ArgumentExpression result;
+        result.begin = scanner_.position();
+        result.name = argument_name();
+        if (named_only && result.name.empty()) scanner_.fail_expecting("a name and \"=\", as the argument before has");
+        result.value_begin = scanner_.position();
+        result.value = expression();
+        result.value_end = scanner_.position();
+        return result;
+    }
+
+    // Empty, and nothing taken, where no "name =" is next.
+    std::string argument_name() {
         const std::size_t begin = scanner_.position();
-        return {expression(), scanner_.column_of(begin)};
+        const std::string_view name = scanner_.take_name();
+        if (!name.empty() && scanner_.take('=')) return std::string(name);
+        scanner_.move_to(begin);
+        return {};
     }
 
     Expression expression() {
         const std::string_view word = next_word();
-        if (same_name(word, "rect")) return rectangle();
-        if (same_name(word, "matrix")) return matrix();
-        if (same_name(word, "convolution")) return convolution();
-        if (is_file_name(word)) return file_name(word);
+        if (is_literal_keyword(word)) return *scanner_.take_literal();
+        const bool is_formula = !word.empty() && reads_as_formula(word);
+        if (!is_formula && is_file_name(word)) return form_or_file(word);
+        if (is_formula || begins_number()) return formula(is_formula ? word : "");
         if (const auto literal = scanner_.take_literal()) return *literal;
         scanner_.fail_expecting(
-            "a number, a color (&cRRGGBB), true, false, nil, a file name, a text in quotes, rect(...), matrix(...) or "
-            "convolution(...)");
+            std::string("a number, a color (&cRRGGBB), true, false, nil, a file name, a text in quotes, ") +
+            kFormNames);
     }
 
     // Returns the longest word that could be a file name; empty when something else is next.
@@ -83,7 +268,7 @@ private:
     }
 
     bool is_file_name(std::string_view word) {
-        if (word.empty() || is_literal_keyword(word)) return false;
+        if (word.empty()) return false;
         const std::size_t begin = scanner_.position();
         const std::size_t number_end = scanner_.number_end();
         const bool is_number = number_end >= begin + word.size();
@@ -91,56 +276,66 @@ private:
         return !is_number && (!begins_as_number || looks_like_file(word));
     }
 
-    FileName file_name(std::string_view word) {
+    bool begins_number() {
+        if (scanner_.next_is('&')) return !is_color();
+        return scanner_.next_is('(') || scanner_.next_is('-') || scanner_.number_end() > scanner_.position();
+    }
+
+    bool is_color() {
+        const std::string_view rest = scanner_.text().substr(scanner_.position());
+        return rest.size() > 1 && host::lower_case(rest[1]) == 'c';
+    }
+
+    // `word`: what a file name could be, too, if nothing follows it.
+    Expression formula(std::string_view word) {
         const std::size_t begin = scanner_.position();
         scanner_.move_to(begin + word.size());
-        if (scanner_.next_is('('))
-            scanner_.fail_at(begin, "expected rect(...), matrix(...) or convolution(...), found " +
-                                        host::quoted(std::string(word) + "("));
-        return {std::string(word)};
-    }
-    RectangleExpression rectangle() {
-        const auto sides = numbers<std::int32_t, 4>("rect(left, top, width, height)");
-        return {sides[0], sides[1], sides[2], sides[3]};
-    }
-
-    MatrixExpression matrix() { return {numbers<double, 9>("matrix(m00, m01, m02, m10, ..., m22)")}; }
-
-    ConvolutionExpression convolution() {
-        scanner_.take_name();
-        open_list();
-        ConvolutionExpression result;
-        if (scanner_.take(')')) return result;
-        do result.coefficients.push_back(number<std::int32_t>());
-        while (scanner_.take(','));
-        close_list();
-        return result;
-    }
-
-    // Takes a name and exactly kCount numbers in brackets. `form` shows, in messages, how they are to be written.
-    template <class Number, std::size_t kCount>
-    std::array<Number, kCount> numbers(const std::string& form) {
-        scanner_.take_name();
-        open_list();
-        std::array<Number, kCount> result{};
-        for (std::size_t i = 0; i < kCount; ++i) {
-            if (i > 0 && !scanner_.take(',')) scanner_.fail_expecting("\",\" and the next number of " + form);
-            result[i] = number<Number>();
-        }
-        if (!scanner_.take(')')) scanner_.fail_expecting("\")\" after the last number of " + form);
-        return result;
-    }
-
-    template <class Number>
-    Number number() {
-        const std::size_t begin = scanner_.position();
-        const auto literal = scanner_.take_literal();
-        if (literal) {
-            if (const auto* integer = std::get_if<std::int32_t>(&*literal)) return static_cast<Number>(*integer);
-            if (const auto* exact = std::get_if<Number>(&*literal)) return *exact;
-        }
+        const bool alone = scanner_.next_is(',') || scanner_.next_is(')');
         scanner_.move_to(begin);
-        scanner_.fail_expecting(std::is_same_v<Number, double> ? "a number" : "an integer");
+        const Number number = FormulaParser(scanner_).parse(kReal);
+        if (const auto* integer = std::get_if<std::int32_t>(&number.value)) return host::Literal(*integer);
+        if (const auto* real = std::get_if<double>(&number.value)) return host::Literal(*real);
+        Formula result = std::get<Formula>(number.value);
+        if (!word.empty() && alone) return FormulaOrFile{std::move(result), {std::string(word)}};
+        return result;
+    }
+
+    Expression form_or_file(std::string_view word) {
+        const std::size_t begin = scanner_.position();
+        scanner_.move_to(begin + word.size());
+        if (!scanner_.next_is('(')) return FileName{std::string(word)};
+        const auto rule = std::ranges::find_if(kForms, [&](const FormRule& r) { return same_name(r.name, word); });
+        if (rule == kForms.end())
+            scanner_.fail_at(
+                begin, std::string("expected ") + kFormNames + ", found " + host::quoted(std::string(word) + "("));
+        return form(*rule);
+    }
+
+    Form form(const FormRule& rule) {
+        open_list();
+        Form result{rule.kind, {}};
+        if (rule.least == 0 && scanner_.take(')')) return result;
+        for (;;) {
+            result.numbers.push_back(number(rule.number));
+            const std::size_t count = result.numbers.size();
+            if (count < rule.most && scanner_.take(',')) continue;
+            if (count >= rule.least && scanner_.take(')')) return result;
+            fail_behind_number(rule, count);
+        }
+    }
+
+    Number number(const char* expected) {
+        Number result = FormulaParser(scanner_).parse(expected);
+        if (expected == kReal || !std::holds_alternative<double>(result.value)) return result;
+        scanner_.move_to(result.position);
+        scanner_.fail_expecting(expected);
+    }
+
+    [[noreturn]] void fail_behind_number(const FormRule& rule, std::size_t count) {
+        const std::string written = rule.written;
+        if (count < rule.least) scanner_.fail_expecting("\",\" and the next number of " + written);
+        if (count == rule.most) scanner_.fail_expecting("\")\" after the last number of " + written);
+        scanner_.fail_expecting("\",\" or \")\"");
     }
 
     Scanner scanner_;
@@ -148,14 +343,14 @@ private:
 
 }  // namespace
 
-ExpressionError::ExpressionError(std::size_t column, std::string_view what)
-    : std::runtime_error("column " + std::to_string(column) + ": " + std::string(what)), column_(column) {}
+ExpressionError::ExpressionError(std::size_t position, std::size_t column, std::string_view what)
+    : PlacedError(position, "column " + std::to_string(column) + ": " + std::string(what)), column_(column) {}
 
 CallExpression parse_call(std::string_view text) {
     try {
         return Parser(text).parse();
     } catch (const host::ScanError& error) {
-        throw ExpressionError(error.column(), error.what());
+        throw ExpressionError(error.position(), error.column(), error.what());
     }
 }
 

@@ -3,19 +3,20 @@
 // One call as people write it for the tool:
 //
 //     TRV_AdjustContrast(rect(100,50,300,200), &c808080, 1.6, 1.6, 1.6, 0)
-//     TRV_Add("other photo.png", 0)
+//     p.Stretch(width / 2, height / 2)
+//     Add("other photo.png", yield = 0)
 //
-// Only the written form is read here: nothing is looked up, opened or called.
+// This is the written form only: nothing is looked up, opened, computed or called here. A call takes memory in
+// proportion to its text.
 
-#include <array>
 #include <cstddef>
-#include <cstdint>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <variant>
 #include <vector>
 
+#include "formula.h"
+#include "placed_error.h"
 #include "value.h"
 
 namespace tarvo::cli {
@@ -27,40 +28,48 @@ struct FileName {
     friend bool operator==(const FileName&, const FileName&) = default;
 };
 
-// rect(left, top, width, height).
-struct RectangleExpression {
-    std::int32_t left, top, width, height;
-    friend bool operator==(const RectangleExpression&, const RectangleExpression&) = default;
+// A bare word that is both: width, 1/2. What is wanted in its place decides.
+struct FormulaOrFile {
+    Formula formula;
+    FileName file;
+    friend bool operator==(const FormulaOrFile&, const FormulaOrFile&) = default;
 };
 
-// matrix(m00, m01, m02, m10, ..., m22).
-struct MatrixExpression {
-    std::array<double, 9> elements;
-    friend bool operator==(const MatrixExpression&, const MatrixExpression&) = default;
+// A name with numbers in brackets behind it, which stand for one value.
+struct Form {
+    enum class Kind {
+        rectangle,    // rect(left, top, width, height)
+        matrix,       // matrix(m00, m01, m02, m10, ..., m22)
+        convolution,  // convolution(1, 2, 1): any number of coefficients, also none
+        fit,          // fit(side), fit(width, height): stands for a width and a height
+        border,       // border(), border(levels): a rectangle
+    };
+    Kind kind;
+    std::vector<Number> numbers;
+    friend bool operator==(const Form&, const Form&) = default;
 };
 
-// convolution(1, 2, 1): any number of coefficients, also none.
-struct ConvolutionExpression {
-    std::vector<std::int32_t> coefficients;
-    friend bool operator==(const ConvolutionExpression&, const ConvolutionExpression&) = default;
-};
+// A number alone is a literal, never a formula.
+using Expression = std::variant<host::Literal, FileName, Formula, FormulaOrFile, Form>;
 
-using Expression = std::variant<host::Literal, FileName, RectangleExpression, MatrixExpression, ConvolutionExpression>;
-
+// Positions are in the call's text, in bytes from 0.
 struct ArgumentExpression {
+    std::string name;  // empty for an argument that its place tells
     Expression value;
-    std::size_t column;  // the character that it begins at, counted from 1
+    std::size_t begin;                   // of the name, if there is one
+    std::size_t value_begin, value_end;  // the end is where the next sign stands
 };
 
 struct CallExpression {
     std::string name;
-    std::vector<ArgumentExpression> arguments;
+    std::size_t name_begin;
+    std::vector<ArgumentExpression> arguments;  // those with names last
 };
 
-// The message is one line that says where, what was expected and what was found. `column` counts characters from 1.
-class ExpressionError : public std::runtime_error {
+// The message is one line: where, what was expected, what was found. `column` counts characters from 1.
+class ExpressionError : public PlacedError {
 public:
-    ExpressionError(std::size_t column, std::string_view what);
+    ExpressionError(std::size_t position, std::size_t column, std::string_view what);
     std::size_t column() const { return column_; }
 
 private:

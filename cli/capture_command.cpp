@@ -9,6 +9,7 @@
 #include "commands.h"
 #include "main_screen.h"
 #include "messages.h"
+#include "output_check.h"
 #include "picture_io.h"
 #include "plugin_session.h"
 
@@ -28,7 +29,7 @@ struct CaptureOptions {
 };
 
 void capture(const CaptureOptions& options) {
-    check_output_name(options.output);
+    check_output(options.output);
     PluginSession session(options.plugin);
     const auto screen = host::MainScreen::open(options.display);
     if (!screen) throw CommandError(ExitStatus::operation_failed, "there is no X display whose pixels can be read");

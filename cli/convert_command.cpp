@@ -7,6 +7,7 @@
 
 #include "commands.h"
 #include "messages.h"
+#include "output_check.h"
 #include "picture_io.h"
 #include "plugin_session.h"
 
@@ -24,7 +25,7 @@ struct ConvertOptions {
 };
 
 void convert(const ConvertOptions& options) {
-    check_output_name(options.output);
+    check_output(options.output);
     PluginSession session(options.plugin);
     const host::ObjectRef picture = read_picture(session, options.input, options.keep_depth);
     note(write_picture(session, picture, options.output));

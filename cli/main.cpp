@@ -6,9 +6,11 @@
 
 #include <exception>
 #include <iostream>
+#include <sstream>
 #include <string>
 
 #include "command_error.h"
+#include "command_line.h"
 #include "commands.h"
 #include "file_error.h"
 
@@ -19,13 +21,14 @@ using tarvo::cli::ExitStatus;
 
 constexpr const char* kExitStatuses =
     "Exit status:\n"
-    "  0  fine\n"
-    "  1  an operation failed, or the plugin refused the host; nothing was written\n"
-    "  2  wrong usage, or an error in the text of a call\n"
-    "  3  a file that cannot be read or written";
+    "  0    done\n"
+    "  1    an operation failed, or the plugin refused the host; nothing was written\n"
+    "  2    wrong use, of the command line or in the text of a call; nothing was read or written\n"
+    "  3    a file that cannot be read or written\n"
+    "  130  interrupted";
 
 ExitStatus fail(ExitStatus status, const std::string& message) {
-    std::cerr << "tarvo: " << message << '\n';
+    std::cerr << "tarvo: " << tarvo::cli::readable(message) << '\n';
     return status;
 }
 
@@ -41,11 +44,15 @@ ExitStatus run(int argc, char** argv) {
     tarvo::cli::add_help_command(tool);
     tarvo::cli::add_list_command(tool);
     try {
+        tarvo::cli::check_command(tool, argc, argv);
         tool.parse(argc, argv);
         if (!std::cout.flush()) return fail(ExitStatus::file_error, "the output cannot be written");
         return ExitStatus::fine;
     } catch (const CLI::ParseError& error) {
-        return tool.exit(error) == 0 ? ExitStatus::fine : ExitStatus::wrong_usage;
+        std::ostringstream message;
+        const bool helped = tool.exit(error, std::cout, message) == 0;
+        std::cerr << tarvo::cli::readable(message.str());
+        return helped ? ExitStatus::fine : ExitStatus::wrong_usage;
     } catch (const CommandError& error) {
         return fail(error.status(), error.what());
     } catch (const tarvo::host::FileError& error) {

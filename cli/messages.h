@@ -5,13 +5,15 @@
 #include <iostream>
 #include <string>
 
+#include "shown_text.h"
+
 namespace tarvo::cli {
 
-inline void warn(const std::string& line) { std::cerr << "warning: " << line << '\n'; }
+inline void warn(const std::string& line) { std::cerr << "warning: " << host::shown_lines(line) << '\n'; }
 
 // Writes the line, unless it is empty.
 inline void note(const std::string& line) {
-    if (!line.empty()) std::cerr << "note: " << line << '\n';
+    if (!line.empty()) std::cerr << "note: " << host::shown_lines(line) << '\n';
 }
 
 }  // namespace tarvo::cli

@@ -1,219 +1,259 @@
 #include "operation.h"
 
-#include <algorithm>
 #include <chrono>
+#include <cmath>
+#include <numeric>
+#include <optional>
 #include <variant>
 
-#include "command_error.h"
-#include "names.h"
+#include "border.h"
+#include "excerpt.h"
 #include "picture_io.h"
-#include "scanner.h"
+#include "shown_text.h"
+#include "value_text.h"
 
 namespace tarvo::cli {
 
-using host::Callable;
+using host::Color;
 using host::Literal;
 using host::ObjectRef;
 using host::Parameter;
+using host::Picture;
 using host::TypeKind;
 using host::Value;
 
 namespace {
 
-CommandError call_error(const std::string& text, std::size_t column, const std::string& message) {
-    std::string line = text;
-    std::ranges::replace_if(
-        line, [](char c) { return static_cast<unsigned char>(c) < ' '; }, ' ');
-    return {ExitStatus::wrong_usage, message + "\n  " + line + "\n  " + std::string(column - 1, ' ') + '^'};
+CommandError call_error(ExitStatus status, const Operation& operation, std::string_view name, const char* message,
+                        std::size_t position) {
+    const std::string label = operation.label(name);
+    return {status, label + (label.empty() ? "" : ": ") + message + '\n' + excerpt(operation.text, position)};
 }
 
-// Returns an error that points at the call's name.
-CommandError name_error(const Operation& operation, const std::string& message) {
-    return call_error(operation.text, operation.text.find_first_not_of(" \t") + 1, message);
-}
-
-// The methods that a call can mean, going by its name and the number of its arguments.
-class Meanings {
+// Makes the values that the parameters of a call get.
+class ValueMaker {
 public:
-    Meanings(const host::Caller& caller, const CallExpression& call) {
-        for (const Callable& callable : caller.callables())
-            if (host::same_name(callable.declaration.name, call.name)) callables_.push_back(&callable);
-        known_ = !callables_.empty();
-        plain_ = known_ && std::ranges::all_of(callables_, is_plain);
-        std::erase_if(callables_, [&](const Callable* c) { return !takes(*c, call.arguments.size()); });
-    }
+    ValueMaker(PluginSession& session, const Operation& operation, const Binding& binding, const Value& in_hand,
+               bool keep_depth)
+        : session_(session),
+          operation_(operation),
+          binding_(binding),
+          in_hand_(in_hand),
+          size_(size_of(session, in_hand)),
+          keep_depth_(keep_depth) {}
 
-    // Whether any method has that name.
-    bool known() const { return known_; }
-    // Whether the call has no object.
-    bool plain() const { return plain_; }
-
-    bool declares_result() const {
-        return std::ranges::any_of(callables_, [](const Callable* c) { return c->declaration.result.has_value(); });
-    }
-
-    // Returns the ByRef parameter that an argument is for; null if it is for another sort of parameter.
-    const Parameter* output(std::size_t argument) const {
-        return find(argument, [](const Parameter& parameter) { return parameter.by_ref; });
-    }
-
-    bool wants_object(std::size_t argument) const {
-        return find(argument, [](const Parameter& parameter) { return parameter.type.kind == TypeKind::object; });
-    }
-
-    // Returns what an argument may be, such as "integer or color"; empty when no method takes so many arguments.
-    std::string wanted_types(std::size_t argument) const {
-        std::vector<std::string> types;
-        for (const Callable* callable : callables_) {
-            std::string type = host::to_string(parameter(*callable, argument).type);
-            if (std::ranges::find(types, type) == types.end()) types.push_back(std::move(type));
-        }
-        std::string text;
-        for (const std::string& type : types) text += (text.empty() ? "" : " or ") + type;
-        return text;
-    }
-
-private:
-    static bool is_plain(const Callable* callable) { return callable->owner.empty() && !callable->extends(); }
-
-    std::size_t first_parameter() const { return plain_ ? 0 : 1; }
-
-    bool takes(const Callable& callable, std::size_t arguments) const {
-        const bool has_object = !callable.owner.empty() || callable.extends();
-        const std::size_t count = arguments + first_parameter();
-        if (has_object == plain_ || count > callable.parameters.size()) return false;
-        return count == callable.parameters.size() || callable.parameters[count].default_value;
-    }
-
-    const Parameter& parameter(const Callable& callable, std::size_t argument) const {
-        return callable.parameters[argument + first_parameter()];
-    }
-
-    template <class Test>
-    const Parameter* find(std::size_t argument, Test test) const {
-        for (const Callable* callable : callables_)
-            if (test(parameter(*callable, argument))) return &parameter(*callable, argument);
-        return nullptr;
-    }
-
-    std::vector<const Callable*> callables_;
-    bool known_ = false;
-    bool plain_ = false;
-};
-
-// Makes the values that written arguments stand for.
-class ArgumentReader {
-public:
-    ArgumentReader(PluginSession& session, const Operation& operation, const Meanings& meanings, bool keep_depth)
-        : session_(session), operation_(operation), meanings_(meanings), keep_depth_(keep_depth) {}
-
-    std::vector<Value> read() {
+    std::vector<Value> make() {
         std::vector<Value> values;
-        for (index_ = 0; index_ < operation_.call.arguments.size(); ++index_) {
-            const Expression& written = operation_.call.arguments[index_].value;
-            const Parameter* output = meanings_.output(index_);
-            values.push_back(output ? variable(output->type, written) : std::visit(*this, written));
+        for (std::size_t i = 0; i < binding_.fillings.size(); ++i) {
+            parameter_ = &binding_.method->parameters[i];
+            values.push_back(value_for(binding_.fillings[i]));
         }
         return values;
     }
 
+    std::vector<std::string> take_notes() { return std::move(notes_); }
+
     Value operator()(const Literal& literal) {
         const auto* text = std::get_if<std::string>(&literal);
-        if (text && meanings_.wants_object(index_)) return picture(*text);
-        return session_.caller().value_of(literal);
+        if (text && parameter_->type.kind != TypeKind::string) return picture(*text);
+        const Value value = session_.caller().value_of(literal);
+        note_if_odd(value);
+        return value;
     }
 
-    Value operator()(const FileName& name) {
-        const std::string wanted = meanings_.wanted_types(index_);
-        if (!wanted.empty() && !meanings_.wants_object(index_))
-            throw argument_error("expected " + wanted + ", found the file name " + host::quoted(name.path));
-        return picture(name.path);
+    Value operator()(const FileName& file) { return picture(file.path); }
+
+    Value operator()(const Formula& formula) {
+        if (parameter_->type.kind == TypeKind::integer) return integer_value(formula, size_);
+        return real_value(formula, size_);
     }
 
-    Value operator()(const RectangleExpression& rectangle) {
-        const Value made = instance("TRV_Rectangle");
-        session_.caller().set(made, "left", rectangle.left);
-        session_.caller().set(made, "top", rectangle.top);
-        session_.caller().set(made, "width", rectangle.width);
-        session_.caller().set(made, "height", rectangle.height);
-        return made;
+    Value operator()(const FormulaOrFile& both) {
+        return parameter_->type.is_object() ? (*this)(both.file) : (*this)(both.formula);
     }
 
-    Value operator()(const MatrixExpression& matrix) {
-        const Value made = instance("TRV_ColorMatrix");
-        for (std::int32_t i = 0; i < 9; ++i) {
-            Value place[] = {i / 3, i % 3};
-            session_.caller().assign(made, "Value", place, matrix.elements[static_cast<std::size_t>(i)]);
+    Value operator()(const Form& form) {
+        switch (form.kind) {
+            case Form::Kind::rectangle: {
+                const std::vector<std::int32_t> sides = integers(form);
+                return rectangle({sides[0], sides[1], sides[2], sides[3]});
+            }
+            case Form::Kind::border: return rectangle(without_border(form));
+            case Form::Kind::matrix: return matrix(form);
+            case Form::Kind::convolution: return convolution(integers(form));
+            case Form::Kind::fit: break;  // two parameters' worth: see value_for
         }
-        return made;
-    }
-
-    Value operator()(const ConvolutionExpression& convolution) {
-        const Value made = instance("TRV_Convolution");
-        Value coefficients[] = {session_.host().new_integer_array(convolution.coefficients)};
-        session_.caller().call_on(made, "SetCoefficients", coefficients);
-        return made;
+        return {};
     }
 
 private:
-    // Returns a variable for a ByRef argument. It begins with the literal's value if that fits, else with 0 or false.
-    Value variable(const host::Type& type, const Expression& written) {
+    Value value_for(const Filling& filling) {
+        argument_ = operation_.call.arguments.data() + filling.argument;
+        switch (filling.source) {
+            case Filling::Source::object: return in_hand_;
+            case Filling::Source::fitted_width: return fitted_size().width;
+            case Filling::Source::fitted_height: return fitted_size().height;
+            case Filling::Source::default_value: return session_.caller().value_of(*default_of(*parameter_));
+            case Filling::Source::variable: return variable({});
+            case Filling::Source::argument: break;
+        }
+        return parameter_->by_ref ? variable(argument_->value) : std::visit(*this, argument_->value);
+    }
+
+    Size fitted_size() const { return fitted(std::get<Form>(argument_->value).numbers, size_); }
+
+    // For what comes back: begins as the literal says, if it can, else as 0 or false.
+    Value variable(const Expression& written) {
         if (const auto* literal = std::get_if<Literal>(&written))
-            if (const auto fitted = host::fit(session_.caller().value_of(*literal), type)) return fitted->value;
-        return type.kind == TypeKind::boolean ? Value(false) : host::fit(0, type)->value;
+            if (const auto fitted = host::fit(session_.caller().value_of(*literal), parameter_->type))
+                return fitted->value;
+        return parameter_->type.kind == TypeKind::boolean ? Value(false) : host::fit(0, parameter_->type)->value;
     }
 
     Value picture(const std::string& path) { return read_picture(session_, path, keep_depth_); }
 
     Value instance(const std::string& class_name) {
         ObjectRef made = session_.host().new_instance(class_name);
-        if (!made) throw argument_error("the plugin has no class " + class_name);
+        if (!made) throw PlacedError(argument_->value_begin, "the plugin has no class " + class_name);
         return made;
     }
 
-    CommandError argument_error(const std::string& message) const {
-        return call_error(operation_.text, operation_.call.arguments[index_].column, message);
+    Value rectangle(const Area& area) {
+        const Value made = instance("TRV_Rectangle");
+        session_.caller().set(made, "left", area.left);
+        session_.caller().set(made, "top", area.top);
+        session_.caller().set(made, "width", area.width);
+        session_.caller().set(made, "height", area.height);
+        return made;
+    }
+
+    Area without_border(const Form& form) {
+        const std::int32_t levels = form.numbers.empty() ? 0 : integer_value(form.numbers[0], size_);
+        if (levels < 0) throw PlacedError(form.numbers[0].position, "a border cannot be within less than 0 levels");
+        const Value picture = session_.caller().convert(in_hand_, host::type_named("picture"));
+        const auto area = inside_border(dynamic_cast<const Picture&>(*std::get<ObjectRef>(picture).get()), levels);
+        if (!area)
+            throw PlacedError(argument_->value_begin,
+                              "nothing is left without the border: the whole picture has the corner's color");
+        return *area;
+    }
+
+    Value matrix(const Form& form) {
+        const Value made = instance("TRV_ColorMatrix");
+        for (std::int32_t i = 0; i < 9; ++i) {
+            Value place[] = {i / 3, i % 3};
+            const double element = real_value(form.numbers[static_cast<std::size_t>(i)], size_);
+            session_.caller().assign(made, "Value", place, element);
+        }
+        return made;
+    }
+
+    Value convolution(const std::vector<std::int32_t>& coefficients) {
+        const Value made = instance("TRV_Convolution");
+        Value argument[] = {session_.host().new_integer_array(coefficients)};
+        session_.caller().call_on(made, "SetCoefficients", argument);
+        note_if_odd(coefficients);
+        return made;
+    }
+
+    std::vector<std::int32_t> integers(const Form& form) const {
+        std::vector<std::int32_t> result;
+        for (const Number& number : form.numbers) result.push_back(integer_value(number, size_));
+        return result;
+    }
+
+    void note(const std::string& text) { notes_.push_back(parameter_->name + ": " + text); }
+
+    // Literals that the language takes for something else than what they are.
+    void note_if_odd(const Value& value) {
+        const auto* real = std::get_if<double>(&value);
+        const bool cut = real && parameter_->type.kind == TypeKind::integer && *real != std::trunc(*real);
+        const auto fitted = host::fit(value, parameter_->type);
+        if (!fitted || fitted->fit != host::Fit::loose || host::is_nil(value) || (real && !cut)) return;
+        note(value_text(value) + (cut ? " is cut to " : " is taken for ") + value_text(fitted->value));
+    }
+
+    void note_if_odd(const std::vector<std::int32_t>& coefficients) {
+        constexpr std::size_t kMost = 21;
+        const std::size_t count = coefficients.size();
+        if (count > kMost || (count % 2 == 0 && count > 0))
+            note("a convolution takes an odd number of coefficients, at most " + std::to_string(kMost) + "; these " +
+                 std::to_string(count) + " are ignored");
+        else if (std::accumulate(coefficients.begin(), coefficients.end(), std::int64_t{0}) == 0)
+            note("the coefficients add up to 0: such a convolution changes nothing");
     }
 
     PluginSession& session_;
     const Operation& operation_;
-    const Meanings& meanings_;
+    const Binding& binding_;
+    const Value& in_hand_;
+    const Size size_;
     const bool keep_depth_;
-    std::size_t index_ = 0;
+    std::vector<std::string> notes_;
+    const Parameter* parameter_ = nullptr;  // the one whose value is made, and the argument for it
+    const ArgumentExpression* argument_ = nullptr;
 };
 
 }  // namespace
 
-Operation parse_operation(const std::string& text) {
+std::string Operation::label(std::string_view name) const {
+    const std::string shown_name = host::shown(host::beginning(name, 40));
+    if (number == 0) return shown_name;
+    return "call " + std::to_string(number) + (shown_name.empty() ? "" : ", ") + shown_name;
+}
+
+Operation parse_operation(const std::string& text, std::size_t number) {
+    Operation operation{text, {}, number};
     try {
-        return {text, parse_call(text)};
+        operation.call = parse_call(text);
+        return operation;
     } catch (const ExpressionError& error) {
-        throw call_error(text, error.column(), error.what());
+        throw call_error(ExitStatus::wrong_usage, operation, "", error.what(), error.position());
     }
 }
 
-void check_known(PluginSession& session, const Operation& operation) {
-    const std::string& name = operation.call.name;
-    if (!Meanings(session.caller(), operation.call).known()) throw name_error(operation, "there is no method " + name);
+Binding bind_operation(PluginSession& session, const Operation& operation, std::string_view in_hand,
+                       ExitStatus if_wrong) {
+    try {
+        return bind_call(session.caller(), operation.call, operation.text, in_hand);
+    } catch (const PlacedError& error) {
+        const std::vector<const host::Callable*> methods = methods_named(session.caller(), operation.call.name);
+        const std::string_view known_name = methods.empty() ? "" : std::string_view(methods.front()->declaration.name);
+        throw call_error(if_wrong, operation, known_name, error.what(), error.position());
+    }
 }
 
-Outcome run_operation(PluginSession& session, const Operation& operation, const Value& self, bool keep_depth) {
-    const Meanings meanings(session.caller(), operation.call);
+Size size_of(PluginSession& session, const Value& picture) {
+    if (host::is_nil(picture)) return {};
+    if (const auto* pixels = dynamic_cast<const Picture*>(std::get<ObjectRef>(picture).get()))
+        return {pixels->width(), pixels->height()};
+    const auto side = [&](const char* name) { return std::get<std::int32_t>(session.caller().get(picture, name)); };
+    return {side("width"), side("height")};
+}
+
+Outcome run_operation(PluginSession& session, const Operation& operation, const Binding& binding, const Value& in_hand,
+                      bool keep_depth) {
+    const std::string& name = binding.method->declaration.name;
     try {
-        std::vector<Value> arguments = ArgumentReader(session, operation, meanings, keep_depth).read();
+        ValueMaker maker(session, operation, binding, in_hand, keep_depth);
+        std::vector<Value> values = maker.make();
         Outcome outcome;
-        outcome.declares_result = meanings.declares_result();
+        outcome.notes = maker.take_notes();
+        outcome.declares_result = binding.method->declaration.result.has_value();
         const auto begin = std::chrono::steady_clock::now();
-        outcome.result = meanings.plain() ? session.caller().call(operation.call.name, arguments)
-                                          : session.caller().call_on(self, operation.call.name, arguments);
+        outcome.result = session.caller().invoke(*binding.method, values);
         outcome.milliseconds =
             std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count();
         outcome.code = session.last_error();
-        for (std::size_t i = 0; i < arguments.size(); ++i)
-            if (const Parameter* output = meanings.output(i)) outcome.outputs.push_back({output->name, arguments[i]});
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            const Parameter& parameter = binding.method->parameters[i];
+            if (parameter.by_ref) outcome.outputs.push_back({parameter.name, values[i]});
+        }
         return outcome;
+    } catch (const PlacedError& error) {
+        throw call_error(ExitStatus::operation_failed, operation, name, error.what(), error.position());
     } catch (const host::CallError& error) {
-        throw name_error(operation, error.what());
+        throw call_error(ExitStatus::operation_failed, operation, name, error.what(), operation.call.name_begin);
     }
 }
 

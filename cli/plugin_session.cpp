@@ -8,6 +8,7 @@
 #include "command_error.h"
 #include "messages.h"
 #include "names.h"
+#include "shown_text.h"
 
 namespace tarvo::cli {
 
@@ -30,7 +31,9 @@ std::string library_of_this_tool() {
 }
 
 host::Host& loaded(host::Host& host, const PluginOptions& options) {
-    host.on_message_box = [](const std::string& text) { std::cerr << "message box: " << text << '\n'; };
+    host.on_message_box = [](const std::string& text) {
+        std::cerr << "message box: " << host::shown_lines(text) << '\n';
+    };
     const std::string path = options.path.empty() ? library_of_this_tool() : options.path;
     try {
         if (host.load_plugin(path)) return host;

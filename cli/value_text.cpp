@@ -1,24 +1,18 @@
 #include "value_text.h"
 
-#include <algorithm>
 #include <charconv>
 #include <cstdio>
 #include <string_view>
 #include <variant>
 
+#include "shown_text.h"
+
 namespace tarvo::cli {
 
 namespace {
 
-bool is_text(std::string_view bytes) {
-    return std::ranges::none_of(bytes, [](char c) {
-        const auto byte = static_cast<unsigned char>(c);
-        return (byte < ' ' && byte != '\n' && byte != '\r' && byte != '\t') || byte == 0x7F;
-    });
-}
-
-// Returns a text whose lines end with a line feed, whatever they ended with before.
-std::string shown(std::string_view text) {
+// A text ends its lines in whatever way its makers liked.
+std::string with_line_ends(std::string_view text) {
     std::string result;
     for (std::size_t i = 0; i < text.size(); ++i) {
         const bool half_of_pair = text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n';
@@ -47,7 +41,8 @@ struct ValueText {
     std::string operator()(const host::ObjectRef& object) const {
         if (!object) return "nil";
         if (const auto* text = dynamic_cast<const host::StringObject*>(object.get()))
-            return is_text(text->bytes()) ? shown(text->bytes()) : bytes("string", text->bytes().size());
+            return host::is_plain_text(text->bytes()) ? with_line_ends(text->bytes())
+                                                      : bytes("string", text->bytes().size());
         if (const auto* block = dynamic_cast<const host::MemoryBlock*>(object.get()))
             return bytes("MemoryBlock", block->bytes.size());
         return "a " + host::class_name(*object.get());

@@ -1,7 +1,6 @@
 #include "caller.h"
 
 #include <algorithm>
-#include <functional>
 #include <type_traits>
 #include <utility>
 
@@ -81,7 +80,7 @@ std::string Caller::describe_call(std::string_view name, const Arguments& argume
 
 // --- finding what is called -----------------------------------------------------------------------------------------
 
-Caller::Candidates Caller::named(std::string_view name) const {
+std::vector<const Callable*> Caller::named(std::string_view name) const {
     const auto found = by_name_.find(folded(name));
     return found == by_name_.end() ? Candidates{} : found->second;
 }
@@ -111,12 +110,14 @@ std::optional<Fit> Caller::fit_of(const Value& argument, const Parameter& parame
     return std::nullopt;
 }
 
-std::optional<Caller::Match> Caller::match(const Callable& callable, const Arguments& arguments) const {
+std::optional<Caller::CallableMatch> Caller::match(const Callable& callable, const Arguments& arguments) const {
     const std::vector<Parameter>& parameters = callable.parameters;
     const std::size_t count = arguments.values.size();
     if (count > parameters.size()) return std::nullopt;
     if (count < parameters.size() && !parameters[count].default_value) return std::nullopt;
-    Match result{&callable, {}, parameters.size() - count};
+    CallableMatch result;
+    result.callable = &callable;
+    result.defaults = parameters.size() - count;
     for (std::size_t i = 0; i < count; ++i) {
         const std::optional<Fit> fit = fit_of(arguments.values[i], parameters[i]);
         if (!fit) return std::nullopt;
@@ -127,22 +128,15 @@ std::optional<Caller::Match> Caller::match(const Callable& callable, const Argum
 
 const Callable& Caller::choose(const Candidates& candidates, std::string_view name, const Arguments& arguments) const {
     if (candidates.empty()) throw CallError("there is no method for " + describe_call(name, arguments));
-    std::vector<Match> matches;
+    std::vector<CallableMatch> matches;
     for (const Callable* candidate : candidates)
-        if (std::optional<Match> found = match(*candidate, arguments)) matches.push_back(std::move(*found));
+        if (std::optional<CallableMatch> found = match(*candidate, arguments)) matches.push_back(std::move(*found));
     if (matches.empty())
         throw CallError("no method takes " + describe_call(name, arguments) + "; there is" + list_of(candidates));
 
-    const auto beats = [](const Match& a, const Match& b) {
-        const bool as_good = std::equal(a.fits.begin(), a.fits.end(), b.fits.begin(), std::less_equal<>{});
-        return as_good && (a.fits != b.fits || a.defaults < b.defaults);
-    };
-    for (const Match& match : matches) {
-        const auto yields = [&](const Match& other) { return &other == &match || beats(match, other); };
-        if (std::all_of(matches.begin(), matches.end(), yields)) return *match.callable;
-    }
+    if (const CallableMatch* best = best_match(matches)) return *best->callable;
     Candidates equals;
-    for (const Match& match : matches) equals.push_back(match.callable);
+    for (const CallableMatch& match : matches) equals.push_back(match.callable);
     throw CallError("several methods take " + describe_call(name, arguments) + " equally well:" + list_of(equals));
 }
 
@@ -220,21 +214,26 @@ void Caller::set(const Value& self, std::string_view name, const Value& value) {
 
 // --- conversions ----------------------------------------------------------------------------------------------------
 
-// Returns null when neither the value's class nor the wanted one has a conversion.
+std::optional<Fit> Caller::fit_of_class(std::string_view class_name, const Type& type) const {
+    if (same_name(class_name, to_string(type))) return Fit::exact;
+    if (!type.array && conversion_between(class_name, type)) return Fit::converted;
+    return std::nullopt;
+}
+
+// Null when neither the value's class nor the wanted one has a conversion.
 const Callable* Caller::conversion(const Value& value, const Type& type) const {
-    if (is_nil(value) || type.array) return nullptr;
-    const std::string value_type = type_name(value);
+    return is_nil(value) || type.array ? nullptr : conversion_between(type_name(value), type);
+}
+
+const Callable* Caller::conversion_between(std::string_view value_type, const Type& type) const {
     for (const Callable* callable : named(kConversionName)) {
         const std::optional<Type>& result = callable->declaration.result;
         const std::vector<Parameter>& parameters = callable->parameters;
         const bool from_value = parameters.size() == 1 && result && same_name(callable->owner, value_type) &&
                                 same_name(result->name, type.name);
-        const auto takes_value = [&] {
-            const std::optional<FittedValue> fitted = fit(value, parameters[1].type);
-            return fitted && fitted->fit == Fit::exact;
-        };
-        if (from_value) return callable;
-        if (parameters.size() == 2 && same_name(callable->owner, type.name) && takes_value()) return callable;
+        const bool takes_value = parameters.size() == 2 && same_name(callable->owner, type.name) &&
+                                 same_name(to_string(parameters[1].type), value_type);
+        if (from_value || takes_value) return callable;
     }
     return nullptr;
 }

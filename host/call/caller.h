@@ -44,9 +44,8 @@ struct Callable {
 // said it would be; where a declaration wants another class, conversions (`operator_convert`) of the object's or the
 // wanted class are tried.
 //
-// Of several methods with the same name, one is called that every argument fits at least as well as any other method,
-// and some argument better (see Fit); among equals, the one that fills in fewer defaults. If there is no such method,
-// the call is refused. ByRef arguments fit only exactly.
+// Of several methods of a name, the best match is called (see Match); if there is none, the call is refused. ByRef
+// arguments fit only exactly.
 class Caller {
 public:
     // Throws DeclarationError when a registered declaration cannot be parsed.
@@ -73,6 +72,10 @@ public:
 
     // Everything that can be called, in order of registration, class members after the global methods.
     const std::deque<Callable>& callables() const { return callables_; }
+    // Those of one name, in the same order.
+    std::vector<const Callable*> named(std::string_view name) const;
+    // How a value of the class (its name as `type_name` gives it) fits the type: exactly, by a conversion, or not.
+    std::optional<Fit> fit_of_class(std::string_view class_name, const Type& type) const;
     Host& host() { return host_; }
 
 private:
@@ -88,23 +91,21 @@ private:
         std::span<Value> variables;
     };
     using Candidates = std::vector<const Callable*>;
-    struct Match {
+    struct CallableMatch : Match {
         const Callable* callable;
-        std::vector<Fit> fits;
-        std::size_t defaults;
     };
 
     static std::string describe_call(std::string_view name, const Arguments& arguments);
 
     void add(const RegisteredMethod& method, const RegisteredClass* owner);
-    Candidates named(std::string_view name) const;
     Candidates members_named(const Value& self, std::string_view name) const;
     const RegisteredProperty& property_named(const Value& self, std::string_view name) const;
 
     std::optional<Fit> fit_of(const Value& argument, const Parameter& parameter) const;
-    std::optional<Match> match(const Callable& callable, const Arguments& arguments) const;
+    std::optional<CallableMatch> match(const Callable& callable, const Arguments& arguments) const;
     const Callable& choose(const Candidates& candidates, std::string_view name, const Arguments& arguments) const;
     const Callable* conversion(const Value& value, const Type& type) const;
+    const Callable* conversion_between(std::string_view value_type, const Type& type) const;
     Value run_conversion(const Callable& conversion, const Value& value, const Type& type);
     // Calls the method's function, or its setter if there is a value to assign.
     Value run(const Callable& callable, const Arguments& arguments, const Value* assigned = nullptr);

@@ -2,8 +2,12 @@
 
 // The language's own conversions of values to a declared type, without those that classes define.
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
+#include <vector>
 
 #include "declaration.h"
 #include "value.h"
@@ -27,7 +31,29 @@ struct FittedValue {
 // Fit::converted.
 std::optional<FittedValue> fit(const Value& value, const Type& type);
 
-// Truncates toward zero. NaN and what is too small give the most negative integer, what is too large the largest.
+// How one method takes the arguments of a call.
+struct Match {
+    std::vector<Fit> fits;     // one an argument
+    std::size_t defaults = 0;  // parameters that no argument is for
+};
+
+// Of several matches of the same arguments, the one that every argument fits at least as well as it fits any other, and
+// one argument better; among equals, the one that fills in fewer defaults. Null if there is no such one. `AMatch` is a
+// Match, or derived from it.
+template <class AMatch>
+const AMatch* best_match(const std::vector<AMatch>& matches) {
+    const auto beats = [](const Match& a, const Match& b) {
+        const bool as_good = std::equal(a.fits.begin(), a.fits.end(), b.fits.begin(), std::less_equal<>{});
+        return as_good && (a.fits != b.fits || a.defaults < b.defaults);
+    };
+    for (const AMatch& match : matches) {
+        const auto yields = [&](const AMatch& other) { return &other == &match || beats(match, other); };
+        if (std::all_of(matches.begin(), matches.end(), yields)) return &match;
+    }
+    return nullptr;
+}
+
+// Toward zero; NaN and what is too small give the most negative integer, what is too large the largest.
 std::int32_t truncated(double value);
 
 }  // namespace tarvo::host

@@ -6,6 +6,7 @@
 
 #include "names.h"
 #include "scanner.h"
+#include "shown_text.h"
 
 namespace tarvo::host {
 namespace {

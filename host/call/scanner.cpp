@@ -2,14 +2,12 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cstdio>
 
 #include "names.h"
+#include "shown_text.h"
 
 namespace tarvo::host {
 namespace {
-
-bool is_continuation_byte(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
 
 template <class Condition>
 std::size_t end_of_run(std::string_view text, std::size_t begin, Condition belongs) {
@@ -36,22 +34,6 @@ int base_of(char prefix) {
 }
 
 }  // namespace
-
-std::string quoted(std::string_view bytes) {
-    constexpr std::size_t kLongest = 40;
-    std::size_t length = std::min(bytes.size(), kLongest);
-    while (length < bytes.size() && is_continuation_byte(bytes[length])) ++length;
-    std::string result = "\"";
-    for (const char c : bytes.substr(0, length)) {
-        const unsigned byte = static_cast<unsigned char>(c);
-        char spelled[] = "\\x00";
-        if (byte < 0x20 || byte == 0x7F)
-            result.append(spelled, static_cast<std::size_t>(std::snprintf(spelled, sizeof spelled, "\\x%02X", byte)));
-        else
-            result += c;
-    }
-    return result + (length < bytes.size() ? "..." : "") + '"';
-}
 
 std::size_t Scanner::position() {
     position_ = end_of_run(text_, position_, [](char c) { return c == ' ' || c == '\t'; });
@@ -186,7 +168,7 @@ void Scanner::fail_expecting(std::string_view expected) {
 }
 
 void Scanner::fail_at(std::size_t position, const std::string& message) const {
-    throw ScanError(column_of(position), message);
+    throw ScanError(position, column_of(position), message);
 }
 
 std::size_t Scanner::column_of(std::size_t position) const {

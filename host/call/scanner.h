@@ -12,14 +12,16 @@
 
 namespace tarvo::host {
 
-// `column` counts characters from 1.
+// `position` counts bytes from 0, `column` characters from 1.
 class ScanError : public std::runtime_error {
 public:
-    ScanError(std::size_t column, const std::string& what) : std::runtime_error(what), column_(column) {}
+    ScanError(std::size_t position, std::size_t column, const std::string& what)
+        : std::runtime_error(what), position_(position), column_(column) {}
+    std::size_t position() const { return position_; }
     std::size_t column() const { return column_; }
 
 private:
-    std::size_t column_;
+    std::size_t position_, column_;
 };
 
 // The text must outlive the scanner. Blanks and tabs between pieces are skipped; positions count bytes from 0.
@@ -31,7 +33,7 @@ public:
     std::size_t position();
     void move_to(std::size_t position) { position_ = position; }
     std::string_view text() const { return text_; }
-    // The number of the character at a position, counted from 1. The text is UTF-8.
+    // In characters (UTF-8) from 1. Counts them all: for messages only.
     std::size_t column_of(std::size_t position) const;
 
     bool at_end() { return position() == text_.size(); }
@@ -62,8 +64,5 @@ private:
     std::string_view text_;
     std::size_t position_ = 0;
 };
-
-// Returns the bytes between quotes for a message of one line: long ones are cut, control characters are spelled out.
-std::string quoted(std::string_view bytes);
 
 }  // namespace tarvo::host

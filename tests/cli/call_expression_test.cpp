@@ -24,27 +24,57 @@ Expression literal(Literal value) { return value; }
 Expression text(std::string value) { return Literal(std::move(value)); }
 Expression file(std::string path) { return FileName{std::move(path)}; }
 
+// The numbers of a form, computed for a picture of 300 by 200.
+std::vector<double> numbers(const std::string& text, Form::Kind kind) {
+    const auto form = std::get<Form>(argument(text));
+    EXPECT_EQ(form.kind, kind) << text;
+    std::vector<double> result;
+    for (const Number& number : form.numbers) result.push_back(real_value(number, {300, 200}));
+    return result;
+}
+
 TEST(CallExpression, AWholeCall) {
-    const CallExpression call = parse_call("TRV_AdjustContrast(rect(100,50,300,200), &c808080, 1.6, 1.6, 1.6, 0)");
+    const std::string text = "TRV_AdjustContrast(rect(100,50,300,200), &c808080, 1.6, 1.6, 1.6, 0)";
+    const CallExpression call = parse_call(text);
     EXPECT_EQ(call.name, "TRV_AdjustContrast");
     ASSERT_EQ(call.arguments.size(), 6u);
-    EXPECT_EQ(call.arguments[0].value, Expression(RectangleExpression{100, 50, 300, 200}));
+    EXPECT_TRUE(std::holds_alternative<Form>(call.arguments[0].value));
     EXPECT_EQ(call.arguments[1].value, literal(Color{0x808080}));
     EXPECT_EQ(call.arguments[2].value, literal(1.6));
     EXPECT_EQ(call.arguments[5].value, literal(0));
-    const std::size_t columns[] = {20, 42, 52, 57, 62, 67};
-    for (std::size_t i = 0; i < 6; ++i) EXPECT_EQ(call.arguments[i].column, columns[i]);
+    const std::size_t begins[] = {19, 41, 51, 56, 61, 66}, ends[] = {39, 49, 54, 59, 64, 67};
+    for (std::size_t i = 0; i < 6; ++i) {
+        EXPECT_EQ(call.arguments[i].name, "");
+        EXPECT_EQ(call.arguments[i].begin, begins[i]);
+        EXPECT_EQ(call.arguments[i].value_begin, begins[i]);
+        EXPECT_EQ(call.arguments[i].value_end, ends[i]);
+    }
 }
 
 TEST(CallExpression, BlanksAndEmptyCalls) {
     EXPECT_TRUE(parse_call("F()").arguments.empty());
     EXPECT_TRUE(parse_call(" \tF ( ) ").arguments.empty());
     EXPECT_EQ(parse_call("F(1 ,2\t, 3 )").arguments.size(), 3u);
-    EXPECT_EQ(argument(" rect ( 1 , -2 , 3 , 4 ) "), Expression(RectangleExpression{1, -2, 3, 4}));
+    EXPECT_EQ(numbers(" rect ( 1 , -2 , 3 , 4 ) ", Form::Kind::rectangle), (std::vector<double>{1, -2, 3, 4}));
 }
 
-TEST(CallExpression, ColumnsCountCharacters) {
-    EXPECT_EQ(parse_call("F(\"\xC3\xA4\xE2\x82\xAC\", 5)").arguments[1].column, 9u);
+TEST(CallExpression, AnObjectMayStandInFront) {
+    for (const char* text : {"p.F(1)", "  photo . F(1)"}) EXPECT_EQ(parse_call(text).name, "F") << text;
+    EXPECT_EQ(parse_call("p.F(1)").name_begin, 2u);
+    EXPECT_THROW(parse_call("a.b.F(1)"), ExpressionError);
+    EXPECT_THROW(parse_call("p.(1)"), ExpressionError);
+}
+
+TEST(CallExpression, ArgumentsWithNames) {
+    const CallExpression call = parse_call("F(1, center = &c808080, Width=width, x = \"a = b\", y=photo.png)");
+    ASSERT_EQ(call.arguments.size(), 5u);
+    const char* names[] = {"", "center", "Width", "x", "y"};
+    for (std::size_t i = 0; i < 5; ++i) EXPECT_EQ(call.arguments[i].name, names[i]);
+    EXPECT_EQ(call.arguments[1].begin, 5u);
+    EXPECT_EQ(call.arguments[1].value_begin, 14u);
+    EXPECT_EQ(call.arguments[1].value, literal(Color{0x808080}));
+    EXPECT_EQ(call.arguments[3].value, text("a = b"));
+    EXPECT_EQ(call.arguments[4].value, file("photo.png"));
 }
 
 TEST(CallExpression, Integers) {
@@ -89,17 +119,74 @@ TEST(CallExpression, TextInQuotes) {
 TEST(CallExpression, FileNames) {
     for (const char* path :
          {"photo.png", "photo", "../mask.pgm", "~/a_b-c.PNM", "/pictures/x", ".hidden", "..", "true.png", "rect.png",
-          "nil2", "2010.png", "2010-05-01.jpg", "1/2", "-5.png", "1e3.pam", "1.5/x", "inf", "\xC3\xA4.png", "_"}) {
+          "nil2", "2010.png", "2010-05-01.jpg", "1/2.png", "-5.png", "1e3.pam", "1.5/x", "inf", "\xC3\xA4.png", "_"}) {
         EXPECT_EQ(argument(path), file(path));
     }
     EXPECT_EQ(parse_call("F(a.png,b.png)").arguments.size(), 2u);
 }
 
-TEST(CallExpression, MatricesAndConvolutions) {
-    EXPECT_EQ(argument("Matrix(1, 0.5, -1, .25, 1e1, 0, 7, 8, &h9)"),
-              Expression(MatrixExpression{{1, 0.5, -1, 0.25, 10, 0, 7, 8, 9}}));
-    EXPECT_EQ(argument("convolution(1,2,-1)"), Expression(ConvolutionExpression{{1, 2, -1}}));
-    EXPECT_EQ(argument("CONVOLUTION()"), Expression(ConvolutionExpression{}));
+TEST(CallExpression, Forms) {
+    EXPECT_EQ(numbers("Matrix(1, 0.5, -1, .25, 1e1, 0, 7, 8, &h9)", Form::Kind::matrix),
+              (std::vector<double>{1, 0.5, -1, 0.25, 10, 0, 7, 8, 9}));
+    EXPECT_EQ(numbers("convolution(1,2,-1)", Form::Kind::convolution), (std::vector<double>{1, 2, -1}));
+    EXPECT_TRUE(numbers("CONVOLUTION()", Form::Kind::convolution).empty());
+    EXPECT_EQ(numbers("fit(200)", Form::Kind::fit), std::vector<double>{200});
+    EXPECT_EQ(numbers("fit(width * 2, 600)", Form::Kind::fit), (std::vector<double>{600, 600}));
+    EXPECT_TRUE(numbers("border()", Form::Kind::border).empty());
+    EXPECT_EQ(numbers("Border(8)", Form::Kind::border), std::vector<double>{8});
+    EXPECT_EQ(numbers("rect(width/4, (height-100)/2, width*0.5, 7)", Form::Kind::rectangle),
+              (std::vector<double>{75, 50, 150, 7}));
+}
+
+TEST(CallExpression, NamesOfFormsAloneAreFiles) {
+    for (const char* word : {"rect", "fit", "border", "matrix"}) EXPECT_EQ(argument(word), file(word));
+}
+
+TEST(CallExpression, Formulas) {
+    const struct {
+        const char* text;
+        double value;
+    } rows[] = {
+        {"(5)*2", 10},         {"1+2*3", 7},           {"(1+2)*3", 9},
+        {"10-4-3", 3},         {"100/10/5", 2},        {"2*-3", -6},
+        {"-2*3", -6},          {"- (2 + 3) * 2", -10}, {"--5", 5},
+        {"1 - -2", 3},         {"1 -2", -1},           {"-width + 1", -299},
+        {"width", 300},        {"HEIGHT", 200},        {"height * 200 / width", 400.0 / 3},
+        {"width/height", 1.5}, {"((((width))))", 300}, {"&hFF + 1", 256},
+        {"1e2 * 1.5", 150},    {"1e-2 + 1", 1.01},     {"2147483647 * 2147483647", 2147483647.0 * 2147483647.0},
+    };
+    for (const auto& [text, value] : rows) {
+        const Expression expression = argument(text);
+        const auto* both = std::get_if<FormulaOrFile>(&expression);
+        const auto* formula = both ? &both->formula : std::get_if<Formula>(&expression);
+        ASSERT_TRUE(formula) << text;
+        EXPECT_DOUBLE_EQ(real_value(*formula, {300, 200}), value) << text;
+    }
+}
+
+TEST(CallExpression, BracketsAroundANumberLeaveTheNumber) {
+    EXPECT_EQ(argument("((7))"), literal(7));
+    EXPECT_EQ(argument("(1.5)"), literal(1.5));
+}
+
+TEST(CallExpression, WordsThatAreFormulasAndFiles) {
+    for (const char* word : {"1/2", "width", "height-10", "2010-05", "width/2/2", "-width", "--5"}) {
+        const Expression expression = argument(word);
+        ASSERT_TRUE(std::holds_alternative<FormulaOrFile>(expression)) << word;
+        EXPECT_EQ(std::get<FormulaOrFile>(expression).file.path, word);
+    }
+    EXPECT_TRUE(std::holds_alternative<Formula>(argument("width - 10")));
+    EXPECT_TRUE(std::holds_alternative<Formula>(argument("1/2*3")));
+    EXPECT_EQ(argument("width.png"), file("width.png"));
+    EXPECT_EQ(argument("height/2.png"), file("height/2.png"));
+}
+
+// Nothing grows with the depth of brackets but memory in proportion to the text.
+TEST(CallExpression, DeepBracketsAreTaken) {
+    const std::string open(200000, '('), close(200000, ')'), minus(200000, '-');
+    EXPECT_EQ(argument(open + "7" + close), literal(7));
+    EXPECT_EQ(integer_value(std::get<Formula>(argument(minus + "(7)")), {}), 7);
+    EXPECT_THROW(argument(open + "7"), ExpressionError);
 }
 
 struct BadRow {
@@ -110,7 +197,7 @@ struct BadRow {
 
 #define ANY_ARGUMENT                                                                                      \
     "expected a number, a color (&cRRGGBB), true, false, nil, a file name, a text in quotes, rect(...), " \
-    "matrix(...) or convolution(...), found "
+    "matrix(...), convolution(...), fit(...) or border(...), found "
 
 constexpr BadRow kBadRows[] = {
     {"", 1, "expected the name of an operation, found the end"},
@@ -122,7 +209,19 @@ constexpr BadRow kBadRows[] = {
     {"F(,1)", 3, ANY_ARGUMENT "\",\""},
     {"F(1,)", 5, ANY_ARGUMENT "\")\""},
     {"F(+1)", 3, ANY_ARGUMENT "\"+\""},
-    {"F(-)", 3, ANY_ARGUMENT "\"-\""},
+    {"F(-)", 4, "expected a number, found \")\""},
+    {"F(1 +)", 6, "expected a number, width, height or \"(\", found \")\""},
+    {"F((1 + 2", 9, "expected an operator or \")\", found the end"},
+    {"F(width +depth)", 10, "expected a number, width, height or \"(\", found \"depth\""},
+    {"F(2 * &c000000)", 7, "expected a number, width, height or \"(\", found \"&\""},
+    {"F(a = 1, 2)", 10, "expected a name and \"=\", as the argument before has, found \"2\""},
+    {"F(a = )", 7, ANY_ARGUMENT "\")\""},
+    {"F(= 1)", 3, ANY_ARGUMENT "\"=\""},
+    {"p.", 3, "expected the name of an operation, found the end"},
+    {"F(fit())", 7, "expected an integer, found \")\""},
+    {"F(fit(1,2,3))", 10, "expected \")\" after the last number of fit(side) or fit(width, height), found \",\""},
+    {"F(border(1,2))", 11, "expected \")\" after the last number of border() or border(levels), found \",\""},
+    {"F(border(2.5))", 10, "expected an integer, found \"2.5\""},
     {"F(1", 4, "expected \",\" or \")\", found the end"},
     {"F(1 2)", 5, "expected \",\" or \")\", found \"2\""},
     {"F(a.png b.png)", 9, "expected \",\" or \")\", found \"b\""},
@@ -144,7 +243,6 @@ constexpr BadRow kBadRows[] = {
     {"F(&)", 3, "expected &h, &o, &b or &c with digits, found \"&\""},
     {"F(&o8)", 3, "expected an integer of 32 bits in base 8, found \"&o8\""},
     {"F(1, \"a)", 6, "expected a quote at the end of the text that begins here"},
-    {"F(rect)", 7, "expected \"(\", found \")\""},
     {"F(rect())", 8, "expected an integer, found \")\""},
     {"F(rect(1,2,3))", 13, "expected \",\" and the next number of rect(left, top, width, height), found \")\""},
     {"F(rect(1,2,3,4,5))", 15, "expected \")\" after the last number of rect(left, top, width, height), found \",\""},
@@ -156,7 +254,8 @@ constexpr BadRow kBadRows[] = {
     {"F(convolution(1,2.5))", 17, "expected an integer, found \"2.5\""},
     {"F(convolution(1,))", 17, "expected an integer, found \")\""},
     {"F(convolution(1 2))", 17, "expected \",\" or \")\", found \"2\""},
-    {"F(square(1,2))", 3, "expected rect(...), matrix(...) or convolution(...), found \"square(\""},
+    {"F(square(1,2))", 3,
+     "expected rect(...), matrix(...), convolution(...), fit(...) or border(...), found \"square(\""},
     {"F(\"\xC3\xA4\", *)", 8, ANY_ARGUMENT "\"*\""},
 };
 
@@ -187,8 +286,10 @@ TEST(CallExpression, MessagesAreOneShortLine) {
 // Cutting a call anywhere before its end is an error inside the text.
 TEST(CallExpression, EveryBeginningIsRefused) {
     const std::string whole =
-        "F(rect(1,2,3,4), &c102030, \"a\"\"b\", -1.5e3, matrix(1,2,3,4,5,6,7,8,9), ../a.png, nil)";
-    EXPECT_EQ(parse_call(whole).arguments.size(), 7u);
+        "p.F(rect(1,2,3,4), &c102030, \"a\"\"b\", -1.5e3, matrix(1,2,3,4,5,6,7,8,9), ../a.png, (1 + width) * 2, c = "
+        "fit(1, "
+        "2))";
+    EXPECT_EQ(parse_call(whole).arguments.size(), 8u);
     for (std::size_t length = 0; length < whole.size(); ++length) {
         try {
             parse_call(std::string_view(whole).substr(0, length));

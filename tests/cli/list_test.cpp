@@ -63,14 +63,19 @@ TEST_F(ListTest, LoadsThePluginThatIsNamed) {
 
 TEST_F(ListTest, WrongUsageIsTold) {
     EXPECT_EQ(tool({}).status, 2);
-    EXPECT_EQ(tool({"lst"}).status, 2);
+    const Ending unknown = tool({"lst"});
+    EXPECT_EQ(unknown.status, 2);
+    EXPECT_EQ(unknown.err, "tarvo: there is no command \"lst\"; did you mean list?\n");
+    EXPECT_EQ(tool({"in.png", "out.png"}).err, "tarvo: there is no command \"in.png\"\n");
     EXPECT_EQ(tool({"list", "--nonsense"}).status, 2);
     EXPECT_EQ(tool({"list", "--host-version", "new"}).status, 2);
     EXPECT_NE(tool({"list", "--nonsense"}).err, "");
 
     const Ending help = tool({"--help"});
     EXPECT_EQ(help.status, 0);
-    EXPECT_TRUE(holds(help.out, "Exit status:\n  0  fine\n")) << help.out;
+    EXPECT_TRUE(holds(help.out, "Exit status:\n  0    done\n  1    an operation failed")) << help.out;
+    for (const char* status : {"\n  2    wrong use", "\n  3    a file that", "\n  130  interrupted\n"})
+        EXPECT_TRUE(holds(help.out, status)) << help.out;
     EXPECT_TRUE(holds(help.out, "apply")) << help.out;
 }
 

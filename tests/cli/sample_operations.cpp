@@ -78,6 +78,19 @@ void show(REALpictureStruct*) {
     service<void(REALstringStruct*)>("REALUnlockString")(text);
 }
 
+int area(REALpictureStruct*, REALobjectStruct*) { return 0; }
+
+// Two forms that both take `second` alone.
+int twice_a(REALpictureStruct*, int, int second) {
+    g_error = 0;
+    return second;
+}
+
+int twice_b(REALpictureStruct*, int, int third) {
+    g_error = 0;
+    return third;
+}
+
 double halves(int count) { return count * 0.5; }
 
 void misuse(REALpictureStruct*) {
@@ -161,6 +174,11 @@ const REALmethodDefinition g_methods[] = {
     method(color_number, "ColorNumber(extends p as picture, c as color) as integer"),
     method(show, "Show(extends p as picture)"),
     method(halves, "Halves(count as integer) as double"),
+    method(area, "Area(extends p as picture, r as TRV_Rectangle) as integer"),
+    method(twice_a, "Twice(extends p as picture, yield as integer, second as integer) as integer"),
+    method(twice_b, "Twice(extends p as picture, second as integer, third as integer = 0) as integer"),
+    method(area, "Store(extends p as picture, block as MemoryBlock) as integer"),
+    method(area, "Total(extends p as picture, values() as integer) as integer"),
     method(misuse, "Misuse(extends p as picture)"),
     method(convert_to_picture, "TRV_ConvertToPicture(extends s as string) as picture"),
     method(capture_screen, "TRV_ScreenCapture(extends s as screen, r as TRV_Rectangle) as picture"),

@@ -1,0 +1,17 @@
+#pragma once
+
+// Wrong use of the command line, told to people.
+
+#include <CLI/App.hpp>
+
+#include <string>
+
+namespace tarvo::cli {
+
+// Throws CommandError when the first word names none of the tool's commands.
+void check_command(const CLI::App& tool, int argc, const char* const* argv);
+
+// Fit for a terminal, whatever was in it, and no longer than people read.
+std::string readable(const std::string& message);
+
+}  // namespace tarvo::cli
