@@ -65,7 +65,8 @@ const Picture* as_picture(const Value& value) {
 
 bool is_client_picture(const Value& value) { return host::same_name(host::type_name(value), kClientPicture); }
 
-// A file may have any name: what is a file, or ends as one behind a bracket, is none.
+// Whether the first word is a call and no file. A file may have any name, so that a file that exists is one, and so is
+// what goes on with a dot behind the last bracket.
 bool reads_as_call(const std::string& word) {
     host::Scanner scanner(word);
     bool named = !scanner.take_name().empty();
@@ -110,8 +111,9 @@ private:
 
     static CommandError wrong_usage(const std::string& message) { return {ExitStatus::wrong_usage, message}; }
 
-    // Finds what is wrong with the calls before any work. What client pictures give, another of them or a picture, is
-    // known only when it is there; what a call behind that means is seen then.
+    // Finds what is wrong with the calls before any work. Whether a call on a client picture returns another one or a
+    // picture is not known before it is made. Calls behind it are checked as calls on client pictures, which can be
+    // converted, and bound again when they are made.
     void check(const std::vector<Operation>& operations) {
         std::string in_hand = has_input_ ? (options_.client ? kClientPicture : kPicture) : "";
         bool known = true;
@@ -157,7 +159,7 @@ private:
         return now;
     }
 
-    // An object in spite of a code is a result with a defect; anything else with a code is none.
+    // With an error code, an object is a result with a defect, and anything else is no result.
     void check(const std::string& label, const Outcome& outcome) {
         session_->show_complaints(label);
         const bool gave_object = std::holds_alternative<host::ObjectRef>(outcome.result) && !is_nil(outcome.result);
@@ -202,7 +204,7 @@ private:
     }
 
     const ApplyOptions& options_;
-    PluginSession* session_ = nullptr;  // only while running
+    PluginSession* session_ = nullptr;  // null unless the command runs
     bool has_input_ = false;
     bool made_picture_ = false;
 };

@@ -15,7 +15,7 @@ public:
 
     bool is_row(int y) const { return first_inside(y, picture_.width()) == picture_.width(); }
 
-    // The first pixel of the row that is no border's, or `end`.
+    // Returns the first place before `end` with another colour than the border's; `end` if there is none.
     int first_inside(int y, int end) const {
         const std::uint8_t* row = picture_.row(y);
         int x = 0;
@@ -23,7 +23,7 @@ public:
         return x;
     }
 
-    // The place behind the last such pixel, or `begin`.
+    // Returns the place behind the last one, not before `begin`, with another colour; `begin` if there is none.
     int end_of_inside(int y, int begin) const {
         const std::uint8_t* row = picture_.row(y);
         int x = picture_.width();

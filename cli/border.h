@@ -1,6 +1,6 @@
 #pragma once
 
-// The plain border of a picture: the rows and columns at its edges that have the colour of its first pixel.
+// Finds the plain border of a picture: the rows and columns at its edges that have the colour of its first pixel.
 
 #include <cstdint>
 #include <optional>
@@ -14,8 +14,8 @@ struct Area {
     friend bool operator==(const Area&, const Area&) = default;
 };
 
-// What is left without it. A pixel belongs to the border's rows and columns if no channel is further than `levels` from
-// the first pixel's. None when the whole picture is border, has no pixels, or none that can be read.
+// Returns the picture's area without its border. A pixel has the border's colour if no channel differs from the first
+// pixel's by more than `levels`. Returns none when nothing is left, or when the picture has no pixels to read.
 std::optional<Area> inside_border(const host::Picture& picture, std::int32_t levels);
 
 }  // namespace tarvo::cli

@@ -34,7 +34,7 @@ std::string_view without_prefix(std::string_view name) {
     return prefixed ? name.substr(kPrefix.size()) : name;
 }
 
-// "a or b", each once.
+// Returns a text such as "a or b", without repetitions.
 std::string alternatives(const std::vector<std::string>& texts) {
     std::vector<std::string_view> told;
     std::string result;
@@ -76,7 +76,7 @@ std::string found_text(const ArgumentExpression& argument, std::string_view text
     return host::shown(kept) + (kept.size() < source.size() ? "..." : "");
 }
 
-// How well an expression fits a type that is not ByRef.
+// Returns how well an expression fits the type of a parameter that is not ByRef.
 struct FitToType {
     const Caller& caller;
     const Type& type;
@@ -129,12 +129,12 @@ struct FitToType {
 // Why a method does not take a call.
 struct Failure {
     enum Rank : std::size_t { wrong_object, wrong_count, first_argument };
-    std::size_t rank;  // how much of the call the method takes before
+    std::size_t rank;  // the higher, the more of the call the method would take
     std::size_t position;
     std::string message;
-    std::string parameter = {}, wanted = {};  // of an argument of a wrong type; `message` is what was found
+    std::string parameter = {}, wanted = {};  // set for an argument of a wrong type; `message` says what was found
     const Callable* method = nullptr;
-    bool other_object = false;  // the method is for another class than the object's
+    bool other_object = false;  // whether the method is for objects of another class
 
     std::string text() const {
         return parameter.empty() ? message : parameter + ": expected " + wanted + ", " + message;
@@ -145,7 +145,7 @@ struct BoundCall : host::Match {
     Binding binding;
 };
 
-// "TRV_Stretch(width, height, [yield])": what may be left out is in brackets.
+// Returns a text such as "TRV_Stretch(width, height, [yield])". What may be left out is in brackets.
 std::string form_of(const Callable& method) {
     std::string list;
     for (const Parameter& parameter : method.declaration.parameters) {
@@ -160,7 +160,7 @@ bool is_side(const Parameter& parameter, std::string_view name) {
     return parameter.type.kind == TypeKind::integer && !parameter.type.array && same_name(parameter.name, name);
 }
 
-// Lays the arguments of a call out on the parameters of one method.
+// Lays out the arguments of a call on the parameters of one method.
 class Layout {
 public:
     Layout(const Caller& caller, const CallExpression& call, std::string_view text, const Callable& method)
@@ -210,7 +210,7 @@ private:
         put_value(argument, place);
     }
 
-    // Stands for two.
+    // Fills two parameters with one argument.
     void put_fit(const ArgumentExpression& argument) {
         const bool fits = argument.name.empty() && next_ + 1 < parameters().size() &&
                           is_side(parameters()[next_], "width") && is_side(parameters()[next_ + 1], "height");
@@ -289,8 +289,8 @@ PlacedError unknown_name(const Caller& caller, const CallExpression& call) {
                                             did_you_mean(closest_name(call.name, names)));
 }
 
-// What the methods that came furthest say. Every operation has a twin for the host's other kind of picture: the twins
-// are told of only when there is nothing else.
+// Returns what the methods that would take most of the call say. Most operations have a twin for another class of
+// pictures; twins for other classes than the object's are mentioned only when there is nothing else.
 PlacedError no_match(std::vector<Failure> failures) {
     if (!std::ranges::all_of(failures, &Failure::other_object)) std::erase_if(failures, &Failure::other_object);
     const std::size_t furthest = std::ranges::max(failures, {}, &Failure::rank).rank;
@@ -311,7 +311,7 @@ PlacedError no_match(std::vector<Failure> failures) {
     return {first.position, "none of these takes the call:" + list};
 }
 
-// Of the methods with an object if there are any; else of the plain ones.
+// Removes plain functions if any method of the name has an object.
 std::vector<const Callable*> meant(std::vector<const Callable*> methods) {
     if (!std::ranges::all_of(methods, is_plain)) std::erase_if(methods, is_plain);
     return methods;
@@ -398,7 +398,7 @@ Binding bind_call(const Caller& caller, const CallExpression& call, std::string_
             failures.push_back(std::move(std::get<Failure>(result)));
     }
     if (matches.empty()) throw no_match(std::move(failures));
-    // What takes the object as it is goes before what takes it converted.
+    // A method that takes the object as it is goes before one for which it would be converted.
     const auto is_own = [](const BoundCall& match) { return match.fits.empty() || match.fits[0] == Fit::exact; };
     if (!plain && std::ranges::any_of(matches, is_own)) std::erase_if(matches, std::not_fn(is_own));
     const BoundCall* best = host::best_match(matches);

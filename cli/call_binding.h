@@ -1,6 +1,6 @@
 #pragma once
 
-// What a written call means: which method, and what each of its parameters gets. Nothing is read, made or called here.
+// Finds what a written call means: which method, and what each of its parameters gets. Nothing is read, made or called.
 
 #include <cstddef>
 #include <optional>
@@ -16,33 +16,33 @@ namespace tarvo::cli {
 // What a parameter gets.
 struct Filling {
     enum class Source {
-        object,         // that the call is made on
-        argument,       // the value of one
-        fitted_width,   // of an argument fit(...)
-        fitted_height,  // likewise
-        default_value,  // see default_of
-        variable,       // a new one, for what a ByRef parameter gives back
+        object,         // the object that the call is made on
+        argument,       // the value of an argument
+        fitted_width,   // the width that an argument fit(...) stands for
+        fitted_height,  // its height
+        default_value,  // what default_of returns
+        variable,       // a new variable, in which a ByRef parameter returns something
     };
     Source source;
-    std::size_t argument = 0;  // which of the call's
+    std::size_t argument = 0;  // the index of the call's argument, for those three
 };
 
 struct Binding {
     const host::Callable* method;
-    std::vector<Filling> fillings;  // one a parameter
+    std::vector<Filling> fillings;  // one for each parameter
 
     bool has_object() const { return !fillings.empty() && fillings[0].source == Filling::Source::object; }
 };
 
-// What a parameter gets when no argument is for it; none when there must be one.
+// Returns what a parameter gets that no argument is for; none when there must be an argument.
 std::optional<host::Literal> default_of(const host::Parameter& parameter);
 
-// The methods of a name as people write it: with TRV_ in front or without.
+// Returns the methods of a name as people write it: with TRV_ in front or without.
 std::vector<const host::Callable*> methods_named(const host::Caller& caller, std::string_view name);
 
-// `text` is what the call was parsed from, `in_hand` the class of the picture that the call can be made on; empty for
-// none. If all methods of the name are plain functions the call needs no picture. Numbers that can be computed without
-// a picture are. Throws PlacedError, also when several methods take the call equally well.
+// `text` is what the call was parsed from, and `in_hand` the class of the picture that the call can be made on; it is
+// empty if there is no picture, which only methods without an object allow. Numbers that need no picture are computed,
+// for their errors. Throws PlacedError, also when several methods take the call equally well.
 Binding bind_call(const host::Caller& caller, const CallExpression& call, std::string_view text,
                   std::string_view in_hand);
 

@@ -40,7 +40,7 @@ std::optional<Term::Kind> side_named(std::string_view name) {
     return std::nullopt;
 }
 
-// True of a word that is a formula without blanks, brackets, + and *: "width", "1/2", "height-10". One number is none.
+// Whether a word is a formula, as "width", "1/2" and "height-10" are. A single number is none.
 bool reads_as_formula(std::string_view word) {
     Scanner scanner(word);
     bool computed = false;
@@ -60,9 +60,9 @@ bool reads_as_formula(std::string_view word) {
 struct FormRule {
     std::string_view name;
     Form::Kind kind;
-    std::size_t least, most;  // numbers
-    const char* number;       // what each is to be
-    const char* written;
+    std::size_t least, most;  // how many numbers it takes
+    const char* number;       // what each number is to be, in words
+    const char* written;      // how the form is written, for messages
 };
 
 constexpr std::size_t kAnyNumber = std::numeric_limits<std::size_t>::max();
@@ -79,7 +79,7 @@ constexpr std::array<FormRule, 5> kForms = {{
 
 constexpr const char* kFormNames = "rect(...), matrix(...), convolution(...), fit(...) or border(...)";
 
-// Puts operators and operands in postfix order. Nothing here calls itself, however deep brackets are nested.
+// Puts operators and operands in postfix order. It does not recurse, so that brackets may be nested to any depth.
 class FormulaParser {
 public:
     explicit FormulaParser(Scanner& scanner) : scanner_(scanner) {}
@@ -147,7 +147,7 @@ private:
         return false;
     }
 
-    // An open bracket waits as an operand, which binds nothing.
+    // An open bracket waits as a kind of term that is no operator and so binds nothing.
     static constexpr Term::Kind kBracket = Term::Kind::integer;
 
     static int binding(Term::Kind kind) {
@@ -208,7 +208,7 @@ public:
     }
 
 private:
-    // Programs write the object's variable and a dot in front of the name.
+    // Takes the name, before which programs write the object's variable and a dot.
     void name_of(CallExpression& call) {
         take_name(call);
         if (scanner_.take('.')) take_name(call);
@@ -239,7 +239,7 @@ private:
         return result;
     }
 
-    // Empty, and nothing taken, where no "name =" is next.
+    // Returns an empty name and takes nothing when no "name =" is next.
     std::string argument_name() {
         const std::size_t begin = scanner_.position();
         const std::string_view name = scanner_.take_name();
@@ -286,7 +286,7 @@ private:
         return rest.size() > 1 && host::lower_case(rest[1]) == 'c';
     }
 
-    // `word`: what a file name could be, too, if nothing follows it.
+    // `word` is the beginning that could be a file name if nothing followed it; empty when there is none.
     Expression formula(std::string_view word) {
         const std::size_t begin = scanner_.position();
         scanner_.move_to(begin + word.size());

@@ -6,8 +6,8 @@
 //     p.Stretch(width / 2, height / 2)
 //     Add("other photo.png", yield = 0)
 //
-// This is the written form only: nothing is looked up, opened, computed or called here. A call takes memory in
-// proportion to its text.
+// Only the written form is read here: nothing is looked up, opened, computed or called. Time and memory are in
+// proportion to the text.
 
 #include <cstddef>
 #include <string>
@@ -28,45 +28,45 @@ struct FileName {
     friend bool operator==(const FileName&, const FileName&) = default;
 };
 
-// A bare word that is both: width, 1/2. What is wanted in its place decides.
+// A bare word that can be read as both, such as width or 1/2. What is wanted in its place decides.
 struct FormulaOrFile {
     Formula formula;
     FileName file;
     friend bool operator==(const FormulaOrFile&, const FormulaOrFile&) = default;
 };
 
-// A name with numbers in brackets behind it, which stand for one value.
+// A name and numbers in brackets, which stand for a value together.
 struct Form {
     enum class Kind {
         rectangle,    // rect(left, top, width, height)
         matrix,       // matrix(m00, m01, m02, m10, ..., m22)
-        convolution,  // convolution(1, 2, 1): any number of coefficients, also none
-        fit,          // fit(side), fit(width, height): stands for a width and a height
-        border,       // border(), border(levels): a rectangle
+        convolution,  // convolution(1, 2, 1), with any number of coefficients
+        fit,          // fit(side) or fit(width, height), which stands for two values: a width and a height
+        border,       // border() or border(levels), which is a rectangle
     };
     Kind kind;
     std::vector<Number> numbers;
     friend bool operator==(const Form&, const Form&) = default;
 };
 
-// A number alone is a literal, never a formula.
+// A single number is a literal and never a formula.
 using Expression = std::variant<host::Literal, FileName, Formula, FormulaOrFile, Form>;
 
-// Positions are in the call's text, in bytes from 0.
+// Positions count the bytes of the call's text from 0.
 struct ArgumentExpression {
-    std::string name;  // empty for an argument that its place tells
+    std::string name;  // empty for an argument that is told by its place
     Expression value;
-    std::size_t begin;                   // of the name, if there is one
-    std::size_t value_begin, value_end;  // the end is where the next sign stands
+    std::size_t begin;                   // where the name begins, or the value if there is no name
+    std::size_t value_begin, value_end;  // blanks behind the value belong to it
 };
 
 struct CallExpression {
     std::string name;
     std::size_t name_begin;
-    std::vector<ArgumentExpression> arguments;  // those with names last
+    std::vector<ArgumentExpression> arguments;  // named ones come last
 };
 
-// The message is one line: where, what was expected, what was found. `column` counts characters from 1.
+// The message is one line that says where, what was expected and what was found. `column` counts characters from 1.
 class ExpressionError : public PlacedError {
 public:
     ExpressionError(std::size_t position, std::size_t column, std::string_view what);

@@ -7,10 +7,10 @@ namespace tarvo::cli {
 
 enum class ExitStatus : int {
     fine = 0,
-    operation_failed = 1,  // an operation gave nothing, or the plugin refused the host
-    wrong_usage = 2,       // of the command line, or in the text of a call; found before anything is read or written
-    file_error = 3,        // a file that cannot be read or written, the plugin's included
-    interrupted = 130,     // as shells tell of a program that was interrupted
+    operation_failed = 1,  // an operation returned nothing, or the plugin refused the host
+    wrong_usage = 2,       // the command line or the text of a call is wrong; nothing was read or written
+    file_error = 3,        // a file cannot be read or written; the plugin's is one of them
+    interrupted = 130,     // what shells make of a program that SIGINT ended
 };
 
 // Ends a command; the message is for people.

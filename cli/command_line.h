@@ -1,6 +1,6 @@
 #pragma once
 
-// Wrong use of the command line, told to people.
+// Tells people of wrong use of the command line.
 
 #include <CLI/App.hpp>
 
@@ -11,7 +11,7 @@ namespace tarvo::cli {
 // Throws CommandError when the first word names none of the tool's commands.
 void check_command(const CLI::App& tool, int argc, const char* const* argv);
 
-// Fit for a terminal, whatever was in it, and no longer than people read.
+// Returns a message that is fit for a terminal, whatever is in it, and no longer than people read.
 std::string readable(const std::string& message);
 
 }  // namespace tarvo::cli

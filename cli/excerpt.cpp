@@ -7,7 +7,7 @@
 namespace tarvo::cli {
 namespace {
 
-// In bytes. A text that is not much longer than its excerpt is shown whole.
+// Bytes that are shown before and behind the place. A text that is hardly longer than that is shown whole.
 constexpr std::size_t kBefore = 40, kBehind = 50, kWhole = 120;
 
 std::size_t characters(std::string_view text) {

@@ -36,7 +36,7 @@ std::size_t first_position(const Formula& formula) {
     return std::ranges::min(formula.terms, {}, &Term::position).position;
 }
 
-// `part` of a whole that was `from` and becomes `to`.
+// Returns what becomes of a part when its whole grows or shrinks, rounded to the nearest.
 std::int32_t scaled(std::int32_t part, std::int32_t to, std::int32_t from) {
     const std::int64_t nearest = (std::int64_t{2} * part * to + from) / (std::int64_t{2} * from);
     return static_cast<std::int32_t>(std::max<std::int64_t>(nearest, 1));

@@ -81,7 +81,7 @@ public:
             case Form::Kind::border: return rectangle(without_border(form));
             case Form::Kind::matrix: return matrix(form);
             case Form::Kind::convolution: return convolution(integers(form));
-            case Form::Kind::fit: break;  // two parameters' worth: see value_for
+            case Form::Kind::fit: break;  // value_for fills its two parameters
         }
         return {};
     }
@@ -102,7 +102,7 @@ private:
 
     Size fitted_size() const { return fitted(std::get<Form>(argument_->value).numbers, size_); }
 
-    // For what comes back: begins as the literal says, if it can, else as 0 or false.
+    // Returns a variable for a ByRef parameter. It begins with the literal's value if that fits, else with 0 or false.
     Value variable(const Expression& written) {
         if (const auto* literal = std::get_if<Literal>(&written))
             if (const auto fitted = host::fit(session_.caller().value_of(*literal), parameter_->type))
@@ -164,7 +164,7 @@ private:
 
     void note(const std::string& text) { notes_.push_back(parameter_->name + ": " + text); }
 
-    // Literals that the language takes for something else than what they are.
+    // Notes a literal that the language takes for something else than what was written.
     void note_if_odd(const Value& value) {
         const auto* real = std::get_if<double>(&value);
         const bool cut = real && parameter_->type.kind == TypeKind::integer && *real != std::trunc(*real);
@@ -190,7 +190,7 @@ private:
     const Size size_;
     const bool keep_depth_;
     std::vector<std::string> notes_;
-    const Parameter* parameter_ = nullptr;  // the one whose value is made, and the argument for it
+    const Parameter* parameter_ = nullptr;  // the parameter whose value is being made, and its argument
     const ArgumentExpression* argument_ = nullptr;
 };
 

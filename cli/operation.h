@@ -19,21 +19,20 @@ namespace tarvo::cli {
 struct Operation {
     std::string text;
     CallExpression call;
-    std::size_t number = 0;  // in its chain, from 1; 0 when it is the only one
+    std::size_t number = 0;  // its place in a chain of calls, from 1; 0 for a single call
 
-    // "call 2, TRV_Stretch" of a chain, "TRV_Stretch" of a single call: what messages begin with. The name may be
-    // empty.
+    // Returns what messages begin with: "call 2, TRV_Stretch" in a chain, else "TRV_Stretch". The name may be empty.
     std::string label(std::string_view name) const;
 };
 
-// `number` is as in Operation. Throws CommandError.
+// `number` is the Operation's. Throws CommandError.
 Operation parse_operation(const std::string& text, std::size_t number);
 
-// What the operation means on a picture of a class; see bind_call. Throws CommandError with that status.
+// Finds what the call means on a picture of a class, as bind_call does. Throws CommandError with the given status.
 Binding bind_operation(PluginSession& session, const Operation& operation, std::string_view in_hand,
                        ExitStatus if_wrong);
 
-// Of a picture or a client picture; nothing of nil.
+// Returns the size of a picture or a client picture, and 0 x 0 for nil.
 Size size_of(PluginSession& session, const host::Value& picture);
 
 struct Outcome {
@@ -43,10 +42,10 @@ struct Outcome {
     };
     host::Value result;
     bool declares_result = false;
-    std::vector<Output> outputs;     // what ByRef arguments came back with
-    std::vector<std::string> notes;  // of arguments that may not mean what their writer thinks
-    std::int32_t code = 0;           // the plugin's, after the call
-    double milliseconds = 0;         // of the call alone, without reading its arguments
+    std::vector<Output> outputs;     // what the call has left in ByRef arguments
+    std::vector<std::string> notes;  // texts about arguments that may not mean what their writer thinks
+    std::int32_t code = 0;           // the plugin's error code after the call
+    double milliseconds = 0;         // the time of the call alone, without that of reading its arguments
 };
 
 // Makes the call on `in_hand`, which is nil if there is no picture. Files among the arguments are read. Throws

@@ -6,7 +6,7 @@
 
 namespace tarvo::cli {
 
-// What is wrong with a call, and where in its text: `position` counts bytes from 0.
+// An error at a place in the text of a call. `position` counts bytes from 0.
 class PlacedError : public std::runtime_error {
 public:
     PlacedError(std::size_t position, const std::string& what) : std::runtime_error(what), position_(position) {}

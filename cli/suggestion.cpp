@@ -9,10 +9,11 @@
 namespace tarvo::cli {
 namespace {
 
-// No name is longer; what is longer is meant to be none of them.
+// No name is longer, so that a longer text is meant to be none.
 constexpr std::size_t kLongest = 64;
 
-// Letters changed, left out, put in, or swapped with the next. Both are folded and not too long.
+// Counts the letters that are changed, left out, put in or swapped with the next. Both names are folded, and no longer
+// than kLongest.
 std::size_t distance(std::string_view a, std::string_view b) {
     using Row = std::array<std::size_t, kLongest + 1>;
     Row before_last{}, last{}, row{};

@@ -11,7 +11,7 @@ namespace tarvo::cli {
 
 namespace {
 
-// A text ends its lines in whatever way its makers liked.
+// Returns a text whose lines end with a line feed, whatever they ended with before.
 std::string with_line_ends(std::string_view text) {
     std::string result;
     for (std::size_t i = 0; i < text.size(); ++i) {

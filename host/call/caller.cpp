@@ -220,7 +220,7 @@ std::optional<Fit> Caller::fit_of_class(std::string_view class_name, const Type&
     return std::nullopt;
 }
 
-// Null when neither the value's class nor the wanted one has a conversion.
+// Returns null when neither the value's class nor the wanted one has a conversion.
 const Callable* Caller::conversion(const Value& value, const Type& type) const {
     return is_nil(value) || type.array ? nullptr : conversion_between(type_name(value), type);
 }

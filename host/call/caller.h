@@ -44,8 +44,8 @@ struct Callable {
 // said it would be; where a declaration wants another class, conversions (`operator_convert`) of the object's or the
 // wanted class are tried.
 //
-// Of several methods of a name, the best match is called (see Match); if there is none, the call is refused. ByRef
-// arguments fit only exactly.
+// Of several methods with the same name, the best match is called (see best_match). If there is none, the call is
+// refused. ByRef arguments fit only exactly.
 class Caller {
 public:
     // Throws DeclarationError when a registered declaration cannot be parsed.
@@ -72,9 +72,10 @@ public:
 
     // Everything that can be called, in order of registration, class members after the global methods.
     const std::deque<Callable>& callables() const { return callables_; }
-    // Those of one name, in the same order.
+    // Returns the callables of one name, in the same order.
     std::vector<const Callable*> named(std::string_view name) const;
-    // How a value of the class (its name as `type_name` gives it) fits the type: exactly, by a conversion, or not.
+    // Returns how objects of a class fit a type: exactly, by a conversion, or not at all. The class is named as
+    // `type_name` names it.
     std::optional<Fit> fit_of_class(std::string_view class_name, const Type& type) const;
     Host& host() { return host_; }
 

@@ -31,15 +31,14 @@ struct FittedValue {
 // Fit::converted.
 std::optional<FittedValue> fit(const Value& value, const Type& type);
 
-// How one method takes the arguments of a call.
+// How well the arguments of a call fit a method.
 struct Match {
-    std::vector<Fit> fits;     // one an argument
-    std::size_t defaults = 0;  // parameters that no argument is for
+    std::vector<Fit> fits;     // one for each argument
+    std::size_t defaults = 0;  // how many parameters get no argument
 };
 
-// Of several matches of the same arguments, the one that every argument fits at least as well as it fits any other, and
-// one argument better; among equals, the one that fills in fewer defaults. Null if there is no such one. `AMatch` is a
-// Match, or derived from it.
+// Returns the match that every argument fits at least as well as any other match, and some argument better; among
+// equals, the one that fills in fewer defaults. Returns null if there is no such match. `AMatch` is derived from Match.
 template <class AMatch>
 const AMatch* best_match(const std::vector<AMatch>& matches) {
     const auto beats = [](const Match& a, const Match& b) {
@@ -53,7 +52,7 @@ const AMatch* best_match(const std::vector<AMatch>& matches) {
     return nullptr;
 }
 
-// Toward zero; NaN and what is too small give the most negative integer, what is too large the largest.
+// Truncates toward zero. NaN and what is too small give the most negative integer, what is too large the largest.
 std::int32_t truncated(double value);
 
 }  // namespace tarvo::host

@@ -33,7 +33,8 @@ public:
     std::size_t position();
     void move_to(std::size_t position) { position_ = position; }
     std::string_view text() const { return text_; }
-    // In characters (UTF-8) from 1. Counts them all: for messages only.
+    // The number of the character at a position, counted from 1. The text is UTF-8. It is read from its beginning,
+    // which only a message is worth.
     std::size_t column_of(std::size_t position) const;
 
     bool at_end() { return position() == text_.size(); }

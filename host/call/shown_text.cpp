@@ -11,7 +11,7 @@ struct Character {
     bool plain;
 };
 
-// Beyond ASCII: C1 controls, and what turns the direction of the text behind it.
+// Whether a character beyond ASCII is a C1 control, ends a line or turns the direction of the text behind it.
 bool is_control(std::uint32_t code) {
     return (code >= 0x80 && code <= 0x9F) || code == 0x061C || code == 0x200E || code == 0x200F ||
            (code >= 0x2028 && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);

@@ -1,4 +1,4 @@
-// The examples on the pages of the operations, typed into a shell as they stand there. What they write is what the
+// The examples on the pages of the operations and of the tool, typed into a shell as they stand there. What they write is what the
 // pages show.
 
 #include <gtest/gtest.h>
@@ -36,6 +36,12 @@ std::string answers_in(const std::string& output) {
     return answers;
 }
 
+std::vector<Page> pages_with_commands() {
+    std::vector<Page> pages = docs::pages_in("docs/ops");
+    pages.emplace_back("docs/tool.md");
+    return pages;
+}
+
 class Examples : public ToolTest, public testing::WithParamInterface<Page> {
 protected:
     // The folder looks as the project's does to who reads the page; its pictures are copies, to be written anew.
@@ -70,7 +76,7 @@ TEST_P(Examples, DoWhatThePageSays) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Pages, Examples, testing::ValuesIn(docs::pages_in("docs/ops")),
+INSTANTIATE_TEST_SUITE_P(Pages, Examples, testing::ValuesIn(pages_with_commands()),
                          [](const auto& page) { return fs::path(page.param.name()).stem().string(); });
 
 TEST_F(ToolTest, TheProgramWithAHostMakesThePictureOfThePage) {
