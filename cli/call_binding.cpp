@@ -129,7 +129,7 @@ struct FitToType {
 // Why a method does not take a call.
 struct Failure {
     enum Rank : std::size_t { wrong_object, wrong_count, first_argument };
-    std::size_t rank;  // the higher, the more of the call the method would take
+    std::size_t rank;  // the higher, the more of the call the method would take; two for each argument
     std::size_t position;
     std::string message;
     std::string parameter = {}, wanted = {};  // set for an argument of a wrong type; `message` says what was found
@@ -236,8 +236,8 @@ private:
         const std::optional<Fit> fit =
             parameter.by_ref ? Fit::exact : std::visit(FitToType{caller_, parameter.type}, argument.value);
         if (!fit)
-            throw Failure{Failure::first_argument + index_, argument.value_begin,
-                          "found " + found_text(argument, text_), parameter.name, wanted_for(parameter.type)};
+            throw Failure{rank() + 1, argument.value_begin, "found " + found_text(argument, text_), parameter.name,
+                          wanted_for(parameter.type)};
         filled_[place] = Filling{Source::argument, index_};
         match_.fits.push_back(*fit);
     }
@@ -262,8 +262,11 @@ private:
     }
 
     [[noreturn]] void fail(std::size_t position, const std::string& message) const {
-        throw Failure{Failure::first_argument + index_, position, message};
+        throw Failure{rank(), position, message};
     }
+
+    // The rank of an argument that has no place. One whose place is known and whose type is wrong ranks above it.
+    std::size_t rank() const { return Failure::first_argument + 2 * index_; }
 
     const Caller& caller_;
     const CallExpression& call_;
@@ -305,7 +308,7 @@ PlacedError no_match(std::vector<Failure> failures) {
         }
         return {first.position, alternatives(parameters) + ": expected " + alternatives(wanted) + ", " + first.message};
     }
-    if (failures.size() == 1) return {first.position, first.message + ": " + form_of(*first.method)};
+    if (failures.size() == 1) return {first.position, first.message + "\n    " + form_of(*first.method)};
     std::string list;
     for (const Failure& failure : failures) list += "\n    " + form_of(*failure.method) + ": " + failure.text();
     return {first.position, "none of these takes the call:" + list};

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <fnmatch.h>
+#include <unistd.h>
 
 #include <cstdlib>
 
@@ -216,6 +217,9 @@ TEST_F(ApplyTest, ClassesThatThePluginLacksAreTold) {
     const Ending run = apply_sample({small(), "Area(rect(1, 2, 3, 4))"});
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(run.err, "tarvo: Area: the plugin has no class TRV_Rectangle\n  Area(rect(1, 2, 3, 4))\n       ^\n");
+    const Ending none = apply_sample({"--client", small(), "Client()"});
+    EXPECT_EQ(none.status, 1);
+    EXPECT_EQ(none.err, "tarvo: expected TRV_ClientPicture, found picture\n");
     const Ending client = apply_sample({"--client", small(), "SamePicture()"});
     EXPECT_EQ(client.status, 2);
     EXPECT_TRUE(holds(client.err, "it works on a picture, not on a TRV_ClientPicture")) << client.err;
@@ -259,6 +263,17 @@ TEST_F(ApplyTest, OutputsThatCannotBeWrittenAreToldBeforeAnyWork) {
             EXPECT_EQ(run.err, "tarvo: " + path + message);
         }
     }
+}
+
+TEST_F(ApplyTest, FoldersThatCannotBeWrittenInAreToldBeforeAnyWork) {
+    if (::geteuid() == 0) GTEST_SKIP() << "root can write in every folder";
+    const std::filesystem::path folder = file("closed");
+    std::filesystem::create_directory(folder);
+    std::filesystem::permissions(folder, std::filesystem::perms::owner_read | std::filesystem::perms::owner_exec);
+    const Ending run = tool({"apply", file("none.ppm"), "TRV_Info()", "-o", folder / "out.ppm"});
+    EXPECT_EQ(run.status, 2);
+    EXPECT_EQ(run.err,
+              "tarvo: " + (folder / "out.ppm").string() + ": its folder cannot be written in: Permission denied\n");
 }
 
 TEST_F(ApplyTest, MaskThatTheFormatCannotKeepIsTold) {

@@ -181,18 +181,18 @@ TEST_F(ExpressionsTest, FitStandsForAWidthAndAHeight) {
     EXPECT_EQ(size_made(30, 20, "Stretch(fit(width * 2))"), "60 x 40");
     EXPECT_EQ(size_made(30, 20, "ShearHorizontal(fit(15), 0.0)"), "15 x 10");
     expect_refused("Downsample(fit(2))",
-                   "TRV_Downsample: fit(...) stands for a width and a height, in their place: "
-                   "TRV_Downsample(bits_per_channel)",
+                   "TRV_Downsample: fit(...) stands for a width and a height, in their place\n"
+                   "    TRV_Downsample(bits_per_channel)",
                    "fit");
     expect_refused("Stretch(width = fit(2))",
-                   "TRV_Stretch: fit(...) stands for a width and a height, in their place: "
-                   "TRV_Stretch(width, height, [yield])",
+                   "TRV_Stretch: fit(...) stands for a width and a height, in their place\n"
+                   "    TRV_Stretch(width, height, [yield])",
                    "width");
     expect_refused("Stretch(fit(2), 0, 0)",
-                   "TRV_Stretch: there is no parameter for it behind fit(...): TRV_Stretch(width, height, [yield])",
+                   "TRV_Stretch: there is no parameter for it behind fit(...)\n    TRV_Stretch(width, height, [yield])",
                    "0)");
     expect_refused("Stretch(fit(2), height = 3)",
-                   "TRV_Stretch: height is given twice: TRV_Stretch(width, height, [yield])", "height");
+                   "TRV_Stretch: height is given twice\n    TRV_Stretch(width, height, [yield])", "height");
 }
 
 TEST_F(ExpressionsTest, BorderIsWhatIsLeftWithoutIt) {
@@ -274,6 +274,9 @@ TEST_F(ExpressionsTest, MessagesNameTheArgumentTheValueAndWhatIsWanted) {
                    "TRV_AdjustContrast: rect: expected rect(...), border(...) or nil, found 7", "7");
     expect_refused("Downsample(bits_per_channel = four)",
                    "TRV_Downsample: bits_per_channel: expected an integer, found the file name \"four\"", "four");
+    expect_refused("AdjustRGB(cm = 5)", "TRV_AdjustRGB: cm: expected matrix(...) or nil, found 5", "5");
+    expect_refused("Convolute(nil, 5)", "TRV_Convolute: horiz_convolution: expected convolution(...) or nil, found 5",
+                   "5");
     expect_refused("FreeRotateByShear(right, 0)",
                    "TRV_FreeRotateByShear: rotation: expected a number, found the file name \"right\"", "right");
     expect_refused("ShearHorizontal(3, 3, 0.5, white)",
@@ -293,16 +296,16 @@ TEST_F(ExpressionsTest, MessagesNameTheArgumentTheValueAndWhatIsWanted) {
 }
 
 TEST_F(ExpressionsTest, CountsAndNamesOfArgumentsAreToldBeforeAnyWork) {
-    expect_refused("Add(a.png, 0, 1)", "TRV_Add: it takes at most 2 arguments, found 3: TRV_Add(addend, [yield])",
+    expect_refused("Add(a.png, 0, 1)", "TRV_Add: it takes at most 2 arguments, found 3\n    TRV_Add(addend, [yield])",
                    "1)");
-    expect_refused("Info(1)", "TRV_Info: it takes at most 0 arguments, found 1: TRV_Info()", "1");
-    expect_refused("Stretch(2)", "TRV_Stretch: missing: height: TRV_Stretch(width, height, [yield])", "Stretch");
+    expect_refused("Info(1)", "TRV_Info: it takes at most 0 arguments, found 1\n    TRV_Info()", "1");
+    expect_refused("Stretch(2)", "TRV_Stretch: missing: height\n    TRV_Stretch(width, height, [yield])", "Stretch");
     expect_refused("AdjustContrast(centre = &c808080)",
-                   "TRV_AdjustContrast: it has no argument \"centre\"; did you mean center?: "
-                   "TRV_AdjustContrast([rect], center, red_factor, green_factor, blue_factor, [yield])",
+                   "TRV_AdjustContrast: it has no argument \"centre\"; did you mean center?\n"
+                   "    TRV_AdjustContrast([rect], center, red_factor, green_factor, blue_factor, [yield])",
                    "centre");
-    expect_refused("Stretch(2, 2, width = 3)", "TRV_Stretch: width is given twice: TRV_Stretch(width, height, [yield])",
-                   "width");
+    expect_refused("Stretch(2, 2, width = 3)",
+                   "TRV_Stretch: width is given twice\n    TRV_Stretch(width, height, [yield])", "width");
 }
 
 TEST_F(ExpressionsTest, UnknownNamesAreToldWithWhatWasMeant) {
@@ -315,8 +318,8 @@ TEST_F(ExpressionsTest, UnknownNamesAreToldWithWhatWasMeant) {
     EXPECT_EQ(file_unread.err,
               "tarvo: there is no operation \"TRV_Ad\"; did you mean TRV_Add?\n  TRV_Ad(none.png, 0)\n  ^\n");
     expect_refused("ConvertToPicture()",
-                   "TRV_ConvertToPicture: it works on a string, not on a picture: "
-                   "TRV_ConvertToPicture()",
+                   "TRV_ConvertToPicture: it works on a string, not on a picture\n"
+                   "    TRV_ConvertToPicture()",
                    "Convert");
 }
 
@@ -361,6 +364,13 @@ TEST_F(ExpressionsTest, APictureThatIsNotWrittenIsNoted) {
     EXPECT_EQ(tool({"apply", small(), "Stretch(1, 1)"}).err, "note: no -o: nothing was written\n");
     EXPECT_EQ(tool({"apply", "-q", small(), "Stretch(1, 1)"}).err, "");
     EXPECT_EQ(tool({"apply", small(), "Info()"}).err, "");
+}
+
+TEST_F(ExpressionsTest, CallsThatTheHostCannotMakeAreTold) {
+    const Ending run = sample("Many(1, 2, 3, 4, 5, 6, 7, 8)");
+    EXPECT_EQ(run.status, 1);
+    EXPECT_TRUE(holds(run.err, "tarvo: Many: Many(extends p as picture, ")) << run.err;
+    EXPECT_TRUE(holds(run.err, "\n  Many(1, 2, 3, 4, 5, 6, 7, 8)\n  ^\n")) << run.err;
 }
 
 TEST_F(ExpressionsTest, LongCallsGiveShortMessages) {

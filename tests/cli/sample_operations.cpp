@@ -177,6 +177,10 @@ const REALmethodDefinition g_methods[] = {
     method(area, "Area(extends p as picture, r as TRV_Rectangle) as integer"),
     method(twice_a, "Twice(extends p as picture, yield as integer, second as integer) as integer"),
     method(twice_b, "Twice(extends p as picture, second as integer, third as integer = 0) as integer"),
+    method(area, "Client(extends cp as TRV_ClientPicture) as integer"),
+    method(area,
+           "Many(extends p as picture, a as integer, b as integer, c as integer, d as integer, e as integer, f as "
+           "integer, g as integer, h as integer) as integer"),
     method(area, "Store(extends p as picture, block as MemoryBlock) as integer"),
     method(area, "Total(extends p as picture, values() as integer) as integer"),
     method(misuse, "Misuse(extends p as picture)"),
