@@ -161,11 +161,13 @@ private:
     void check(const std::string& label, const Outcome& outcome) {
         session_->show_complaints(label);
         const bool gave_object = std::holds_alternative<host::ObjectRef>(outcome.result) && !is_nil(outcome.result);
-        const std::string code = "error " + std::to_string(outcome.code) + ": " + session_->error_message(outcome.code);
+        const std::string reason = outcome.reason.empty() ? "" : "\n    " + outcome.reason;
+        const std::string code =
+            "error " + std::to_string(outcome.code) + ": " + session_->error_message(outcome.code) + reason;
         if (outcome.code != 0 && gave_object) return warn(label + ": " + code);
         if (outcome.code != 0) throw CommandError(ExitStatus::operation_failed, label + ": " + code);
         if (outcome.declares_result && is_nil(outcome.result))
-            throw CommandError(ExitStatus::operation_failed, label + " gave no result and no error code");
+            throw CommandError(ExitStatus::operation_failed, label + " gave no result and no error code" + reason);
     }
 
     void write(const Value& in_hand) {

@@ -7,8 +7,10 @@
 #include "argument_fit.h"
 #include "conversion.h"
 #include "names.h"
+#include "scanner.h"
+#include "search.h"
 #include "shown_text.h"
-#include "suggestion.h"
+#include "suggestions.h"
 
 namespace tarvo::cli {
 
@@ -26,14 +28,8 @@ namespace {
 using Source = Filling::Source;
 
 constexpr std::string_view kPrefix = "TRV_";
-constexpr std::string_view kRectangle = "TRV_Rectangle";
 
 bool is_plain(const Callable* method) { return method->owner.empty() && !method->extends(); }
-
-std::string_view without_prefix(std::string_view name) {
-    const bool prefixed = name.size() > kPrefix.size() && same_name(name.substr(0, kPrefix.size()), kPrefix);
-    return prefixed ? name.substr(kPrefix.size()) : name;
-}
 
 // Returns a text such as "a or b", without repetitions.
 std::string alternatives(const std::vector<std::string>& texts) {
@@ -73,7 +69,7 @@ std::string form_of(const Callable& method) {
     std::string list;
     for (const Parameter& parameter : method.declaration.parameters) {
         if (parameter.extends) continue;
-        const bool optional = parameter.by_ref || default_of(parameter);
+        const bool optional = parameter.by_ref || default_of(method, parameter);
         list += (list.empty() ? "" : ", ") + (optional ? "[" + parameter.name + "]" : parameter.name);
     }
     return method.declaration.name + "(" + list + ")";
@@ -149,8 +145,8 @@ private:
             if (same_name(parameters()[i].name, argument.name)) return i;
             names.push_back(parameters()[i].name);
         }
-        fail(argument.begin,
-             "it has no argument " + host::quoted(argument.name) + did_you_mean(closest_name(argument.name, names)));
+        fail(argument.begin, "it has no argument " + host::quoted(argument.name) +
+                                 did_you_mean({std::string(closest_name(argument.name, names))}));
     }
 
     void put_value(const ArgumentExpression& argument, std::size_t place) {
@@ -173,7 +169,7 @@ private:
             ++match_.defaults;
             if (parameter.by_ref)
                 filled_[i] = Filling{Source::variable};
-            else if (default_of(parameter))
+            else if (default_of(method_, parameter))
                 filled_[i] = Filling{Source::default_value};
             else
                 missing += (missing.empty() ? "" : ", ") + parameter.name;
@@ -202,18 +198,6 @@ private:
 };
 
 // --- all methods of a name ------------------------------------------------------------------------------------------
-
-PlacedError unknown_name(const Caller& caller, const CallExpression& call) {
-    const bool prefixed = without_prefix(call.name).size() < call.name.size();
-    std::vector<std::string_view> names;
-    for (const Callable& method : caller.callables()) {
-        if (!method.owner.empty() && !method.extends()) continue;
-        const std::string& name = method.declaration.name;
-        names.push_back(prefixed ? std::string_view(name) : without_prefix(name));
-    }
-    return PlacedError(call.name_begin, "there is no operation " + host::quoted(call.name) +
-                                            did_you_mean(closest_name(call.name, names)));
-}
 
 // Returns what the methods that would take most of the call say. Most operations have a twin for another class of
 // pictures; twins for other classes than the object's are mentioned only when there is nothing else.
@@ -295,21 +279,25 @@ void check_numbers(const Binding& binding, const CallExpression& call, std::stri
 
 }  // namespace
 
-std::optional<Literal> default_of(const Parameter& parameter) {
-    if (parameter.default_value || parameter.by_ref || parameter.type.array) return parameter.default_value;
-    if (parameter.type.kind == TypeKind::integer && same_name(parameter.name, "yield")) return 0;
-    if (parameter.type.kind == TypeKind::object && same_name(parameter.type.name, kRectangle)) return host::Nil{};
-    return std::nullopt;
+std::optional<Literal> default_of(const Callable& method, const Parameter& parameter) {
+    if (parameter.default_value || parameter.by_ref) return parameter.default_value;
+    const describe::Operation* about = reference::description_of(method.declaration.name);
+    if (!about) return std::nullopt;
+    const auto argument = std::ranges::find(about->arguments, parameter.name, &describe::Argument::name);
+    if (argument == about->arguments.end() || argument->left_out.empty()) return std::nullopt;
+    return host::Scanner(argument->left_out).take_literal();
 }
 
 std::vector<const Callable*> methods_named(const Caller& caller, std::string_view name) {
     std::vector<const Callable*> methods = caller.named(name);
-    return methods.empty() ? caller.named(std::string(kPrefix) + std::string(name)) : methods;
+    if (methods.empty()) methods = caller.named(std::string(kPrefix) + std::string(name));
+    std::erase_if(methods, [](const Callable* method) { return !method->owner.empty() && !method->extends(); });
+    return methods;
 }
 
 Binding bind_call(const Caller& caller, const CallExpression& call, std::string_view text, std::string_view in_hand) {
     const std::vector<const Callable*> methods = meant(methods_named(caller, call.name));
-    if (methods.empty()) throw unknown_name(caller, call);
+    if (methods.empty()) throw PlacedError(call.name_begin, "there is no operation " + host::quoted(call.name));
     const bool plain = is_plain(methods.front());
     if (!plain && in_hand.empty())
         throw PlacedError(call.name_begin, "it needs a picture: name a file before the calls");

@@ -34,10 +34,11 @@ struct Binding {
     bool has_object() const { return !fillings.empty() && fillings[0].source == Filling::Source::object; }
 };
 
-// Returns what a parameter gets that no argument is for; none when there must be an argument.
-std::optional<host::Literal> default_of(const host::Parameter& parameter);
+// Returns what a parameter gets that no argument is for, by its declaration or by what is told of the operation; none
+// when there must be an argument.
+std::optional<host::Literal> default_of(const host::Callable& method, const host::Parameter& parameter);
 
-// Returns the methods of a name as people write it: with TRV_ in front or without.
+// Returns the methods of a name as people write it: with TRV_ in front or without. Members of classes are none.
 std::vector<const host::Callable*> methods_named(const host::Caller& caller, std::string_view name);
 
 // `text` is what the call was parsed from, and `in_hand` the class of the picture that the call can be made on; it is

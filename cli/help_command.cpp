@@ -107,8 +107,9 @@ void print_operation(const reference::Operation& operation) {
     print_list("Good to know", about.notes);
     if (about.example.call.empty()) return;
     const bool gives_picture = operation.forms.front().result == "picture";
-    std::cout << "\nExample:\n  tarvo apply " << (about.example.input.empty() ? "photo.png" : about.example.input)
-              << " '" << about.example.call << "'" << (gives_picture ? " -o out.png" : "") << '\n';
+    const std::string input = about.example.input.empty() ? "" : std::string(about.example.input) + " ";
+    std::cout << "\nExample:\n  tarvo apply " << input << "'" << about.example.call << "'"
+              << (gives_picture ? " -o out.png" : "") << '\n';
 }
 
 void print_class(const reference::Class& cls) {

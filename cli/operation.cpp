@@ -8,8 +8,10 @@
 
 #include "border.h"
 #include "excerpt.h"
+#include "failure_reason.h"
 #include "picture_io.h"
 #include "shown_text.h"
+#include "suggestions.h"
 #include "value_text.h"
 
 namespace tarvo::cli {
@@ -24,8 +26,8 @@ using host::Value;
 
 namespace {
 
-CommandError call_error(ExitStatus status, const Operation& operation, std::string_view name, const char* message,
-                        std::size_t position) {
+CommandError call_error(ExitStatus status, const Operation& operation, std::string_view name,
+                        const std::string& message, std::size_t position) {
     const std::string label = operation.label(name);
     return {status, label + (label.empty() ? "" : ": ") + message + '\n' + excerpt(operation.text, position)};
 }
@@ -93,7 +95,8 @@ private:
             case Filling::Source::object: return in_hand_;
             case Filling::Source::fitted_width: return fitted_size().width;
             case Filling::Source::fitted_height: return fitted_size().height;
-            case Filling::Source::default_value: return session_.caller().value_of(*default_of(*parameter_));
+            case Filling::Source::default_value:
+                return session_.caller().value_of(*default_of(*binding_.method, *parameter_));
             case Filling::Source::variable: return variable({});
             case Filling::Source::argument: break;
         }
@@ -218,8 +221,10 @@ Binding bind_operation(PluginSession& session, const Operation& operation, std::
         return bind_call(session.caller(), operation.call, operation.text, in_hand);
     } catch (const PlacedError& error) {
         const std::vector<const host::Callable*> methods = methods_named(session.caller(), operation.call.name);
+        std::string message = error.what();
+        if (methods.empty()) message += suggestions(reference::Reference(session.caller()), operation.call.name);
         const std::string_view known_name = methods.empty() ? "" : std::string_view(methods.front()->declaration.name);
-        throw call_error(if_wrong, operation, known_name, error.what(), error.position());
+        throw call_error(if_wrong, operation, known_name, message, error.position());
     }
 }
 
@@ -245,6 +250,8 @@ Outcome run_operation(PluginSession& session, const Operation& operation, const 
         outcome.milliseconds =
             std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count();
         outcome.code = session.last_error();
+        if (outcome.code != 0 || (outcome.declares_result && host::is_nil(outcome.result)))
+            outcome.reason = failure_reason(session, *binding.method, values, outcome.code);
         for (std::size_t i = 0; i < values.size(); ++i) {
             const Parameter& parameter = binding.method->parameters[i];
             if (parameter.by_ref) outcome.outputs.push_back({parameter.name, values[i]});

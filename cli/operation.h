@@ -45,6 +45,7 @@ struct Outcome {
     std::vector<Output> outputs;     // what the call has left in ByRef arguments
     std::vector<std::string> notes;  // texts about arguments that may not mean what their writer thinks
     std::int32_t code = 0;           // the plugin's error code after the call
+    std::string reason = {};         // why it failed, if it did and that is known; see failure_reason
     double milliseconds = 0;         // the time of the call alone, without that of reading its arguments
 };
 

@@ -2,18 +2,23 @@
 
 // Messages for who asked for something that there is not.
 
+#include <span>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "search.h"
 
 namespace tarvo::cli {
 
-// "; did you mean TRV_Stretch or TRV_Trim?", or nothing.
-inline std::string suggestions(const reference::Reference& all, const std::string& name) {
-    std::string text;
-    for (const std::string& each : reference::near_names(all, name))
-        text += (text.empty() ? "; did you mean " : " or ") + each;
-    return text.empty() ? text : text + "?";
-}
+// Returns the name that was probably meant: one letter in three may be wrong, missing, too many or in its neighbour's
+// place. Returns an empty text when no name is so near. Names are compared without regard to case.
+std::string_view closest_name(std::string_view written, std::span<const std::string_view> names);
+
+// Returns "; did you mean TRV_Stretch or TRV_Trim?". Empty names do not count; without any the text is empty.
+std::string did_you_mean(const std::vector<std::string>& names);
+
+// Returns the same for the operations and classes that are near to a name.
+std::string suggestions(const reference::Reference& all, std::string_view name);
 
 }  // namespace tarvo::cli

@@ -48,10 +48,12 @@ struct Near {
 // How far what is asked for is from the name or a word; none when too far.
 template <class Described>
 std::optional<Near> nearness(const Described& about, std::string_view key) {
-    std::size_t least = distance(key, key_of(about.name));
-    for (const describe::Text word : about.words) least = std::min(least, distance(key, word));
-    if (least > std::max<std::size_t>(1, key.size() / 3)) return std::nullopt;
-    return Near{least, std::string(about.name)};
+    std::optional<std::size_t> least = spelling_distance(key, key_of(about.name));
+    for (const describe::Text word : about.words) {
+        const std::optional<std::size_t> distance = spelling_distance(key, word);
+        if (distance && (!least || *distance < *least)) least = distance;
+    }
+    return least ? std::optional<Near>({*least, std::string(about.name)}) : std::nullopt;
 }
 
 }  // namespace
@@ -67,6 +69,20 @@ const Class* find_class(const Reference& reference, std::string_view name) {
     return find_named(reference.classes(), name);
 }
 
+const describe::Operation* description_of(std::string_view name) {
+    for (const describe::Family* family : describe::families())
+        for (const describe::Operation& each : family->operations)
+            if (host::same_name(each.name, name)) return &each;
+    return nullptr;
+}
+
+std::optional<std::size_t> spelling_distance(std::string_view asked, std::string_view name) {
+    constexpr std::size_t kLongestMisspelt = 64;
+    if (asked.size() > kLongestMisspelt) return std::nullopt;
+    const std::size_t found = distance(asked, name);
+    return found <= std::max<std::size_t>(1, asked.size() / 3) ? std::optional(found) : std::nullopt;
+}
+
 bool have_word(std::span<const describe::Text> words, std::string_view text) {
     const std::string asked = host::folded(text);
     return std::ranges::any_of(words, [&](describe::Text word) {
@@ -76,10 +92,9 @@ bool have_word(std::span<const describe::Text> words, std::string_view text) {
 }
 
 std::vector<std::string> near_names(const Reference& reference, std::string_view name) {
-    constexpr std::size_t kMost = 4, kLongestMisspelt = 64;
+    constexpr std::size_t kMost = 4;
     const std::string key = key_of(name);
     std::vector<Near> found;
-    if (key.size() > kLongestMisspelt) return {};
     for (const Operation& each : reference.operations())
         if (const auto near = nearness(*each.about, key)) found.push_back(*near);
     for (const Class& each : reference.classes())

@@ -120,9 +120,9 @@ TEST_F(ExpressionsTest, CallsThatTwoFormsTakeAreRefusedWithBoth) {
     const Ending both = sample("Twice(second = 1)");
     EXPECT_EQ(both.status, 2);
     EXPECT_EQ(both.err,
-              "tarvo: Twice: several methods take the call equally well:\n    Twice([yield], second)\n"
+              "tarvo: Twice: several methods take the call equally well:\n    Twice([first], second)\n"
               "    Twice(second, [third])\n  Twice(second = 1)\n  ^\n");
-    EXPECT_EQ(sample("Twice(second = 1, yield = 2)").out, "Twice = 1\n");
+    EXPECT_EQ(sample("Twice(second = 1, first = 2)").out, "Twice = 1\nfirst = 2\n");
     EXPECT_EQ(sample("Twice(second = 1, third = 2)").out, "Twice = 2\n");
 }
 
@@ -309,14 +309,17 @@ TEST_F(ExpressionsTest, CountsAndNamesOfArgumentsAreToldBeforeAnyWork) {
 }
 
 TEST_F(ExpressionsTest, UnknownNamesAreToldWithWhatWasMeant) {
-    expect_refused("Strech(2, 2)", "there is no operation \"Strech\"; did you mean Stretch?", "Strech");
+    expect_refused("Strech(2, 2)", "there is no operation \"Strech\"; did you mean TRV_Stretch?", "Strech");
     expect_refused("trv_adjustgama()", "there is no operation \"trv_adjustgama\"; did you mean TRV_AdjustGamma?",
                    "trv");
+    // A word that people use for it.
+    expect_refused("Resize(fit(200))", "there is no operation \"Resize\"; did you mean TRV_Stretch?", "Resize");
     expect_refused("p.Steam()", "there is no operation \"Steam\"", "Steam");
     const Ending file_unread = tool({"apply", file("none.ppm"), "TRV_Ad(none.png, 0)"});
     EXPECT_EQ(file_unread.status, 2);
-    EXPECT_EQ(file_unread.err,
-              "tarvo: there is no operation \"TRV_Ad\"; did you mean TRV_Add?\n  TRV_Ad(none.png, 0)\n  ^\n");
+    EXPECT_EQ(
+        file_unread.err,
+        "tarvo: there is no operation \"TRV_Ad\"; did you mean TRV_Add or TRV_Trim?\n  TRV_Ad(none.png, 0)\n  ^\n");
     expect_refused("ConvertToPicture()",
                    "TRV_ConvertToPicture: it works on a string, not on a picture\n"
                    "    TRV_ConvertToPicture()",
@@ -333,6 +336,47 @@ TEST_F(ExpressionsTest, CallsOfAChainAreNumbered) {
     EXPECT_EQ(tool({"apply", small(), "Info()", "Add(nil)"}).err,
               "tarvo: call 2, TRV_Add: error 18: General Error: \"addend\" is nil\n");
     EXPECT_EQ(tool({"apply", "MakeGradient(3, 2, &c000000, &cFFFFFF)", "Stretch(2, x)"}).status, 2);
+}
+
+TEST_F(ExpressionsTest, FailuresTellTheArgumentItsValueAndItsRange) {
+    const struct {
+        const char *call, *code, *reason;
+        int status = 1;
+    } rows[] = {
+        {"Stretch(0, 2)", "error 34", "width is 0 pixels, allowed is 1 and above"},
+        {"Stretch(2, 3 - height * 2)", "error 35", "height is -1 pixels, allowed is 1 and above"},
+        {"FreeRotateByShear(-30.5)", "error 31", "rotation is -30.5 degrees, allowed is 0 to below 360: write 329.5"},
+        {"FreeRotateByShear(390)", "error 31", "rotation is 390 degrees, allowed is 0 to below 360: write 30"},
+        {"FreeRotateByShear(-400)", "error 31", "rotation is -400 degrees, allowed is 0 to below 360"},
+        {"ShearVertical(2, 2, 1.5)", "error 33", "shear is 1.5 pixels, allowed is -1 to 1"},
+        {"AdjustContrast(nil, &c808080, 1, 255.5, 1)", "error 41", "green_factor is 255.5, allowed is 0 to 255"},
+        {"Downsample(9)", "error 48", "bits_per_channel is 9 bits, allowed is 1 to 8"},
+        // It draws all the same.
+        {"CrawlingAnts(nil, &cFFFFFF, &c000000, 4, 8)", "error 47",
+         "ant_state is 8 pixels, allowed is 0 to below 2 * ant_size", 0},
+        {"ShearHorizontal(0, 2, 0.5)", "gave no result and no error code", "width is 0 pixels, allowed is 1 and above"},
+    };
+    for (const auto& [call, code, reason, status] : rows) {
+        const Ending run = tool({"apply", small(), call});
+        EXPECT_EQ(run.status, status) << call;
+        EXPECT_TRUE(holds(run.err, code)) << run.err;
+        EXPECT_TRUE(holds(run.err, std::string("\n    ") + reason + "\n")) << run.err;
+    }
+}
+
+TEST_F(ExpressionsTest, FailuresTellWhatLiesOutsideWhat) {
+    const std::string other = ppm("other.ppm", 3, 1, {1, 2, 3});
+    const std::pair<std::string, std::string> rows[] = {
+        {"Subtract(" + other + ")", "; the picture is 2 x 2, subtractend is 3 x 1\n"},
+        {"Pixelate(rect(5, 6, 7, 8), 2)", "; the picture is 2 x 2, rect is rect(5, 6, 7, 8)\n"},
+    };
+    for (const auto& [call, message] : rows) {
+        const Ending run = tool({"apply", small(), call});
+        EXPECT_EQ(run.status, 1) << call;
+        EXPECT_TRUE(run.err.ends_with(message)) << run.err;
+    }
+    const Ending client = tool({"apply", "--client", small(), "Add(" + other + ")"});
+    EXPECT_TRUE(holds(client.err, "the picture is 2 x 2, addend is 3 x 1\n")) << client.err;
 }
 
 TEST_F(ExpressionsTest, WhatMayBeTakenForABugIsNoted) {

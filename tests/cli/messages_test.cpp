@@ -6,7 +6,7 @@
 
 #include "call_expression.h"
 #include "excerpt.h"
-#include "suggestion.h"
+#include "suggestions.h"
 
 namespace tarvo::cli {
 namespace {
@@ -56,8 +56,9 @@ TEST(Suggestion, IsTheNearestName) {
     EXPECT_EQ(closest_name("ABC", names), "");
     EXPECT_EQ(closest_name("", names), "");
     EXPECT_EQ(closest_name(std::string(100000, 'a'), names), "");
-    EXPECT_EQ(did_you_mean("Trim"), "; did you mean Trim?");
-    EXPECT_EQ(did_you_mean(""), "");
+    EXPECT_EQ(did_you_mean({"Trim"}), "; did you mean Trim?");
+    EXPECT_EQ(did_you_mean({"Trim", "Add"}), "; did you mean Trim or Add?");
+    EXPECT_EQ(did_you_mean({""}), "");
 }
 
 }  // namespace

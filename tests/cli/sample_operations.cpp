@@ -81,7 +81,7 @@ void show(REALpictureStruct*) {
 int area(REALpictureStruct*, REALobjectStruct*) { return 0; }
 
 // Two forms that both take `second` alone.
-int twice_a(REALpictureStruct*, int, int second) {
+int twice_a(REALpictureStruct*, int*, int second) {
     g_error = 0;
     return second;
 }
@@ -175,7 +175,7 @@ const REALmethodDefinition g_methods[] = {
     method(show, "Show(extends p as picture)"),
     method(halves, "Halves(count as integer) as double"),
     method(area, "Area(extends p as picture, r as TRV_Rectangle) as integer"),
-    method(twice_a, "Twice(extends p as picture, yield as integer, second as integer) as integer"),
+    method(twice_a, "Twice(extends p as picture, ByRef first as integer, second as integer) as integer"),
     method(twice_b, "Twice(extends p as picture, second as integer, third as integer = 0) as integer"),
     method(area, "Client(extends cp as TRV_ClientPicture) as integer"),
     method(area,

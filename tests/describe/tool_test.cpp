@@ -194,11 +194,11 @@ TEST_F(DescribingTool, ExamplesDoWhatTheySay) {
         for (const describe::Operation& each : family->operations) {
             if (each.example.call.empty()) continue;
             ++examples;
-            const std::string input(each.example.input.empty() ? "docs/pictures/coffee.png" : each.example.input);
+            const std::string input(each.example.input);
             EXPECT_TRUE(each.example.call.starts_with(std::string(each.name) + "(")) << each.name;
             const Ending run = shell("tarvo apply " + input + " '" + std::string(each.example.call) + "'");
             EXPECT_EQ(run.status, 0) << each.example.call;
-            EXPECT_EQ(run.err, "") << each.example.call;
+            EXPECT_TRUE(run.err.empty() || run.err == "note: no -o: nothing was written\n") << run.err;
         }
     EXPECT_GT(examples, 30);
 }

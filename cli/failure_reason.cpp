@@ -1,0 +1,146 @@
+#include "failure_reason.h"
+
+#include <algorithm>
+#include <optional>
+#include <variant>
+
+#include "names.h"
+#include "operation.h"
+#include "search.h"
+#include "value_text.h"
+#include "wording.h"
+
+namespace tarvo::cli {
+
+using host::Callable;
+using host::Parameter;
+using host::Value;
+
+namespace {
+
+std::optional<double> as_number(const Value& value) {
+    if (const auto* integer = std::get_if<std::int32_t>(&value)) return *integer;
+    if (const auto* real = std::get_if<double>(&value)) return *real;
+    return std::nullopt;
+}
+
+class Reason {
+public:
+    Reason(PluginSession& session, const Callable& method, std::span<const Value> values, std::int32_t code)
+        : session_(session),
+          method_(method),
+          values_(values),
+          code_(code),
+          about_(reference::description_of(method.declaration.name)) {}
+
+    std::string text() const {
+        if (std::string range = out_of_range(); !range.empty()) return range;
+        const std::string sizes = sizes_given();
+        if (sizes.empty()) return {};
+        const std::string meaning = code_meaning();
+        return meaning + (meaning.empty() ? "" : "; ") + sizes;
+    }
+
+private:
+    const Parameter& parameter(std::size_t i) const { return method_.parameters[i]; }
+
+    // Whether the form that was called declares a parameter, or an object, of that name.
+    bool declares(std::string_view name) const {
+        return std::ranges::any_of(method_.parameters, [&](const Parameter& p) { return p.name == name; });
+    }
+
+    std::optional<double> number_named(std::string_view name) const {
+        for (std::size_t i = 0; i < values_.size(); ++i)
+            if (parameter(i).name == name) return as_number(values_[i]);
+        return std::nullopt;
+    }
+
+    // Returns a text about the first argument whose range gives the code.
+    std::string out_of_range() const {
+        if (!about_) return {};
+        for (const describe::Error& error : about_->errors) {
+            if (error.code != code_ || error.argument.empty()) continue;
+            const auto argument = std::ranges::find(about_->arguments, error.argument, &describe::Argument::name);
+            if (argument == about_->arguments.end()) continue;
+            const std::optional<double> value = number_named(argument->name);
+            if (value && !is_within(*argument, *value)) return range_told(*argument, *value);
+        }
+        return {};
+    }
+
+    double limit(const describe::Bound& bound) const {
+        return bound.times.empty() ? bound.value : bound.value * number_named(bound.times).value_or(0);
+    }
+
+    // What is not a number is within no range.
+    bool is_within(const describe::Argument& argument, double value) const {
+        const describe::Bound &low = argument.minimum, &high = argument.maximum;
+        if (low.given() && !(low.exclusive() ? value > limit(low) : value >= limit(low))) return false;
+        return !high.given() || (high.exclusive() ? value < limit(high) : value <= limit(high));
+    }
+
+    std::string range_told(const describe::Argument& argument, double value) const {
+        constexpr double kFullTurn = 360;
+        const std::string unit = argument.unit.empty() ? "" : " " + std::string(argument.unit);
+        std::string text = std::string(argument.name) + " is " + value_text(value) + unit + ", allowed is " +
+                           reference::range_text(argument);
+        for (const double turned : {value + kFullTurn, value - kFullTurn})
+            if (argument.unit == "degrees" && is_within(argument, turned)) text += ": write " + value_text(turned);
+        return text;
+    }
+
+    // Returns what the code means for this operation; nothing if it may mean several things.
+    std::string code_meaning() const {
+        std::string meaning;
+        if (!about_ || code_ == 0) return meaning;
+        for (const describe::Error& error : about_->errors) {
+            const bool of_form = error.forms.have([&](std::string_view name) { return declares(name); });
+            if (error.code != code_ || !of_form || error.when.empty()) continue;
+            if (!meaning.empty()) return {};
+            meaning = error.when;
+        }
+        return meaning;
+    }
+
+    // Returns "the picture is 2 x 2, addend is 2 x 1"; nothing if there is nothing to compare the picture with.
+    std::string sizes_given() const {
+        std::string text;
+        std::size_t told = 0;
+        for (std::size_t i = 0; i < values_.size(); ++i) {
+            const std::string size = size_text(values_[i]);
+            if (size.empty()) continue;
+            const bool is_object = i == 0 && (method_.extends() || !method_.owner.empty());
+            text += (text.empty() ? "" : ", ") + (is_object ? "the picture" : parameter(i).name) + " is " + size;
+            ++told;
+        }
+        return told > 1 ? text : "";
+    }
+
+    std::string size_text(const Value& value) const {
+        const std::string type = host::type_name(value);
+        if (host::same_name(type, "picture") || host::same_name(type, "TRV_ClientPicture")) {
+            const Size size = size_of(session_, value);
+            return std::to_string(size.width) + " x " + std::to_string(size.height);
+        }
+        if (!host::same_name(type, "TRV_Rectangle")) return {};
+        std::string sides;
+        for (const char* side : {"left", "top", "width", "height"})
+            sides += (sides.empty() ? "rect(" : ", ") + value_text(session_.caller().get(value, side));
+        return sides + ")";
+    }
+
+    PluginSession& session_;
+    const Callable& method_;
+    std::span<const Value> values_;
+    const std::int32_t code_;
+    const describe::Operation* about_;  // null for an operation that is not described
+};
+
+}  // namespace
+
+std::string failure_reason(PluginSession& session, const Callable& method, std::span<const Value> values,
+                           std::int32_t code) {
+    return Reason(session, method, values, code).text();
+}
+
+}  // namespace tarvo::cli
