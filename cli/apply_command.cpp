@@ -13,6 +13,7 @@
 
 #include "command_error.h"
 #include "commands.h"
+#include "limit_options.h"
 #include "messages.h"
 #include "names.h"
 #include "operation.h"
@@ -141,6 +142,7 @@ private:
         const Binding binding = bind_operation(*session_, operation, in_hand, ExitStatus::operation_failed);
         const std::string& name = binding.method->declaration.name;
         const std::string label = operation.label(name);
+        session_->host().clear_refusal();
         const Outcome outcome = run_operation(*session_, operation, binding, picture, options_.keep_depth);
         if (!options_.quiet)
             for (const std::string& line : outcome.notes) note(label + ": " + line);
@@ -162,18 +164,27 @@ private:
         session_->show_complaints(label);
         const bool gave_object = std::holds_alternative<host::ObjectRef>(outcome.result) && !is_nil(outcome.result);
         const std::string reason = outcome.reason.empty() ? "" : "\n    " + outcome.reason;
-        const std::string code =
-            "error " + std::to_string(outcome.code) + ": " + session_->error_message(outcome.code) + reason;
-        if (outcome.code != 0 && gave_object) return warn(label + ": " + code);
-        if (outcome.code != 0) throw CommandError(ExitStatus::operation_failed, label + ": " + code);
-        if (outcome.declares_result && is_nil(outcome.result))
-            throw CommandError(ExitStatus::operation_failed, label + " gave no result and no error code" + reason);
+        const std::string code = "error " + std::to_string(outcome.code) + ": " + session_->error_message(outcome.code);
+        if (outcome.code != 0 && gave_object) return warn(label + ": " + code + reason);
+        if (outcome.code != 0)
+            throw CommandError(ExitStatus::operation_failed, label + ": " + code + refusal() + reason);
+        if (outcome.declares_result && is_nil(outcome.result)) {
+            const std::string why = refusal().empty() ? " and no error code" : refusal();
+            throw CommandError(ExitStatus::operation_failed, label + " gave no result" + why + reason);
+        }
+    }
+
+    // What the host did not make for the operation.
+    std::string refusal() const {
+        const auto& refused = session_->host().refusal();
+        return refused ? "; the host made no room for it: " + with_option(*refused) : "";
     }
 
     void write(const Value& in_hand) {
         const Value value = as_picture(in_hand) ? in_hand : converted(in_hand, kPicture);
-        const std::string lost = write_picture(*session_, std::get<host::ObjectRef>(value), options_.output);
-        if (!options_.quiet) note(lost);
+        const std::vector<std::string> lost =
+            write_picture(*session_, std::get<host::ObjectRef>(value), options_.output);
+        if (!options_.quiet) notes(lost);
         say(options_.output + ": " + describe(value));
     }
 
@@ -182,7 +193,8 @@ private:
             const Value result = session_->caller().convert(value, host::type_named(type));
             session_->show_complaints(std::string("conversion to ") + type);
             if (is_nil(result))
-                throw CommandError(ExitStatus::operation_failed, std::string("no ") + type + " can be made");
+                throw CommandError(ExitStatus::operation_failed,
+                                   std::string("no ") + type + " can be made" + refusal());
             return result;
         } catch (const host::CallError& error) {
             throw CommandError(ExitStatus::operation_failed, error.what());
@@ -224,6 +236,7 @@ void add_apply_command(CLI::App& tool) {
                       "read black-and-white, grey and palette files as pictures of 1 and 8 bits");
     command->add_flag("--client", options->client, "work on a TRV_ClientPicture");
     command->add_flag("-q,--quiet", options->quiet, "print only what calls answer");
+    add_limit_options(*command, options->plugin.limits);
     add_plugin_options(*command, options->plugin);
     command->callback([options] { Apply(*options).run(); });
 }

@@ -7,6 +7,7 @@
 
 #include "command_error.h"
 #include "commands.h"
+#include "limit_options.h"
 #include "main_screen.h"
 #include "messages.h"
 #include "output_check.h"
@@ -38,7 +39,7 @@ void capture(const CaptureOptions& options) {
     session.show_complaints(kCapture);
     const auto* picture = std::get_if<host::ObjectRef>(&captured);
     if (!picture) throw CommandError(ExitStatus::operation_failed, "the display does not give its pixels");
-    note(write_picture(session, *picture, options.output));
+    notes(write_picture(session, *picture, options.output));
 }
 
 }  // namespace
@@ -50,6 +51,7 @@ void add_capture_command(CLI::App& tool) {
     command->add_option("-o,--output", options->output, "the file for the picture")->type_name("OUT")->required();
     command->add_option("--display", options->display, "the X display, instead of the one that DISPLAY names")
         ->type_name("NAME");
+    add_limit_options(*command, options->plugin.limits);
     add_plugin_options(*command, options->plugin);
     command->callback([options] { capture(*options); });
 }

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "commands.h"
+#include "limit_options.h"
 #include "messages.h"
 #include "output_check.h"
 #include "picture_io.h"
@@ -28,7 +29,7 @@ void convert(const ConvertOptions& options) {
     check_output(options.output);
     PluginSession session(options.plugin);
     const host::ObjectRef picture = read_picture(session, options.input, options.keep_depth);
-    note(write_picture(session, picture, options.output));
+    notes(write_picture(session, picture, options.output));
 }
 
 }  // namespace
@@ -41,6 +42,7 @@ void add_convert_command(CLI::App& tool) {
     command->add_option("-o,--output", options->output, "the file for the result")->type_name("OUT")->required();
     command->add_flag("--keep-depth", options->keep_depth,
                       "read black-and-white, grey and palette files as pictures of 1 and 8 bits");
+    add_limit_options(*command, options->plugin.limits);
     add_plugin_options(*command, options->plugin);
     command->callback([options] { convert(*options); });
 }

@@ -6,6 +6,7 @@
 
 #include <exception>
 #include <iostream>
+#include <new>
 #include <sstream>
 #include <string>
 
@@ -13,6 +14,8 @@
 #include "command_line.h"
 #include "commands.h"
 #include "file_error.h"
+#include "interrupts.h"
+#include "limit_options.h"
 
 namespace {
 
@@ -32,7 +35,14 @@ ExitStatus fail(ExitStatus status, const std::string& message) {
     return status;
 }
 
+// Output that does not arrive makes what was fine an error.
+ExitStatus end_of_output(ExitStatus status) {
+    if (std::cout.flush() || status != ExitStatus::fine) return status;
+    return fail(ExitStatus::file_error, "the output cannot be written");
+}
+
 ExitStatus run(int argc, char** argv) {
+    tarvo::cli::handle_interrupts();
     CLI::App tool("Applies the picture operations of Tarvo Graphics to picture files.", "tarvo");
     tool.footer(kExitStatuses);
     tool.require_subcommand(1);
@@ -46,17 +56,20 @@ ExitStatus run(int argc, char** argv) {
     try {
         tarvo::cli::check_command(tool, argc, argv);
         tool.parse(argc, argv);
-        if (!std::cout.flush()) return fail(ExitStatus::file_error, "the output cannot be written");
-        return ExitStatus::fine;
+        return end_of_output(ExitStatus::fine);
     } catch (const CLI::ParseError& error) {
         std::ostringstream message;
         const bool helped = tool.exit(error, std::cout, message) == 0;
         std::cerr << tarvo::cli::readable(message.str());
-        return helped ? ExitStatus::fine : ExitStatus::wrong_usage;
+        return end_of_output(helped ? ExitStatus::fine : ExitStatus::wrong_usage);
     } catch (const CommandError& error) {
         return fail(error.status(), error.what());
     } catch (const tarvo::host::FileError& error) {
-        return fail(ExitStatus::file_error, error.what());
+        return fail(ExitStatus::file_error, tarvo::cli::with_option(error));
+    } catch (const tarvo::host::LimitedError& error) {
+        return fail(ExitStatus::operation_failed, tarvo::cli::with_option(error));
+    } catch (const std::bad_alloc&) {
+        return fail(ExitStatus::operation_failed, "not enough memory");
     } catch (const std::exception& error) {
         return fail(ExitStatus::operation_failed, error.what());
     }

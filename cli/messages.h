@@ -4,6 +4,7 @@
 
 #include <iostream>
 #include <string>
+#include <vector>
 
 #include "shown_text.h"
 
@@ -11,9 +12,10 @@ namespace tarvo::cli {
 
 inline void warn(const std::string& line) { std::cerr << "warning: " << host::shown_lines(line) << '\n'; }
 
-// Writes the line, unless it is empty.
-inline void note(const std::string& line) {
-    if (!line.empty()) std::cerr << "note: " << host::shown_lines(line) << '\n';
+inline void note(const std::string& line) { std::cerr << "note: " << host::shown_lines(line) << '\n'; }
+
+inline void notes(const std::vector<std::string>& lines) {
+    for (const std::string& line : lines) note(line);
 }
 
 }  // namespace tarvo::cli

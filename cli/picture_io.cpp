@@ -3,12 +3,14 @@
 #include <cstdint>
 #include <span>
 #include <string_view>
-#include <vector>
 
 #include "about_file.h"
 #include "command_error.h"
-#include "file_bytes.h"
+#include "file_source.h"
+#include "file_writer.h"
 #include "format.h"
+#include "interrupts.h"
+#include "messages.h"
 #include "picture_file.h"
 
 namespace tarvo::cli {
@@ -18,6 +20,10 @@ constexpr std::string_view kStringEnding = ".trv";
 
 bool holds_string(std::string_view path) { return host::has_ending(path, kStringEnding); }
 
+std::function<void()> note_of_waiting(const std::string& path) {
+    return [path] { note(path + " is a pipe that nobody writes to: waiting"); };
+}
+
 // Calls a method of an object without arguments and returns its result; empty for nil.
 host::ObjectRef ask(PluginSession& session, const host::ObjectRef& object, const char* method) {
     const host::Value given = session.caller().call_on(object, method, {});
@@ -26,45 +32,100 @@ host::ObjectRef ask(PluginSession& session, const host::ObjectRef& object, const
     return result ? *result : host::ObjectRef();
 }
 
-std::string_view text_of(const std::vector<std::uint8_t>& bytes) {
-    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
-}
-
 std::span<const std::uint8_t> bytes_of(std::string_view text) {
     return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
 }
 
+// --- strings in files ------------------------------------------------------------------------------------------------
+
+// A string begins with the sizes of its picture, which say how long it is.
+constexpr std::size_t kHeaderBytes = 11;
+
+std::uint64_t number_at(const host::Bytes& header, std::size_t place) {
+    std::uint64_t number = 0;
+    for (std::size_t i = place; i < place + 4; ++i) number = number << 8 | header[i];
+    return number;
+}
+
+host::FileError no_string() { return host::FileError("this is no string that a picture can be made of"); }
+
+// Reads no more of a file than a picture of its sizes has: the length that the string must have, its header read.
+std::size_t length_of_string(host::ByteSource& file, host::Bytes& header, const host::Limits& limits) {
+    if (!file.read(header)) throw no_string();
+    const std::uint64_t width = number_at(header, 0), height = number_at(header, 4), planes = header[10] != 0 ? 4 : 3;
+    constexpr std::uint64_t kMostPixels = host::Host::kLongestString;
+    if (width * height > kMostPixels || width > kMostPixels || height > kMostPixels) throw no_string();
+    const std::uint64_t behind_header = width * height * planes;
+    if (behind_header == 0 || file.left().value_or(behind_header) != behind_header) throw no_string();
+    host::check_size(width, height, limits.max_pixels);
+    return kHeaderBytes + behind_header;
+}
+
+host::ObjectRef string_in(PluginSession& session, const std::string& path) {
+    host::FileSource file(path, note_of_waiting(path));
+    host::Bytes header(kHeaderBytes);
+    const std::size_t length = length_of_string(file, header, session.limits());
+    return session.host().new_string(length, [&](std::span<std::uint8_t> room) {
+        std::ranges::copy(header, room.begin());
+        if (!file.read(room.subspan(kHeaderBytes)) || !file.ahead().empty()) throw no_string();
+    });
+}
+
 host::ObjectRef read_string(PluginSession& session, const std::string& path) {
-    const host::ObjectRef string =
-        session.host().new_string(text_of(host::read_file(path, host::Host::kLongestString)));
-    const host::ObjectRef picture = ask(session, string, "TRV_ConvertToPicture");
-    if (!picture) throw host::FileError("this is no string that a picture can be made of");
-    return picture;
+    session.host().clear_refusal();
+    const host::ObjectRef picture = ask(session, string_in(session, path), "TRV_ConvertToPicture");
+    if (picture) return picture;
+    if (const auto& refusal = session.host().refusal()) throw host::HostError(*refusal);
+    throw no_string();
 }
 
-std::string write_string(PluginSession& session, const host::ObjectRef& picture, const std::string& path) {
+// Tried with one pixel: what the plugin reads is a question of depth and mask alone.
+bool can_be_read_again(PluginSession& session, const host::Picture& picture) {
+    const host::ObjectRef pixel = session.host().new_picture({.width = 1, .height = 1, .depth = picture.depth()});
+    if (picture.mask())
+        dynamic_cast<host::Picture&>(*pixel.get()).set_mask(session.host().new_picture({.width = 1, .height = 1}));
+    const host::ObjectRef string = ask(session, pixel, "TRV_ConvertToString");
+    return string && ask(session, string, "TRV_ConvertToPicture");
+}
+
+std::vector<std::string> write_string(PluginSession& session, const host::ObjectRef& picture, const std::string& path) {
+    session.host().clear_refusal();
     const host::ObjectRef string = ask(session, picture, "TRV_ConvertToString");
+    if (const auto& refusal = session.host().refusal(); !string && refusal) throw host::HostError(*refusal);
     if (!string) throw CommandError(ExitStatus::operation_failed, "TRV_ConvertToString gave no string");
-    host::replace_file(path, bytes_of(dynamic_cast<const host::StringObject&>(*string.get()).bytes()));
-    if (ask(session, string, "TRV_ConvertToPicture")) return {};
-    return path + " holds a string that TRV_ConvertToPicture makes no picture of";
+    host::FileWriter file(path, &part_file_watch());
+    file.write(bytes_of(dynamic_cast<const host::StringObject&>(*string.get()).bytes()));
+    std::vector<std::string> lines = file.commit();
+    if (!can_be_read_again(session, dynamic_cast<const host::Picture&>(*picture.get())))
+        lines.emplace_back("holds a string that TRV_ConvertToPicture makes no picture of");
+    return lines;
 }
 
-std::string write_file(const host::Picture& picture, const std::string& path) {
-    if (!host::write_picture_file(picture, path).mask_left_out) return {};
-    return path + " has no transparency: the mask is left out";
+// --- files of pictures -----------------------------------------------------------------------------------------------
+
+std::vector<std::string> write_file(const host::ObjectRef& picture, const std::string& path) {
+    auto report = host::write_picture_file(dynamic_cast<const host::Picture&>(*picture.get()), path,
+                                           {.watch = &part_file_watch()});
+    if (report.mask_left_out) report.not_kept.emplace_back("has no transparency: the mask is left out");
+    return std::move(report.not_kept);
 }
 
 }  // namespace
 
 host::ObjectRef read_picture(PluginSession& session, const std::string& path, bool keep_depth) {
     if (holds_string(path)) return host::about_file(path, [&] { return read_string(session, path); });
-    return host::read_picture_file(session.host(), path, {.keep_depth = keep_depth});
+    return host::read_picture_file(
+        session.host(), path,
+        {.keep_depth = keep_depth, .max_pixels = session.limits().max_pixels, .on_wait = note_of_waiting(path)});
 }
 
-std::string write_picture(PluginSession& session, const host::ObjectRef& picture, const std::string& path) {
-    if (holds_string(path)) return host::about_file(path, [&] { return write_string(session, picture, path); });
-    return write_file(dynamic_cast<const host::Picture&>(*picture.get()), path);
+std::vector<std::string> write_picture(PluginSession& session, const host::ObjectRef& picture,
+                                       const std::string& path) {
+    std::vector<std::string> lines = holds_string(path)
+                                         ? host::about_file(path, [&] { return write_string(session, picture, path); })
+                                         : write_file(picture, path);
+    for (std::string& line : lines) line.insert(0, path + " ");
+    return lines;
 }
 
 void check_output_name(const std::string& path) { host::check_writable_name(path, kStringEnding); }

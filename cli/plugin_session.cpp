@@ -24,8 +24,10 @@ std::string library_of_this_tool() {
     std::error_code error;
     const fs::path folder = fs::read_symlink("/proc/self/exe", error).parent_path();
     const fs::path candidates[] = {folder / ".." / "lib" / kLibraryName, folder / kLibraryName};
-    for (const fs::path& candidate : candidates)
-        if (fs::exists(candidate, error)) return candidate.lexically_normal().string();
+    // Without its own place a candidate would be looked for where the tool is run, and found there if somebody put it.
+    if (folder.is_absolute())
+        for (const fs::path& candidate : candidates)
+            if (fs::exists(candidate, error)) return candidate.lexically_normal().string();
     throw CommandError(ExitStatus::file_error,
                        std::string(kLibraryName) + " is not beside this tool; name the plugin with --plugin");
 }
@@ -54,7 +56,9 @@ void add_plugin_options(CLI::App& command, PluginOptions& options) {
 }
 
 PluginSession::PluginSession(const PluginOptions& options)
-    : host_({.version = options.host_version}), caller_(loaded(host_, options)) {}
+    : limits_(options.limits),
+      host_({.version = options.host_version, .limits = options.limits}),
+      caller_(loaded(host_, options)) {}
 
 host::Value PluginSession::ask(const char* method, std::vector<host::Value> arguments) {
     for (const host::Callable& callable : caller_.callables())

@@ -9,12 +9,14 @@
 
 #include "caller.h"
 #include "host.h"
+#include "limit_options.h"
 
 namespace tarvo::cli {
 
 struct PluginOptions {
     std::string path;  // if empty, the library that belongs to this tool
     double host_version = host::HostOptions{}.version;
+    host::Limits limits = default_limits();
 };
 
 void add_plugin_options(CLI::App& command, PluginOptions& options);
@@ -25,6 +27,7 @@ public:
     // Throws CommandError when the plugin cannot be loaded or refuses the host.
     explicit PluginSession(const PluginOptions& options);
 
+    const host::Limits& limits() const { return limits_; }
     host::Host& host() { return host_; }
     host::Caller& caller() { return caller_; }
 
@@ -38,6 +41,7 @@ public:
 private:
     host::Value ask(const char* method, std::vector<host::Value> arguments);
 
+    const host::Limits limits_;
     host::Host host_;
     host::Caller caller_;
 };

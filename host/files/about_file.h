@@ -4,7 +4,6 @@
 
 #include <new>
 #include <string>
-#include <string_view>
 
 #include "file_error.h"
 #include "host.h"
@@ -12,19 +11,17 @@
 namespace tarvo::host {
 
 // "PATH: REASON" in one line, whatever is in the name.
-FileError error_about(const std::string& path, std::string_view reason);
+FileError error_about(const std::string& path, const LimitedError& reason);
 
 // Runs `work`. Its FileError, HostError or std::bad_alloc becomes a FileError that names the file.
 template <class Work>
 auto about_file(const std::string& path, Work work) {
     try {
         return work();
-    } catch (const FileError& error) {
-        throw error_about(path, error.what());
-    } catch (const HostError& error) {
-        throw error_about(path, error.what());
+    } catch (const LimitedError& error) {
+        throw error_about(path, error);
     } catch (const std::bad_alloc&) {
-        throw error_about(path, "not enough memory");
+        throw error_about(path, LimitedError("not enough memory", Limit::memory));
     }
 }
 

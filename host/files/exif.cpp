@@ -1,40 +1,150 @@
 #include "exif.h"
 
-#include <libexif/exif-data.h>
-
 #include <algorithm>
-#include <memory>
-#include <vector>
+#include <cstring>
 
 namespace tarvo::host {
 
 namespace {
 
-constexpr std::uint8_t kExifMark[] = {'E', 'x', 'i', 'f', 0, 0};
-// More than any JPEG file can hold; the orientation stands near the beginning.
-constexpr std::size_t kMostBytes = 65536;
+constexpr std::size_t kHeaderBytes = 8, kEntryBytes = 12, kInlineBytes = 4;
 
-struct Unref {
-    void operator()(ExifData* data) const { exif_data_unref(data); }
+enum Type : std::uint32_t { kShort = 3, kLong = 4, kRational = 5 };
+
+enum Tag : std::uint32_t {
+    kImageWidth = 0x0100,
+    kImageHeight = 0x0101,
+    kOrientation = 0x0112,
+    kXResolution = 0x011A,
+    kYResolution = 0x011B,
+    kResolutionUnit = 0x0128,
+    kThumbnailPlace = 0x0201,
+    kThumbnailSize = 0x0202,
+    kCameraDirectory = 0x8769,
+    kPixelWidth = 0xA002,
+    kPixelHeight = 0xA003,
+};
+
+template <class Number>
+void keep_first(std::optional<Number>& kept, const std::optional<Number>& found) {
+    if (!kept) kept = found;
+}
+
+class Reader {
+public:
+    explicit Reader(std::span<const std::uint8_t> block)
+        : bytes_(block.first(std::min(block.size(), kMostExifBytes))) {}
+
+    Exif read() {
+        if (!read_header()) return found_;
+        std::optional<ExifNumber> camera, thumbnail_place, thumbnail_size;
+        const auto link = directory(*long_at(4), [&](std::uint32_t tag, std::size_t entry) {
+            switch (tag) {
+                case kImageWidth: return keep_first(found_.width, number(entry));
+                case kImageHeight: return keep_first(found_.height, number(entry));
+                case kOrientation: return keep_first(found_.orientation, short_number(entry));
+                case kXResolution: return keep_first(found_.x_resolution, fraction(entry));
+                case kYResolution: return keep_first(found_.y_resolution, fraction(entry));
+                case kResolutionUnit: return keep_first(found_.resolution_unit, short_number(entry));
+                case kCameraDirectory: return keep_first(camera, number(entry));
+                default: return;
+            }
+        });
+        if (camera)
+            directory(camera->value, [&](std::uint32_t tag, std::size_t entry) {
+                if (tag == kPixelWidth) keep_first(found_.camera_width, number(entry));
+                if (tag == kPixelHeight) keep_first(found_.camera_height, number(entry));
+            });
+        if (!link || long_at(*link) == 0u) return found_;
+        found_.thumbnail_link = ExifNumber{*long_at(*link), *link, 4};
+        directory(found_.thumbnail_link->value, [&](std::uint32_t tag, std::size_t entry) {
+            if (tag == kThumbnailPlace) keep_first(thumbnail_place, number(entry));
+            if (tag == kThumbnailSize) keep_first(thumbnail_size, number(entry));
+        });
+        if (thumbnail_place && thumbnail_size && holds(thumbnail_place->value, thumbnail_size->value))
+            found_.thumbnail = ExifRange{thumbnail_place->value, thumbnail_size->value};
+        return found_;
+    }
+
+private:
+    bool holds(std::size_t place, std::size_t count) const {
+        return place <= bytes_.size() && count <= bytes_.size() - place;
+    }
+
+    std::optional<std::uint32_t> integer_at(std::size_t place, std::size_t count) const {
+        if (!holds(place, count)) return {};
+        std::uint32_t value = 0;
+        for (std::size_t i = 0; i < count; ++i)
+            value = value << 8 | bytes_[place + (found_.big_endian ? i : count - 1 - i)];
+        return value;
+    }
+    std::optional<std::uint32_t> short_at(std::size_t place) const { return integer_at(place, 2); }
+    std::optional<std::uint32_t> long_at(std::size_t place) const { return integer_at(place, 4); }
+
+    bool read_header() {
+        if (bytes_.size() < kHeaderBytes) return false;
+        found_.big_endian = bytes_[0] == 'M';
+        return bytes_[0] == bytes_[1] && (bytes_[0] == 'M' || bytes_[0] == 'I') && short_at(2) == 42u;
+    }
+
+    // Calls `visit(tag, place of the entry)` for each. Gives the place of the link to the next directory, if the file
+    // goes on so far.
+    template <class Visit>
+    std::optional<std::size_t> directory(std::uint32_t start, Visit visit) {
+        if (std::find(std::begin(followed_), std::end(followed_), start) != std::end(followed_)) return {};
+        std::ranges::rotate(followed_, std::end(followed_) - 1);
+        followed_[0] = start;
+        const auto count = short_at(start);
+        if (!count) return {};
+        std::size_t entry = start + std::size_t{2};
+        for (std::uint32_t i = 0; i < *count; ++i, entry += kEntryBytes) {
+            if (entries_ == kMostExifEntries || !holds(entry, kEntryBytes)) return {};
+            ++entries_;
+            visit(*short_at(entry), entry);
+        }
+        if (!holds(entry, 4)) return {};
+        return entry;
+    }
+
+    // Where the first value of an entry begins, of that type and size; none when it is not all there.
+    std::optional<std::size_t> value_place(std::size_t entry, Type type, std::size_t bytes) const {
+        const std::uint64_t count = *long_at(entry + 4);
+        if (short_at(entry + 2) != type || count == 0) return {};
+        const std::size_t place = count * bytes <= kInlineBytes ? entry + 8 : *long_at(entry + 8);
+        if (!holds(place, bytes)) return {};
+        return place;
+    }
+
+    std::optional<ExifNumber> short_number(std::size_t entry) const {
+        const auto place = value_place(entry, kShort, 2);
+        if (!place) return {};
+        return ExifNumber{*short_at(*place), *place, 2};
+    }
+
+    std::optional<ExifNumber> number(std::size_t entry) const {
+        const auto place = value_place(entry, kLong, 4);
+        if (!place) return short_number(entry);
+        return ExifNumber{*long_at(*place), *place, 4};
+    }
+
+    std::optional<ExifFraction> fraction(std::size_t entry) const {
+        const auto place = value_place(entry, kRational, 8);
+        if (!place) return {};
+        return ExifFraction{*long_at(*place), *long_at(*place + 4), *place};
+    }
+
+    const std::span<const std::uint8_t> bytes_;
+    Exif found_;
+    std::uint32_t followed_[3] = {};  // as many as there are to follow; no directory stands in the header
+    int entries_ = 0;
 };
 
 }  // namespace
 
-int exif_orientation(std::span<const std::uint8_t> tiff) {
-    const std::unique_ptr<ExifData, Unref> data(exif_data_new());
-    if (!data) return 1;
-    // Otherwise the library would put entries right that are wrong, and an orientation could appear.
-    exif_data_unset_option(data.get(), EXIF_DATA_OPTION_FOLLOW_SPECIFICATION);
-
-    std::vector<std::uint8_t> marked(std::begin(kExifMark), std::end(kExifMark));
-    const auto head = tiff.first(std::min(tiff.size(), kMostBytes));
-    marked.insert(marked.end(), head.begin(), head.end());
-    exif_data_load_data(data.get(), marked.data(), static_cast<unsigned>(marked.size()));
-
-    const ExifEntry* entry = exif_content_get_entry(data->ifd[EXIF_IFD_0], EXIF_TAG_ORIENTATION);
-    if (!entry || entry->format != EXIF_FORMAT_SHORT || entry->components < 1 || entry->size < 2) return 1;
-    const int orientation = exif_get_short(entry->data, exif_data_get_byte_order(data.get()));
-    return orientation >= 1 && orientation <= 8 ? orientation : 1;
+int Exif::shown_orientation() const {
+    return orientation && orientation->value >= 1 && orientation->value <= 8 ? static_cast<int>(orientation->value) : 1;
 }
+
+Exif read_exif(std::span<const std::uint8_t> block) { return Reader(block).read(); }
 
 }  // namespace tarvo::host

@@ -1,13 +1,13 @@
 #pragma once
 
-#include <stdexcept>
+#include "resource_limits.h"
 
 namespace tarvo::host {
 
 // A file that cannot be read or written, in one line. Where a file is known the line begins with its name.
-class FileError : public std::runtime_error {
+class FileError : public LimitedError {
 public:
-    using std::runtime_error::runtime_error;
+    using LimitedError::LimitedError;
 };
 
 }  // namespace tarvo::host

@@ -1,7 +1,6 @@
 #include "format.h"
 
 #include <algorithm>
-#include <limits>
 #include <string>
 
 #include "names.h"
@@ -79,14 +78,15 @@ const Format& format_of_name(std::string_view path, std::string_view own_ending)
     throw FileError("the name ends in none of " + known);
 }
 
-void check_size(std::uint64_t width, std::uint64_t height, const Limits& limits) {
-    const std::string size = std::to_string(width) + " x " + std::to_string(height) + " pixels";
-    if (width == 0 || height == 0) throw FileError("the size is " + size);
+void check_size(std::uint64_t width, std::uint64_t height, std::uint64_t max_pixels) {
+    const std::string size = "the size is " + std::to_string(width) + " x " + std::to_string(height) + " pixels";
+    if (width == 0 || height == 0) throw FileError(size);
     if (width > kLongestSide || height > kLongestSide)
-        throw FileError("the size is " + size + ", a side may have " + std::to_string(kLongestSide));
-    // Four bytes a pixel and what else is counted must fit an address.
-    const std::size_t most = std::min(limits.max_pixels, std::numeric_limits<std::size_t>::max() / 8);
-    if (width * height > most) throw FileError("the size is " + size + ", there may be " + std::to_string(most));
+        throw FileError(size + ", a side may have " + std::to_string(kLongestSide));
+    if (width * height > max_pixels)
+        throw FileError(
+            size + ", together " + std::to_string(width * height) + ", the limit is " + std::to_string(max_pixels),
+            Limit::pixels);
 }
 
 FileError cut_short(int rows) {

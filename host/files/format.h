@@ -5,18 +5,13 @@
 #include <cstdint>
 #include <span>
 #include <string_view>
-#include <vector>
 
+#include "byte_sink.h"
+#include "byte_source.h"
 #include "file_error.h"
 #include "image.h"
 
 namespace tarvo::host {
-
-using Bytes = std::vector<std::uint8_t>;
-
-struct Limits {
-    std::size_t max_pixels;
-};
 
 struct EncodeOptions {
     int jpeg_quality;  // 1 to 100
@@ -27,9 +22,10 @@ struct Format {
     std::span<const std::string_view> endings;  // of file names, in lower case
     bool keeps_alpha;
     bool (*recognises)(std::span<const std::uint8_t> file);
-    // Null in a build without the library for it. Both throw FileError, without a file's name, and std::bad_alloc.
-    Image (*decode)(std::span<const std::uint8_t> file, const Limits& limits);
-    Bytes (*encode)(const Image& image, const EncodeOptions& options);
+    // Null in a build without the library for it. Both throw FileError, without a file's name, std::bad_alloc, and what
+    // they are given throws.
+    void (*decode)(ByteSource& file, std::uint64_t max_pixels, PixelTarget& target);
+    void (*encode)(const PixelSource& image, const EncodeOptions& options, ByteSink& file);
 };
 
 // By the first bytes. Throws FileError.
@@ -42,7 +38,7 @@ const Format& format_of_name(std::string_view path, std::string_view own_ending 
 
 // For decoders, before they make an image. Throws FileError when a side is 0 or above kLongestSide, or there are too
 // many pixels.
-void check_size(std::uint64_t width, std::uint64_t height, const Limits& limits);
+void check_size(std::uint64_t width, std::uint64_t height, std::uint64_t max_pixels);
 // The error of a file that ends too early, after that many rows.
 FileError cut_short(int rows);
 

@@ -7,8 +7,8 @@
 namespace tarvo::host {
 
 // CMYK and YCCK files are converted plainly.
-Image decode_jpeg(std::span<const std::uint8_t> file, const Limits& limits);
+void decode_jpeg(ByteSource& file, std::uint64_t max_pixels, PixelTarget& target);
 // Alpha is left out. An image of greys is written as such, others with their colours at full resolution.
-Bytes encode_jpeg(const Image& image, const EncodeOptions& options);
+void encode_jpeg(const PixelSource& image, const EncodeOptions& options, ByteSink& file);
 
 }  // namespace tarvo::host

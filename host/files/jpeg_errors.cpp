@@ -33,6 +33,7 @@ void on_message(j_common_ptr info, int level) {
 void fail_jpeg(j_common_ptr info, const char* message) {
     auto* errors = reinterpret_cast<JpegErrors*>(info->err);
     std::snprintf(errors->message, sizeof errors->message, "%s", message);
+    errors->manager.msg_code = 0;  // none of the library's
     std::longjmp(errors->target, 1);
 }
 
@@ -41,5 +42,7 @@ JpegErrors::JpegErrors() {
     manager.error_exit = on_error;
     manager.emit_message = on_message;
 }
+
+bool JpegErrors::out_of_memory() const { return manager.msg_code == JERR_OUT_OF_MEMORY; }
 
 }  // namespace tarvo::host

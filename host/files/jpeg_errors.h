@@ -18,6 +18,8 @@ struct JpegErrors {
 
     // Messages that tell of damaged data end the call; others are ignored.
     JpegErrors();
+    // True when the call that failed lacked memory.
+    bool out_of_memory() const;
 };
 
 // Ends the library's call with an error of our own.

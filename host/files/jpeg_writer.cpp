@@ -1,9 +1,10 @@
 #include "jpeg_codec.h"
 
+#include <exception>
 #include <new>
 #include <string>
 #include <type_traits>
-#include <utility>
+#include <vector>
 
 #include "jpeg_errors.h"
 
@@ -13,11 +14,11 @@ namespace {
 
 constexpr std::size_t kChunk = 65536;
 
-// The library fills a chunk, which is then added to the file.
+// The library fills a chunk, which then goes to the file.
 struct Target {
     jpeg_destination_mgr manager;  // first: the library's pointer to it is a pointer to this
-    Bytes file;
-    bool no_memory = false;
+    ByteSink* file;
+    std::exception_ptr failure;
     std::uint8_t chunk[kChunk];
 
     void begin_chunk() {
@@ -25,14 +26,15 @@ struct Target {
         manager.free_in_buffer = kChunk;
     }
 
-    bool take(std::size_t count) noexcept {
+    // What the file throws waits for the end of the library's call.
+    bool pass_on(std::size_t count) noexcept {
         try {
-            file.insert(file.end(), chunk, chunk + count);
-        } catch (const std::bad_alloc&) {
-            no_memory = true;
+            file->write({chunk, count});
+        } catch (...) {
+            failure = std::current_exception();
         }
         begin_chunk();
-        return !no_memory;
+        return !failure;
     }
 };
 static_assert(std::is_standard_layout_v<Target>);
@@ -41,20 +43,22 @@ Target& target_of(j_compress_ptr info) { return *reinterpret_cast<Target*>(info-
 
 void on_begin(j_compress_ptr info) { target_of(info).begin_chunk(); }
 
-[[noreturn]] void ran_out(j_compress_ptr info) { fail_jpeg(reinterpret_cast<j_common_ptr>(info), "out of memory"); }
+[[noreturn]] void stop(j_compress_ptr info) { fail_jpeg(reinterpret_cast<j_common_ptr>(info), "cannot be written"); }
 
 boolean on_chunk_full(j_compress_ptr info) {
-    if (!target_of(info).take(kChunk)) ran_out(info);
+    if (!target_of(info).pass_on(kChunk)) stop(info);
     return TRUE;
 }
 
 void on_end(j_compress_ptr info) {
-    if (!target_of(info).take(kChunk - info->dest->free_in_buffer)) ran_out(info);
+    if (!target_of(info).pass_on(kChunk - info->dest->free_in_buffer)) stop(info);
 }
 
 class JpegWriter {
 public:
-    JpegWriter(const Image& image, int quality) : image_(image), quality_(quality), grey_(is_grey(image)) {
+    JpegWriter(const PixelSource& image, int quality, ByteSink& file)
+        : image_(image), form_(image.form()), quality_(quality), grey_(is_grey(form_)) {
+        target_.file = &file;
         info_.err = &errors_.manager;
         if (!create()) {
             jpeg_destroy_compress(&info_);
@@ -69,11 +73,12 @@ public:
     JpegWriter(const JpegWriter&) = delete;
     JpegWriter& operator=(const JpegWriter&) = delete;
 
-    Bytes write() {
-        std::vector<Rgba> colors(static_cast<std::size_t>(image_.width));
-        Bytes row(colors.size() * 3);
-        if (begin_file() && write_rows(colors.data(), row.data()) && end_file()) return std::move(target_.file);
-        if (target_.no_memory) throw std::bad_alloc();
+    void write() {
+        std::vector<Rgba> colors(static_cast<std::size_t>(form_.width));
+        Bytes pixels(form_.row_bytes()), row(colors.size() * 3);
+        if (begin_file() && write_rows(pixels.data(), colors.data(), row.data()) && end_file()) return;
+        if (target_.failure) std::rethrow_exception(target_.failure);
+        if (errors_.out_of_memory()) throw std::bad_alloc();
         throw FileError(std::string("cannot be made: ") + errors_.message);
     }
 
@@ -86,8 +91,8 @@ private:
 
     bool begin_file() {
         if (setjmp(errors_.target)) return false;
-        info_.image_width = static_cast<JDIMENSION>(image_.width);
-        info_.image_height = static_cast<JDIMENSION>(image_.height);
+        info_.image_width = static_cast<JDIMENSION>(form_.width);
+        info_.image_height = static_cast<JDIMENSION>(form_.height);
         info_.input_components = grey_ ? 1 : 3;
         info_.in_color_space = grey_ ? JCS_GRAYSCALE : JCS_RGB;
         jpeg_set_defaults(&info_);
@@ -97,10 +102,11 @@ private:
         return true;
     }
 
-    bool write_rows(Rgba* colors, std::uint8_t* row) {
+    bool write_rows(std::uint8_t* pixels, Rgba* colors, std::uint8_t* row) {
         if (setjmp(errors_.target)) return false;
-        for (int y = 0; y < image_.height; ++y) {
-            read_row(image_, y, colors);
+        for (int y = 0; y < form_.height; ++y) {
+            image_.read(y, pixels);
+            read_colors(form_, pixels, colors);
             pack(colors, row);
             jpeg_write_scanlines(&info_, &row, 1);
         }
@@ -108,7 +114,7 @@ private:
     }
 
     void pack(const Rgba* colors, std::uint8_t* out) const {
-        for (const Rgba* color = colors; color != colors + image_.width; ++color) {
+        for (const Rgba* color = colors; color != colors + form_.width; ++color) {
             *out++ = color->red;
             if (grey_) continue;
             *out++ = color->green;
@@ -122,7 +128,8 @@ private:
         return true;
     }
 
-    const Image& image_;
+    const PixelSource& image_;
+    const ImageForm& form_;
     const int quality_;
     const bool grey_;
     JpegErrors errors_;
@@ -132,8 +139,8 @@ private:
 
 }  // namespace
 
-Bytes encode_jpeg(const Image& image, const EncodeOptions& options) {
-    return JpegWriter(image, options.jpeg_quality).write();
+void encode_jpeg(const PixelSource& image, const EncodeOptions& options, ByteSink& file) {
+    JpegWriter(image, options.jpeg_quality, file).write();
 }
 
 }  // namespace tarvo::host

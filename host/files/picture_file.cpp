@@ -1,7 +1,8 @@
 #include "picture_file.h"
 
 #include "about_file.h"
-#include "file_bytes.h"
+#include "file_source.h"
+#include "file_writer.h"
 #include "format.h"
 #include "picture_image.h"
 
@@ -9,30 +10,40 @@ namespace tarvo::host {
 
 namespace {
 
-Bytes encode(const Picture& picture, const Format& format, const WriteOptions& options) {
-    return format.encode(image_of(picture), {.jpeg_quality = options.jpeg_quality});
+ObjectRef decode(Host& host, ByteSource& file, const ReadOptions& options) {
+    PictureBuilder builder(host, options.keep_depth);
+    format_of_bytes(file.ahead()).decode(file, options.max_pixels, builder);
+    return builder.finish();
 }
 
 }  // namespace
 
 ObjectRef decode_picture(Host& host, std::span<const std::uint8_t> file, const ReadOptions& options) {
-    const Image image = format_of_bytes(file).decode(file, {.max_pixels = options.max_pixels});
-    return picture_of(host, image, options.keep_depth);
+    MemorySource source(file);
+    return decode(host, source, options);
 }
 
 ObjectRef read_picture_file(Host& host, const std::string& path, const ReadOptions& options) {
-    return about_file(path, [&] { return decode_picture(host, read_file(path), options); });
+    return about_file(path, [&] {
+        FileSource file(path, options.on_wait);
+        return decode(host, file, options);
+    });
 }
 
-std::vector<std::uint8_t> encode_picture(const Picture& picture, const std::string& name, const WriteOptions& options) {
-    return encode(picture, format_of_name(name), options);
+Bytes encode_picture(const Picture& picture, const std::string& name, const WriteOptions& options) {
+    MemorySink file;
+    format_of_name(name).encode(PictureSource(picture), {.jpeg_quality = options.jpeg_quality}, file);
+    file.flush();
+    return std::move(file.bytes);
 }
 
 WriteReport write_picture_file(const Picture& picture, const std::string& path, const WriteOptions& options) {
     return about_file(path, [&] {
         const Format& format = format_of_name(path);
-        replace_file(path, encode(picture, format, options));
-        return WriteReport{.mask_left_out = picture.mask() && !format.keeps_alpha};
+        const PictureSource source(picture);
+        FileWriter file(path, options.watch);
+        format.encode(source, {.jpeg_quality = options.jpeg_quality}, file);
+        return WriteReport{.mask_left_out = picture.mask() && !format.keeps_alpha, .not_kept = file.commit()};
     });
 }
 

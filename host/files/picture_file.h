@@ -3,12 +3,14 @@
 // Pictures from and to files: PNG, JPEG, PBM, PGM, PPM, PAM.
 
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "file_error.h"
+#include "file_writer.h"
 #include "host.h"
 
 namespace tarvo::host {
@@ -18,11 +20,14 @@ struct ReadOptions {
     // gives a 32-bit picture.
     bool keep_depth = false;
     // More are refused, however few bytes they take in the file.
-    std::size_t max_pixels = std::size_t{1} << 27;
+    std::uint64_t max_pixels = std::uint64_t{1} << 28;
+    // Called when the file is a pipe that nobody writes to yet, which is then waited for.
+    std::function<void()> on_wait = {};
 };
 
 struct WriteOptions {
-    int jpeg_quality = 92;  // 1 to 100
+    int jpeg_quality = 92;           // 1 to 100
+    PartFileWatch* watch = nullptr;  // told of the part file
 };
 
 // A graphics world. Transparency becomes its mask: 0 where the file is opaque, 255 where it is clear. The format is
@@ -32,7 +37,8 @@ ObjectRef read_picture_file(Host& host, const std::string& path, const ReadOptio
 ObjectRef decode_picture(Host& host, std::span<const std::uint8_t> file, const ReadOptions& options = {});
 
 struct WriteReport {
-    bool mask_left_out = false;  // the format has no transparency: the picture is as it looks without its mask
+    bool mask_left_out = false;         // the format has no transparency: the picture is as it looks without its mask
+    std::vector<std::string> not_kept;  // of the file that was replaced, as FileWriter::commit tells it
 };
 
 // In the format that the name's ending says: .png .jpg .jpeg .pbm .pgm .ppm .pam. An existing file is replaced when the
@@ -40,8 +46,7 @@ struct WriteReport {
 // (PAM: black and white, and greys). Throws FileError.
 WriteReport write_picture_file(const Picture& picture, const std::string& path, const WriteOptions& options = {});
 // The bytes of such a file; of `name` only the ending counts.
-std::vector<std::uint8_t> encode_picture(const Picture& picture, const std::string& name,
-                                         const WriteOptions& options = {});
+Bytes encode_picture(const Picture& picture, const std::string& name, const WriteOptions& options = {});
 
 // Throws FileError when no picture can be written to a file of that name, because of its ending. `own_ending`: one that
 // the caller knows how to write.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "file_error.h"
@@ -18,10 +19,10 @@ bool is_black_or_white(Rgba color) {
     return color == kBlack || color == kWhite;
 }
 
-int kept_depth(const Image& image) {
-    if (image.layout != Layout::indexed) return 32;
+int kept_depth(const ImageForm& form) {
+    if (form.layout != Layout::indexed) return 32;
     const bool black_and_white =
-        image.index_bits == 1 && is_black_or_white(image.palette[0]) && is_black_or_white(image.palette[1]);
+        form.index_bits == 1 && is_black_or_white(form.palette[0]) && is_black_or_white(form.palette[1]);
     return black_and_white ? 1 : 8;
 }
 
@@ -32,63 +33,42 @@ std::vector<RGBColor> color_table(const Palette& palette) {
     return colors;
 }
 
-void store_bits(const Image& image, Picture& picture) {
-    for (int y = 0; y < image.height; ++y) {
-        const std::uint8_t* in = image.row(y);
-        std::uint8_t* out = picture.row(y);
-        std::fill_n(out, picture.packed_row_bytes(), std::uint8_t{0});
-        for (std::size_t x = 0; x < static_cast<std::size_t>(image.width); ++x)
-            if (image.palette[in[x]].red == 0) out[x / 8] = static_cast<std::uint8_t>(out[x / 8] | 0x80 >> x % 8);
+// Where the stored pixel (x, y) of an image of that size is seen.
+struct Point {
+    int x, y;
+};
+
+Point seen_at(Point stored, int width, int height, const Turn& turn) {
+    const int x = turn.flip_x ? width - 1 - stored.x : stored.x;
+    const int y = turn.flip_y ? height - 1 - stored.y : stored.y;
+    return turn.transposed ? Point{y, x} : Point{x, y};
+}
+
+// Calls `visit(place, i)` for the pixels of a run, of which the seen picture has `pixel_bytes` bytes each.
+template <class Visit>
+void for_each_pixel(const PixelRun& run, const ImageForm& form, const Turn& turn, Picture& seen,
+                    std::ptrdiff_t pixel_bytes, Visit visit) {
+    const Point first = seen_at({run.x, run.y}, form.width, form.height, turn);
+    const std::ptrdiff_t along = turn.transposed ? static_cast<std::ptrdiff_t>(seen.packed_row_bytes()) : pixel_bytes;
+    const std::ptrdiff_t step = (turn.flip_x ? -along : along) * run.step;
+    std::uint8_t* place = seen.row(first.y) + first.x * pixel_bytes;
+    if (step == pixel_bytes) {  // a constant makes the usual loop fast
+        for (int i = 0; i < run.count; ++i) visit(place + i * pixel_bytes, i);
+        return;
     }
+    for (int i = 0; i < run.count; ++i) visit(place + i * step, i);
 }
 
-void store_indices(const Image& image, Picture& picture) {
-    for (int y = 0; y < image.height; ++y) std::copy_n(image.row(y), image.row_bytes(), picture.row(y));
+template <Layout layout>
+Rgba pixel(const std::uint8_t* pixels, const Palette& palette, int i) {
+    const std::uint8_t* p = pixels + i * static_cast<int>(layout);
+    if constexpr (layout == Layout::indexed) return palette[*p];
+    return {p[0], p[1], p[2], layout == Layout::rgba ? p[3] : std::uint8_t{255}};
 }
-
-// `word(color)` makes the stored 0x00RRGGBB.
-template <class Word>
-void store_words(const Image& image, Picture& picture, Word word) {
-    std::vector<Rgba> colors(static_cast<std::size_t>(image.width));
-    for (int y = 0; y < image.height; ++y) {
-        read_row(image, y, colors.data());
-        std::uint8_t* out = picture.row(y);
-        for (const Rgba& color : colors) {
-            const Rgba stored = word(color);
-            *out++ = 0;
-            *out++ = stored.red;
-            *out++ = stored.green;
-            *out++ = stored.blue;
-        }
-    }
-}
-
-void store_colors(const Image& image, Picture& picture) {
-    store_words(image, picture, [](const Rgba& color) { return color; });
-}
-
-ObjectRef mask_of(Host& host, const Image& image) {
-    ObjectRef mask = host.new_picture({.width = image.width, .height = image.height});
-    store_words(image, picture_in(mask), [](const Rgba& color) {
-        const auto grey = static_cast<std::uint8_t>(255 - color.alpha);
-        return Rgba{grey, grey, grey};
-    });
-    return mask;
-}
-
-bool is_indexed(const Picture& picture) { return picture.depth() <= 8; }
 
 Rgba rgba(std::uint32_t color) {
     return {static_cast<std::uint8_t>(color >> 16), static_cast<std::uint8_t>(color >> 8),
             static_cast<std::uint8_t>(color)};
-}
-
-std::uint8_t index_at(const Picture& picture, const std::uint8_t* row, int x) {
-    return static_cast<std::uint8_t>(load_pixel(row, x, picture.depth()));
-}
-
-Rgba color_at(const Picture& picture, const std::uint8_t* row, int x) {
-    return rgba(color_of(load_pixel(row, x, picture.depth()), picture.depth(), picture.colors()));
 }
 
 // The grey of a mask's pixel: an index is a level, not a colour of the table.
@@ -103,72 +83,161 @@ void check_readable(const Picture& picture) {
         throw FileError("a picture of depth " + std::to_string(picture.depth()) + " cannot be written");
 }
 
-Image indexed_image(const Picture& picture) {
-    Image image(picture.width(), picture.height(), Layout::indexed);
-    image.index_bits = picture.depth();
-    for (int i = 0; i < image.palette_size(); ++i) {
-        const auto index = static_cast<std::uint32_t>(i);
-        image.palette[index] = rgba(color_of(index, picture.depth(), picture.colors()));
-    }
-    for (int y = 0; y < image.height; ++y) {
-        const std::uint8_t* in = picture.row(y);
-        std::uint8_t* out = image.row(y);
-        for (int x = 0; x < image.width; ++x) *out++ = index_at(picture, in, x);
-    }
-    return image;
-}
-
-Image color_image(const Picture& picture, Layout layout) {
-    Image image(picture.width(), picture.height(), layout);
-    for (int y = 0; y < image.height; ++y) {
-        const std::uint8_t* in = picture.row(y);
-        std::uint8_t* out = image.row(y);
-        for (int x = 0; x < image.width; ++x, out += image.pixel_bytes()) {
-            const Rgba color = color_at(picture, in, x);
-            out[0] = color.red;
-            out[1] = color.green;
-            out[2] = color.blue;
-        }
-    }
-    return image;
-}
-
-void set_alpha(Image& image, const Picture& mask) {
-    for (int y = 0; y < image.height; ++y) {
-        const int masked = y < mask.height() ? std::min(image.width, mask.width()) : 0;
-        const std::uint8_t* in = masked > 0 ? mask.row(y) : nullptr;
-        std::uint8_t* alpha = image.row(y) + 3;
-        for (int x = 0; x < image.width; ++x, alpha += 4)
-            *alpha = x < masked ? static_cast<std::uint8_t>(255 - level_at(mask, in, x)) : std::uint8_t{255};
-    }
-}
-
 }  // namespace
 
-ObjectRef picture_of(Host& host, const Image& image, bool keep_depth) {
-    PictureOptions options{.width = image.width, .height = image.height, .depth = keep_depth ? kept_depth(image) : 32};
-    if (options.depth == 8) options.colors = color_table(image.palette);
-    ObjectRef made = host.new_picture(options);
-    Picture& picture = picture_in(made);
-    switch (options.depth) {
-        case 1: store_bits(image, picture); break;
-        case 8: store_indices(image, picture); break;
-        default: store_colors(image, picture); break;
-    }
-    if (has_alpha(image)) picture.set_mask(mask_of(host, image));
+// --- from files ------------------------------------------------------------------------------------------------------
+
+PictureOptions PictureBuilder::options(int depth) const {
+    PictureOptions made{.width = form_.width, .height = form_.height, .depth = depth};
+    if (turn_.transposed) std::swap(made.width, made.height);
+    if (depth == 8) made.colors = color_table(form_.palette);
     return made;
 }
 
-Image image_of(const Picture& picture) {
-    check_readable(picture);
-    if (picture.mask()) {
-        const Picture& mask = picture_in(picture.mask());
-        check_readable(mask);
-        Image image = color_image(picture, Layout::rgba);
-        set_alpha(image, mask);
-        return image;
+// Memory is touched where pixels arrive: what a file only claims costs nothing. Bits are set one by one.
+void PictureBuilder::begin(const ImageForm& form, std::uint64_t working_bytes) {
+    form_ = form;
+    begun_ = true;
+    const PictureOptions picture = options(keep_depth_ ? kept_depth(form) : 32), mask = options(32);
+    const bool masked = has_alpha(form);
+    if (working_bytes != 0)
+        host_.check_memory(Picture::bytes_of(picture) + (masked ? Picture::bytes_of(mask) : 0) + working_bytes,
+                           "a picture of " + std::to_string(picture.width) + " x " + std::to_string(picture.height) +
+                               " pixels and what decoding it takes");
+    picture_ = host_.new_picture(picture, picture.depth == 1 ? Picture::Paper::white : Picture::Paper::unset);
+    shown_ = &picture_in(picture_);
+    if (!masked) return;
+    shown_->set_mask(host_.new_picture(mask, Picture::Paper::unset));
+    mask_ = &picture_in(shown_->mask());
+}
+
+void PictureBuilder::put(const PixelRun& run) noexcept {
+    switch (shown_->depth()) {
+        case 1: put_bits(run); break;
+        case 8: put_indices(run); break;
+        default: put_words(run); break;
     }
-    return is_indexed(picture) ? indexed_image(picture) : color_image(picture, Layout::rgb);
+    if (mask_) put_alpha(run);
+}
+
+// `word(color)` makes the stored 0x00RRGGBB.
+template <Layout layout, class Word>
+void PictureBuilder::put_as(const PixelRun& run, Picture& seen, Word word) noexcept {
+    for_each_pixel(run, form_, turn_, seen, 4, [&](std::uint8_t* place, int i) {
+        const Rgba stored = word(pixel<layout>(run.pixels, form_.palette, i));
+        place[0] = 0;
+        place[1] = stored.red;
+        place[2] = stored.green;
+        place[3] = stored.blue;
+    });
+}
+
+template <class Word>
+void PictureBuilder::put_each(const PixelRun& run, Picture& seen, Word word) noexcept {
+    switch (form_.layout) {
+        case Layout::indexed: return put_as<Layout::indexed>(run, seen, word);
+        case Layout::rgb: return put_as<Layout::rgb>(run, seen, word);
+        case Layout::rgba: return put_as<Layout::rgba>(run, seen, word);
+    }
+}
+
+void PictureBuilder::put_words(const PixelRun& run) noexcept {
+    put_each(run, *shown_, [](const Rgba& color) { return color; });
+}
+
+void PictureBuilder::put_alpha(const PixelRun& run) noexcept {
+    put_each(run, *mask_, [](const Rgba& color) {
+        const auto grey = static_cast<std::uint8_t>(255 - color.alpha);
+        return Rgba{grey, grey, grey};
+    });
+}
+
+void PictureBuilder::put_indices(const PixelRun& run) noexcept {
+    for_each_pixel(run, form_, turn_, *shown_, 1, [&](std::uint8_t* place, int i) { *place = run.pixels[i]; });
+}
+
+void PictureBuilder::put_bits(const PixelRun& run) noexcept {
+    for (int i = 0; i < run.count; ++i) {
+        if (form_.palette[run.pixels[i]].red != 0) continue;
+        const Point at = seen_at({run.x + i * run.step, run.y}, form_.width, form_.height, turn_);
+        store_pixel(shown_->row(at.y), at.x, 1, 1);
+    }
+}
+
+void PictureBuilder::turn(int orientation) {
+    const Turn turn = turn_of(orientation);
+    if (begun_ && turn.turns()) {
+        ObjectRef seen = turned(*shown_, turn);
+        if (mask_) picture_in(seen).set_mask(turned(*mask_, turn));
+        picture_ = std::move(seen);
+    }
+    turn_ = turn;
+}
+
+// Of a picture that is there already, for the rare file that tells its orientation behind its pixels.
+ObjectRef PictureBuilder::turned(const Picture& stored, const Turn& turn) const {
+    PictureOptions options = stored.options();
+    if (turn.transposed) std::swap(options.width, options.height);
+    ObjectRef made = host_.new_picture(options);
+    Picture& seen = picture_in(made);
+    for (int y = 0; y < stored.height(); ++y)
+        for (int x = 0; x < stored.width(); ++x) {
+            const Point at = seen_at({x, y}, stored.width(), stored.height(), turn);
+            store_pixel(seen.row(at.y), at.x, stored.depth(), load_pixel(stored.row(y), x, stored.depth()));
+        }
+    return made;
+}
+
+// --- to files --------------------------------------------------------------------------------------------------------
+
+PictureSource::PictureSource(const Picture& picture) : picture_(picture) {
+    check_readable(picture);
+    form_.width = picture.width();
+    form_.height = picture.height();
+    if (picture.mask()) {
+        mask_ = &picture_in(picture.mask());
+        check_readable(*mask_);
+        form_.layout = Layout::rgba;
+    } else if (picture.depth() <= 8) {
+        form_.layout = Layout::indexed;
+        form_.index_bits = picture.depth();
+        for (int i = 0; i < form_.palette_size(); ++i) {
+            const auto index = static_cast<std::uint32_t>(i);
+            form_.palette[index] = rgba(color_of(index, picture.depth(), picture.colors()));
+        }
+    }
+}
+
+void PictureSource::read(int y, std::uint8_t* row) const noexcept {
+    if (form_.layout == Layout::indexed) {
+        const std::uint8_t* in = picture_.row(y);
+        for (int x = 0; x < form_.width; ++x) row[x] = static_cast<std::uint8_t>(load_pixel(in, x, picture_.depth()));
+        return;
+    }
+    read_colors(y, row);
+    if (mask_) read_alpha(y, row + 3);
+}
+
+void PictureSource::read_colors(int y, std::uint8_t* out) const noexcept {
+    const std::uint8_t* in = picture_.row(y);
+    const std::size_t bytes = form_.pixel_bytes();
+    if (picture_.depth() == 32) {
+        for (int x = 0; x < form_.width; ++x, in += 4, out += bytes) std::copy_n(in + 1, 3, out);
+        return;
+    }
+    for (int x = 0; x < form_.width; ++x, out += bytes) {
+        const Rgba color = rgba(color_of(load_pixel(in, x, picture_.depth()), picture_.depth(), picture_.colors()));
+        out[0] = color.red;
+        out[1] = color.green;
+        out[2] = color.blue;
+    }
+}
+
+void PictureSource::read_alpha(int y, std::uint8_t* alpha) const noexcept {
+    const int masked = y < mask_->height() ? std::min(form_.width, mask_->width()) : 0;
+    const std::uint8_t* in = masked > 0 ? mask_->row(y) : nullptr;
+    for (int x = 0; x < form_.width; ++x, alpha += 4)
+        *alpha = x < masked ? static_cast<std::uint8_t>(255 - level_at(*mask_, in, x)) : std::uint8_t{255};
 }
 
 }  // namespace tarvo::host

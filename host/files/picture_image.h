@@ -1,20 +1,66 @@
 #pragma once
 
-// Between the host's pictures and images.
+// Between the host's pictures and what decoders and encoders know.
 
 #include "host.h"
 #include "image.h"
+#include "orientation.h"
 
 namespace tarvo::host {
 
-// A new graphics world of 32 bits. With `keep_depth` an indexed image keeps its indices: one bit of black and white
-// gives a 1-bit picture, any other an 8-bit one with the image's colours. Alpha becomes a 32-bit mask of greys, 0 where
-// the image is opaque. Throws HostError.
-ObjectRef picture_of(Host& host, const Image& image, bool keep_depth);
+// Makes a graphics world of what a decoder gives, of 32 bits. With `keep_depth` an indexed image keeps its indices: one
+// bit of black and white gives a 1-bit picture, any other an 8-bit one with the image's colours. Alpha becomes a 32-bit
+// mask of greys, 0 where the image is opaque. Throws HostError.
+class PictureBuilder final : public PixelTarget {
+public:
+    PictureBuilder(Host& host, bool keep_depth) : host_(host), keep_depth_(keep_depth) {}
+
+    void begin(const ImageForm& form, std::uint64_t working_bytes) override;
+    void put(const PixelRun& run) noexcept override;
+    void turn(int orientation) override;
+
+    // After the last run.
+    ObjectRef finish() { return std::move(picture_); }
+
+private:
+    template <Layout layout, class Word>
+    void put_as(const PixelRun& run, Picture& seen, Word word) noexcept;
+    template <class Word>
+    void put_each(const PixelRun& run, Picture& seen, Word word) noexcept;
+    void put_words(const PixelRun& run) noexcept;
+    void put_alpha(const PixelRun& run) noexcept;
+    void put_indices(const PixelRun& run) noexcept;
+    void put_bits(const PixelRun& run) noexcept;
+    PictureOptions options(int depth) const;
+    ObjectRef turned(const Picture& stored, const Turn& turn) const;
+
+    Host& host_;
+    const bool keep_depth_;
+    ImageForm form_;
+    Turn turn_;
+    bool begun_ = false;
+    ObjectRef picture_;
+    Picture* shown_ = nullptr;
+    Picture* mask_ = nullptr;
+};
 
 // Pixels of up to 8 bits give an indexed image, others RGB; a picture with a mask gives RGBA, and is opaque beyond a
-// mask smaller than itself. Colours are as the host draws them. Throws FileError for a picture that has no pixels, or
-// pixels of an unknown depth.
-Image image_of(const Picture& picture);
+// mask smaller than itself. Colours are as the host draws them.
+class PictureSource final : public PixelSource {
+public:
+    // Throws FileError for a picture that has no pixels, or pixels of an unknown depth.
+    explicit PictureSource(const Picture& picture);
+
+    const ImageForm& form() const override { return form_; }
+    void read(int y, std::uint8_t* row) const noexcept override;
+
+private:
+    void read_colors(int y, std::uint8_t* row) const noexcept;
+    void read_alpha(int y, std::uint8_t* row) const noexcept;
+
+    const Picture& picture_;
+    const Picture* mask_ = nullptr;
+    ImageForm form_;
+};
 
 }  // namespace tarvo::host

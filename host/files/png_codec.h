@@ -7,8 +7,8 @@
 
 namespace tarvo::host {
 
-Image decode_png(std::span<const std::uint8_t> file, const Limits& limits);
+void decode_png(ByteSource& file, std::uint64_t max_pixels, PixelTarget& target);
 // An indexed image is written with its palette and depth, or as greys where its palette is theirs.
-Bytes encode_png(const Image& image, const EncodeOptions& options);
+void encode_png(const PixelSource& image, const EncodeOptions& options, ByteSink& file);
 
 }  // namespace tarvo::host

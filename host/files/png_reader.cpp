@@ -5,9 +5,9 @@
 #include <csetjmp>
 #include <cstdio>
 #include <cstring>
+#include <exception>
 #include <new>
 #include <string>
-#include <utility>
 
 #include "exif.h"
 
@@ -23,7 +23,7 @@ constexpr int kIgnoredChunkCount = sizeof kIgnoredChunks / 5;
 // it (those that return bool, false after such a failure) hold nothing that has one.
 class PngReader {
 public:
-    explicit PngReader(std::span<const std::uint8_t> file) : rest_(file) {
+    explicit PngReader(ByteSource& file) : file_(file) {
         png_ = png_create_read_struct(PNG_LIBPNG_VER_STRING, this, on_error, on_warning);
         info_ = png_ ? png_create_info_struct(png_) : nullptr;
         if (!info_) {
@@ -36,19 +36,22 @@ public:
     PngReader(const PngReader&) = delete;
     PngReader& operator=(const PngReader&) = delete;
 
-    Image read(const Limits& limits) {
+    void read(std::uint64_t max_pixels, PixelTarget& target) {
         require(read_header());
-        check_size(png_get_image_width(png_, info_), png_get_image_height(png_, info_), limits);
+        check_size(png_get_image_width(png_, info_), png_get_image_height(png_, info_), max_pixels);
         require(choose_layout());
-        Image image(static_cast<int>(png_get_image_width(png_, info_)),
-                    static_cast<int>(png_get_image_height(png_, info_)), layout_);
-        image.index_bits = index_bits_;
-        if (layout_ == Layout::indexed) image.palette = palette();
-        require(read_pixels(image));
-        return oriented(std::move(image), orientation());
+        if (form_.layout == Layout::indexed) form_.palette = palette();
+        const int turned = orientation();
+        if (turned != kNotTold) target.turn(turned);
+        target.begin(form_, 0);
+        Bytes row(form_.row_bytes());
+        require(read_pixels(row.data(), target));
+        if (turned == kNotTold) target.turn(orientation());
     }
 
 private:
+    static constexpr int kNotTold = 0;
+
     static void on_error(png_structp png, png_const_charp message) {
         auto* self = static_cast<PngReader*>(png_get_error_ptr(png));
         std::snprintf(self->message_, sizeof self->message_, "%s", message);
@@ -58,18 +61,24 @@ private:
     static void on_warning(png_structp, png_const_charp) {}
 
     static void on_read(png_structp png, png_bytep out, std::size_t count) {
-        auto* self = static_cast<PngReader*>(png_get_io_ptr(png));
-        if (count > self->rest_.size()) {
-            self->ran_out_ = true;
-            png_error(png, "cut short");
+        if (!static_cast<PngReader*>(png_get_io_ptr(png))->read_bytes({out, count})) png_error(png, "cut short");
+    }
+
+    // What the file throws waits for `require`.
+    bool read_bytes(std::span<std::uint8_t> out) noexcept {
+        try {
+            ran_out_ = !file_.read(out);
+        } catch (...) {
+            failure_ = std::current_exception();
         }
-        std::memcpy(out, self->rest_.data(), count);
-        self->rest_ = self->rest_.subspan(count);
+        return !ran_out_ && !failure_;
     }
 
     void require(bool done) const {
         if (done) return;
+        if (failure_) std::rethrow_exception(failure_);
         if (ran_out_) throw cut_short(rows_);
+        if (std::strstr(message_, "memory")) throw std::bad_alloc();  // in more than one wording
         throw FileError(std::string("damaged: ") + message_);
     }
 
@@ -80,6 +89,7 @@ private:
         png_read_info(png_, info_);
         color_type_ = png_get_color_type(png_, info_);
         bit_depth_ = png_get_bit_depth(png_, info_);
+        interlaced_ = png_get_interlace_type(png_, info_) != PNG_INTERLACE_NONE;
         return true;
     }
 
@@ -90,17 +100,19 @@ private:
         const bool deep = bit_depth_ == 16;
         if (color_type_ == PNG_COLOR_TYPE_PALETTE ||
             (color_type_ == PNG_COLOR_TYPE_GRAY && !(deep && has_clear_color))) {
-            layout_ = Layout::indexed;
-            index_bits_ = deep ? 8 : bit_depth_;
+            form_.layout = Layout::indexed;
+            form_.index_bits = deep ? 8 : bit_depth_;
             png_set_packing(png_);
         } else {
-            layout_ = has_clear_color || (color_type_ & PNG_COLOR_MASK_ALPHA) ? Layout::rgba : Layout::rgb;
+            form_.layout = has_clear_color || (color_type_ & PNG_COLOR_MASK_ALPHA) ? Layout::rgba : Layout::rgb;
             if (has_clear_color) png_set_tRNS_to_alpha(png_);
             if (!(color_type_ & PNG_COLOR_MASK_COLOR)) png_set_gray_to_rgb(png_);
         }
         if (deep) png_set_strip_16(png_);
-        passes_ = png_set_interlace_handling(png_);
         png_read_update_info(png_, info_);
+        form_.width = static_cast<int>(png_get_image_width(png_, info_));
+        form_.height = static_cast<int>(png_get_image_height(png_, info_));
+        if (png_get_rowbytes(png_, info_) != form_.row_bytes()) png_error(png_, "rows of an unexpected length");
         return true;
     }
 
@@ -111,8 +123,9 @@ private:
         int alpha_count = 0;
         png_get_tRNS(png_, info_, &alphas, &alpha_count, &clear);
         if (color_type_ == PNG_COLOR_TYPE_GRAY) {
-            Palette greys = grey_palette(index_bits_);
-            if (clear) greys[clear->gray & 0xFF].alpha = 0;
+            Palette greys = grey_palette(form_.index_bits);
+            // A file may name a grey that its depth does not have.
+            if (clear) greys[clear->gray & (form_.palette_size() - 1)].alpha = 0;
             return greys;
         }
         Palette result = {};
@@ -125,40 +138,66 @@ private:
         return result;
     }
 
-    bool read_pixels(Image& image) {
+    // The rows of an interlaced file are pixels of the seven passes, and only those of the last count as whole ones.
+    bool read_pixels(std::uint8_t* row, PixelTarget& target) {
         if (setjmp(png_jmpbuf(png_))) return false;
-        if (png_get_rowbytes(png_, info_) != image.row_bytes()) png_error(png_, "rows of an unexpected length");
-        for (int pass = 1; pass <= passes_; ++pass)
-            for (int y = 0; y < image.height; ++y) {
-                png_read_row(png_, image.row(y), nullptr);
-                if (pass == passes_) rows_ = y + 1;
+        if (interlaced_) {
+            for (int pass = 0; pass < PNG_INTERLACE_ADAM7_PASSES; ++pass) read_pass(pass, row, target);
+        } else {
+            for (int y = 0; y < form_.height; ++y) {
+                read_run({.x = 0, .y = y, .step = 1, .count = form_.width, .pixels = row}, row, target);
+                rows_ = y + 1;
             }
+        }
         png_read_end(png_, info_);
         return true;
+    }
+
+    void read_pass(int pass, std::uint8_t* row, PixelTarget& target) {
+        const int count = PNG_PASS_COLS(form_.width, pass);
+        if (count == 0) return;
+        const int rows = PNG_PASS_ROWS(form_.height, pass);
+        for (int y = 0; y < rows; ++y) {
+            const int seen = PNG_ROW_FROM_PASS_ROW(y, pass);
+            read_run({.x = PNG_PASS_START_COL(pass),
+                      .y = seen,
+                      .step = PNG_PASS_COL_OFFSET(pass),
+                      .count = count,
+                      .pixels = row},
+                     row, target);
+            if (pass == PNG_INTERLACE_ADAM7_PASSES - 1) rows_ = seen + 1;
+        }
+    }
+
+    void read_run(const PixelRun& run, std::uint8_t* row, PixelTarget& target) {
+        png_read_row(png_, row, nullptr);
+        target.put(run);
     }
 
     int orientation() const {
         png_bytep exif = nullptr;
         png_uint_32 size = 0;
-        if (!png_get_eXIf_1(png_, info_, &size, &exif)) return 1;
-        return exif_orientation({exif, size});
+        if (!png_get_eXIf_1(png_, info_, &size, &exif)) return kNotTold;
+        return read_exif({exif, size}).shown_orientation();
     }
 
-    std::span<const std::uint8_t> rest_;
+    ByteSource& file_;
     png_structp png_ = nullptr;
     png_infop info_ = nullptr;
     int color_type_ = 0;
     int bit_depth_ = 0;
-    Layout layout_ = Layout::rgb;
-    int index_bits_ = 8;
-    int passes_ = 1;
+    bool interlaced_ = false;
+    ImageForm form_;
     int rows_ = 0;
     bool ran_out_ = false;
+    std::exception_ptr failure_;
     char message_[160] = "";
 };
 
 }  // namespace
 
-Image decode_png(std::span<const std::uint8_t> file, const Limits& limits) { return PngReader(file).read(limits); }
+void decode_png(ByteSource& file, std::uint64_t max_pixels, PixelTarget& target) {
+    PngReader(file).read(max_pixels, target);
+}
 
 }  // namespace tarvo::host

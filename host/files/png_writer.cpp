@@ -5,22 +5,23 @@
 #include <algorithm>
 #include <csetjmp>
 #include <cstdio>
+#include <cstring>
+#include <exception>
 #include <new>
 #include <string>
-#include <utility>
 
 namespace tarvo::host {
 
 namespace {
 
-bool same_colors(const Image& image, const Palette& palette) {
+bool same_colors(const ImageForm& image, const Palette& palette) {
     return std::equal(image.palette.begin(), image.palette.begin() + image.palette_size(), palette.begin());
 }
 
 // One file being written. As with reading, the functions that call libpng hold nothing that has a destructor.
 class PngWriter {
 public:
-    explicit PngWriter(const Image& image) : image_(image) {
+    PngWriter(const PixelSource& image, ByteSink& file) : image_(image), form_(image.form()), file_(file) {
         png_ = png_create_write_struct(PNG_LIBPNG_VER_STRING, this, on_error, on_warning);
         info_ = png_ ? png_create_info_struct(png_) : nullptr;
         if (!info_) {
@@ -33,9 +34,11 @@ public:
     PngWriter(const PngWriter&) = delete;
     PngWriter& operator=(const PngWriter&) = delete;
 
-    Bytes write() {
-        if (write_all()) return std::move(file_);
-        if (no_memory_) throw std::bad_alloc();
+    void write() {
+        Bytes row(form_.row_bytes());
+        if (write_all(row.data())) return;
+        if (failure_) std::rethrow_exception(failure_);
+        if (std::strstr(message_, "memory")) throw std::bad_alloc();  // in more than one wording
         throw FileError(std::string("cannot be made: ") + message_);
     }
 
@@ -49,39 +52,42 @@ private:
     static void on_warning(png_structp, png_const_charp) {}
 
     static void on_write(png_structp png, png_bytep bytes, std::size_t count) {
-        auto* self = static_cast<PngWriter*>(png_get_io_ptr(png));
-        if (!self->append(bytes, count)) png_error(png, "out of memory");
+        if (!static_cast<PngWriter*>(png_get_io_ptr(png))->append({bytes, count})) png_error(png, "cannot be written");
     }
 
-    bool append(const std::uint8_t* bytes, std::size_t count) noexcept {
+    // What the file throws waits for `write`.
+    bool append(std::span<const std::uint8_t> bytes) noexcept {
         try {
-            file_.insert(file_.end(), bytes, bytes + count);
-        } catch (const std::bad_alloc&) {
-            no_memory_ = true;
+            file_.write(bytes);
+        } catch (...) {
+            failure_ = std::current_exception();
         }
-        return !no_memory_;
+        return !failure_;
     }
 
-    bool write_all() {
+    bool write_all(std::uint8_t* row) {
         if (setjmp(png_jmpbuf(png_))) return false;
         describe();
         png_write_info(png_, info_);
         png_set_packing(png_);
         if (inverted_) png_set_invert_mono(png_);
-        for (int y = 0; y < image_.height; ++y) png_write_row(png_, image_.row(y));
+        for (int y = 0; y < form_.height; ++y) {
+            image_.read(y, row);
+            png_write_row(png_, row);
+        }
         png_write_end(png_, info_);
         return true;
     }
 
     void describe() {
-        int color_type = image_.layout == Layout::rgba ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_RGB;
-        if (image_.layout == Layout::indexed) {
-            inverted_ = image_.index_bits == 1 && image_.palette[0] == kWhite && image_.palette[1] == kBlack;
-            const bool grey = inverted_ || same_colors(image_, grey_palette(image_.index_bits));
+        int color_type = form_.layout == Layout::rgba ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_RGB;
+        if (form_.layout == Layout::indexed) {
+            inverted_ = form_.index_bits == 1 && form_.palette[0] == kWhite && form_.palette[1] == kBlack;
+            const bool grey = inverted_ || same_colors(form_, grey_palette(form_.index_bits));
             color_type = grey ? PNG_COLOR_TYPE_GRAY : PNG_COLOR_TYPE_PALETTE;
         }
-        png_set_IHDR(png_, info_, static_cast<png_uint_32>(image_.width), static_cast<png_uint_32>(image_.height),
-                     image_.layout == Layout::indexed ? image_.index_bits : 8, color_type, PNG_INTERLACE_NONE,
+        png_set_IHDR(png_, info_, static_cast<png_uint_32>(form_.width), static_cast<png_uint_32>(form_.height),
+                     form_.layout == Layout::indexed ? form_.index_bits : 8, color_type, PNG_INTERLACE_NONE,
                      PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
         if (color_type == PNG_COLOR_TYPE_PALETTE) describe_palette();
     }
@@ -89,27 +95,28 @@ private:
     void describe_palette() {
         png_color colors[256];
         png_byte alphas[256];
-        const int count = image_.palette_size();
+        const int count = form_.palette_size();
         for (int i = 0; i < count; ++i) {
-            const Rgba& color = image_.palette[static_cast<std::size_t>(i)];
+            const Rgba& color = form_.palette[static_cast<std::size_t>(i)];
             colors[i] = {color.red, color.green, color.blue};
             alphas[i] = color.alpha;
         }
         png_set_PLTE(png_, info_, colors, count);
-        if (has_alpha(image_)) png_set_tRNS(png_, info_, alphas, count, nullptr);
+        if (has_alpha(form_)) png_set_tRNS(png_, info_, alphas, count, nullptr);
     }
 
-    const Image& image_;
-    Bytes file_;
+    const PixelSource& image_;
+    const ImageForm& form_;
+    ByteSink& file_;
     png_structp png_ = nullptr;
     png_infop info_ = nullptr;
     bool inverted_ = false;
-    bool no_memory_ = false;
+    std::exception_ptr failure_;
     char message_[160] = "";
 };
 
 }  // namespace
 
-Bytes encode_png(const Image& image, const EncodeOptions&) { return PngWriter(image).write(); }
+void encode_png(const PixelSource& image, const EncodeOptions&, ByteSink& file) { PngWriter(image, file).write(); }
 
 }  // namespace tarvo::host

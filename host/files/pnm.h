@@ -6,12 +6,13 @@
 
 namespace tarvo::host {
 
-Image decode_pnm(std::span<const std::uint8_t> file, const Limits& limits);
-Image decode_pam(std::span<const std::uint8_t> file, const Limits& limits);
+void decode_pnm(ByteSource& file, std::uint64_t max_pixels, PixelTarget& target);
+void decode_pam(ByteSource& file, std::uint64_t max_pixels, PixelTarget& target);
 
-Bytes encode_pbm(const Image& image, const EncodeOptions& options);  // luma below 128 is black
-Bytes encode_pgm(const Image& image, const EncodeOptions& options);  // luma
-Bytes encode_ppm(const Image& image, const EncodeOptions& options);
-Bytes encode_pam(const Image& image, const EncodeOptions& options);  // the smallest tuple type that holds all
+void encode_pbm(const PixelSource& image, const EncodeOptions& options, ByteSink& file);  // luma below 128 is black
+void encode_pgm(const PixelSource& image, const EncodeOptions& options, ByteSink& file);  // luma
+void encode_ppm(const PixelSource& image, const EncodeOptions& options, ByteSink& file);
+void encode_pam(const PixelSource& image, const EncodeOptions& options,
+                ByteSink& file);  // the smallest tuple type that holds all
 
 }  // namespace tarvo::host

@@ -17,39 +17,40 @@ bool is_digit(int c) { return c >= '0' && c <= '9'; }
 // The file's bytes in order: words and numbers of the header and of plain samples, then raw bytes.
 class Scanner {
 public:
-    explicit Scanner(std::span<const std::uint8_t> bytes) : rest_(bytes) {}
+    explicit Scanner(ByteSource& file) : file_(file) {}
 
-    std::size_t left() const { return rest_.size(); }
-    bool at_end() const { return rest_.empty(); }
-    const std::uint8_t* data() const { return rest_.data(); }
-    void skip(std::size_t count) { rest_ = rest_.subspan(count); }
+    ByteSource& file() { return file_; }
+    bool at_end() { return file_.ahead().empty(); }
+    // The byte that comes next; not at the end.
+    std::uint8_t byte() { return file_.ahead()[0]; }
+    void skip(std::size_t count) { file_.skip(count); }
 
     // The next byte after white space and comments, not taken; -1 at the end.
     int peek() {
-        while (!at_end() && (is_space(rest_[0]) || rest_[0] == '#')) {
-            if (rest_[0] == '#')
+        while (!at_end() && (is_space(byte()) || byte() == '#')) {
+            if (byte() == '#')
                 skip_line();
             else
                 skip(1);
         }
-        return at_end() ? -1 : rest_[0];
+        return at_end() ? -1 : byte();
     }
 
     // A number; one too large for 32 bits gives the largest of them.
     std::uint32_t number(const char* what) {
         if (!is_digit(peek())) throw at_end() ? cut_short(0) : FileError(std::string("no number for the ") + what);
         std::uint64_t value = 0;
-        for (; !at_end() && is_digit(rest_[0]); skip(1))
-            value = std::min<std::uint64_t>(value * 10 + (rest_[0] - '0'), std::numeric_limits<std::uint32_t>::max());
+        for (; !at_end() && is_digit(byte()); skip(1))
+            value = std::min<std::uint64_t>(value * 10 + (byte() - '0'), std::numeric_limits<std::uint32_t>::max());
         return static_cast<std::uint32_t>(value);
     }
 
     std::string word() {
         peek();
         std::string text;
-        for (; !at_end() && !is_space(rest_[0]); skip(1)) {
+        for (; !at_end() && !is_space(byte()); skip(1)) {
             if (text.size() == 64) throw FileError("a word of the header is too long");
-            text += static_cast<char>(rest_[0]);
+            text += static_cast<char>(byte());
         }
         return text;
     }
@@ -57,16 +58,16 @@ public:
     // The one white-space byte between the header and raw samples.
     void end_header() {
         if (at_end()) throw cut_short(0);
-        if (!is_space(rest_[0])) throw FileError("no blank after the header");
+        if (!is_space(byte())) throw FileError("no blank after the header");
         skip(1);
     }
 
     void skip_line() {
-        while (!at_end() && rest_[0] != '\n' && rest_[0] != '\r') skip(1);
+        while (!at_end() && byte() != '\n' && byte() != '\r') skip(1);
     }
 
 private:
-    std::span<const std::uint8_t> rest_;
+    ByteSource& file_;
 };
 
 struct Header {
@@ -85,8 +86,8 @@ struct Header {
     std::size_t least_row_bytes() const { return plain ? samples_across() : row_bytes(); }
 };
 
-void check(const Header& header, const Limits& limits) {
-    check_size(header.width, header.height, limits);
+void check(const Header& header, std::uint64_t max_pixels) {
+    check_size(header.width, header.height, max_pixels);
     if (header.maximum == 0 || header.maximum > kMaxMaximum)
         throw FileError("the largest sample is " + std::to_string(header.maximum) + ", allowed are 1 to 65535");
 }
@@ -102,22 +103,21 @@ std::vector<std::uint8_t> scale_table(std::uint32_t maximum) {
 // Rows of samples, one after the other, however they are written.
 class SampleReader {
 public:
-    SampleReader(Scanner& in, const Header& header) : in_(in), header_(header) {}
+    SampleReader(Scanner& in, const Header& header)
+        : in_(in), header_(header), row_(header.plain ? 0 : header.row_bytes()) {}
 
     // Fills `samples`, a row of them; `y` is for messages.
     void read(int y, std::span<std::uint16_t> samples) {
         if (header_.plain) return read_plain(y, samples);
-        if (in_.left() < header_.row_bytes()) throw cut_short(y);
-        const std::uint8_t* bytes = in_.data();
-        for (std::size_t i = 0; i < samples.size(); ++i) samples[i] = checked(raw_sample(bytes, i));
-        in_.skip(header_.row_bytes());
+        if (!in_.file().read(row_)) throw cut_short(y);
+        for (std::size_t i = 0; i < samples.size(); ++i) samples[i] = checked(raw_sample(i));
     }
 
 private:
-    std::uint32_t raw_sample(const std::uint8_t* row, std::size_t i) const {
-        if (header_.bitmap) return row[i / 8] >> (7 - i % 8) & 1;
-        if (header_.maximum > 255) return std::uint32_t{row[2 * i]} << 8 | row[2 * i + 1];
-        return row[i];
+    std::uint32_t raw_sample(std::size_t i) const {
+        if (header_.bitmap) return row_[i / 8] >> (7 - i % 8) & 1;
+        if (header_.maximum > 255) return std::uint32_t{row_[2 * i]} << 8 | row_[2 * i + 1];
+        return row_[i];
     }
 
     void read_plain(int y, std::span<std::uint16_t> samples) {
@@ -144,6 +144,7 @@ private:
 
     Scanner& in_;
     const Header& header_;
+    Bytes row_;
 };
 
 Layout layout_of(const Header& header) {
@@ -152,24 +153,29 @@ Layout layout_of(const Header& header) {
 }
 
 // A grey of one bit keeps its samples as indices, any other sample becomes 8 bits.
-Image read_samples(Scanner& in, const Header& header) {
+void read_samples(Scanner& in, const Header& header, PixelTarget& target) {
     // Before memory is taken: a short file must not claim a large picture.
-    const std::size_t rows_there = in.left() / header.least_row_bytes();
+    const auto left = in.file().left();
+    const std::uint64_t rows_there = left ? *left / header.least_row_bytes() : header.height;
     if (rows_there < header.height) throw cut_short(header.plain ? 0 : static_cast<int>(rows_there));
 
-    Image image(static_cast<int>(header.width), static_cast<int>(header.height), layout_of(header));
-    const bool one_bit = image.layout == Layout::indexed && header.maximum == 1;
-    image.index_bits = one_bit ? 1 : 8;
-    image.palette = grey_palette(image.index_bits);
-    if (header.bitmap) std::swap(image.palette[0], image.palette[1]);
+    ImageForm form{.width = static_cast<int>(header.width),
+                   .height = static_cast<int>(header.height),
+                   .layout = layout_of(header)};
+    const bool one_bit = form.layout == Layout::indexed && header.maximum == 1;
+    form.index_bits = one_bit ? 1 : 8;
+    form.palette = grey_palette(form.index_bits);
+    if (header.bitmap) std::swap(form.palette[0], form.palette[1]);
+    target.begin(form, 0);
 
     std::vector<std::uint8_t> scaled = scale_table(header.maximum);
     if (one_bit) scaled = {0, 1};
     std::vector<std::uint16_t> samples(header.samples_across());
+    Bytes row(form.row_bytes());
     SampleReader reader(in, header);
-    for (int y = 0; y < image.height; ++y) {
+    for (int y = 0; y < form.height; ++y) {
         reader.read(y, samples);
-        std::uint8_t* out = image.row(y);
+        std::uint8_t* out = row.data();
         if (header.channels == 2) {
             for (std::size_t i = 0; i < samples.size(); i += 2, out += 4) {
                 out[0] = out[1] = out[2] = scaled[samples[i]];
@@ -178,15 +184,16 @@ Image read_samples(Scanner& in, const Header& header) {
         } else {
             std::ranges::transform(samples, out, [&](std::uint16_t sample) { return scaled[sample]; });
         }
+        target.put({.x = 0, .y = y, .step = 1, .count = form.width, .pixels = row.data()});
     }
-    return image;
 }
 
 }  // namespace
 
-Image decode_pnm(std::span<const std::uint8_t> file, const Limits& limits) {
-    const int kind = file[1] - '0';  // 1 to 3 plain, 4 to 6 raw; bitmap, grey, colour
-    Scanner in(file.subspan(2));
+void decode_pnm(ByteSource& file, std::uint64_t max_pixels, PixelTarget& target) {
+    const int kind = file.ahead()[1] - '0';  // 1 to 3 plain, 4 to 6 raw; bitmap, grey, colour
+    file.skip(2);
+    Scanner in(file);
     Header header;
     header.plain = kind <= 3;
     header.bitmap = kind % 3 == 1;
@@ -194,13 +201,14 @@ Image decode_pnm(std::span<const std::uint8_t> file, const Limits& limits) {
     header.width = in.number("width");
     header.height = in.number("height");
     if (!header.bitmap) header.maximum = in.number("largest sample");
-    check(header, limits);
+    check(header, max_pixels);
     if (!header.plain) in.end_header();
-    return read_samples(in, header);
+    read_samples(in, header, target);
 }
 
-Image decode_pam(std::span<const std::uint8_t> file, const Limits& limits) {
-    Scanner in(file.subspan(2));
+void decode_pam(ByteSource& file, std::uint64_t max_pixels, PixelTarget& target) {
+    file.skip(2);
+    Scanner in(file);
     Header header;
     header.channels = 0;
     header.maximum = 0;
@@ -218,11 +226,11 @@ Image decode_pam(std::span<const std::uint8_t> file, const Limits& limits) {
         else
             throw in.at_end() ? cut_short(0) : FileError("an unknown word in the header");
     }
-    check(header, limits);
+    check(header, max_pixels);
     if (header.channels < 1 || header.channels > 4)
         throw FileError("the pixels have " + std::to_string(header.channels) + " channels, known are 1 to 4");
     in.end_header();
-    return read_samples(in, header);
+    read_samples(in, header, target);
 }
 
 }  // namespace tarvo::host

@@ -70,7 +70,12 @@ public:
         allow_only(mapping, 0);
         mappings_.push_back(mapping);
         bytes_ += mapping.capacity;
-        while (bytes_ > BulkMemory::kMostIdle) {
+        keep(BulkMemory::kMostIdle);
+    }
+
+    // Lets the longest idle go until there are no more bytes.
+    void keep(std::size_t most) noexcept {
+        while (bytes_ > most) {
             bytes_ -= mappings_.front().capacity;
             unmap(mappings_.front());
             mappings_.erase(mappings_.begin());
@@ -117,5 +122,7 @@ BulkMemory::~BulkMemory() {
 }
 
 std::size_t BulkMemory::idle() { return idle_mappings().bytes(); }
+
+void BulkMemory::release_idle() { idle_mappings().keep(0); }
 
 }  // namespace tarvo::host

@@ -32,6 +32,8 @@ public:
     static constexpr std::size_t kMostIdle = std::size_t{512} << 20;
     // The bytes of all idle mappings now.
     static std::size_t idle();
+    // Gives them all back to the system.
+    static void release_idle();
 
 private:
     void swap(BulkMemory& other) noexcept {

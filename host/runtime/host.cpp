@@ -52,26 +52,54 @@ bool Host::load_plugin(const std::string& path, bool private_copy) {
 
 bool Host::start_plugin(REALpluginMain entry) { return entry(plugin_callback) != 0; }
 
-ObjectRef Host::new_picture(const PictureOptions& options) {
-    auto picture = Picture::make(options);
-    if (!picture) {
-        throw HostError("cannot make a picture of " + std::to_string(options.width) + " x " +
-                        std::to_string(options.height) + " pixels, " + std::to_string(options.depth) + " bits");
+void Host::check_memory(std::uint64_t bytes, const std::string& what) const {
+    const std::uint64_t taken = objects_.bytes(), most = options_.limits.max_memory;
+    if (bytes <= most && taken <= most - bytes) {
+        if (taken + BulkMemory::idle() > most - bytes) BulkMemory::release_idle();
+        return;
     }
+    throw HostError(what + ": " + std::to_string(bytes) + " bytes, " + std::to_string(taken) +
+                        " are taken already, the limit is " + std::to_string(most),
+                    Limit::memory);
+}
+
+ObjectRef Host::new_picture(const PictureOptions& options, Picture::Paper paper) {
+    const std::string what = "a picture of " + std::to_string(options.width) + " x " + std::to_string(options.height) +
+                             " pixels, " + std::to_string(options.depth) + " bits";
+    if (!Picture::is_possible(options)) throw HostError("cannot make " + what);
+    const std::uint64_t pixels =
+        std::uint64_t{static_cast<unsigned>(options.width)} * static_cast<unsigned>(options.height);
+    if (pixels > options_.limits.max_pixels)
+        throw HostError(what + ": the limit is " + std::to_string(options_.limits.max_pixels) + " pixels",
+                        Limit::pixels);
+    check_memory(Picture::bytes_of(options), what);
+    auto picture = Picture::make(options, paper);
+    if (!picture) throw HostError("not enough memory for " + what, Limit::memory);
     return objects_.add(std::move(picture));
 }
 
 ObjectRef Host::new_string(std::string_view bytes) {
-    if (bytes.size() > kLongestString)
-        throw HostError("a string of " + std::to_string(bytes.size()) + " bytes is too long");
-    return objects_.add(std::make_unique<StringObject>(bytes));
+    return new_string(bytes.size(),
+                      [&](std::span<std::uint8_t> room) { std::copy(bytes.begin(), bytes.end(), room.begin()); });
+}
+
+ObjectRef Host::new_string(std::size_t length, const std::function<void(std::span<std::uint8_t>)>& fill) {
+    const std::string what = "a string of " + std::to_string(length) + " bytes";
+    if (length > kLongestString) throw HostError(what + " is too long");
+    check_memory(length, what);
+    auto string = std::make_unique<StringObject>(length);
+    fill(string->room());
+    return objects_.add(std::move(string));
 }
 
 ObjectRef Host::new_integer_array(std::vector<std::int32_t> elements) {
     return objects_.add(std::make_unique<IntegerArray>(std::move(elements)));
 }
 
-ObjectRef Host::new_memory_block(std::size_t size) { return objects_.add(std::make_unique<MemoryBlock>(size)); }
+ObjectRef Host::new_memory_block(std::size_t size) {
+    check_memory(size, "a memory block of " + std::to_string(size) + " bytes");
+    return objects_.add(std::make_unique<MemoryBlock>(size));
+}
 
 ObjectRef Host::new_folder_item(std::string path) {
     return objects_.add(std::make_unique<FolderItem>(std::move(path)));

@@ -13,7 +13,8 @@
 #include <functional>
 #include <limits>
 #include <memory>
-#include <stdexcept>
+#include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,13 +22,14 @@
 #include "object.h"
 #include "real_interface.h"
 #include "registry.h"
+#include "resource_limits.h"
 
 namespace tarvo::host {
 
 // Thrown when the host cannot do what it is asked for: a plugin does not load, a picture cannot be made.
-class HostError : public std::runtime_error {
+class HostError : public LimitedError {
 public:
-    using std::runtime_error::runtime_error;
+    using LimitedError::LimitedError;
 };
 
 class PluginLibrary;
@@ -88,6 +90,7 @@ struct HostOptions {
     double version = 2010.0;
     // The depth of the masks that the host makes. Tests ask for others.
     int mask_depth = 32;
+    Limits limits = {};
 };
 
 class Host {
@@ -120,9 +123,11 @@ public:
     static constexpr std::size_t kLongestString = std::numeric_limits<std::int32_t>::max();
 
     // Throws HostError when such a picture cannot be made.
-    ObjectRef new_picture(const PictureOptions& options);
+    ObjectRef new_picture(const PictureOptions& options, Picture::Paper paper = Picture::Paper::white);
     // Throws HostError for more bytes than kLongestString.
     ObjectRef new_string(std::string_view bytes);
+    // As `new_string`, of bytes that `fill` writes where the string has them.
+    ObjectRef new_string(std::size_t length, const std::function<void(std::span<std::uint8_t>)>& fill);
     ObjectRef new_integer_array(std::vector<std::int32_t> elements);
     ObjectRef new_memory_block(std::size_t size);
     ObjectRef new_folder_item(std::string path);
@@ -130,6 +135,15 @@ public:
     // Makes an instance of a registered class and runs its constructor; empty when there is no such class.
     ObjectRef new_instance(std::string_view class_name);
     ObjectRef new_instance(const RegisteredClass& cls);
+
+    // Throws HostError when the limits leave no room for so many bytes more, which `what` takes ("a string").
+    void check_memory(std::uint64_t bytes, const std::string& what) const;
+    // The first thing since the last call of `clear_refusal` that plugins wanted and the host could not make.
+    const std::optional<HostError>& refusal() const { return refusal_; }
+    void clear_refusal() { refusal_.reset(); }
+    void refuse(const HostError& error) {
+        if (!refusal_) refusal_ = error;
+    }
 
     ObjectStore& objects() { return objects_; }
     const ObjectStore& objects() const { return objects_; }
@@ -163,6 +177,7 @@ private:
     Registry registry_;
     std::vector<std::string> message_boxes_;
     std::vector<std::string> complaints_;
+    std::optional<HostError> refusal_;
     int yields_ = 0;
     std::vector<std::unique_ptr<PluginLibrary>> plugins_;
 };

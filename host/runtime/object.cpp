@@ -72,6 +72,7 @@ ObjectRef ObjectStore::add(std::unique_ptr<Object> object) {
     Object& added = *object;
     live_.emplace(added.handle(), std::move(object));
     added.owner_ = this;
+    bytes_ += added.held_bytes_;
     return ObjectRef::share(&added);
 }
 
@@ -102,6 +103,7 @@ void ObjectStore::unlock(Object& object) {
 void ObjectStore::destroy(Object& object) {
     object.dying_ = true;
     object.release_contents();
+    bytes_ -= object.held_bytes_;
     auto node = live_.extract(object.handle());
     dead_.push_back(std::move(node.mapped()));
     if (dead_.size() > kMostDead) dead_.pop_front();
@@ -121,6 +123,7 @@ void ObjectStore::clear() {
     for (const auto& [handle, object] : live_) object->release_contents();
     live_.clear();
     dead_.clear();
+    bytes_ = 0;
     clearing_ = false;
 }
 
@@ -132,13 +135,14 @@ std::vector<const Object*> ObjectStore::all() const {
 
 // --- objects --------------------------------------------------------------------------------------------------------
 
-StringObject::StringObject(std::string_view bytes) : Object(ObjectType::string), storage_(bytes.size() + 2), record_{} {
+StringObject::StringObject(std::size_t length) : Object(ObjectType::string, length), storage_(length + 2), record_{} {
     auto* storage = reinterpret_cast<char*>(storage_.data());
-    storage[0] = static_cast<char>(std::min<std::size_t>(bytes.size(), 255));
-    if (!bytes.empty()) std::memcpy(storage + 1, bytes.data(), bytes.size());
-    storage[bytes.size() + 1] = '\0';
-    record_ = {0, static_cast<std::int32_t>(bytes.size()), storage};
+    storage[0] = static_cast<char>(std::min<std::size_t>(length, 255));
+    storage[length + 1] = '\0';
+    record_ = {0, static_cast<std::int32_t>(length), storage};
 }
+
+std::span<std::uint8_t> StringObject::room() { return {storage_.data() + 1, bytes().size()}; }
 
 std::string_view StringObject::bytes() const {
     return {REALstringStruct::CString(&record_), static_cast<std::size_t>(REALstringStruct::Length(&record_))};
@@ -179,7 +183,9 @@ MemoryBlock::MemoryBlock(std::size_t size) : MemoryBlock(BulkMemory(size)) {
 }
 
 MemoryBlock::MemoryBlock(BulkMemory memory)
-    : Object(ObjectType::memory_block), bytes(memory.data(), memory.size()), memory_(std::move(memory)) {}
+    : Object(ObjectType::memory_block, memory.size()),
+      bytes(memory.data(), memory.size()),
+      memory_(std::move(memory)) {}
 
 std::string MemoryBlock::describe() const { return with_unit(bytes.size(), "bytes"); }
 

@@ -37,6 +37,8 @@ public:
     // The address that plugins see.
     virtual void* handle() = 0;
     int references() const { return references_; }
+    // Returns the bytes of what the object holds in bulk, as long as it lives.
+    std::uint64_t held_bytes() const { return held_bytes_; }
     // Describes the object in one line for people.
     virtual std::string describe() const = 0;
 
@@ -44,7 +46,7 @@ public:
     int plugin_references() const { return references_ - host_references_; }
 
 protected:
-    explicit Object(ObjectType type) : type_(type) {}
+    explicit Object(ObjectType type, std::uint64_t held_bytes = 0) : type_(type), held_bytes_(held_bytes) {}
 
     // Gives back what the object holds, once, when nobody refers to it any more. What remains only keeps its address
     // from being given out again.
@@ -55,6 +57,7 @@ private:
     friend class ObjectStore;
     friend class ObjectRef;
     ObjectType type_;
+    std::uint64_t held_bytes_;
     int references_ = 0;
     int host_references_ = 0;
     bool dying_ = false;
@@ -115,6 +118,10 @@ public:
     // What a new picture's pixels are; `unset` is for callers that write all of them.
     enum class Paper { white, black, unset };
 
+    // Whether any host could make such a picture: it has sides and a depth that pictures have, and not too many bytes.
+    static bool is_possible(const PictureOptions& options);
+    // Returns the bytes of the pixels of a possible picture.
+    static std::uint64_t bytes_of(const PictureOptions& options);
     // Returns null when such a picture cannot be made.
     static std::unique_ptr<Picture> make(const PictureOptions& options, Paper paper = Paper::white);
     ~Picture() override;
@@ -162,8 +169,10 @@ private:
 
 class StringObject final : public Object {
 public:
-    explicit StringObject(std::string_view bytes);
+    // The bytes hold anything.
+    explicit StringObject(std::size_t length);
     std::string_view bytes() const;  // empty when it is dead
+    std::span<std::uint8_t> room();
     void* handle() override { return &record_; }
     std::string describe() const override;
 
@@ -270,6 +279,8 @@ public:
     void clear();
 
     std::size_t size() const { return live_.size(); }
+    // Returns what all live objects hold in bulk.
+    std::uint64_t bytes() const { return bytes_; }
     // Returns all live objects, in no order.
     std::vector<const Object*> all() const;
 
@@ -281,6 +292,7 @@ private:
 
     std::unordered_map<const void*, std::unique_ptr<Object>> live_;
     std::deque<std::unique_ptr<Object>> dead_;
+    std::uint64_t bytes_ = 0;
     bool clearing_ = false;
 };
 

@@ -18,15 +18,6 @@ std::int64_t packed_bytes(const PictureOptions& options) {
     return (static_cast<std::int64_t>(options.width) * options.depth + 7) / 8;
 }
 
-bool is_possible(const PictureOptions& options) {
-    const auto side_fits = [](int side) { return side >= 1 && side <= kLongestSide; };
-    if (!side_fits(options.width) || !side_fits(options.height)) return false;
-    if (options.depth < 1 || options.depth > 32) return false;
-    if (options.backing == Backing::pixel_buffer && (options.depth != 32 || options.row_padding != 0)) return false;
-    if (options.row_padding < 0) return false;
-    return (packed_bytes(options) + options.row_padding) * options.height <= kMaxBytes;
-}
-
 // Returns the greys of a depth. At 1 bit a set bit is black; at other depths they go from black to white.
 std::vector<RGBColor> grey_colors(int depth) {
     constexpr RGBColor kWhite{0xFFFF, 0xFFFF, 0xFFFF};
@@ -159,6 +150,20 @@ private:
     }
 };
 
+bool Picture::is_possible(const PictureOptions& options) {
+    const auto side_fits = [](int side) { return side >= 1 && side <= kLongestSide; };
+    if (!side_fits(options.width) || !side_fits(options.height)) return false;
+    if (options.depth < 1 || options.depth > 32) return false;
+    if (options.backing == Backing::pixel_buffer && (options.depth != 32 || options.row_padding != 0)) return false;
+    if (options.row_padding < 0) return false;
+    return (packed_bytes(options) + options.row_padding) * options.height <= kMaxBytes;
+}
+
+std::uint64_t Picture::bytes_of(const PictureOptions& options) {
+    if (!has_pixels(options.backing)) return 0;
+    return static_cast<std::uint64_t>((packed_bytes(options) + options.row_padding) * options.height);
+}
+
 std::unique_ptr<Picture> Picture::make(const PictureOptions& options, Paper paper) {
     if (!is_possible(options)) return nullptr;
     try {
@@ -174,7 +179,7 @@ std::unique_ptr<Picture> Picture::make(const PictureOptions& options, Paper pape
 }
 
 Picture::Picture(PictureOptions options, std::unique_ptr<Store> store)
-    : Object(ObjectType::picture), options_(std::move(options)), store_(std::move(store)) {}
+    : Object(ObjectType::picture, bytes_of(options)), options_(std::move(options)), store_(std::move(store)) {}
 
 Picture::~Picture() = default;
 

@@ -96,9 +96,12 @@ struct Gate<name, body> {
         if (!host || host->faults.next_call_fails(index)) return Result();
         try {
             return body(Call{*host, name.text}, arguments...);
+        } catch (const HostError& error) {
+            host->refuse(error);
         } catch (const std::bad_alloc&) {
-            return Result();
+            host->refuse(HostError("not enough memory", Limit::memory));
         }
+        return Result();
     }
 };
 
@@ -107,7 +110,12 @@ Service service() {
     return {name.text, reinterpret_cast<void*>(&Gate<name, body>::enter)};
 }
 
-bool is_side(long length) { return length >= 1 && length <= kLongestSide; }
+void check_sides(long width, long height) {
+    const auto is_side = [](long length) { return length >= 1 && length <= kLongestSide; };
+    if (is_side(width) && is_side(height)) return;
+    throw HostError("a picture of " + std::to_string(width) + " x " + std::to_string(height) +
+                    " pixels: a side may have 1 to " + std::to_string(kLongestSide));
+}
 
 bool is_picture_depth(long depth) {
     constexpr long kDepths[] = {1, 2, 4, 8, 16, 24, 32};
@@ -127,7 +135,7 @@ struct Services {
     static REALstringStruct* build_string(const Call& call, const char* text, int length) {
         if (length < 0 || (length > 0 && !text)) return nullptr;
         return call.give<REALstringStruct>(
-            std::make_unique<StringObject>(std::string_view(text, static_cast<std::size_t>(length))));
+            call.host.new_string(std::string_view(text, static_cast<std::size_t>(length))));
     }
 
     static const char* string_c_string(const Call& call, REALstringStruct* handle) {
@@ -162,8 +170,9 @@ struct Services {
     // --- pictures ---
 
     static REALpictureStruct* new_picture(const Call& call, long width, long height, long depth) {
-        if (!is_side(width) || !is_side(height) || !is_picture_depth(depth)) return nullptr;
-        return call.give<REALpictureStruct>(Picture::make(
+        check_sides(width, height);
+        if (!is_picture_depth(depth)) return nullptr;
+        return call.give<REALpictureStruct>(call.host.new_picture(
             {.width = static_cast<int>(width), .height = static_cast<int>(height), .depth = static_cast<int>(depth)}));
     }
 
@@ -210,24 +219,23 @@ struct Services {
 
     static REALpictureStruct* picture_from_buffer(const Call& call, long width, long height, RBPixelType type,
                                                   void* pixels, long row_bytes) {
-        if (type != pixelTypeXRGB32 || !pixels || !is_side(width) || !is_side(height) || row_bytes < 4 * width) {
-            return nullptr;
-        }
-        auto picture = Picture::make({.width = static_cast<int>(width), .height = static_cast<int>(height)},
-                                     Picture::Paper::unset);
-        if (!picture) return nullptr;
+        check_sides(width, height);
+        if (type != pixelTypeXRGB32 || !pixels || row_bytes < 4 * width) return nullptr;
+        ObjectRef made = call.host.new_picture({.width = static_cast<int>(width), .height = static_cast<int>(height)},
+                                               Picture::Paper::unset);
+        if (!made) return nullptr;  // while the host ends
+        auto& picture = dynamic_cast<Picture&>(*made.get());
         const auto* source = static_cast<const std::uint8_t*>(pixels);
-        for (int y = 0; y < picture->height(); ++y, source += row_bytes) {
-            std::memcpy(picture->row(y), source, picture->packed_row_bytes());
-        }
-        return call.give<REALpictureStruct>(std::move(picture));
+        for (int y = 0; y < picture.height(); ++y, source += row_bytes)
+            std::memcpy(picture.row(y), source, picture.packed_row_bytes());
+        return call.give<REALpictureStruct>(std::move(made));
     }
 
     // --- other objects ---
 
     static REALmemoryBlockStruct* new_memory_block(const Call& call, int size) {
         if (size < 0) return nullptr;
-        return call.give<REALmemoryBlockStruct>(std::make_unique<MemoryBlock>(static_cast<std::size_t>(size)));
+        return call.give<REALmemoryBlockStruct>(call.host.new_memory_block(static_cast<std::size_t>(size)));
     }
 
     static void* memory_block_bytes(const Call& call, REALmemoryBlockStruct* handle) {
@@ -295,8 +303,8 @@ struct Services {
 
 private:
     static ObjectRef new_mask(Host& host, const Picture& picture) {
-        return host.objects().add(Picture::make(
-            {.width = picture.width(), .height = picture.height(), .depth = host.mask_depth()}, Picture::Paper::black));
+        return host.new_picture({.width = picture.width(), .height = picture.height(), .depth = host.mask_depth()},
+                                Picture::Paper::black);
     }
 
     static Registry::MethodRecords records(const Host& host) {

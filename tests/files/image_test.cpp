@@ -2,58 +2,77 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <numeric>
-#include <vector>
+#include "file_samples.h"
+#include "picture_image.h"
 
 namespace tarvo::host {
 namespace {
 
-// Numbers its pixels from 0, row by row: 0 1 2 / 3 4 5.
-Image numbered(Layout layout) {
-    Image image(3, 2, layout);
-    for (int i = 0; i < 6; ++i)
-        std::fill_n(image.pixels.get() + static_cast<std::size_t>(i) * image.pixel_bytes(), image.pixel_bytes(),
-                    static_cast<std::uint8_t>(i));
-    return image;
-}
+// What comes of an image of 3 x 2 pixels that are numbered from 0, row by row: 0 1 2 / 3 4 5.
+struct Seen {
+    int width, height;
+    std::vector<std::uint32_t> colors, mask;
+};
 
-std::vector<int> numbers(const Image& image) {
-    std::vector<int> result;
-    for (int y = 0; y < image.height; ++y)
-        for (std::size_t x = 0; x < image.row_bytes(); x += image.pixel_bytes()) {
-            const std::uint8_t* pixel = image.row(y) + x;
-            EXPECT_TRUE(std::all_of(pixel, pixel + image.pixel_bytes(), [&](int byte) { return byte == *pixel; }));
-            result.push_back(*pixel);
-        }
-    return result;
+Seen numbered(Host& host, Layout layout, int orientation, bool told_before, bool keep_depth = false, int bits = 8) {
+    ImageForm form{.width = 3, .height = 2, .layout = layout, .index_bits = bits};
+    form.palette = grey_palette(8);
+    if (bits == 1) form.palette = grey_palette(1);
+    PictureBuilder builder(host, keep_depth);
+    if (told_before) builder.turn(orientation);
+    builder.begin(form, 0);
+    // In two runs a row, the second of every other pixel, as interlaced files give them.
+    for (int y = 0; y < 2; ++y) {
+        FileBytes odd(form.pixel_bytes(), static_cast<std::uint8_t>(y * 3 + 1));
+        FileBytes even(form.pixel_bytes(), static_cast<std::uint8_t>(y * 3));
+        even = even + FileBytes(form.pixel_bytes(), static_cast<std::uint8_t>(y * 3 + 2));
+        if (bits == 1)
+            for (FileBytes* bytes : {&odd, &even})
+                for (std::uint8_t& byte : *bytes) byte &= 1;
+        builder.put({.x = 1, .y = y, .step = 1, .count = 1, .pixels = odd.data()});
+        builder.put({.x = 0, .y = y, .step = 2, .count = 2, .pixels = even.data()});
+    }
+    if (!told_before) builder.turn(orientation);
+    const ObjectRef made = builder.finish();
+    const Picture& picture = picture_in(made);
+    Seen seen{picture.width(), picture.height(), colors_of(made), {}};
+    if (picture.mask()) seen.mask = colors_of(picture.mask());
+    return seen;
 }
 
 TEST(Image, IsTurnedAsEachOrientationSays) {
     const struct {
         int orientation, width;
-        std::vector<int> seen;
+        std::vector<std::uint32_t> seen;
     } cases[] = {
         {1, 3, {0, 1, 2, 3, 4, 5}}, {2, 3, {2, 1, 0, 5, 4, 3}}, {3, 3, {5, 4, 3, 2, 1, 0}},  {4, 3, {3, 4, 5, 0, 1, 2}},
         {5, 2, {0, 3, 1, 4, 2, 5}}, {6, 2, {3, 0, 4, 1, 5, 2}}, {7, 2, {5, 2, 4, 1, 3, 0}},  {8, 2, {2, 5, 1, 4, 0, 3}},
         {0, 3, {0, 1, 2, 3, 4, 5}}, {9, 3, {0, 1, 2, 3, 4, 5}}, {-1, 3, {0, 1, 2, 3, 4, 5}},
     };
+    Host host;
     for (const auto& c : cases)
-        for (const Layout layout : {Layout::indexed, Layout::rgb, Layout::rgba}) {
-            const Image seen = oriented(numbered(layout), c.orientation);
-            EXPECT_EQ(seen.width, c.width) << c.orientation;
-            EXPECT_EQ(seen.width * seen.height, 6) << c.orientation;
-            EXPECT_EQ(numbers(seen), c.seen) << c.orientation;
-        }
+        for (const bool told_before : {true, false})
+            for (const bool keep_depth : {true, false})
+                for (const Layout layout : {Layout::indexed, Layout::rgb, Layout::rgba}) {
+                    const Seen seen = numbered(host, layout, c.orientation, told_before, keep_depth);
+                    EXPECT_EQ(seen.width, c.width) << c.orientation;
+                    EXPECT_EQ(seen.width * seen.height, 6) << c.orientation;
+                    std::vector<std::uint32_t> greys, mask;
+                    for (const std::uint32_t number : c.seen) {
+                        greys.push_back(number * 0x010101);
+                        mask.push_back((255 - number) * 0x010101);
+                    }
+                    EXPECT_EQ(seen.colors, greys) << c.orientation;
+                    EXPECT_EQ(seen.mask, layout == Layout::rgba ? mask : std::vector<std::uint32_t>()) << c.orientation;
+                }
 }
 
-TEST(Image, KeepsItsPaletteWhenTurned) {
-    Image image = numbered(Layout::indexed);
-    image.index_bits = 4;
-    image.palette[5] = {1, 2, 3, 4};
-    const Image seen = oriented(std::move(image), 6);
-    EXPECT_EQ(seen.index_bits, 4);
-    EXPECT_EQ(seen.palette[5], (Rgba{1, 2, 3, 4}));
+TEST(Image, OfBitsIsTurned) {
+    Host host;
+    for (const bool told_before : {true, false}) {
+        const Seen seen = numbered(host, Layout::indexed, 6, told_before, true, 1);
+        EXPECT_EQ(seen.colors, (std::vector<std::uint32_t>{0xFFFFFF, 0, 0, 0xFFFFFF, 0xFFFFFF, 0}));
+    }
 }
 
 TEST(Image, GreyPalettesGoFromBlackToWhite) {

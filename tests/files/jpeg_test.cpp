@@ -122,7 +122,7 @@ TEST_F(JpegTest, SizesAreBounded) {
     frame[7] = 0x80;  // the width's high byte
     EXPECT_EQ(error_of(file), "the size is 32776 x 8 pixels, a side may have 32767");
     frame[7] = frame[5] = 0x7F;
-    EXPECT_EQ(error_of(file), "the size is 32520 x 32520 pixels, there may be 134217728");
+    EXPECT_EQ(error_of(file), "the size is 32520 x 32520 pixels, together 1057550400, the limit is 268435456");
 }
 
 // Each scan costs as much time as a picture, in however few bytes.

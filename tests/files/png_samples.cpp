@@ -61,8 +61,9 @@ std::vector<std::uint8_t> png_file(const PngSample& sample) {
     append_chunk(file, "IHDR", header);
     if (!sample.palette.empty()) append_chunk(file, "PLTE", sample.palette);
     if (!sample.clear.empty()) append_chunk(file, "tRNS", sample.clear);
-    if (!sample.exif.empty()) append_chunk(file, "eXIf", sample.exif);
+    if (!sample.exif.empty() && !sample.exif_behind) append_chunk(file, "eXIf", sample.exif);
     append_chunk(file, "IDAT", uncompressed_stream(sample.rows));
+    if (sample.exif_behind) append_chunk(file, "eXIf", sample.exif);
     append_chunk(file, "IEND", {});
     return file;
 }

@@ -15,6 +15,7 @@ struct PngSample {
     std::vector<std::uint8_t> clear = {};    // tRNS
     std::vector<std::uint8_t> exif = {};     // eXIf
     bool interlaced = false;
+    bool exif_behind = false;  // behind the pixels
 };
 
 std::vector<std::uint8_t> png_file(const PngSample& sample);

@@ -51,6 +51,12 @@ TEST_F(PngTest, OneColorCanBeClear) {
     EXPECT_EQ(colors_of(decode(png_file(grey))), (Colors{0, 0x555555, 0xAAAAAA, 0xFFFFFF}));
     EXPECT_EQ(colors_of(picture_in(decode(png_file(grey))).mask()), (Colors{0, 0, 0xFFFFFF, 0}));
 
+    // A grey that the depth does not have: its low bits count, and the table has no more entries.
+    const ObjectRef wild = decode(png_file(
+        {.width = 4, .height = 1, .bit_depth = 1, .color_type = kGrey, .rows = {0, 0x50}, .clear = {0xFF, 0xFF}}));
+    EXPECT_EQ(colors_of(wild), (Colors{0, 0xFFFFFF, 0, 0xFFFFFF}));
+    EXPECT_EQ(colors_of(picture_in(wild).mask()), (Colors{0, 0xFFFFFF, 0, 0xFFFFFF}));
+
     // Of deep greys the whole value is compared, not the high byte that is kept.
     const ObjectRef deep = decode(png_file({.width = 2,
                                             .height = 1,
@@ -140,13 +146,34 @@ TEST_F(PngTest, InterlacedFilesAreRead) {
 
 TEST_F(PngTest, OrientationIsApplied) {
     for (const bool big_endian : {true, false})
-        EXPECT_EQ(colors_of(decode(png_file({.width = 3,
-                                             .height = 1,
-                                             .bit_depth = 8,
-                                             .color_type = kGrey,
-                                             .rows = {0, 1, 2, 3},
-                                             .exif = exif_of_orientation(3, big_endian)}))),
-                  (Colors{0x030303, 0x020202, 0x010101}));
+        for (const bool behind : {true, false})
+            for (const bool interlaced : {true, false})
+                EXPECT_EQ(
+                    colors_of(decode(png_file({.width = 3,
+                                               .height = 1,
+                                               .bit_depth = 8,
+                                               .color_type = kGrey,
+                                               .rows = interlaced ? FileBytes{0, 1, 0, 3, 0, 2} : FileBytes{0, 1, 2, 3},
+                                               .exif = exif_of_orientation(3, big_endian),
+                                               .interlaced = interlaced,
+                                               .exif_behind = behind}))),
+                    (Colors{0x030303, 0x020202, 0x010101}));
+}
+
+TEST_F(PngTest, MasksAreTurnedWithTheirPicture) {
+    for (const bool behind : {true, false}) {
+        const ObjectRef picture = decode(png_file({.width = 2,
+                                                   .height = 1,
+                                                   .bit_depth = 8,
+                                                   .color_type = kRgba,
+                                                   .rows = {0, 1, 2, 3, 255, 4, 5, 6, 55},
+                                                   .exif = exif_of_orientation(6),
+                                                   .exif_behind = behind}));
+        EXPECT_EQ(picture_in(picture).height(), 2);
+        EXPECT_EQ(colors_of(picture), (Colors{0x010203, 0x040506}));
+        EXPECT_EQ(picture_in(picture_in(picture).mask()).height(), 2);
+        EXPECT_EQ(colors_of(picture_in(picture).mask()), (Colors{0, 0xC8C8C8}));
+    }
 }
 
 TEST_F(PngTest, SizesAreBounded) {
@@ -154,11 +181,11 @@ TEST_F(PngTest, SizesAreBounded) {
     EXPECT_EQ(error_of(png_file({0x7FFFFFFF, 0x7FFFFFFF, 1, kGrey, {0}})),
               "the size is 2147483647 x 2147483647 pixels, a side may have 32767");
     EXPECT_EQ(error_of(png_file({32767, 32767, 1, kGrey, {0}})),
-              "the size is 32767 x 32767 pixels, there may be 134217728");
+              "the size is 32767 x 32767 pixels, together 1073676289, the limit is 268435456");
     EXPECT_EQ(file_error([&] {
                   decode_picture(host, png_file({5, 3, 8, kGrey, {0}}), {.max_pixels = 14});
               }),
-              "the size is 5 x 3 pixels, there may be 14");
+              "the size is 5 x 3 pixels, together 15, the limit is 14");
 }
 
 TEST_F(PngTest, ErrorsSayWhatIsWrong) {

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "file_samples.h"
+#include "format.h"
 
 namespace tarvo::host {
 namespace {
@@ -128,7 +129,8 @@ TEST_F(PnmTest, ErrorsSayWhatIsWrong) {
     EXPECT_EQ(error_of(bytes_of("P4 32768 1\n")), "the size is 32768 x 1 pixels, a side may have 32767");
     EXPECT_EQ(error_of(bytes_of("P4 99999999999999999999 1\n")),
               "the size is 4294967295 x 1 pixels, a side may have 32767");
-    EXPECT_EQ(error_of(bytes_of("P4 32767 32767\n")), "the size is 32767 x 32767 pixels, there may be 134217728");
+    EXPECT_EQ(error_of(bytes_of("P4 32767 32767\n")),
+              "the size is 32767 x 32767 pixels, together 1073676289, the limit is 268435456");
     EXPECT_EQ(error_of(bytes_of("P6 30000 4000 255\nabc")), "cut short");
     EXPECT_EQ(error_of(bytes_of("P5 1 1 0\n0")), "the largest sample is 0, allowed are 1 to 65535");
     EXPECT_EQ(error_of(bytes_of("P5 1 1 65536\n0")), "the largest sample is 65536, allowed are 1 to 65535");
@@ -140,6 +142,26 @@ TEST_F(PnmTest, ErrorsSayWhatIsWrong) {
     EXPECT_EQ(error_of(pam("WIDTH 1\nHEIGHT 1\nMAXVAL 255\n", FileBytes(5))),
               "the pixels have 0 channels, known are 1 to 4");
     EXPECT_EQ(error_of(pam("WIDTH 1\nSIZE 1\n", FileBytes(5))), "an unknown word in the header");
+}
+
+// Fails when a decoder makes a picture.
+class NoPicture final : public PixelTarget {
+public:
+    void begin(const ImageForm&, std::uint64_t) override { ADD_FAILURE() << "memory is taken for what is not there"; }
+    void put(const PixelRun&) noexcept override {}
+    void turn(int) override {}
+};
+
+TEST_F(PnmTest, RowsAreCountedBeforeMemoryIsTaken) {
+    NoPicture target;
+    for (const char* text : {"P1 3000 3000 0101", "P2 3000 3000 255 1 2 3", "P3 3000 3000 255 1 2 3", "P4 3000 3000 ab",
+                             "P5 3000 3000 255 abc", "P6 3000 3000 65535 abc",
+                             "P7\nWIDTH 3000\nHEIGHT 3000\nDEPTH 4\nMAXVAL 255\nENDHDR\nabc"}) {
+        const FileBytes bytes = bytes_of(text);
+        MemorySource file(bytes);
+        const Format& format = format_of_bytes(file.ahead());
+        EXPECT_EQ(file_error([&] { format.decode(file, 1 << 28, target); }), "cut short") << text;
+    }
 }
 
 }  // namespace

@@ -1,0 +1,50 @@
+#pragma once
+
+// The operating system's calls as the readers and writers of files use them.
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <string>
+#include <utility>
+
+#include "file_error.h"
+
+namespace tarvo::host {
+
+// A call again and again while signals break it off.
+template <class Call>
+auto retried(Call call) {
+    auto result = call();
+    while (result < 0 && errno == EINTR) result = call();
+    return result;
+}
+
+// "WHAT: REASON", the reason being the last call's.
+inline FileError system_error(const char* what) { return FileError(std::string(what) + ": " + std::strerror(errno)); }
+
+class Descriptor {
+public:
+    Descriptor() = default;
+    explicit Descriptor(int number) : number_(number) {}
+    Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
+    Descriptor& operator=(Descriptor other) noexcept {
+        std::swap(number_, other.number_);
+        return *this;
+    }
+    ~Descriptor() { close(); }
+
+    explicit operator bool() const { return number_ >= 0; }
+    int get() const { return number_; }
+    // False when what was written may not have arrived. Never again for the same number, which is free in any case.
+    bool close() {
+        const int number = std::exchange(number_, -1);
+        return number < 0 || ::close(number) == 0;
+    }
+
+private:
+    int number_ = -1;
+};
+
+}  // namespace tarvo::host

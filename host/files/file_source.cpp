@@ -1,0 +1,53 @@
+#include "file_source.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/stat.h>
+
+namespace tarvo::host {
+
+namespace {
+
+constexpr std::size_t kBlock = std::size_t{1} << 18;
+
+}  // namespace
+
+// Opening would wait for a pipe's writer, without a word.
+FileSource::FileSource(const std::string& path, const std::function<void()>& on_wait)
+    : file_(retried([&] { return ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC); })),
+      buffer_(std::make_unique_for_overwrite<std::uint8_t[]>(kBlock)) {
+    struct stat known {};
+    if (!file_ || ::fstat(file_.get(), &known) != 0) throw system_error("cannot be opened");
+    if (S_ISFIFO(known.st_mode)) wait_for_writer(on_wait);
+    if (S_ISREG(known.st_mode)) behind_ = static_cast<std::uint64_t>(known.st_size);
+    const int flags = ::fcntl(file_.get(), F_GETFL);
+    if (flags < 0 || ::fcntl(file_.get(), F_SETFL, flags & ~O_NONBLOCK) != 0) throw system_error("cannot be opened");
+}
+
+// Of a pipe without a writer a reading that does not wait finds the end; of one whose writer is late, nothing yet.
+void FileSource::wait_for_writer(const std::function<void()>& on_wait) {
+    const ssize_t count = retried([&] { return ::read(file_.get(), buffer_.get(), kBlock); });
+    if (count < 0 && errno != EAGAIN) throw system_error("cannot be read");
+    if (count > 0) held_ = static_cast<std::size_t>(count);
+    if (count != 0) return;
+    if (on_wait) on_wait();
+    struct pollfd pipe {
+        file_.get(), POLLIN, 0
+    };
+    if (retried([&] { return ::poll(&pipe, 1, -1); }) < 0) throw system_error("cannot be read");
+}
+
+// Short reads go on until the block is full: a block ends where the file does, or is one.
+std::span<const std::uint8_t> FileSource::next_block() {
+    std::size_t have = std::exchange(held_, 0);
+    while (have < kBlock) {
+        const ssize_t count = retried([&] { return ::read(file_.get(), buffer_.get() + have, kBlock - have); });
+        if (count < 0) throw system_error("cannot be read");
+        if (count == 0) break;
+        have += static_cast<std::size_t>(count);
+    }
+    if (behind_) *behind_ -= std::min<std::uint64_t>(*behind_, have);
+    return {buffer_.get(), have};
+}
+
+}  // namespace tarvo::host

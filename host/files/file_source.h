@@ -1,0 +1,29 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "byte_source.h"
+#include "descriptor.h"
+
+namespace tarvo::host {
+
+// A file that is being read. Throws FileError; messages do not name the file.
+class FileSource final : public ByteSource {
+public:
+    // `on_wait` is called before the first byte of a pipe that nobody writes to yet, which is then waited for.
+    explicit FileSource(const std::string& path, const std::function<void()>& on_wait = {});
+
+private:
+    std::span<const std::uint8_t> next_block() override;
+    std::optional<std::uint64_t> behind_block() const override { return behind_; }
+    void wait_for_writer(const std::function<void()>& on_wait);
+
+    Descriptor file_;
+    std::optional<std::uint64_t> behind_;
+    std::unique_ptr<std::uint8_t[]> buffer_;
+    std::size_t held_ = 0;  // bytes of the buffer that were read while a pipe's writer was looked for
+};
+
+}  // namespace tarvo::host

@@ -1,0 +1,155 @@
+#include "file_writer.h"
+
+#include <fcntl.h>
+#include <limits.h>
+#include <sys/random.h>
+
+#include <cinttypes>
+#include <cstdio>
+#include <cstdlib>
+#include <string_view>
+
+namespace tarvo::host {
+
+namespace {
+
+constexpr int kMostLinks = 40;
+constexpr int kMostNames = 100;
+constexpr mode_t kPermissions = 0777;
+
+FileError not_regular() { return FileError("not a regular file"); }
+
+std::string random_name() {
+    std::uint64_t number = 0;
+    if (retried([&] { return ::getrandom(&number, sizeof number, 0); }) != sizeof number)
+        throw system_error("cannot be made");
+    char name[32];
+    std::snprintf(name, sizeof name, ".tarvo-%016" PRIx64, number);
+    return name;
+}
+
+// The permissions that the process takes from new files, as the system tells them: the call that asks for them sets
+// them, for all threads. All but the owner's when the system does not tell.
+mode_t creation_mask() {
+    mode_t mask = 077;
+    std::FILE* status = std::fopen("/proc/self/status", "re");
+    if (!status) return mask;
+    char line[256];
+    unsigned told = 0;
+    while (std::fgets(line, sizeof line, status))
+        if (std::sscanf(line, "Umask: %o", &told) == 1) mask = told & kPermissions;
+    std::fclose(status);
+    return mask;
+}
+
+bool same_file(const struct stat& a, const struct stat& b) { return a.st_dev == b.st_dev && a.st_ino == b.st_ino; }
+
+}  // namespace
+
+FileWriter::FileWriter(const std::string& path, PartFileWatch* watch) : watch_(watch), target_(end_of_links(path)) {
+    look_at_old_file();
+    make_part();
+}
+
+FileWriter::~FileWriter() { remove_part(); }
+
+FileWriter::Place FileWriter::split(int base, const std::string& path) {
+    const std::size_t name = path.rfind('/') + 1;  // 0 without a slash
+    const std::string folder = name == 0 ? "." : path.substr(0, name);
+    Place place{Descriptor(retried([&] { return ::openat(base, folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC); })),
+                path.substr(name)};
+    if (!place.folder) throw system_error("cannot be made");
+    if (place.name.empty() || place.name == "." || place.name == "..") throw not_regular();
+    return place;
+}
+
+FileWriter::Place FileWriter::end_of_links(const std::string& path) {
+    Place place = split(AT_FDCWD, path);
+    for (int links = 0; links < kMostLinks; ++links) {
+        char text[PATH_MAX];
+        const ssize_t length = ::readlinkat(place.folder.get(), place.name.c_str(), text, sizeof text);
+        if (length < 0 && (errno == EINVAL || errno == ENOENT)) return place;  // no link, or nothing yet
+        if (length == sizeof text) errno = ENAMETOOLONG;
+        if (length < 0 || length == sizeof text) throw system_error("cannot be made");
+        place = split(place.folder.get(), std::string(text, static_cast<std::size_t>(length)));
+    }
+    errno = ELOOP;
+    throw system_error("cannot be made");
+}
+
+void FileWriter::look_at_old_file() {
+    struct stat old {};
+    if (::fstatat(target_.folder.get(), target_.name.c_str(), &old, AT_SYMLINK_NOFOLLOW) != 0) {
+        if (errno != ENOENT) throw system_error("cannot be made");
+        return;
+    }
+    if (!S_ISREG(old.st_mode)) throw not_regular();
+    old_ = old;
+}
+
+void FileWriter::make_part() {
+    if (watch_) watch_->making();
+    try {
+        constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+        for (int n = 0; n < kMostNames && !part_; ++n) {
+            part_name_ = random_name();
+            part_ =
+                Descriptor(retried([&] { return ::openat(target_.folder.get(), part_name_.c_str(), kFlags, 0600); }));
+            if (!part_ && errno != EEXIST) break;
+        }
+        if (!part_) throw system_error("cannot be made");
+    } catch (...) {
+        if (watch_) watch_->gone();
+        throw;
+    }
+    part_exists_ = true;
+    if (watch_) watch_->made(target_.folder.get(), part_name_.c_str());
+}
+
+void FileWriter::remove_part() noexcept {
+    if (!part_exists_) return;
+    ::unlinkat(target_.folder.get(), part_name_.c_str(), 0);
+    part_exists_ = false;
+    if (watch_) watch_->gone();
+}
+
+void FileWriter::take(std::span<const std::uint8_t> block) {
+    while (!block.empty()) {
+        const ssize_t count = retried([&] { return ::write(part_.get(), block.data(), block.size()); });
+        if (count == 0) errno = EIO;  // no call that takes nothing may be repeated for ever
+        if (count <= 0) throw system_error("cannot be written");
+        block = block.subspan(static_cast<std::size_t>(count));
+    }
+}
+
+std::vector<std::string> FileWriter::commit() {
+    flush();
+    const mode_t mode = old_ ? old_->st_mode & kPermissions : 0666 & ~creation_mask();
+    struct stat made {
+    }, placed{};
+    if (retried([&] { return ::fchmod(part_.get(), mode); }) != 0 || ::fstat(part_.get(), &made) != 0)
+        throw system_error("cannot be written");
+    if (old_ && retried([&] { return ::fsync(part_.get()); }) != 0) throw system_error("cannot be written");
+    if (!part_.close()) throw system_error("cannot be written");
+    const int folder = target_.folder.get();
+    const char* const name = target_.name.c_str();
+    if (retried([&] { return ::renameat(folder, part_name_.c_str(), folder, name); }) != 0)
+        throw system_error("cannot be replaced");
+    part_exists_ = false;
+    if (watch_) watch_->gone();
+    if (::fstatat(folder, name, &placed, AT_SYMLINK_NOFOLLOW) != 0 || !same_file(made, placed))
+        throw FileError("somebody else changed it while it was written");
+    return not_kept(made);
+}
+
+std::vector<std::string> FileWriter::not_kept(const struct stat& made) const {
+    std::vector<std::string> lines;
+    if (!old_) return lines;
+    if (old_->st_uid != made.st_uid || old_->st_gid != made.st_gid)
+        lines.emplace_back("belonged to another user or group: the new file does not");
+    if (old_->st_nlink > 1) lines.emplace_back("had other names: they keep the old file");
+    if (!(old_->st_mode & S_IWUSR)) lines.emplace_back("was read-only: it is replaced all the same");
+    return lines;
+}
+
+}  // namespace tarvo::host

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <sys/stat.h>
+
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "byte_sink.h"
+#include "descriptor.h"
+
+namespace tarvo::host {
+
+// Told of part files while they exist, so that a program can remove them when a signal ends it. The library itself
+// leaves signals alone. The calls come as `making`, then `made` if one was made, then `gone`.
+class PartFileWatch {
+public:
+    virtual ~PartFileWatch() = default;
+    virtual void making() noexcept = 0;
+    // `folder` is open, and `name` stays, until `gone`.
+    virtual void made(int folder, const char* name) noexcept = 0;
+    virtual void gone() noexcept = 0;
+};
+
+// Makes or replaces a file as a whole: at no time is there a part of it under its name, and until `commit` has returned
+// nothing has changed. The bytes go to a part file beside it, which only its owner can read, and which is removed on
+// every way but that one. A symbolic link is followed once, and its end is replaced, or made. What exists and is no
+// regular file is refused. Throws FileError; messages do not name the file.
+class FileWriter final : public ByteSink {
+public:
+    explicit FileWriter(const std::string& path, PartFileWatch* watch = nullptr);
+    ~FileWriter() override;
+
+    // After the last byte: gives the file its permissions and its name. An old file's permissions are kept; what comes
+    // back tells in words what is not, each to be read behind the file's name.
+    std::vector<std::string> commit();
+
+private:
+    // A name in an open folder.
+    struct Place {
+        Descriptor folder;
+        std::string name;
+    };
+
+    static Place split(int base, const std::string& path);
+    static Place end_of_links(const std::string& path);
+    void look_at_old_file();
+    void make_part();
+    void remove_part() noexcept;
+    void take(std::span<const std::uint8_t> block) override;
+    std::vector<std::string> not_kept(const struct stat& made) const;
+
+    PartFileWatch* const watch_;
+    Place target_;
+    std::optional<struct stat> old_;
+    std::string part_name_;
+    Descriptor part_;
+    bool part_exists_ = false;
+};
+
+}  // namespace tarvo::host

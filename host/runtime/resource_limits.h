@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+namespace tarvo::host {
+
+// What a host may take; all it can, unless told otherwise.
+struct Limits {
+    static constexpr std::uint64_t kNone = std::numeric_limits<std::uint64_t>::max();
+
+    std::uint64_t max_pixels = kNone;  // of one picture
+    std::uint64_t max_memory = kNone;  // bytes of all objects together, and of what a decoder takes besides
+};
+
+enum class Limit { pixels, memory };
+
+// An error that raising a limit may cure says which.
+class LimitedError : public std::runtime_error {
+public:
+    explicit LimitedError(const std::string& message, std::optional<Limit> limit = {})
+        : std::runtime_error(message), limit_(limit) {}
+    std::optional<Limit> limit() const { return limit_; }
+
+private:
+    std::optional<Limit> limit_;
+};
+
+}  // namespace tarvo::host

@@ -1,0 +1,180 @@
+// Every call of the operating system, and every allocation, that reading and writing a file makes, failing in its turn.
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <functional>
+#include <optional>
+
+#include "../host/watched_memory.h"
+#include "file_samples.h"
+#include "system_faults.h"
+
+namespace tarvo::host {
+namespace {
+
+using test::SystemCall;
+
+const char* const kNames[] = {
+#ifdef TARVO_PICTURE_LIBRARIES
+    "a.png", "a.jpg",
+#endif
+    "a.ppm", "a.pam", "a.pbm"};
+
+class FileFaults : public testing::Test {
+protected:
+    // With a mask, so that a reader makes two pictures; or a progressive file's worth of noise.
+    ObjectRef picture(int side) {
+        ObjectRef made = random_picture(host, {.width = side, .height = side}, 1);
+        picture_in(made).set_mask(random_picture(host, {.width = side, .height = side}, 2));
+        return made;
+    }
+
+    // Does the work with the first, second, ... call failing, until all have. Each time nothing may be left behind; the
+    // number of failures.
+    int fail_each(SystemCall call, int error, const std::function<void()>& work) {
+        for (int n = 1;; ++n) {
+            SCOPED_TRACE(testing::Message() << "call " << n);
+            const Accounts before = host.accounts();
+            std::optional<Limit> limit;
+            bool failed = false, happened = false;
+            try {
+                test::fail_call(call, n, error);
+                work();
+                happened = test::stop_faults();
+            } catch (const FileError& failure) {
+                happened = test::stop_faults();
+                failed = true;
+                limit = failure.limit();
+            }
+            EXPECT_EQ(host.accounts(), before);
+            EXPECT_TRUE(happened || !failed);
+            if (!happened) return n - 1;
+            const bool of_memory = call == SystemCall::allocate || call == SystemCall::mmap;
+            after_fault(failed, of_memory ? limit == Limit::memory : limit == std::nullopt);
+        }
+    }
+    std::function<void(bool failed, bool limit_fits)> after_fault = [](bool failed, bool limit_fits) {
+        EXPECT_TRUE(failed);
+        EXPECT_TRUE(limit_fits);
+    };
+
+    Host host;
+    Folder folder;
+};
+
+TEST_F(FileFaults, OfMemoryLeaveNothingWhenAFileIsRead) {
+#ifdef WATCHED_MEMORY
+    GTEST_SKIP() << "AddressSanitizer has allocations of its own";
+#endif
+    for (const char* name : kNames) {
+        SCOPED_TRACE(name);
+        const std::string path = folder.file(name);
+        write_picture_file(picture_in(picture(20)), path);
+        int failures = 0;
+        // One library tries again with less.
+        after_fault = [&](bool failed, bool limit_fits) {
+            failures += failed;
+            EXPECT_TRUE(!failed || limit_fits);
+        };
+        fail_each(SystemCall::allocate, ENOMEM, [&] { read_picture_file(host, path); });
+        EXPECT_GT(failures, 5);
+    }
+}
+
+TEST_F(FileFaults, OfMemoryLeaveTheOldFileWhenOneIsWritten) {
+#ifdef WATCHED_MEMORY
+    GTEST_SKIP() << "AddressSanitizer has allocations of its own";
+#endif
+    const ObjectRef shown = picture(20);
+    for (const char* name : kNames) {
+        SCOPED_TRACE(name);
+        const std::string path = folder.file(name);
+        write_picture_file(picture_in(shown), path);
+        const FileBytes whole = read_bytes(path), old = {1, 2, 3};
+        write_bytes(path, old);
+        const std::size_t entries = folder.entries();
+        int failures = 0;
+        // What tells of the old file's fate may be short of memory when the new one is in its place.
+        after_fault = [&](bool failed, bool limit_fits) {
+            EXPECT_EQ(folder.entries(), entries);
+            const FileBytes now = read_bytes(path);
+            EXPECT_TRUE(now == (failed ? old : whole));
+            EXPECT_TRUE(!failed || limit_fits);
+            failures += failed;
+            write_bytes(path, old);
+        };
+        fail_each(SystemCall::allocate, ENOMEM, [&] { write_picture_file(picture_in(shown), path); });
+        EXPECT_GT(failures, 5);
+    }
+}
+
+// Pictures of this size have memory from the system itself.
+TEST_F(FileFaults, OfMappingsLeaveNothing) {
+    const std::string path = folder.file("a.pam");
+    write_picture_file(picture_in(picture(600)), path);
+    BulkMemory::release_idle();
+    EXPECT_EQ(fail_each(SystemCall::mmap, ENOMEM,
+                        [&] {
+                            BulkMemory::release_idle();
+                            read_picture_file(host, path);
+                        }),
+              2);
+}
+
+TEST_F(FileFaults, OfCallsFailOnceWhereTheyMustAndAreTriedAgainWhereTheyCan) {
+    const std::string path = folder.file("a.ppm");
+    const ObjectRef shown = random_picture(host, {.width = 300, .height = 200}, 3);  // more than one block
+    const auto write = [&] { write_picture_file(picture_in(shown), path); };
+    const auto read = [&] { read_picture_file(host, path); };
+    write();
+    const FileBytes whole = read_bytes(path), old = {1, 2, 3};
+    const struct {
+        SystemCall call;
+        bool writing;
+        int least;  // calls there are at least
+    } rows[] = {{SystemCall::open, false, 1},    {SystemCall::read, false, 2},     {SystemCall::openat, true, 2},
+                {SystemCall::write, true, 3},    {SystemCall::fsync, true, 1},     {SystemCall::fchmod, true, 1},
+                {SystemCall::renameat, true, 1}, {SystemCall::readlinkat, true, 1}};
+    for (const auto& row : rows)
+        for (const int error : {EIO, ENOSPC, EINTR}) {
+            SCOPED_TRACE(testing::Message() << static_cast<int>(row.call) << ", error " << error);
+            const bool retried = error == EINTR && row.call != SystemCall::readlinkat;  // which never ends so
+            after_fault = [&](bool failed, bool limit_fits) {
+                EXPECT_EQ(failed, !retried);
+                EXPECT_TRUE(limit_fits);
+                EXPECT_EQ(folder.entries(), 1u);
+                if (row.writing) {
+                    EXPECT_TRUE(read_bytes(path) == (failed ? old : whole));
+                    write_bytes(path, old);
+                }
+            };
+            write_bytes(path, row.writing ? old : whole);
+            EXPECT_GE(fail_each(row.call, error, row.writing ? std::function<void()>(write) : read), row.least);
+        }
+}
+
+// Nobody knows what became of the bytes, whatever broke it off.
+TEST_F(FileFaults, OfCloseAreErrorsOfTheNewFileAlone) {
+    const std::string path = folder.file("a.ppm");
+    const ObjectRef shown = random_picture(host, {.width = 3, .height = 2}, 3);
+    for (const int error : {EIO, ENOSPC, EINTR}) {
+        int failures = 0;
+        const FileBytes old = {1, 2, 3};
+        write_bytes(path, old);
+        after_fault = [&](bool failed, bool) {
+            failures += failed;
+            EXPECT_EQ(read_bytes(path) == old, failed);
+            EXPECT_EQ(folder.entries(), 1u);
+            write_bytes(path, old);
+        };
+        EXPECT_EQ(fail_each(SystemCall::close, error, [&] { write_picture_file(picture_in(shown), path); }), 2);
+        EXPECT_EQ(failures, 1);  // the other one is the folder's
+        after_fault = [&](bool failed, bool) { EXPECT_FALSE(failed); };
+        write_picture_file(picture_in(shown), path);
+        EXPECT_EQ(fail_each(SystemCall::close, error, [&] { read_picture_file(host, path); }), 1);
+    }
+}
+
+}  // namespace
+}  // namespace tarvo::host

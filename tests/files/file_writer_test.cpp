@@ -1,0 +1,247 @@
+// Files that are made or replaced: whole or not at all, and by nobody else's hand.
+
+#include "file_writer.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+
+#include "file_samples.h"
+
+namespace tarvo::host {
+namespace {
+
+namespace fs = std::filesystem;
+
+using Lines = std::vector<std::string>;
+
+Lines replace_file(const std::string& path, const FileBytes& bytes, PartFileWatch* watch = nullptr) {
+    FileWriter file(path, watch);
+    file.write(bytes);
+    return file.commit();
+}
+
+mode_t mode_of(const std::string& path) {
+    struct stat known {};
+    EXPECT_EQ(::lstat(path.c_str(), &known), 0) << path;
+    return known.st_mode & 07777;
+}
+
+// The part file of a folder that has one.
+std::string part_in(const Folder& folder) {
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder.path()))
+        if (entry.path().filename().string().rfind(".tarvo-", 0) == 0) return entry.path();
+    return "";
+}
+
+// The process's permissions for new files, put back at the end.
+class WithUmask {
+public:
+    explicit WithUmask(mode_t mask) : before_(::umask(mask)) {}
+    ~WithUmask() { ::umask(before_); }
+    WithUmask(const WithUmask&) = delete;
+    WithUmask& operator=(const WithUmask&) = delete;
+
+private:
+    mode_t before_;
+};
+
+class Recorder final : public PartFileWatch {
+public:
+    void making() noexcept override { calls += "making "; }
+    void made(int folder, const char* name) noexcept override {
+        calls += "made ";
+        EXPECT_EQ(::faccessat(folder, name, F_OK, AT_SYMLINK_NOFOLLOW), 0) << name;
+    }
+    void gone() noexcept override { calls += "gone "; }
+    std::string calls;
+};
+
+TEST(FileWriter, MakesAndReplacesAFileAndLeavesNothingElse) {
+    const Folder folder;
+    for (const std::size_t size : {std::size_t{3}, std::size_t{0}, std::size_t{1} << 16, std::size_t{600001}}) {
+        FileBytes bytes(size);
+        for (std::size_t i = 0; i < size; ++i) bytes[i] = static_cast<std::uint8_t>(i * 7 >> 3);
+        EXPECT_EQ(replace_file(folder.file("a"), bytes), Lines());
+        EXPECT_EQ(read_bytes(folder.file("a")), bytes);
+    }
+    EXPECT_EQ(folder.entries(), 1u);
+}
+
+TEST(FileWriter, TakesBytesInPiecesOfAnySize) {
+    const Folder folder;
+    FileBytes all;
+    FileWriter file(folder.file("a"));
+    for (std::size_t size = 1; size < 200000; size = size * 3 + 1) {
+        const FileBytes piece(size, static_cast<std::uint8_t>(size));
+        file.write(piece);
+        all = all + piece;
+    }
+    file.commit();
+    EXPECT_EQ(read_bytes(folder.file("a")), all);
+}
+
+TEST(FileWriter, ChangesNothingUntilItIsTold) {
+    const Folder folder;
+    write_bytes(folder.file("a"), {1});
+    {
+        FileWriter file(folder.file("a"));
+        file.write(FileBytes(100000));
+        EXPECT_EQ(read_bytes(folder.file("a")), FileBytes{1});
+        EXPECT_EQ(folder.entries(), 2u);
+    }
+    EXPECT_EQ(read_bytes(folder.file("a")), FileBytes{1});
+    EXPECT_EQ(folder.entries(), 1u);
+}
+
+TEST(FileWriter, IsItsOwnersAloneWhileItIsWritten) {
+    const Folder folder;
+    const WithUmask everybody(0);
+    write_bytes(folder.file("a"), {1});
+    ::chmod(folder.file("a").c_str(), 0644);
+    FileWriter file(folder.file("a"));
+    file.write(FileBytes(100000));
+    EXPECT_EQ(mode_of(part_in(folder)), 0600u);
+    file.commit();
+    EXPECT_EQ(mode_of(folder.file("a")), 0644u);
+}
+
+TEST(FileWriter, KeepsThePermissionsOfTheFileItReplaces) {
+    const Folder folder;
+    const WithUmask mask(022);
+    for (const mode_t mode : {0640u, 0600u, 0666u, 0755u}) {
+        write_bytes(folder.file("a"), {1});
+        ::chmod(folder.file("a").c_str(), mode);
+        EXPECT_EQ(replace_file(folder.file("a"), {2}), Lines());
+        EXPECT_EQ(mode_of(folder.file("a")), mode);
+    }
+}
+
+TEST(FileWriter, GivesANewFileWhatTheProcessGivesToAll) {
+    const Folder folder;
+    for (const mode_t mask : {022u, 077u, 002u, 0u}) {
+        const WithUmask set(mask);
+        const std::string path = folder.file(std::to_string(mask));
+        replace_file(path, {1});
+        EXPECT_EQ(mode_of(path), 0666u & ~mask);
+        EXPECT_EQ(::umask(mask), mask);  // nobody has touched it
+    }
+}
+
+// Whoever owns the folder can put something else where the part file was; the permissions go to the file itself.
+TEST(FileWriter, IsNotLedAstrayBySwappedPartFiles) {
+    const Folder folder, elsewhere;
+    write_bytes(elsewhere.file("ours"), {7});
+    ::chmod(elsewhere.file("ours").c_str(), 0600);
+    write_bytes(folder.file("a"), {1});
+    ::chmod(folder.file("a").c_str(), 0666);
+    FileWriter file(folder.file("a"));
+    file.write(FileBytes{2});
+    const std::string part = part_in(folder);
+    fs::remove(part);
+    fs::create_symlink(elsewhere.file("ours"), part);
+    EXPECT_EQ(file_error([&] { file.commit(); }), "somebody else changed it while it was written");
+    EXPECT_EQ(mode_of(elsewhere.file("ours")), 0600u);
+    EXPECT_EQ(read_bytes(elsewhere.file("ours")), FileBytes{7});
+}
+
+TEST(FileWriter, StaysInTheFolderThatItBeganIn) {
+    const Folder folder;
+    fs::create_directory(folder.file("one"));
+    fs::create_directory(folder.file("two"));
+    FileWriter file(folder.file("one/a"));
+    file.write(FileBytes{5});
+    fs::rename(folder.file("one"), folder.file("three"));
+    fs::rename(folder.file("two"), folder.file("one"));
+    file.commit();
+    EXPECT_EQ(read_bytes(folder.file("three/a")), FileBytes{5});
+    EXPECT_TRUE(fs::is_empty(folder.file("one")));
+}
+
+TEST(FileWriter, FollowsLinksToTheirEnd) {
+    const Folder folder;
+    fs::create_directory(folder.file("far"));
+    write_bytes(folder.file("far/real"), {1});
+    fs::create_symlink("far/second", folder.file("first"));
+    fs::create_symlink(folder.file("far/third"), folder.file("far/second"));  // with its whole path
+    fs::create_symlink("real", folder.file("far/third"));
+    replace_file(folder.file("first"), {2});
+    for (const char* name : {"first", "far/second", "far/third"})
+        EXPECT_TRUE(fs::is_symlink(folder.file(name))) << name;
+    EXPECT_EQ(read_bytes(folder.file("far/real")), FileBytes{2});
+    EXPECT_EQ(folder.entries(), 2u);
+}
+
+TEST(FileWriter, MakesWhatADanglingLinkNames) {
+    const Folder folder;
+    fs::create_directory(folder.file("far"));
+    fs::create_symlink("far/none", folder.file("link"));
+    replace_file(folder.file("link"), {2});
+    EXPECT_TRUE(fs::is_symlink(folder.file("link")));
+    EXPECT_EQ(read_bytes(folder.file("far/none")), FileBytes{2});
+}
+
+TEST(FileWriter, RefusesALoopOfLinks) {
+    const Folder folder;
+    fs::create_symlink("b", folder.file("a"));
+    fs::create_symlink("a", folder.file("b"));
+    EXPECT_EQ(file_error([&] { replace_file(folder.file("a"), {1}); }),
+              "cannot be made: Too many levels of symbolic links");
+    EXPECT_EQ(folder.entries(), 2u);
+    EXPECT_TRUE(fs::is_symlink(folder.file("a")));
+}
+
+TEST(FileWriter, DoesNotReplaceWhatIsNoFile) {
+    const Folder folder;
+    fs::create_directory(folder.file("folder"));
+    ASSERT_EQ(::mkfifo(folder.file("pipe").c_str(), 0600), 0);
+    fs::create_symlink("pipe", folder.file("link"));
+    for (const char* name : {"folder", "folder/", "folder/.", "folder/..", "pipe", "link"})
+        EXPECT_EQ(file_error([&] { replace_file(folder.file(name), {1}); }), "not a regular file") << name;
+    EXPECT_EQ(file_error([] { replace_file("", {1}); }), "not a regular file");
+    EXPECT_EQ(file_error([&] { replace_file(folder.file("none/a"), {1}); }),
+              "cannot be made: No such file or directory");
+    EXPECT_EQ(file_error([&] { replace_file(folder.file("pipe/a"), {1}); }), "cannot be made: Not a directory");
+    EXPECT_EQ(file_error([&] { replace_file(folder.file(std::string(256, 'x')), {1}); }),
+              "cannot be made: File name too long");
+    EXPECT_EQ(folder.entries(), 3u);
+}
+
+TEST(FileWriter, TellsWhatItDoesNotKeep) {
+    const Folder folder;
+    write_bytes(folder.file("named"), {1});
+    fs::create_hard_link(folder.file("named"), folder.file("other"));
+    EXPECT_EQ(replace_file(folder.file("named"), {2}), Lines{"had other names: they keep the old file"});
+    EXPECT_EQ(read_bytes(folder.file("other")), FileBytes{1});
+    EXPECT_EQ(replace_file(folder.file("named"), {3}), Lines());
+
+    ::chmod(folder.file("other").c_str(), 0444);
+    EXPECT_EQ(replace_file(folder.file("other"), {2}), Lines{"was read-only: it is replaced all the same"});
+    EXPECT_EQ(mode_of(folder.file("other")), 0444u);
+}
+
+TEST(FileWriter, TellsOfAnotherOwner) {
+    const Folder folder;
+    write_bytes(folder.file("a"), {1});
+    if (::chown(folder.file("a").c_str(), 12345, static_cast<gid_t>(-1)) != 0)
+        GTEST_SKIP() << "only root gives files away";
+    EXPECT_EQ(replace_file(folder.file("a"), {2}), Lines{"belonged to another user or group: the new file does not"});
+}
+
+TEST(FileWriter, TellsWhoWatchesOfEachPartFile) {
+    const Folder folder;
+    Recorder recorder;
+    replace_file(folder.file("a"), {1}, &recorder);
+    EXPECT_EQ(recorder.calls, "making made gone ");
+    { FileWriter file(folder.file("a"), &recorder); }
+    EXPECT_EQ(recorder.calls, "making made gone making made gone ");
+    fs::create_directory(folder.file("folder"));
+    EXPECT_NE(file_error([&] { replace_file(folder.file("folder"), {1}, &recorder); }), "");
+    EXPECT_EQ(recorder.calls, "making made gone making made gone ");  // refused before anything was made
+}
+
+}  // namespace
+}  // namespace tarvo::host
