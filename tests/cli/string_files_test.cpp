@@ -87,24 +87,58 @@ TEST_F(StringFiles, AreToldInOneLineWhateverTheirName) {
     EXPECT_EQ(run.err, "tarvo: " + file("two?lines.trv") + ": this is no string that a picture can be made of\n");
 }
 
-TEST_F(StringFiles, LongerThanAStringAreRefused) {
-    std::filesystem::resize_file(text_file("long.trv", ""), std::uintmax_t{1} << 31);
-    const Ending run = tool({"convert", file("long.trv"), "-o", file("out.ppm")});
-    EXPECT_EQ(run.status, 3);
-    EXPECT_EQ(run.err, "tarvo: " + file("long.trv") + ": larger than 2147483647 bytes\n");
+// Their first bytes say how long they must be: what is not is not read, nor held in memory.
+TEST_F(StringFiles, OfOtherLengthsAreRefusedUnread) {
+    const struct {
+        std::string header;
+        std::uintmax_t size;
+    } rows[] = {
+        {std::string(11, '\0'), (std::uintmax_t{1} << 31) - 1},                      // a sparse file of nothing
+        {std::string("\0\0\0\2\0\0\0\1\0\x20\0", 11), std::uintmax_t{1} << 31},      // two pixels and a rest
+        {std::string("\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF\0\x20\0", 11), 300000000},    // sizes that wrap
+        {std::string("\0\0\x80\0\0\0\x80\0\0\x20\1", 11), std::uintmax_t{1} << 32},  // a length that no string has
+    };
+    for (const auto& row : rows) {
+        std::filesystem::resize_file(text_file("bad.trv", row.header), row.size);
+        const Ending run = tool({"convert", "--max-memory", "1M", file("bad.trv"), "-o", file("out.ppm")});
+        EXPECT_EQ(run.status, 3);
+        EXPECT_EQ(run.err, "tarvo: " + file("bad.trv") + ": this is no string that a picture can be made of\n");
+    }
+    const Ending endless = shell("ln -s /dev/zero zero.trv; tarvo convert zero.trv -o out.ppm");
+    EXPECT_EQ(endless.status, 3);
+    EXPECT_EQ(endless.err, "tarvo: zero.trv: this is no string that a picture can be made of\n");
 }
 
 TEST_F(StringFiles, ThatMemoryCannotHoldAreTold) {
+    // 1000 x 1000 pixels.
+    const std::string large = text_file("large.trv", std::string("\0\0\3\xE8\0\0\3\xE8\0\x20\0", 11));
+    std::filesystem::resize_file(large, 3000011);
+    const auto error = [&](const char* option, const char* limit) {
+        const Ending run = tool({"convert", option, limit, large, "-o", file("out.ppm")});
+        EXPECT_EQ(run.status, 3);
+        return run.err;
+    };
+    const std::string name = "tarvo: " + large + ": ";
+    EXPECT_EQ(error("--max-memory", "2M"), name +
+                                               "a string of 3000011 bytes: 3000011 bytes, 0 are taken already, the "
+                                               "limit is 2097152 (--max-memory)\n");
+    EXPECT_EQ(error("--max-memory", "6M"), name +
+                                               "a picture of 1000 x 1000 pixels, 32 bits: 4000000 bytes, 3000011 are "
+                                               "taken already, the limit is 6291456 (--max-memory)\n");
+    EXPECT_EQ(error("--max-pixels", "999999"),
+              name + "the size is 1000 x 1000 pixels, together 1000000, the limit is 999999 (--max-pixels)\n");
+}
+
+TEST_F(StringFiles, ThatTheSystemHasNoMemoryForAreTold) {
 #ifdef WATCHED_MEMORY
     GTEST_SKIP() << "AddressSanitizer needs all addresses";
 #endif
-    // As long as a string can be: memory is what they lack.
-    for (const std::uintmax_t size : {std::uintmax_t{300} << 20, (std::uintmax_t{1} << 31) - 1}) {
-        std::filesystem::resize_file(text_file("large.trv", ""), size);
-        const Ending run = shell("ulimit -v 200000 && tarvo convert large.trv -o out.ppm");
-        EXPECT_EQ(run.status, 3);
-        EXPECT_EQ(run.err, "tarvo: large.trv: not enough memory\n") << size;
-    }
+    // 10,000 x 10,000 pixels.
+    text_file("large.trv", std::string("\0\0\x27\x10\0\0\x27\x10\0\x20\0", 11));
+    std::filesystem::resize_file(file("large.trv"), 300000011);
+    const Ending run = shell("ulimit -v 200000 && tarvo convert large.trv -o out.ppm");
+    EXPECT_EQ(run.status, 3);
+    EXPECT_EQ(run.err, "tarvo: large.trv: not enough memory (--max-memory)\n");
 }
 
 TEST_F(StringFiles, ThatCannotBeReadAgainAreNoted) {

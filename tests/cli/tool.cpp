@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
 
@@ -17,26 +18,52 @@ namespace tarvo::cli {
 
 namespace fs = std::filesystem;
 
-Ending ToolTest::run(std::vector<std::string> words) const {
+namespace {
+
+// Where what the tool prints goes.
+constexpr const char* kOut = "tool.out";
+constexpr const char* kErr = "tool.err";
+
+}  // namespace
+
+pid_t ToolTest::start(std::vector<std::string> words) const {
     std::vector<char*> pointers;
     for (std::string& word : words) pointers.push_back(word.data());
     pointers.push_back(nullptr);
 
-    const std::string out = file("tool.out"), err = file("tool.err");
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, err.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    const int flags = O_WRONLY | O_CREAT | O_TRUNC;
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, file(kOut).c_str(), flags, 0600);
+    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, file(kErr).c_str(), flags, 0600);
     pid_t process = 0;
     const int failed = posix_spawn(&process, pointers[0], &actions, nullptr, pointers.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
     if (failed != 0) throw std::runtime_error(words[0] + " cannot be run");
+    return process;
+}
+
+Ending ToolTest::wait(pid_t process) const {
     int status = 0;
     ::waitpid(process, &status, 0);
+    Ending ending{WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status), bytes_of(file(kOut)),
+                  bytes_of(file(kErr))};
+    fs::remove(file(kOut));
+    fs::remove(file(kErr));
+    return ending;
+}
 
-    Ending ending{WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status), bytes_of(out), bytes_of(err)};
-    fs::remove(out);
-    fs::remove(err);
+Ending ToolTest::run(std::vector<std::string> words) const { return wait(start(std::move(words))); }
+
+Ending ToolTest::tool_with_fault(const std::string& fault, std::vector<std::string> arguments, bool* happened) const {
+    const std::string sign = file("sign");
+    const char* checker = std::getenv("ASAN_OPTIONS");  // which wants to come first, and need not
+    arguments.insert(
+        arguments.begin(),
+        {"/usr/bin/env", "LD_PRELOAD=" TARVO_SYSTEM_FAULTS, "TARVO_FAULT=" + fault, "TARVO_FAULT_SIGN=" + sign,
+         std::string("ASAN_OPTIONS=verify_asan_link_order=0:") + (checker ? checker : ""), TARVO_TOOL});
+    Ending ending = run(std::move(arguments));
+    *happened = fs::remove(sign);
     return ending;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <sys/types.h>
 
 #include <cstdint>
 #include <filesystem>
@@ -21,6 +22,11 @@ struct Ending {
 class ToolTest : public testing::Test {
 protected:
     Ending tool(std::vector<std::string> arguments) const;
+    // Begins a run of the tool, or of that program; `wait` is to follow, and says how it ended.
+    pid_t start(std::vector<std::string> words) const;
+    Ending wait(pid_t process) const;
+    // As `tool`, with a system's call that fails: "write 3 ENOSPC". True in `*happened` when it was made.
+    Ending tool_with_fault(const std::string& fault, std::vector<std::string> arguments, bool* happened) const;
     // A line as people type it in a shell, in this folder; `tarvo` is the tool.
     Ending shell(const std::string& line) const;
     // `tarvo apply` with the sample operations as its plugin.

@@ -1,0 +1,72 @@
+// How much the tool takes: its limits, and that messages name them.
+
+#include <gtest/gtest.h>
+
+#include "tool.h"
+
+namespace tarvo::cli {
+namespace {
+
+class ToolLimits : public ToolTest {
+protected:
+    std::string picture() const { return ppm("in.ppm", 10, 10, std::vector<std::uint32_t>(100, 0x102030)); }
+    // Its error, behind "tarvo: ".
+    std::string error_of(std::vector<std::string> arguments, int status) const {
+        const Ending run = tool(std::move(arguments));
+        EXPECT_EQ(run.status, status) << run.err;
+        EXPECT_EQ(run.err.rfind("tarvo: ", 0), 0u) << run.err;
+        return run.err.substr(7);
+    }
+    const std::string kTwice = "TRV_Stretch(20, 10, 0)";
+};
+
+TEST_F(ToolLimits, OfPixelsHoldForFiles) {
+    EXPECT_EQ(error_of({"convert", "--max-pixels", "99", picture(), "-o", file("out.ppm")}, 3),
+              picture() + ": the size is 10 x 10 pixels, together 100, the limit is 99 (--max-pixels)\n");
+    EXPECT_EQ(tool({"convert", "--max-pixels", "100", picture(), "-o", file("out.ppm")}).status, 0);
+    EXPECT_EQ(error_of({"convert", text_file("wide.ppm", "P6 32768 1 255 "), "-o", file("out.ppm")}, 3),
+              file("wide.ppm") + ": the size is 32768 x 1 pixels, a side may have 32767\n");
+    EXPECT_EQ(error_of({"convert", text_file("large.ppm", "P6 32767 32767 255 "), "-o", file("out.ppm")}, 3),
+              file("large.ppm") +
+                  ": the size is 32767 x 32767 pixels, together 1073676289, the limit is 268435456 (--max-pixels)\n");
+}
+
+TEST_F(ToolLimits, OfMemoryHoldForFiles) {
+    EXPECT_EQ(error_of({"convert", "--max-memory", "399", picture(), "-o", file("out.ppm")}, 3),
+              picture() +
+                  ": a picture of 10 x 10 pixels, 32 bits: 400 bytes, 0 are taken already, the limit is 399 "
+                  "(--max-memory)\n");
+    EXPECT_EQ(tool({"convert", "--max-memory", "400", picture(), "-o", file("out.ppm")}).status, 0);
+    EXPECT_EQ(tool({"convert", "--max-memory", "1k", picture(), "-o", file("out.ppm")}).status, 0);
+    EXPECT_EQ(tool({"convert", "--max-memory", "much", picture(), "-o", file("out.ppm")}).status, 2);
+}
+
+TEST_F(ToolLimits, HoldForResults) {
+    EXPECT_EQ(tool({"apply", picture(), kTwice}).status, 0);
+    EXPECT_EQ(error_of({"apply", "--max-pixels", "199", picture(), kTwice}, 1),
+              "TRV_Stretch gave no result; the host made no room for it: a picture of 20 x 10 pixels, 32 bits: "
+              "the limit is 199 pixels (--max-pixels)\n");
+    EXPECT_EQ(error_of({"apply", "--max-memory", "1199", picture(), kTwice}, 1),
+              "TRV_Stretch gave no result; the host made no room for it: a picture of 20 x 10 pixels, 32 bits: "
+              "800 bytes, 400 are taken already, the limit is 1199 (--max-memory)\n");
+    EXPECT_EQ(error_of({"apply", picture(), "TRV_Stretch(40000, 10, 0)"}, 1),
+              "TRV_Stretch gave no result; the host made no room for it: a picture of 40000 x 10 pixels: a side "
+              "may have 1 to 32767\n");
+}
+
+TEST_F(ToolLimits, HoldForStringsOfResults) {
+    EXPECT_EQ(error_of({"convert", "--max-memory", "600", picture(), "-o", file("out.trv")}, 3),
+              file("out.trv") +
+                  ": a string of 311 bytes: 311 bytes, 400 are taken already, the limit is 600 (--max-memory)\n");
+    EXPECT_FALSE(exists("out.trv"));
+}
+
+// What one operation no longer holds is there for the next.
+TEST_F(ToolLimits, CountWhatIsHeldAtOneTime) {
+    const std::string nothing = "TRV_AdjustContrast(nil, &c000000, 1, 1, 1, 0)";
+    EXPECT_EQ(tool({"apply", "--max-memory", "800", picture(), nothing, nothing, nothing}).status, 0);
+    EXPECT_EQ(tool({"apply", "--max-memory", "799", picture(), nothing}).status, 1);
+}
+
+}  // namespace
+}  // namespace tarvo::cli
