@@ -33,6 +33,21 @@ if(TARVO_SANITIZE)
   target_compile_definitions(tarvo_options INTERFACE TARVO_PLAIN_ROWS)
 endif()
 
+# What makes mistakes harder to use: guarded stacks, checked copies, tables that cannot be written once a program runs,
+# and returns and jumps that land where they should. Sanitizers watch more closely, and in their own way.
+add_library(tarvo_hardening INTERFACE)
+if(NOT TARVO_SANITIZE)
+  target_compile_options(tarvo_hardening INTERFACE -fstack-protector-strong -fstack-clash-protection)
+  target_compile_options(tarvo_hardening INTERFACE $<$<CONFIG:Release>:-U_FORTIFY_SOURCE> $<$<CONFIG:Release>:-D_FORTIFY_SOURCE=2>)
+  target_link_options(tarvo_hardening INTERFACE LINKER:-z,relro,-z,now,-z,noexecstack)
+  if(CMAKE_SYSTEM_PROCESSOR STREQUAL "x86_64")
+    target_compile_options(tarvo_hardening INTERFACE -fcf-protection=full)
+    target_link_options(tarvo_hardening INTERFACE LINKER:-z,shstk)
+  endif()
+endif()
+target_link_libraries(tarvo_options INTERFACE tarvo_hardening)
+set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)  # the tool and its libraries find each other wherever they are moved together
+
 # tarvo_test(NAME SOURCES... USES targets...): a GoogleTest program; each of its tests is a CTest test.
 function(tarvo_test name)
   cmake_parse_arguments(arg "" "" "SOURCES;USES" ${ARGN})
