@@ -38,6 +38,7 @@ void capture(const CaptureOptions& options) {
     const host::Value captured = session.caller().call_on(session.host().new_screen(), kCapture, whole_screen);
     session.show_complaints(kCapture);
     const auto* picture = std::get_if<host::ObjectRef>(&captured);
+    if (const auto& refusal = session.host().refusal(); !picture && refusal) throw host::Refusal(*refusal);
     if (!picture) throw CommandError(ExitStatus::operation_failed, "the display does not give its pixels");
     notes(write_picture(session, *picture, options.output));
 }

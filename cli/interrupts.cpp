@@ -32,25 +32,29 @@ sigset_t endings() {
     return set;
 }
 
-void hold_back(int how) {
-    const sigset_t set = endings();
-    ::sigprocmask(how, &set, nullptr);
-}
-
 class Watch final : public host::PartFileWatch {
 public:
-    void making() noexcept override { hold_back(SIG_BLOCK); }
+    void making() noexcept override { hold_back(&before_); }
     void made(int folder, const char* name) noexcept override {
         part_file.folder = folder;
         std::snprintf(part_file.name, sizeof part_file.name, "%s", name);
         part_file.exists = true;
-        hold_back(SIG_UNBLOCK);
+        let_through();
     }
     void gone() noexcept override {
-        hold_back(SIG_BLOCK);
+        hold_back(nullptr);
         part_file.exists = false;
-        hold_back(SIG_UNBLOCK);
+        let_through();
     }
+
+private:
+    static void hold_back(sigset_t* before) {
+        const sigset_t set = endings();
+        ::sigprocmask(SIG_BLOCK, &set, before);
+    }
+    void let_through() { ::sigprocmask(SIG_SETMASK, &before_, nullptr); }
+
+    sigset_t before_{};
 };
 
 }  // namespace

@@ -75,7 +75,7 @@ host::ObjectRef read_string(PluginSession& session, const std::string& path) {
     session.host().clear_refusal();
     const host::ObjectRef picture = ask(session, string_in(session, path), "TRV_ConvertToPicture");
     if (picture) return picture;
-    if (const auto& refusal = session.host().refusal()) throw host::HostError(*refusal);
+    if (const auto& refusal = session.host().refusal()) throw host::Refusal(*refusal);
     throw no_string();
 }
 
@@ -91,7 +91,7 @@ bool can_be_read_again(PluginSession& session, const host::Picture& picture) {
 std::vector<std::string> write_string(PluginSession& session, const host::ObjectRef& picture, const std::string& path) {
     session.host().clear_refusal();
     const host::ObjectRef string = ask(session, picture, "TRV_ConvertToString");
-    if (const auto& refusal = session.host().refusal(); !string && refusal) throw host::HostError(*refusal);
+    if (const auto& refusal = session.host().refusal(); !string && refusal) throw host::Refusal(*refusal);
     if (!string) throw CommandError(ExitStatus::operation_failed, "TRV_ConvertToString gave no string");
     host::FileWriter file(path, &part_file_watch());
     file.write(bytes_of(dynamic_cast<const host::StringObject&>(*string.get()).bytes()));

@@ -10,7 +10,7 @@ namespace tarvo::host {
 
 // Makes a graphics world of what a decoder gives, of 32 bits. With `keep_depth` an indexed image keeps its indices: one
 // bit of black and white gives a 1-bit picture, any other an 8-bit one with the image's colours. Alpha becomes a 32-bit
-// mask of greys, 0 where the image is opaque. Throws HostError.
+// mask of greys, 0 where the image is opaque. Throws Refusal.
 class PictureBuilder final : public PixelTarget {
 public:
     PictureBuilder(Host& host, bool keep_depth) : host_(host), keep_depth_(keep_depth) {}

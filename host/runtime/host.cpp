@@ -58,23 +58,22 @@ void Host::check_memory(std::uint64_t bytes, const std::string& what) const {
         if (taken + BulkMemory::idle() > most - bytes) BulkMemory::release_idle();
         return;
     }
-    throw HostError(what + ": " + std::to_string(bytes) + " bytes, " + std::to_string(taken) +
-                        " are taken already, the limit is " + std::to_string(most),
-                    Limit::memory);
+    throw Refusal(what + ": " + std::to_string(bytes) + " bytes, " + std::to_string(taken) +
+                      " are taken already, the limit is " + std::to_string(most),
+                  Limit::memory);
 }
 
 ObjectRef Host::new_picture(const PictureOptions& options, Picture::Paper paper) {
     const std::string what = "a picture of " + std::to_string(options.width) + " x " + std::to_string(options.height) +
                              " pixels, " + std::to_string(options.depth) + " bits";
-    if (!Picture::is_possible(options)) throw HostError("cannot make " + what);
+    if (!Picture::is_possible(options)) throw Refusal("cannot make " + what);
     const std::uint64_t pixels =
         std::uint64_t{static_cast<unsigned>(options.width)} * static_cast<unsigned>(options.height);
     if (pixels > options_.limits.max_pixels)
-        throw HostError(what + ": the limit is " + std::to_string(options_.limits.max_pixels) + " pixels",
-                        Limit::pixels);
+        throw Refusal(what + ": the limit is " + std::to_string(options_.limits.max_pixels) + " pixels", Limit::pixels);
     check_memory(Picture::bytes_of(options), what);
     auto picture = Picture::make(options, paper);
-    if (!picture) throw HostError("not enough memory for " + what, Limit::memory);
+    if (!picture) throw Refusal("not enough memory for " + what, Limit::memory);
     return objects_.add(std::move(picture));
 }
 
@@ -85,7 +84,7 @@ ObjectRef Host::new_string(std::string_view bytes) {
 
 ObjectRef Host::new_string(std::size_t length, const std::function<void(std::span<std::uint8_t>)>& fill) {
     const std::string what = "a string of " + std::to_string(length) + " bytes";
-    if (length > kLongestString) throw HostError(what + " is too long");
+    if (length > kLongestString) throw Refusal(what + " is too long");
     check_memory(length, what);
     auto string = std::make_unique<StringObject>(length);
     fill(string->room());

@@ -32,6 +32,12 @@ public:
     using LimitedError::LimitedError;
 };
 
+// What no host makes, or not within its limits, or not with the memory that there is.
+class Refusal : public HostError {
+public:
+    using HostError::HostError;
+};
+
 class PluginLibrary;
 
 // What the host holds now.
@@ -122,9 +128,9 @@ public:
     // The longest string: its record has 31 bits for the length.
     static constexpr std::size_t kLongestString = std::numeric_limits<std::int32_t>::max();
 
-    // Throws HostError when such a picture cannot be made.
+    // Throws Refusal when such a picture cannot be made.
     ObjectRef new_picture(const PictureOptions& options, Picture::Paper paper = Picture::Paper::white);
-    // Throws HostError for more bytes than kLongestString.
+    // Throws Refusal, also for more bytes than kLongestString.
     ObjectRef new_string(std::string_view bytes);
     // As `new_string`, of bytes that `fill` writes where the string has them.
     ObjectRef new_string(std::size_t length, const std::function<void(std::span<std::uint8_t>)>& fill);
@@ -136,12 +142,12 @@ public:
     ObjectRef new_instance(std::string_view class_name);
     ObjectRef new_instance(const RegisteredClass& cls);
 
-    // Throws HostError when the limits leave no room for so many bytes more, which `what` takes ("a string").
+    // Throws Refusal when the limits leave no room for so many bytes more, which `what` takes ("a string").
     void check_memory(std::uint64_t bytes, const std::string& what) const;
     // The first thing since the last call of `clear_refusal` that plugins wanted and the host could not make.
-    const std::optional<HostError>& refusal() const { return refusal_; }
+    const std::optional<Refusal>& refusal() const { return refusal_; }
     void clear_refusal() { refusal_.reset(); }
-    void refuse(const HostError& error) {
+    void refuse(const Refusal& error) {
         if (!refusal_) refusal_ = error;
     }
 
@@ -177,7 +183,7 @@ private:
     Registry registry_;
     std::vector<std::string> message_boxes_;
     std::vector<std::string> complaints_;
-    std::optional<HostError> refusal_;
+    std::optional<Refusal> refusal_;
     int yields_ = 0;
     std::vector<std::unique_ptr<PluginLibrary>> plugins_;
 };

@@ -96,10 +96,10 @@ struct Gate<name, body> {
         if (!host || host->faults.next_call_fails(index)) return Result();
         try {
             return body(Call{*host, name.text}, arguments...);
-        } catch (const HostError& error) {
+        } catch (const Refusal& error) {
             host->refuse(error);
         } catch (const std::bad_alloc&) {
-            host->refuse(HostError("not enough memory", Limit::memory));
+            host->refuse(Refusal("not enough memory", Limit::memory));
         }
         return Result();
     }
@@ -113,8 +113,8 @@ Service service() {
 void check_sides(long width, long height) {
     const auto is_side = [](long length) { return length >= 1 && length <= kLongestSide; };
     if (is_side(width) && is_side(height)) return;
-    throw HostError("a picture of " + std::to_string(width) + " x " + std::to_string(height) +
-                    " pixels: a side may have 1 to " + std::to_string(kLongestSide));
+    throw Refusal("a picture of " + std::to_string(width) + " x " + std::to_string(height) +
+                  " pixels: a side may have 1 to " + std::to_string(kLongestSide));
 }
 
 bool is_picture_depth(long depth) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "../host/watched_memory.h"
 #include "tool.h"
 
 namespace tarvo::cli {
@@ -66,6 +67,48 @@ TEST_F(ToolLimits, CountWhatIsHeldAtOneTime) {
     const std::string nothing = "TRV_AdjustContrast(nil, &c000000, 1, 1, 1, 0)";
     EXPECT_EQ(tool({"apply", "--max-memory", "800", picture(), nothing, nothing, nothing}).status, 0);
     EXPECT_EQ(tool({"apply", "--max-memory", "799", picture(), nothing}).status, 1);
+}
+
+// Files and images are never held whole, only pictures.
+TEST_F(ToolLimits, ConversionsTakeAPictureAndLittleElse) {
+#ifdef WATCHED_MEMORY
+    GTEST_SKIP() << "AddressSanitizer keeps what is free";
+#endif
+    ASSERT_EQ(shell("(printf 'P6 4000 4000 255 '; head -c 48000000 /dev/zero) >large.ppm").status, 0);
+    const std::size_t empty = tool({"convert", picture(), "-o", file("out.ppm")}).peak;
+    constexpr std::size_t kPicture = 4000 * 4000 * 4, kSlack = std::size_t{32} << 20;
+    const auto taken = [&](std::vector<std::string> arguments) {
+        const Ending run = tool(std::move(arguments));
+        EXPECT_EQ(run.status, 0) << run.err;
+        return run.peak - empty;
+    };
+    const std::string nothing = "TRV_AdjustContrast(nil, &c000000, 1, 1, 1, 0)";
+    EXPECT_LT(taken({"convert", file("large.ppm"), "-o", file("out.png")}), kPicture * 12 / 10 + kSlack);
+    EXPECT_LT(taken({"convert", file("out.png"), "-o", file("out.jpg")}), kPicture * 12 / 10 + kSlack);
+    EXPECT_LT(taken({"convert", file("out.jpg"), "-o", file("out.ppm")}), kPicture * 12 / 10 + kSlack);
+    EXPECT_LT(taken({"apply", file("large.ppm"), nothing, nothing, "-o", file("out.ppm")}),
+              2 * kPicture * 12 / 10 + kSlack);
+}
+
+// A file's claim costs nothing before its pixels come.
+TEST_F(ToolLimits, ClaimsCostNothing) {
+#ifdef WATCHED_MEMORY
+    GTEST_SKIP() << "AddressSanitizer keeps what is free";
+#endif
+    const std::size_t empty = tool({"convert", picture(), "-o", file("out.ppm")}).peak;
+    constexpr std::size_t kSlack = std::size_t{8} << 20;
+    // From a pipe, where nobody can count what will come.
+    const Ending cut = shell("printf 'P6 16000 16000 255 abc' | tarvo convert /dev/stdin -o out.ppm");
+    EXPECT_EQ(cut.status, 3);
+    EXPECT_EQ(cut.err, "tarvo: /dev/stdin: cut short\n");
+    EXPECT_LT(cut.peak, empty + kSlack);
+    const Ending endless = tool({"convert", "/dev/zero", "-o", file("out.ppm")});
+    EXPECT_EQ(endless.err, "tarvo: /dev/zero: not a picture of a known format\n");
+    EXPECT_LT(endless.peak, empty + kSlack);
+    std::filesystem::resize_file(text_file("sparse.trv", ""), (std::uintmax_t{1} << 31) - 1);
+    const Ending sparse = tool({"convert", file("sparse.trv"), "-o", file("out.ppm")});
+    EXPECT_EQ(sparse.status, 3);
+    EXPECT_LT(sparse.peak, empty + kSlack);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <spawn.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -45,9 +46,10 @@ pid_t ToolTest::start(std::vector<std::string> words) const {
 
 Ending ToolTest::wait(pid_t process) const {
     int status = 0;
-    ::waitpid(process, &status, 0);
+    struct rusage used {};
+    ::wait4(process, &status, 0, &used);
     Ending ending{WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status), bytes_of(file(kOut)),
-                  bytes_of(file(kErr))};
+                  bytes_of(file(kErr)), static_cast<std::size_t>(used.ru_maxrss) * 1024};
     fs::remove(file(kOut));
     fs::remove(file(kErr));
     return ending;

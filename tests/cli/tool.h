@@ -16,6 +16,7 @@ namespace tarvo::cli {
 struct Ending {
     int status;  // negative: ended by that signal
     std::string out, err;
+    std::size_t peak;  // the most memory it has had, bytes
 };
 
 // Tests that run the built tool, in a folder of their own.

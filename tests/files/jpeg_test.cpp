@@ -114,6 +114,37 @@ TEST_F(JpegTest, ExifThatMeansNothingIsIgnored) {
     for (const FileBytes& exif : kinds) EXPECT_EQ(picture_in(decode(jpeg_file(four_fields(exif)))).width(), 32);
 }
 
+// The file with a segment of that marker and contents behind its first two bytes.
+FileBytes with_segment(const FileBytes& file, std::uint8_t marker, const FileBytes& contents) {
+    const std::size_t length = contents.size() + 2;
+    const FileBytes head = {
+        0xFF, 0xD8, 0xFF, marker, static_cast<std::uint8_t>(length >> 8), static_cast<std::uint8_t>(length)};
+    return head + contents + FileBytes(file.begin() + 2, file.end());
+}
+
+TEST_F(JpegTest, FirstExifBlockCounts) {
+    const FileBytes file = jpeg_file(four_fields(exif_of_orientation(3)));
+    EXPECT_COLOR(colors_of(decode(with_segment(file, 0xE1, bytes_of("http://ns and more"))))[0], kWhite);
+    EXPECT_COLOR(colors_of(decode(with_segment(file, 0xE1, bytes_of("Exi"))))[0], kWhite);
+    EXPECT_COLOR(colors_of(decode(with_segment(file, 0xE1, {})))[0], kWhite);
+    const FileBytes mark = bytes_of(std::string_view("Exif\0\0", 6));
+    EXPECT_COLOR(colors_of(decode(with_segment(file, 0xE1, mark + exif_of_orientation(2))))[0], kGreen);
+    const FileBytes longest = mark + exif_of_orientation(2) + FileBytes(65533 - 6 - exif_of_orientation(2).size());
+    EXPECT_COLOR(colors_of(decode(with_segment(file, 0xE1, longest)))[0], kGreen);
+}
+
+// More of them than one block of a file that is read.
+TEST_F(JpegTest, SegmentsThatMeanNothingAreSkipped) {
+    const Folder folder;
+    FileBytes file = jpeg_file(four_fields(exif_of_orientation(3)));
+    for (int i = 0; i < 9; ++i) file = with_segment(file, i % 2 == 0 ? 0xFE : 0xE1, FileBytes(65533, 0xFF));
+    write_bytes(folder.file("a.jpg"), file);
+    EXPECT_COLOR(colors_of(read_picture_file(host, folder.file("a.jpg")))[0], kWhite);
+    file.resize(300000);
+    write_bytes(folder.file("a.jpg"), file);
+    EXPECT_EQ(file_error([&] { read_picture_file(host, folder.file("a.jpg")); }), folder.file("a.jpg") + ": cut short");
+}
+
 TEST_F(JpegTest, SizesAreBounded) {
     FileBytes file = jpeg_file({8, 8, JpegColors::grey, FileBytes(64)});
     const FileBytes frame_mark = {0xFF, 0xC0};
