@@ -1,0 +1,63 @@
+#include "picture_round_trip.h"
+
+#include <string_view>
+
+#include "fuzz_check.h"
+#include "picture_file.h"
+#include "pixels.h"
+
+namespace tarvo::fuzz {
+
+using namespace tarvo::host;
+
+namespace {
+
+// Few enough for thousands of pictures a second.
+constexpr std::uint64_t kMostPixels = 1 << 14;
+
+const Picture& picture_in(const ObjectRef& reference) { return dynamic_cast<const Picture&>(*reference.get()); }
+
+std::uint32_t color_at(const Picture& picture, int x, int y) {
+    return color_of(load_pixel(picture.row(y), x, picture.depth()), picture.depth(), picture.colors());
+}
+
+bool same_colors(const Picture& a, const Picture& b) {
+    for (int y = 0; y < a.height(); ++y)
+        for (int x = 0; x < a.width(); ++x)
+            if (color_at(a, x, y) != color_at(b, x, y)) return false;
+    return true;
+}
+
+void check_format(Host& host, const Picture& shown, const char* name, bool keeps_all) {
+    const ObjectRef again = decode_picture(host, encode_picture(shown, name), {.max_pixels = kMostPixels});
+    const Picture& copy = picture_in(again);
+    FUZZ_CHECK(copy.width() == shown.width() && copy.height() == shown.height());
+    if (!keeps_all) return;
+    FUZZ_CHECK(same_colors(shown, copy));
+    if (shown.mask()) {
+        FUZZ_CHECK(copy.mask() && same_colors(picture_in(shown.mask()), picture_in(copy.mask())));
+    } else {
+        FUZZ_CHECK(!copy.mask());
+    }
+}
+
+}  // namespace
+
+void check_picture_file(std::span<const std::uint8_t> file) {
+    static Host host;
+    const Accounts before = host.accounts();
+    for (const bool keep_depth : {false, true}) {
+        try {
+            const ObjectRef picture = decode_picture(host, file, {.keep_depth = keep_depth, .max_pixels = kMostPixels});
+            const Picture& shown = picture_in(picture);
+            for (const char* name : {"a.png", "a.pam"}) check_format(host, shown, name, true);
+            check_format(host, shown, "a.ppm", !shown.mask());
+            for (const char* name : {"a.pgm", "a.pbm", "a.jpg"}) check_format(host, shown, name, false);
+        } catch (const FileError& error) {
+            FUZZ_CHECK(std::string_view(error.what()).find('\n') == std::string_view::npos);
+        }
+    }
+    FUZZ_CHECK(host.accounts() == before);
+}
+
+}  // namespace tarvo::fuzz
