@@ -110,6 +110,7 @@ struct PictureOptions {
     bool without_color_table = false;   // a picture such as no good host makes
     int row_padding = 0;                // bytes added to each row
     int dots_per_inch = 72;
+    bool any_sides = false;  // for tests: sides may be 0 or less, as of a picture whose bounds a program has spoilt
 };
 
 // A picture. A new one is white. Pixels are stored big-endian, as plugins expect them.

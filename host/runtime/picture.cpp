@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <limits>
 #include <new>
+#include <optional>
 
 #include "bulk_memory.h"
 #include "object.h"
@@ -15,8 +16,10 @@ constexpr std::int64_t kMaxBytes = std::numeric_limits<std::int32_t>::max();
 bool has_pixels(Backing backing) { return backing != Backing::drawing_commands && backing != Backing::refused; }
 
 std::int64_t packed_bytes(const PictureOptions& options) {
-    return (static_cast<std::int64_t>(options.width) * options.depth + 7) / 8;
+    return (static_cast<std::int64_t>(std::max(options.width, 0)) * options.depth + 7) / 8;
 }
+
+std::size_t rows_of(const PictureOptions& options) { return static_cast<std::size_t>(std::max(options.height, 0)); }
 
 // Returns the greys of a depth. At 1 bit a set bit is black; at other depths they go from black to white.
 std::vector<RGBColor> grey_colors(int depth) {
@@ -90,7 +93,7 @@ struct Picture::Store {
     CGContextRef context = nullptr;
     std::vector<std::unique_ptr<std::uint8_t[]>> rows;
     std::vector<std::uint8_t*> row_table;
-    REALpixelBuffer buffer{};
+    std::optional<REALpixelBuffer> buffer;
 
     Store(const Store&) = delete;
     Store& operator=(const Store&) = delete;
@@ -110,20 +113,20 @@ struct Picture::Store {
 
     std::uint8_t* row(int y) const {
         const auto index = static_cast<std::size_t>(y);
-        if (!row_table.empty()) return row_table[index];
+        if (buffer) return index < row_table.size() ? row_table[index] : nullptr;
         return pixels.data() ? pixels.data() + index * row_bytes : nullptr;
     }
 
     void* handed_out() {
         if (world) return world;
         if (context) return context;
-        return row_table.empty() ? nullptr : &buffer;
+        return buffer ? &*buffer : nullptr;
     }
 
 private:
     // The bottom row comes first in memory, so that no row follows the one above it.
     void make_rows(const PictureOptions& options) {
-        const auto height = static_cast<std::size_t>(options.height);
+        const std::size_t height = rows_of(options);
         row_bytes = static_cast<std::size_t>(packed_bytes(options));
         rows.resize(height);
         row_table.resize(height);
@@ -136,22 +139,38 @@ private:
 
     void make_block(const PictureOptions& options) {
         row_bytes = static_cast<std::size_t>(packed_bytes(options) + options.row_padding);
-        pixels = BulkMemory(row_bytes * static_cast<std::size_t>(options.height));
+        pixels = BulkMemory(row_bytes * rows_of(options));
         const PixelLayout layout{
             pixels.data(),        options.width, options.height, options.depth, static_cast<std::int32_t>(row_bytes),
             options.dots_per_inch};
         if (options.backing == Backing::graphics_world) {
-            const RGBColor* colors = options.colors.empty() ? nullptr : options.colors.data();
-            world = PlatformNewGWorld(&layout, colors, static_cast<std::int32_t>(options.colors.size()));
+            make_world(layout, options.colors);
         } else {
             context = PlatformNewBitmapContext(&layout);
         }
         if (!world && !context) throw std::bad_alloc();
     }
+
+    // No platform makes a world without pixels: one that has some is told its bounds afterwards.
+    void make_world(PixelLayout layout, const std::vector<RGBColor>& colors) {
+        const Rect bounds = {0, 0, static_cast<std::int16_t>(layout.height), static_cast<std::int16_t>(layout.width)};
+        const std::int32_t told_row_bytes = layout.rowBytes;
+        layout.width = std::max(layout.width, 1);
+        layout.height = std::max(layout.height, 1);
+        layout.rowBytes = std::max(layout.rowBytes, (layout.width * layout.depth + 7) / 8);
+        world = PlatformNewGWorld(&layout, colors.empty() ? nullptr : colors.data(),
+                                  static_cast<std::int32_t>(colors.size()));
+        if (!world) return;
+        PixMap& map = **GetGWorldPixMap(world);
+        map.bounds = bounds;
+        map.rowBytes = told_row_bytes;
+    }
 };
 
 bool Picture::is_possible(const PictureOptions& options) {
-    const auto side_fits = [](int side) { return side >= 1 && side <= kLongestSide; };
+    const auto side_fits = [&](int side) {
+        return side >= (options.any_sides ? -kLongestSide : 1) && side <= kLongestSide;
+    };
     if (!side_fits(options.width) || !side_fits(options.height)) return false;
     if (options.depth < 1 || options.depth > 32) return false;
     if (options.backing == Backing::pixel_buffer && (options.depth != 32 || options.row_padding != 0)) return false;
@@ -161,7 +180,8 @@ bool Picture::is_possible(const PictureOptions& options) {
 
 std::uint64_t Picture::bytes_of(const PictureOptions& options) {
     if (!has_pixels(options.backing)) return 0;
-    return static_cast<std::uint64_t>((packed_bytes(options) + options.row_padding) * options.height);
+    const auto row_bytes = static_cast<std::uint64_t>(packed_bytes(options) + options.row_padding);
+    return row_bytes * rows_of(options);
 }
 
 std::unique_ptr<Picture> Picture::make(const PictureOptions& options, Paper paper) {

@@ -12,9 +12,6 @@ using host::Callable;
 using host::Parameter;
 using host::TypeKind;
 
-// The pictures of one call are of one size, so that they fit each other; the last column and row are beside the rest.
-constexpr int kWidth = 7, kHeight = 6;
-
 template <class T>
 struct Named {
     std::string_view name;
@@ -23,13 +20,20 @@ struct Named {
 
 // For parameters that have bounds or want something special. Others take what is said below.
 constexpr Named<int> kIntegers[] = {
-    {"width", 9},      {"height", 8},
-    {"yield", kWidth}, {"left", 1},
-    {"top", 1},        {"h", 1},
-    {"v", 1},          {"i", 1},
-    {"j", 2},          {"rotation", 1},
-    {"ant_size", 2},   {"ant_state", 1},
-    {"pixelation", 2}, {"bits_per_channel", 4},
+    {"width", 9},
+    {"height", 8},
+    {"yield", kUsualSize.width},
+    {"left", 1},
+    {"top", 1},
+    {"h", 1},
+    {"v", 1},
+    {"i", 1},
+    {"j", 2},
+    {"rotation", 1},
+    {"ant_size", 2},
+    {"ant_state", 1},
+    {"pixelation", 2},
+    {"bits_per_channel", 4},
     {"error_code", 4},
 };
 constexpr int kAnyInteger = 10;
@@ -70,17 +74,27 @@ const std::vector<Variant>& picture_variants() {
         {.name = "drawing commands", .shape = {.depth = 32, .backing = Backing::drawing_commands}},
         {.name = "drawing commands, 8-bit mask",
          .shape = {.depth = 32, .backing = Backing::drawing_commands, .mask_depth = 8}},
+        {.name = "0 x 6", .size = {0, 6}},
+        {.name = "pixel buffer, 7 x 0, mask",
+         .shape = {.depth = 32, .backing = Backing::pixel_buffer, .mask_depth = 32},
+         .size = {7, 0}},
+        {.name = "16 bits, bounds from right to left, mask", .shape = {.depth = 16, .mask_depth = 8}, .size = {-7, 6}},
+        {.name = "drawing commands, 0 x 6",
+         .shape = {.depth = 32, .backing = Backing::drawing_commands},
+         .size = {0, 6}},
     };
     return variants;
 }
 
 std::vector<Variant> client_variants() {
     std::vector<Variant> variants = picture_variants();
-    variants.push_back(
-        {.name = "own memory, 32 bits, mask", .shape = {.depth = 32, .mask_depth = 8}, .own_memory = true});
-    variants.push_back({.name = "own memory, 24 bits", .shape = {.depth = 24}, .own_memory = true});
-    variants.push_back(
-        {.name = "own memory, 16 bits, mask", .shape = {.depth = 16, .mask_depth = 8}, .own_memory = true});
+    const auto add = [&](const char* name, int depth, bool masked, ClientStore store) {
+        variants.push_back({.name = name, .shape = {.depth = depth, .mask_depth = masked ? 8 : 0}, .store = store});
+    };
+    add("own memory, 32 bits, mask", 32, true, ClientStore::own_memory);
+    add("own memory, 24 bits", 24, false, ClientStore::own_memory);
+    add("own memory, 16 bits, mask", 16, true, ClientStore::own_memory);
+    variants.push_back({.name = "nothing", .size = {}, .store = ClientStore::nothing});
     return variants;
 }
 
@@ -103,18 +117,26 @@ struct Maker {
     ObjectRef picture() const {
         Shape without_mask = variant.shape;
         without_mask.mask_depth = 0;
-        const ObjectRef made = random_picture(session, random, without_mask, kWidth, kHeight);
+        const auto [width, height] = variant.size;
+        const ObjectRef made = random_picture(session, random, without_mask, width, height);
         if (!variant.shape.mask_depth) return made;
-        const ObjectRef mask = session.host.new_picture(
-            {.width = kWidth, .height = kHeight, .depth = variant.shape.mask_depth, .backing = variant.mask_backing});
+        const ObjectRef mask = session.host.new_picture({.width = width,
+                                                         .height = height,
+                                                         .depth = variant.shape.mask_depth,
+                                                         .backing = variant.mask_backing,
+                                                         .any_sides = true});
         scribble(pixels(mask), random);
         pixels(made).set_mask(mask);
         return made;
     }
 
     ObjectRef client() const {
-        if (!variant.own_memory) return client_of_picture(session, picture());
-        return client_in_own_memory(session, random, kWidth, kHeight, variant.shape.depth,
+        switch (variant.store) {
+            case ClientStore::picture: return client_of_picture(session, picture());
+            case ClientStore::own_memory: break;
+            case ClientStore::nothing: return session.host.new_instance("TRV_ClientPicture");
+        }
+        return client_in_own_memory(session, random, variant.size.width, variant.size.height, variant.shape.depth,
                                     variant.shape.mask_depth != 0);
     }
 
@@ -127,10 +149,11 @@ struct Maker {
         const std::string& type = parameter.type.name;
         if (parameter.type.array) return session.host.new_integer_array({1, 2, 1});
         if (parameter.type.kind == TypeKind::string) return string();
-        if (type == "picture" && parameter.name == "mask") return random_mask(session, random, 8, kWidth, kHeight);
+        if (type == "picture" && parameter.name == "mask")
+            return random_mask(session, random, 8, variant.size.width, variant.size.height);
         if (type == "picture") return picture();
         if (type == "TRV_ClientPicture") return client();
-        if (type == "TRV_Rectangle") return session.rectangle(1, 1, kWidth - 2, kHeight - 2);
+        if (type == "TRV_Rectangle") return session.rectangle(1, 1, kUsualSize.width - 2, kUsualSize.height - 2);
         if (type == "screen") return session.host.new_screen();
         if (const ObjectRef instance = session.host.new_instance(type)) return instance;
         throw std::runtime_error("no argument is known for a " + type);

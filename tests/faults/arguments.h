@@ -9,12 +9,20 @@
 
 namespace tarvo::test {
 
+// Of pictures: the last column and row are beside the rectangle that is selected.
+inline constexpr Size kUsualSize = {7, 6};
+
+// What client pictures hold: such a picture, memory of their own, with the shape's depth and mask, or nothing as new
+// ones do.
+enum class ClientStore { picture, own_memory, nothing };
+
 // How the picture and client-picture arguments of a call are made.
 struct Variant {
     std::string name;
     Shape shape = {};  // of pictures, also of those behind client pictures
     host::Backing mask_backing = host::Backing::graphics_world;
-    bool own_memory = false;  // of client pictures: instead of a picture, with the shape's depth and mask
+    Size size = kUsualSize;  // of all pictures, so that they fit each other
+    ClientStore store = ClientStore::picture;
     bool as_picture = false;
 };
 

@@ -15,33 +15,46 @@ constexpr int kSame = Rehearsal::kSameCode;
 void nothing_can_fail(Rehearsal&) {}
 void shows_text(Rehearsal& op) { op.call("REALBuildString"); }
 
-void measures(Rehearsal& op) {
+void looks(Rehearsal& op) {
     op.clears_error();
     op.lock(0, 4);
 }
 
+void looks_at_a_region(Rehearsal& op) {
+    looks(op);
+    op.select(0, 38);
+}
+
 void changes_a_copy(Rehearsal& op) {
-    measures(op);
+    looks(op);
     op.make_result(6);
 }
 
-void changes_a_copy_with_its_mask(Rehearsal& op) {
-    measures(op);
+void changes_a_region(Rehearsal& op) {
+    looks_at_a_region(op);
+    op.make_result(6);
+}
+
+void changes_a_region_and_keeps_the_mask(Rehearsal& op) {
+    looks_at_a_region(op);
     const bool with_mask = op.client_form() && op.has_mask(0);
     op.make_result(6, with_mask);
     if (op.has_mask(0)) op.copy_mask(9);
 }
 
 void changes_by_mask(Rehearsal& op) {
-    measures(op);
+    looks(op);
     op.lock(1, 9);
     op.make_result(6);
 }
 
+// Where the arguments say what a result's size is.
+constexpr Size kAskedSize = {9, 8};
+
 void shears_with_frame(Rehearsal& op) {
     op.clears_error();
     op.lock(0, kSame);
-    op.make_result(kSame);
+    op.make_result_of(kAskedSize, op.result_depth(), kSame);
 }
 
 // Both are bound before one is locked.
@@ -53,12 +66,12 @@ void locks_with_mask(Rehearsal& op, int code) {
 void shears(Rehearsal& op) {
     op.clears_error();
     locks_with_mask(op, kSame);
-    op.make_result(kSame);
+    op.make_result_of(kAskedSize, op.result_depth(), kSame);
     op.can_lock_result_mask();
 }
 
 void flips_and_turns(Rehearsal& op) {
-    measures(op);
+    looks(op);
     const bool masked = op.has_mask(0);
     if (masked) op.lock_mask(0, 9);
     op.make_result(6);
@@ -75,7 +88,8 @@ void rotates_by_shears(Rehearsal& op) {
     op.clears_error();
     locks_with_mask(op, kSame);
     for (int stage = 0; stage < 3; ++stage) {
-        const bool image = op.can_make_temporary(), mask = op.can_make_temporary(op.mask_depth(0));
+        const bool image = op.can_make_temporary(op.size(0)),
+                   mask = op.can_make_temporary(op.size(0), op.mask_depth(0));
         if (!image || !mask) op.stop(kSame);
     }
     op.make_result(kSame);
@@ -85,31 +99,31 @@ void rotates_by_shears(Rehearsal& op) {
 void rotates_by_shears_with_frame(Rehearsal& op) {
     op.clears_error();
     op.lock(0, kSame);
-    for (int stage = 0; stage < 3; ++stage) op.make_temporary(kSame);
+    for (int stage = 0; stage < 3; ++stage) op.make_temporary(op.size(0), kSame);
     op.make_result(kSame);
 }
 
 void makes_a_gradient(Rehearsal& op) {
     op.clears_error();
-    op.make_result_of_depth(32, 6);
+    op.make_result_of(kAskedSize, 32, 6);
 }
 
 // --- operations -----------------------------------------------------------------------------------------------------
 
 void add(Rehearsal& op) {
-    measures(op);
+    looks(op);
     op.lock(1, 19);
     op.make_result(6, true);
 }
 
 void subtract(Rehearsal& op) {
-    measures(op);
+    looks(op);
     op.lock(1, 22);
     op.make_result(6);
 }
 
 void compare(Rehearsal& op) {
-    measures(op);
+    looks(op);
     op.lock(1, 50);
 }
 
@@ -120,7 +134,7 @@ void difference(Rehearsal& op) {
 }
 
 void composite(Rehearsal& op) {
-    measures(op);
+    looks(op);
     op.lock(1, 14);
     op.make_result(6);
     const bool ignores_mask = op.depth(0) == 16 && op.depth(1) == 16;
@@ -129,65 +143,69 @@ void composite(Rehearsal& op) {
 }
 
 void composite_with_mask(Rehearsal& op) {
-    measures(op);
+    looks(op);
     op.lock(1, 14);
     op.lock(2, 9);
+    if (op.size(0).empty()) op.stop(16);  // the overlay lies beside it
     op.make_result(6);
 }
 
 void transition(Rehearsal& op) {
-    measures(op);
+    looks(op);
     op.lock(1, 14);
     op.lock(2, 14);
     op.make_result(6);
 }
 
 void convolute(Rehearsal& op) {
-    measures(op);
-    op.make_temporary(5);
+    looks_at_a_region(op);
+    op.make_temporary(op.size(0), 5);
     op.make_result(6);
 }
 
 void pixelate(Rehearsal& op) {
-    measures(op);
+    looks_at_a_region(op);
     op.make_result(kSame);
 }
 
 void stretch(Rehearsal& op) {
-    measures(op);
+    looks(op);
     const bool masked = op.has_mask(0);
-    op.make_result_of_depth(op.depth(0), op.client_form() ? 6 : kSame, masked);
+    op.make_result_of(kAskedSize, op.depth(0), op.client_form() ? 6 : kSame, masked);
+    const Size between = {kAskedSize.width, op.size(0).height};
     if (!masked) {
-        if (!op.can_make_temporary()) op.set_code(5);
+        if (!op.can_make_temporary(between)) op.set_code(5);
         return;
     }
     const bool source = op.can_lock_mask(0), result = op.can_lock_result_mask();
     if (!source || !result) op.stop_with_result(4);
-    const bool image = op.can_make_temporary(), mask = op.can_make_temporary();
+    const bool image = op.can_make_temporary(between), mask = op.can_make_temporary(between);
     if (!image || !mask) op.set_code(5);
 }
 
 void trim(Rehearsal& op) {
-    measures(op);
-    op.make_result(6);
+    looks(op);
+    op.make_result_of({5, 4}, op.result_depth(), 6);  // the rectangle's
     if (!op.client_form() && op.has_mask(0)) op.copy_mask(kSame);
 }
 
 void convert_to_picture(Rehearsal& op) {
     op.clears_error();
-    op.make_result_of_depth(32, kSame);
+    op.make_result_of({1, 1}, 32, kSame);
     op.can_lock_result_mask();
 }
 
 void convert_to_string(Rehearsal& op) {
     op.clears_error();
     op.lock(0, kSame);
-    if (op.has_mask(0)) op.can_lock_mask(0);
+    const bool masked = op.has_mask(0);
+    if (op.size(0).width < 0 || op.size(0).height < 0) op.stop(kSame);  // no string is as long as that
+    if (masked) op.can_lock_mask(0);
     op.need("REALBuildString");
 }
 
 void make_memory_block(Rehearsal& op) {
-    measures(op);
+    looks_at_a_region(op);
     op.has_mask(0);
     op.need("newMemoryBlock");
     op.need("memoryBlockGetPtr");
@@ -213,10 +231,10 @@ void screen_capture(Rehearsal& op) {
 
 // --- forms that lack `extends`: what is declared first arrives as the picture ---------------------------------------
 
-void gets_a_rectangle_for_a_picture(Rehearsal& op) { measures(op); }
+void gets_a_rectangle_for_a_picture(Rehearsal& op) { looks(op); }
 
 void gets_a_number_for_a_mask(Rehearsal& op) {
-    measures(op);
+    looks(op);
     op.call("lockPictureDescription");
     op.stop(9);
 }
@@ -245,7 +263,7 @@ void gives_a_picture(Rehearsal& op) {
     op.clears_error();
     if (op.picture(0)) return;
     const bool masked = op.has_mask(0);
-    op.make_temporary(kSame);  // dropped if what follows fails
+    op.make_temporary(op.size(0), kSame);  // dropped if what follows fails
     if (masked && !op.can_lock_new_mask()) op.stop(kSame);
 }
 
@@ -260,20 +278,20 @@ constexpr Row kCourses[] = {
     {"TRV_GetErrorMessage(", [](Rehearsal& op) { op.need("REALBuildString"); }},
     {"TRV_Add(", add},
     {"TRV_Subtract(", subtract},
-    {"TRV_AdjustContrast(", changes_a_copy_with_its_mask},
+    {"TRV_AdjustContrast(", changes_a_region_and_keeps_the_mask},
     {"TRV_AdjustContrastWithMask(", changes_by_mask},
-    {"TRV_GetAverageContrast(", measures},
-    {"TRV_AdjustGamma(", changes_a_copy},
+    {"TRV_GetAverageContrast(", looks_at_a_region},
+    {"TRV_AdjustGamma(", changes_a_region},
     {"TRV_AdjustGammaWithMask(", changes_by_mask},
-    {"TRV_AdjustHSV(", changes_a_copy_with_its_mask},
+    {"TRV_AdjustHSV(", changes_a_region_and_keeps_the_mask},
     {"TRV_AdjustHSVWithMask(", changes_by_mask},
-    {"TRV_GetAverageHSV(", measures},
-    {"TRV_AverageRGB(", changes_a_copy_with_its_mask},
+    {"TRV_GetAverageHSV(", looks_at_a_region},
+    {"TRV_AverageRGB(", changes_a_region_and_keeps_the_mask},
     {"TRV_AverageRGBWithMask(", changes_by_mask},
-    {"picture.TRV_AdjustRGB(", changes_a_copy},
-    {"picture.TRV_AdjustRGB_InPlace(", measures},
+    {"picture.TRV_AdjustRGB(", changes_a_region},
+    {"picture.TRV_AdjustRGB_InPlace(", looks_at_a_region},
     {"picture.TRV_AdjustRGBWithMask(", changes_by_mask},
-    {"picture.TRV_GetAverageRGB(", measures},
+    {"picture.TRV_GetAverageRGB(", looks_at_a_region},
     {"TRV_AdjustRGB(rect as TRV_Rectangle, cm", gets_nil_for_a_matrix},
     {"TRV_AdjustRGB(", gets_a_rectangle_for_a_picture},
     {"TRV_AdjustRGB_InPlace(", gets_a_rectangle_for_a_picture},
@@ -282,7 +300,7 @@ constexpr Row kCourses[] = {
     {"TRV_GetAverageRGB(", gets_a_rectangle_for_a_picture},
     {"picture.TRV_Compare(", compare},
     {"picture.TRV_Difference(", difference},
-    {"TRV_Composite(extends p as picture, rect", changes_a_copy},
+    {"TRV_Composite(extends p as picture, rect", changes_a_region},
     {"TRV_Composite(", composite},
     {"TRV_CompositeWithMask(", composite_with_mask},
     {"TRV_Transition(", transition},
@@ -297,17 +315,17 @@ constexpr Row kCourses[] = {
     {"TRV_FreeRotateByShear(", rotates_by_shears},
     {"picture.TRV_FreeRotateDirect(", rotates_directly},
     {"TRV_Convolute(", convolute},
-    {"TRV_CrawlingAnts(", changes_a_copy},
+    {"TRV_CrawlingAnts(", changes_a_region},
     {"TRV_Downsample(", changes_a_copy},
     {"TRV_MakeMemoryBlock(", make_memory_block},
     {"TRV_Pixelate(", pixelate},
     {"TRV_Stretch(", stretch},
-    {"TRV_Threshold(", changes_a_copy},
+    {"TRV_Threshold(", changes_a_region},
     {"TRV_ThresholdWithMask(", changes_by_mask},
     {"TRV_Trim(", trim},
     {"TRV_ConvertToPicture(", convert_to_picture},
     {"TRV_ConvertToString(", convert_to_string},
-    {"TRV_RowBytes(", measures},
+    {"TRV_RowBytes(", looks},
     {"TRV_Info(", info},
     {"TRV_ScreenCapture(", screen_capture},
     {"TRV_MakeGradient(", makes_a_gradient},

@@ -38,6 +38,12 @@ const Picture* Rehearsal::picture(int argument) const {
     return dynamic_cast<const Picture*>(is_client(object) ? picture_behind(session_, object).get() : object.get());
 }
 
+Size Rehearsal::size(int argument) const {
+    const Picture* const shown = picture(argument);
+    return shown ? Size{shown->width(), shown->height()}
+                 : own_size(object_in(arguments_[static_cast<std::size_t>(argument)]));
+}
+
 int Rehearsal::depth(int argument) const {
     const Picture* const shown = picture(argument);
     return shown ? shown->depth() : own_depth(object_in(arguments_[static_cast<std::size_t>(argument)]));
@@ -58,7 +64,9 @@ bool Rehearsal::flag(std::string_view parameter) const {
 
 // --- locking --------------------------------------------------------------------------------------------------------
 
-bool Rehearsal::can_lock_new_picture() { return call("newPicture") && call("lockPictureDescription"); }
+void Rehearsal::select(int argument, int code) {
+    if (size(argument).empty()) stop(code);
+}
 
 // A client picture's picture is held; a drawing is rendered into a picture made for it.
 bool Rehearsal::can_lock(int argument) {
@@ -67,7 +75,7 @@ bool Rehearsal::can_lock(int argument) {
     if (!shown && is_client(value)) return true;
     if (is_client(value)) call("REALLockObject");
     if (!call("lockPictureDescription") || !shown) return false;
-    return shown->backing() != Backing::drawing_commands || can_lock_new_picture();
+    return shown->backing() != Backing::drawing_commands || can_make_temporary(size(argument));
 }
 
 void Rehearsal::lock(int argument, int code) {
@@ -76,7 +84,7 @@ void Rehearsal::lock(int argument, int code) {
 
 Rehearsal::MaskStore Rehearsal::mask_store(const Picture* shown) const {
     if (!shown) return MaskStore::own_memory;
-    if (!shown->mask()) return MaskStore::none;
+    if (!shown->mask()) return Size{shown->width(), shown->height()}.empty() ? MaskStore::impossible : MaskStore::none;
     return pixels(shown->mask()).backing() == Backing::graphics_world ? MaskStore::world : MaskStore::other;
 }
 
@@ -87,10 +95,10 @@ bool Rehearsal::has_mask(int argument) {
     return call("REALGetPictureMask") && shown->backing() != Backing::drawing_commands && shown->mask();
 }
 
-// The host makes a mask where there is none, a graphics world.
+// The host makes a mask where there is none, a graphics world; of no pixels it makes none.
 bool Rehearsal::bind_mask(MaskStore store) {
     if (store == MaskStore::own_memory) return true;
-    if (!call("REALGetPictureMask")) return false;
+    if (!call("REALGetPictureMask") || store == MaskStore::impossible) return false;
     const bool granted = call("REALLockPictureDescription") && store != MaskStore::other;
     return granted || call("lockPictureDescription");
 }
@@ -123,20 +131,26 @@ namespace {
 
 // Depths that the plugin asks its host for.
 bool is_new_depth(int depth) { return depth == 1 || depth == 16 || depth == 24 || depth == 32; }
+// Those that the host makes pictures of.
+bool is_picture_depth(int depth) { return is_new_depth(depth) || depth == 2 || depth == 4 || depth == 8; }
 
 }  // namespace
 
-bool Rehearsal::can_make_temporary(int depth) { return is_new_depth(depth) && can_lock_new_picture(); }
-
-void Rehearsal::make_temporary(int code) {
-    if (!can_make_temporary()) stop(code);
+bool Rehearsal::can_make_temporary(Size size, int depth) {
+    return !size.empty() && is_new_depth(depth) && call("newPicture") && call("lockPictureDescription");
 }
 
-void Rehearsal::make_result(int code, bool with_mask) { make_result_of_depth(std::max(depth(0), 16), code, with_mask); }
+void Rehearsal::make_temporary(Size size, int code) {
+    if (!can_make_temporary(size)) stop(code);
+}
 
-void Rehearsal::make_result_of_depth(int depth, int code, bool with_mask) {
-    if (client_form()) return make_client(depth, code, with_mask);
-    if (!is_new_depth(depth) || !call("newPicture")) stop(code);
+int Rehearsal::result_depth() const { return std::max(depth(0), 16); }
+
+void Rehearsal::make_result(int code, bool with_mask) { make_result_of(size(0), result_depth(), code, with_mask); }
+
+void Rehearsal::make_result_of(Size size, int depth, int code, bool with_mask) {
+    if (client_form()) return make_client(size, depth, code, with_mask);
+    if (size.empty() || !is_new_depth(depth) || !call("newPicture")) stop(code);
     if (!call("lockPictureDescription")) abandon_result(code);
 }
 
@@ -145,11 +159,12 @@ void Rehearsal::abandon_result(int code) {
     stop(code);
 }
 
-void Rehearsal::make_client(int depth, int code, bool with_mask) {
+void Rehearsal::make_client(Size size, int depth, int code, bool with_mask) {
     if (!class_known_ && !call("pluginObjectType")) stop(code);
-    if (!call("CreateInstance")) stop(code);
+    if (size.empty() || !call("CreateInstance")) stop(code);
     const bool as_picture = flag("as_picture");
-    const bool made = as_picture ? call("newPicture") : depth == 16 || depth == 24 || depth == 32;
+    const bool made =
+        as_picture ? call("newPicture") && is_picture_depth(depth) : depth == 16 || depth == 24 || depth == 32;
     if (!made) {
         if (call("REALLockObject")) outcome_.survivors.push_back(Survivor::refused_client_picture);
         stop(code);

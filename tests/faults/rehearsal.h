@@ -64,23 +64,26 @@ public:
     void refuses(int code) { stop(code); }
     void lock(int argument, int code);
     bool can_lock(int argument);
+    // What the rectangle selects of the picture: of an empty one, nothing.
+    void select(int argument, int code);
     // Asks whether the picture, as it is bound, has a mask.
     bool has_mask(int argument);
     // Binds a locked picture's mask, or that of the argument as it was handed in.
     bool can_lock_mask(int argument);
     bool can_lock_mask_of_handle(int argument);
     void lock_mask(int argument, int code);
-    // The result, in the operation's form. `depth` as in `result_depth`; `with_mask` matters to client pictures.
+    // The result, in the operation's form, of the picture's size and as deep, 16 bits at least; `with_mask` matters to
+    // client pictures.
     void make_result(int code, bool with_mask = false);
-    void make_result_of_depth(int depth, int code, bool with_mask = false);
+    void make_result_of(Size size, int depth, int code, bool with_mask = false);
     bool can_lock_result_mask();
     // The mask of a new picture.
     bool can_lock_new_mask() { return bind_mask(MaskStore::none); }
     // For a result that is given up once it is there.
     [[noreturn]] void abandon_result(int code);
-    // A picture of the operation's own; `depth` as the operation asks for it.
-    bool can_make_temporary(int depth = 32);
-    void make_temporary(int code);
+    // A picture of the operation's own.
+    bool can_make_temporary(Size size, int depth = 32);
+    void make_temporary(Size size, int code);
     // The source's mask into the result's; a failure leaves the code and the result.
     void copy_mask(int code);
     // Any other service, whose failure ends the course with nothing and the code as it is.
@@ -96,19 +99,21 @@ public:
     [[noreturn]] void stop(int code);
 
     bool client_form() const;
+    Size size(int argument) const;
     int depth(int argument) const;
+    // What the operation raises the picture's depth to.
+    int result_depth() const;
     int mask_depth(int argument) const;  // of a picture's mask as it is handed in, or as the host makes it
     const Picture* picture(int argument) const;
 
 private:
     struct Stop {};
-    enum class MaskStore { own_memory, none, world, other };
+    enum class MaskStore { own_memory, none, impossible, world, other };
 
     bool flag(std::string_view parameter) const;
-    bool can_lock_new_picture();
     bool bind_mask(MaskStore store);
     MaskStore mask_store(const Picture* picture) const;
-    void make_client(int depth, int code, bool with_mask);
+    void make_client(Size size, int depth, int code, bool with_mask);
 
     Session& session_;
     const host::Callable& method_;

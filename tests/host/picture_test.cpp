@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
+#include <string>
+#include <utility>
 
 #include "bulk_memory.h"
 #include "pixels.h"
@@ -105,6 +108,34 @@ TEST_F(Pictures, ImpossibleOnesCannotBeMade) {
     EXPECT_EQ(host_.objects().size(), 0u);
     make({.width = 32767, .height = 1});
     make({.width = 1, .height = 32767});
+}
+
+TEST_F(Pictures, OfAnySidesSayThemAndHaveNoPixels) {
+    for (const auto& [width, height] : {std::pair{0, 5}, {5, 0}, {0, 0}, {-3, 4}, {4, -3}, {-32767, -32767}}) {
+        SCOPED_TRACE(std::to_string(width) + " x " + std::to_string(height));
+        Picture& world = make({.width = width, .height = height, .depth = 16, .any_sides = true});
+        REALpictureDescription description{};
+        ASSERT_EQ(plugin_.lock_description(&world, &description), 1);
+        EXPECT_EQ(description.width, width);
+        EXPECT_EQ(description.height, height);
+        Rect bounds{};
+        GetPixBounds(GetGWorldPixMap(static_cast<GWorldPtr>(description.store)), &bounds);
+        EXPECT_EQ(bounds.right - bounds.left, width);
+        EXPECT_EQ(bounds.bottom - bounds.top, height);
+        EXPECT_EQ(world.packed_row_bytes(), static_cast<std::size_t>(std::max(2 * width, 0)));
+        EXPECT_EQ(plugin_.mask(&world, true), nullptr);
+
+        Picture& buffer = make({.width = width, .height = height, .backing = Backing::pixel_buffer, .any_sides = true});
+        ASSERT_EQ(plugin_.lock_description(&buffer, &description), 1);
+        const auto* const rows = static_cast<const REALpixelBuffer*>(description.store);
+        ASSERT_TRUE(rows);
+        EXPECT_EQ(rows->width, width);
+        EXPECT_EQ(rows->height, height);
+        plugin_.unlock_description(&world);
+        plugin_.unlock_description(&buffer);
+    }
+    EXPECT_THROW(make({.width = -32768, .height = 1, .any_sides = true}), HostError);
+    EXPECT_THROW(make({.width = 0, .height = 1, .backing = Backing::bitmap_context, .any_sides = true}), HostError);
 }
 
 TEST_F(Pictures, TheServiceMakesPlainWorldsOfTheUsualDepths) {

@@ -113,6 +113,19 @@ TEST_F(ScreenCapture, OfAMapThatDoesNotHoldTheScreenIsNil) {
     EXPECT_TRUE(picture_in(capture()));
 }
 
+TEST_F(ScreenCapture, OfAScreenWithoutPixelsIsNil) {
+    FakeScreen screen(4, 3);
+    for (const Rect& bounds : {Rect{0, 0, 3, 0}, {0, 0, 0, 4}, {0, 0, 3, -4}, {3, 0, 0, 4}, {5, 5, -5, -5}}) {
+        screen.map().bounds = bounds;
+        expect_nil();  // the device still has its size
+        screen.move_to(0, 0);
+        expect_nil();
+    }
+    screen.map().bounds = {0, 0, 3, 4};
+    screen.move_to(0, 0);
+    EXPECT_TRUE(picture_in(capture()));
+}
+
 TEST_F(ScreenCapture, BringsTheScreenUpToDate) {
     FakeScreen screen(4, 3);
     static int calls;

@@ -80,7 +80,7 @@ double RandomArguments::real() {
 
 // --- pictures -------------------------------------------------------------------------------------------------------
 
-RandomArguments::Size RandomArguments::picture_size() {
+Size RandomArguments::picture_size() {
     switch (any_of(random_, 0, 9)) {
         case 0: return {1, 1};
         case 1: return {1, any_of(random_, 1, 70)};
@@ -91,12 +91,21 @@ RandomArguments::Size RandomArguments::picture_size() {
     }
 }
 
-// A pixel buffer is always 32 bits deep, and has no padding.
+// Any, also such as only a broken program leaves.
+Size RandomArguments::odd_size() {
+    if (!one_in(3)) return picture_size();
+    if (one_in(2)) return one_of(empty_sizes());
+    const int side = any_of(random_, -40, 40), empty_side = any_of(random_, -40, 0);
+    return one_in(2) ? Size{side, empty_side} : Size{empty_side, side};
+}
+
+// A pixel buffer is always 32 bits deep, and has no padding; a bitmap context has pixels.
 ObjectRef RandomArguments::bare_picture(Size size, bool deep) {
     Shape shape = {.depth = one_of(first<int>(kDepths, kGoodDepths)),
                    .backing = one_of(first<Backing>(kBackings, kGoodBackings))};
     if (deep && one_in(2)) shape.depth = 32;
     if (one_in(4)) shape.row_padding = any_of(random_, 1, 9);
+    if (shape.backing == Backing::bitmap_context && size.empty()) shape.backing = Backing::graphics_world;
     if (shape.backing == Backing::pixel_buffer) shape = {.depth = 32, .backing = Backing::pixel_buffer};
     shape.without_color_table = one_in(6);
     const ObjectRef made = random_picture(session_, random_, shape, size.width, size.height);
@@ -106,9 +115,9 @@ ObjectRef RandomArguments::bare_picture(Size size, bool deep) {
 
 ObjectRef RandomArguments::picture() {
     if (!pictures_.empty() && one_in(8)) return one_of(pictures_);  // the same one twice
-    const Size size = wild_one_in(6) ? picture_size() : usual_size_;
+    const Size size = wild_one_in(6) ? odd_size() : usual_size_;
     const ObjectRef made = bare_picture(size, true);
-    if (one_in(2)) pixels(made).set_mask(bare_picture(wild_one_in(5) ? picture_size() : size, false));
+    if (one_in(2)) pixels(made).set_mask(bare_picture(wild_one_in(5) ? odd_size() : size, false));
     pictures_.push_back(made);
     return made;
 }
@@ -117,7 +126,7 @@ ObjectRef RandomArguments::client() {
     constexpr int kOwnDepths[] = {16, 24, 32};
     if (wild_one_in(12)) return session_.host.new_instance("TRV_ClientPicture");  // holds nothing
     if (one_in(2)) return client_of_picture(session_, picture());
-    const Size size = wild_one_in(6) ? picture_size() : usual_size_;
+    const Size size = wild_one_in(6) || usual_size_.empty() ? picture_size() : usual_size_;
     return client_in_own_memory(session_, random_, size.width, size.height, one_of(kOwnDepths), one_in(2));
 }
 
@@ -210,7 +219,7 @@ void RandomArguments::keep_small(std::vector<Value>& arguments, const Callable& 
 std::vector<Value> RandomArguments::for_method(const Callable& method) {
     pictures_.clear();
     tame_ = one_in(2);
-    usual_size_ = picture_size();
+    usual_size_ = wild_one_in(4) ? odd_size() : picture_size();
     std::vector<Value> arguments;
     for (const Parameter& parameter : method.parameters) arguments.push_back(value_of(parameter.type, parameter.name));
     keep_small(arguments, method);

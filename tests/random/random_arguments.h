@@ -19,10 +19,6 @@ public:
     Value value_of(const host::Type& type, std::string_view name);
 
 private:
-    struct Size {
-        int width, height;
-    };
-
     bool one_in(int cases) { return any_of(random_, 1, cases) == 1; }
     // What is rare, and never in a tame call.
     bool wild_one_in(int cases) { return !tame_ && one_in(cases); }
@@ -41,6 +37,7 @@ private:
     int side();
     double real();
     Size picture_size();
+    Size odd_size();
     ObjectRef bare_picture(Size size, bool deep);
     ObjectRef picture();
     ObjectRef client();

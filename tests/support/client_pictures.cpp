@@ -77,6 +77,11 @@ bool is_client(const Value& value) {
 
 bool client_has_mask(const ObjectRef& client) { return data_of(client).hasMask != 0; }
 
+Size own_size(const ObjectRef& client) {
+    const TRV_ClientPicture_Data& data = data_of(client);
+    return data.pixels ? Size{data.width, data.height} : Size{};
+}
+
 int own_depth(const ObjectRef& client) {
     const TRV_ClientPicture_Data& data = data_of(client);
     return data.pixels ? data.depth : 0;

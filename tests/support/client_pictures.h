@@ -15,6 +15,7 @@ bool is_client(const Value& value);
 // True when its host picture or its own memory has a mask.
 bool client_has_mask(const ObjectRef& client);
 // Of the image in own memory; 0 for a client picture without.
+Size own_size(const ObjectRef& client);
 int own_depth(const ObjectRef& client);
 // The host picture that backs it; empty for own memory.
 ObjectRef picture_behind(Session& session, const ObjectRef& client);

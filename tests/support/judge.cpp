@@ -5,6 +5,11 @@
 #include <algorithm>
 
 namespace tarvo::test {
+namespace {
+
+constexpr int kSourceLockCode = 4, kResultCode = 6, kSelectionCode = 38;
+
+}  // namespace
 
 Area any_area(Random& random, int width, int height) {
     const int left = any_of(random, -3, width - 1), top = any_of(random, -3, height - 1);
@@ -111,6 +116,18 @@ const std::vector<Shape>& wide_shapes() {
     return shapes;
 }
 
+// That the call gives nothing but the code, and leaves what it was given as it was. A drawing without pixels cannot be
+// rendered, and is refused before anything else.
+template <class Call>
+void expect_refusal(Session& session, const ObjectRef& source, int code, Call call) {
+    const bool drawing = pixels(source).backing() == host::Backing::drawing_commands;
+    const auto before = all_bytes(source);
+    EXPECT_FALSE(object_in(call()));
+    EXPECT_EQ(session.last_error(), drawing ? kSourceLockCode : code);
+    EXPECT_EQ(all_bytes(source), before);
+    EXPECT_EQ(session.host.complaints(), std::vector<std::string>());
+}
+
 }  // namespace
 
 void expect_agreement(Session& session, Random& random, const RegionOperation& operation) {
@@ -133,6 +150,15 @@ void expect_agreement(Session& session, Random& random, const RegionOperation& o
             const Area area = {any_of(random, 1, 20), any_of(random, 0, 1), run, 1};
             const int width = area.left + run + any_of(random, 0, 20);
             expect_region(session, operation, random_picture(session, random, shape, width, 2), &area);
+        }
+    }
+    for (const Shape& shape : source_shapes()) {
+        for (const Size& size : empty_sizes()) {
+            SCOPED_TRACE(shape.name() + ", " + name_of(size));
+            const ObjectRef source = random_picture(session, random, shape, size.width, size.height);
+            for (const ObjectRef& rectangle : {ObjectRef(), session.rectangle(-9, -9, 20, 20)})
+                expect_refusal(session, source, kSelectionCode,
+                               [&] { return operation.call(session, source, rectangle); });
         }
     }
 }
@@ -176,6 +202,14 @@ void expect_agreement(Session& session, Random& random, const MaskOperation& ope
             SCOPED_TRACE(shape.name() + " with a mask argument of " + mask_shape.name() + ", " + std::to_string(run));
             expect_weighted(session, operation, random_picture(session, random, shape, run, 2),
                             random_picture(session, random, mask_shape, run, 2));
+        }
+    }
+    for (const Shape& shape : source_shapes()) {
+        for (const Size& size : empty_sizes()) {
+            SCOPED_TRACE(shape.name() + ", " + name_of(size));
+            const ObjectRef source = random_picture(session, random, shape, size.width, size.height);
+            const ObjectRef mask = random_picture(session, random, {.depth = 8}, size.width, size.height);
+            expect_refusal(session, source, kResultCode, [&] { return operation.call(session, source, mask); });
         }
     }
 }

@@ -34,7 +34,8 @@ struct RegionOperation {
     bool copies_mask;
     bool copies_words = false;  // around the region, at 16 bits with the unused bit
 };
-// Random pictures of every depth, kind and mask, each with a random rectangle and with none; and wide rectangles.
+// Random pictures of every depth, kind and mask, each with a random rectangle and with none; and wide rectangles. An
+// empty picture has no region to change: code 38.
 void expect_agreement(Session& session, Random& random, const RegionOperation& operation);
 
 // An operation that changes the whole picture, weighted by a mask.
@@ -43,7 +44,7 @@ struct MaskOperation {
     std::function<std::uint32_t(std::uint32_t color, std::uint32_t mask)> change;
 };
 // Random pictures of every depth and kind, with masks of their own, and random mask arguments of every depth and kind;
-// and wide pictures.
+// and wide pictures. Of empty pictures no result can be made: code 6.
 void expect_agreement(Session& session, Random& random, const MaskOperation& operation);
 
 }  // namespace tarvo::test

@@ -59,6 +59,13 @@ const std::vector<int>& mask_depths() {
     return depths;
 }
 
+std::string name_of(const Size& size) { return std::to_string(size.width) + " x " + std::to_string(size.height); }
+
+const std::vector<Size>& empty_sizes() {
+    static const std::vector<Size> sizes = {{0, 5}, {5, 0}, {0, 0}, {-3, 4}, {4, -3}, {-3, -4}, {-32767, 2}};
+    return sizes;
+}
+
 int any_of(Random& random, int low, int high) { return std::uniform_int_distribution(low, high)(random); }
 
 std::uint32_t any_color(Random& random) { return static_cast<std::uint32_t>(random()) & 0xFFFFFF; }
@@ -84,10 +91,13 @@ ObjectRef random_picture(Session& session, Random& random, const Shape& shape, i
                                  .depth = shape.depth,
                                  .backing = shape.backing,
                                  .without_color_table = shape.without_color_table,
-                                 .row_padding = shape.row_padding};
+                                 .row_padding = shape.row_padding,
+                                 .any_sides = true};
     if (shape.depth <= 8 && !shape.without_color_table) options.colors = random_colors(random, shape.depth);
     const ObjectRef picture = session.host.new_picture(options);
-    if (shape.mask_depth) pixels(picture).set_mask(session.picture(width, height, shape.mask_depth));
+    if (shape.mask_depth)
+        pixels(picture).set_mask(
+            session.host.new_picture({.width = width, .height = height, .depth = shape.mask_depth, .any_sides = true}));
     scribble(pixels(picture), random);
     return picture;
 }

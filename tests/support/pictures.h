@@ -29,6 +29,14 @@ const std::vector<Shape>& source_shapes();
 // Every depth that masks come in: 0 (none), 1, 2, 4, 8, 16, 24, 32.
 const std::vector<int>& mask_depths();
 
+struct Size {
+    int width, height;
+    bool empty() const { return width < 1 || height < 1; }
+};
+std::string name_of(const Size& size);
+// Sides of 0, and bounds that a program has turned inside out: pictures without pixels.
+const std::vector<Size>& empty_sizes();
+
 // Any number from `low` to `high`.
 int any_of(Random& random, int low, int high);
 std::uint32_t any_color(Random& random);

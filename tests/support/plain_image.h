@@ -18,7 +18,7 @@ struct PlainImage {
     std::vector<std::uint32_t> colors;  // as read: 0x00RRGGBB, at 32 bits with the stored top byte
 
     PlainImage() = default;
-    PlainImage(int w, int h) : width(w), height(h), colors(static_cast<std::size_t>(w) * h) {}
+    PlainImage(int w, int h) : width(w), height(h), colors(w > 0 && h > 0 ? static_cast<std::size_t>(w) * h : 0) {}
     std::uint32_t& at(int x, int y) { return colors[static_cast<std::size_t>(y) * width + x]; }
     std::uint32_t at(int x, int y) const { return colors[static_cast<std::size_t>(y) * width + x]; }
 };

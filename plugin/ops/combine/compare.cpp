@@ -65,8 +65,11 @@ bool TRV_Compare(REALpictureStruct* p, REALpictureStruct* compare, REALobjectStr
 
 void PrivDifference(const TRV_Picture& picture, const TRV_Picture& compare, TRV_Picture& result) {
     for (std::int32_t row = 0; row < result.height(); ++row) {
-        const std::int32_t end = row < picture.height() ? picture.width() : 0;
-        const std::int32_t common_end = row < compare.height() ? std::min(end, compare.width()) : 0;
+        const auto columns = [row](const TRV_Picture& each) {
+            return row < each.height() ? std::max(each.width(), 0) : 0;
+        };
+        const std::int32_t end = columns(picture);
+        const std::int32_t common_end = std::min(end, columns(compare));
         if (common_end > 0)
             map_run(result, row, 0, static_cast<std::size_t>(common_end), kDifferenceCaller, MapDifference{},
                     RunSource{picture, row, 0}, RunSource{compare, row, 0});
