@@ -1,6 +1,6 @@
 // Pictures without pixels: sides of 0, and bounds that a program has turned inside out. Most operations make nothing of
 // them, with the codes that the judge and the courses of the fault loop tell. Here are those that make something all
-// the same.
+// the same (but for shears, which have it in their own tests).
 
 #include <gtest/gtest.h>
 
@@ -93,25 +93,6 @@ TEST_F(EmptyPictures, AreTrimmedToTheFrame) {
         EXPECT_FALSE(object_in(session.call(source, "TRV_Trim", nullptr, Color{kFrame})));
         EXPECT_EQ(session.last_error(), 39);
     });
-}
-
-// Nothing but what surrounds a picture. A mask of such a picture no host makes.
-TEST_F(EmptyPictures, AreShearedToTheirSurroundings) {
-    for (const char* name : {"TRV_ShearHorizontal", "TRV_ShearVertical"})
-        for (const double by : {0.0, 0.3, -0.3, 1.0, -1.0}) {
-            SCOPED_TRACE(std::string(name) + " by " + std::to_string(by));
-            for_each_empty(8, [&](const ObjectRef& source, Size) {
-                expect_colors(session.call(source, name, kAsked.width, kAsked.height, by, 0), kAsked,
-                              result_depth(source), 0x888888, 0xFFFFFF);
-                const Value framed = session.call(source, name, kAsked.width, kAsked.height, by, Color{kFrame}, 0);
-                expect_colors(framed, kAsked, result_depth(source), kFrame);
-                EXPECT_EQ(session.last_error(), 0);
-            });
-            for_each_empty([&](const ObjectRef& source, Size) {
-                EXPECT_FALSE(object_in(session.call(source, name, kAsked.width, kAsked.height, by, 0)));
-                EXPECT_EQ(session.last_error(), 0);
-            });
-        }
 }
 
 TEST_F(EmptyPictures, LeaveASourceAsItIsWhenLaidOverIt) {

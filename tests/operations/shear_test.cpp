@@ -11,7 +11,6 @@
 #include "pictures.h"
 #include "plain_pixels.h"
 #include "plain_shear.h"
-#include "services.h"
 #include "session.h"
 #include "snapshot.h"
 
@@ -30,26 +29,6 @@ const std::vector<double>& awkward_shears() {
     static const std::vector<double> all = {0.0,     -0.0, 1.0,   -1.0,        0.25,         -0.25,   0.5,     0.3333,
                                             -0.7071, 1e-6, -1e-6, 1.0 / 65536, -1.0 / 65536, 0.99999, -0.99999};
     return all;
-}
-
-// Has the picture's store tell plugins of other sides than its pixels have.
-void resize_store(const ObjectRef& picture, int width, int height) {
-    const auto service = [](const char* name) {
-        return host::all_services()[static_cast<std::size_t>(host::service_index(name))].function;
-    };
-    REALpictureDescription description{};
-    reinterpret_cast<int (*)(void*, REALpictureDescription*)>(service("lockPictureDescription"))(picture.handle(),
-                                                                                                 &description);
-    if (description.kind == pictureHostPixelBuffer) {
-        auto& buffer = *static_cast<REALpixelBuffer*>(description.store);
-        buffer.width = width;
-        buffer.height = height;
-    } else {
-        Rect& bounds = (*GetGWorldPixMap(static_cast<GWorldPtr>(description.store)))->bounds;
-        bounds.right = static_cast<std::int16_t>(bounds.left + width);
-        bounds.bottom = static_cast<std::int16_t>(bounds.top + height);
-    }
-    reinterpret_cast<void (*)(void*)>(service("unlockPictureDescription"))(picture.handle());
 }
 
 class ShearOfMasks : public ::testing::TestWithParam<Direction> {
@@ -189,27 +168,24 @@ TEST_P(Shear, LargePictures) {
     expect_frame_form(session, source, 2111, 2011, 0.2);
 }
 
-constexpr std::pair<int, int> kSizesWithoutPixels[] = {{0, 5}, {5, 0}, {0, 0}, {-3, 5}, {5, -3}, {-32767, -32767}};
-
-// Rows without columns, columns without rows, and sides below 0: nothing of such a picture shows, nor does what lies
-// beside its rows in memory.
+// Rows without columns, columns without rows, and sides below 0: nothing of such a picture shows.
 TEST_P(Shear, OfAPictureWithoutPixelsOnlyTheSurroundingsShow) {
     constexpr std::uint32_t kFrame = 0x185028;  // the same at 16 bits
     const auto expect_all = [](const Picture& picture, std::uint32_t color) {
         for (const std::uint32_t pixel : read_image(picture).colors) ASSERT_EQ(pixel & 0xFFFFFF, color);
     };
-    for (const Shape& shape : {Shape{.depth = 32}, Shape{.depth = 16}, Shape{.backing = host::Backing::pixel_buffer}}) {
-        for (const auto& [width, height] : kSizesWithoutPixels) {
-            const ObjectRef source = random_picture(session, random, shape, 5, 5);
-            resize_store(source, width, height);
+    for (const Shape& shape : {Shape{.mask_depth = 8}, Shape{.depth = 16, .mask_depth = 32},
+                               Shape{.backing = host::Backing::pixel_buffer, .mask_depth = 32}}) {
+        for (const Size& size : empty_sizes()) {
+            const ObjectRef source = random_picture(session, random, shape, size.width, size.height);
             for (const double by : {0.5, -0.5, 1.0, 0.0}) {
-                for (const auto& [new_width, new_height] : {std::pair{9, 5}, std::pair{5, 9}, std::pair{1, 1}}) {
-                    SCOPED_TRACE(::testing::Message() << shape.name() << ", " << width << " x " << height << " to "
-                                                      << new_width << " x " << new_height << " by " << by);
-                    const Value framed = shear_framed(session, source, new_width, new_height, by, kFrame);
+                for (const Size& made : {Size{9, 5}, Size{5, 9}, Size{1, 1}}) {
+                    SCOPED_TRACE(::testing::Message()
+                                 << shape.name() << ", " << name_of(size) << " to " << name_of(made) << " by " << by);
+                    const Value framed = shear_framed(session, source, made.width, made.height, by, kFrame);
                     ASSERT_TRUE(picture_in(framed));
                     expect_all(*picture_in(framed), kFrame);
-                    const Value plain = shear(session, source, new_width, new_height, by);
+                    const Value plain = shear(session, source, made.width, made.height, by);
                     ASSERT_TRUE(picture_in(plain));
                     expect_all(*picture_in(plain), 0x888888);
                     expect_all(pixels(picture_in(plain)->mask()), 0xFFFFFF);
@@ -222,10 +198,10 @@ TEST_P(Shear, OfAPictureWithoutPixelsOnlyTheSurroundingsShow) {
 // Its first shear would be of a picture that is not made.
 TEST(RotationByShears, OfAPictureWithoutPixelsIsNil) {
     Session session;
-    for (const auto& [width, height] : kSizesWithoutPixels) {
-        const ObjectRef source = session.picture(5, 5);
-        resize_store(source, width, height);
-        EXPECT_FALSE(picture_in(session.call(source, "TRV_FreeRotateByShear", 30.0, 0))) << width << " x " << height;
+    Random random{6208};
+    for (const Size& size : empty_sizes()) {
+        const ObjectRef source = random_picture(session, random, {.mask_depth = 8}, size.width, size.height);
+        EXPECT_FALSE(picture_in(session.call(source, "TRV_FreeRotateByShear", 30.0, 0))) << name_of(size);
         EXPECT_FALSE(picture_in(session.call(source, "TRV_FreeRotateByShear", 30.0, Color{0}, 0)));
     }
 }
