@@ -32,14 +32,9 @@ TEST_F(CompositeColor, AgreesWithTheJudge) {
         const std::uint32_t color = any_color(random);
         const int a = plain_weight(fraction), b = plain_weight(1 - fraction);
         SCOPED_TRACE(fraction);
-        expect_agreement(
-            session, random,
-            RegionOperation{
-                .call = [&](Session&, const ObjectRef& source,
-                            const ObjectRef& rectangle) { return composite(source, rectangle, color, fraction); },
-                .change = [&](std::uint32_t source) { return plain_blend(source, color, b, a); },
-                .copies_mask = false,
-                .copies_words = true});
+        expect_region_agreement(session, random, {{"TRV_Composite", "overlay_color"}, false, true},
+                                {Color{color}, fraction},
+                                [&](std::uint32_t source) { return plain_blend(source, color, b, a); });
     }
 }
 

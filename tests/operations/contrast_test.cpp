@@ -1,5 +1,7 @@
 // Contrast in all its forms, through the built library.
 
+#include <cmath>
+
 #include "centered_operation.h"
 #include "client_pictures.h"
 
@@ -110,7 +112,8 @@ TEST_F(Contrast, MasksOfAnotherSizeAreCopiedWhereBothExist) {
 TEST_F(Contrast, AClientResultThatCannotBeLockedIsReturnedUnpainted) {
     const ObjectRef client = session.client(plain_picture(session, 0x808080));
     session.host.faults.fail_at("lockPictureDescription", 2);  // behind the source's
-    const Value unpainted = kContrast.client_form(session, "", client, {}, 0, {0.0, 0.0, 0.0}, true);
+    const Value unpainted = client_form(session, {"TRV_AdjustContrast"}, Of::region, true)
+                                .call(session, client, {}, {Color{0}, 0.0, 0.0, 0.0});
     EXPECT_EQ(session.last_error(), 6);
     ASSERT_TRUE(is_client(unpainted));
     EXPECT_EQ(read_pixel(pixels(picture_behind(session, object_in(unpainted))), 1, 1) & 0xFFFFFF, 0xFFFFFFu);
@@ -140,7 +143,8 @@ TEST_F(Contrast, AMaskGivenToAClientPictureWhileTheHostHasControl) {
         const ObjectRef levels = random_mask(session, random, 32, 9, 4);
         const ObjectRef client = client_of_picture(session, source);
         session.host.on_yield = [&] { pixels(source).set_mask(levels); };
-        const Value result = kContrast.client_form(session, "", client, {}, 0, {2.0, 2.0, 2.0}, as_picture);
+        const Value result = client_form(session, {"TRV_AdjustContrast"}, Of::region, as_picture)
+                                 .call(session, client, {}, {Color{0}, 2.0, 2.0, 2.0});
         ASSERT_TRUE(is_client(result));
         EXPECT_EQ(session.last_error(), 0);
         const ObjectRef converted = session.picture_of(object_in(result));
@@ -175,78 +179,50 @@ TEST_F(Contrast, YieldsBetweenRowsByTheBudget) {
 
 // --- the average -----------------------------------------------------------------------------------------------------
 
-struct Average {
-    int red = -1, green = -1, blue = -1;
-    friend bool operator==(const Average&, const Average&) = default;
-};
+constexpr OperationName kAverage = {"TRV_GetAverageContrast"};
+
+Numbers plain_average(const PlainImage& image, const Area& area, std::uint32_t center) {
+    std::int64_t sums[3] = {}, count = 0;
+    for (int y = 0; y < image.height; ++y) {
+        for (int x = 0; x < image.width; ++x) {
+            if (!area.has(x, y)) continue;
+            ++count;
+            for (int i = 0; i < 3; ++i)
+                sums[i] += std::abs(channel(image.at(x, y), 16 - 8 * i) - channel(center, 16 - 8 * i));
+        }
+    }
+    const auto mean = [&](int i) { return static_cast<int>(sums[i] / count); };
+    return {Color{center}, mean(0), mean(1), mean(2)};
+}
 
 class AverageContrast : public Contrast {
 protected:
-    Average average(const ObjectRef& p, const ObjectRef& rectangle, std::uint32_t center,
-                    const char* declaration = "(extends p ") {
-        const Average untouched;
-        std::array<Value, 7> arguments = {
-            value(p), value(rectangle), Color{center}, untouched.red, untouched.green, untouched.blue, 0};
-        session.caller.invoke(session.callable(std::string("TRV_GetAverageContrast") + declaration), arguments);
-        return {std::get<int>(arguments[3]), std::get<int>(arguments[4]), std::get<int>(arguments[5])};
+    // Of all of the picture.
+    Numbers average(const ObjectRef& p, std::uint32_t center) {
+        Numbers numbers = {Color{center}, -1, -1, -1};
+        picture_form(session, kAverage).call_by_ref(session, p, {}, numbers);
+        return numbers;
     }
 };
 
 TEST_F(AverageContrast, AgreesWithTheJudge) {
-    for (const Shape& shape : source_shapes()) {
-        SCOPED_TRACE(shape.name());
-        const int width = any_of(random, 1, 600), height = any_of(random, 1, 5);
-        const ObjectRef source = random_picture(session, random, shape, width, height);
-        const Area area = any_area(random, width, height);
-        const std::uint32_t center = any_color(random);
-        const PlainImage image = read_image(pixels(source));
-        std::int64_t sums[3] = {}, count = 0;
-        for (int y = 0; y < height; ++y) {
-            for (int x = 0; x < width; ++x) {
-                if (!area.has(x, y)) continue;
-                ++count;
-                for (int i = 0; i < 3; ++i)
-                    sums[i] += std::abs(channel(image.at(x, y), 16 - 8 * i) - channel(center, 16 - 8 * i));
-            }
-        }
-        const Average expected = {static_cast<int>(sums[0] / count), static_cast<int>(sums[1] / count),
-                                  static_cast<int>(sums[2] / count)};
-        const ObjectRef rectangle = session.rectangle(area.left, area.top, area.width, area.height);
-        EXPECT_EQ(average(source, rectangle, center), expected);
-        EXPECT_EQ(session.last_error(), 0);
-        if (shape.backing == host::Backing::drawing_commands) continue;
-        EXPECT_EQ(average(client_of_picture(session, source), rectangle, center, "(extends cp "), expected);
-    }
-    EXPECT_TRUE(session.host.complaints().empty());
-}
-
-TEST_F(AverageContrast, OfClientPicturesInOwnMemory) {
-    for (const int depth : {16, 24, 32}) {
-        const ObjectRef client = client_in_own_memory(session, random, 23, 5, depth, true);
-        const ObjectRef rectangle = session.rectangle(3, 1, 30, 3);
-        EXPECT_EQ(average(client, rectangle, 0x405060, "(extends cp "),
-                  average(session.picture_of(client), rectangle, 0x405060));
-    }
+    const std::uint32_t center = any_color(random);
+    expect_average_agreement(
+        session, random, kAverage, {Color{center}, -1, -1, -1},
+        [&](const PlainImage& image, const Area& area) { return plain_average(image, area, center); });
 }
 
 TEST_F(AverageContrast, AUniformRegionAtTheCentreIsZero) {
-    EXPECT_EQ(average(plain_picture(session, 0x123456), {}, 0x123456), (Average{0, 0, 0}));
+    EXPECT_EQ(average(plain_picture(session, 0x123456), 0x123456), (Numbers{Color{0x123456}, 0, 0, 0}));
 }
 
 TEST_F(AverageContrast, SumsOfLargePicturesDoNotWrap) {
     const ObjectRef source = session.host.new_picture({.width = 5000, .height = 4000, .depth = 8});  // white
-    EXPECT_EQ(average(source, {}, 0x000000), (Average{255, 255, 255}));
+    EXPECT_EQ(average(source, 0x000000), (Numbers{Color{0}, 255, 255, 255}));
 }
 
 TEST_F(AverageContrast, ChecksComeInOrderAndFailuresLeaveTheOutputs) {
-    const auto unchanged = [&](const char* declaration) {
-        return [this, declaration](Session&, const ObjectRef& p, const ObjectRef& rectangle, bool) {
-            EXPECT_EQ(average(p, rectangle, 0, declaration), Average{});
-            return Value(Nil{});
-        };
-    };
-    expect_region_checks_without_result(session, {unchanged("(extends p "), 0});
-    expect_region_checks_without_result(session, {unchanged("(extends cp "), 0, true});
+    expect_checks(session, kAverage, {Color{0}, -1, -1, -1});
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 // Gamma in all its forms, through the built library.
 
+#include <cmath>
+
 #include "centered_operation.h"
 
 namespace tarvo::test {

@@ -68,10 +68,7 @@ std::uint32_t plain_hsv(std::uint32_t color, const Change& change) {
 }
 
 std::uint32_t plain_masked(std::uint32_t color, std::uint32_t mask, const Change& change) {
-    const int level = channel(mask, 0);
-    const std::uint32_t adjusted = plain_hsv(color, change);
-    return each_channel(
-        [&](int shift) { return (channel(color, shift) * (255 - level) + channel(adjusted, shift) * level) / 255; });
+    return plain_mix_in_255ths(color, plain_hsv(color, change), channel(mask, 0));
 }
 
 const std::vector<Change>& awkward_changes() {
@@ -87,27 +84,19 @@ class Hsv : public ::testing::Test {
 protected:
     ~Hsv() override { EXPECT_EQ(session.host.yields(), 0); }
 
-    static Value region_form(Session& session, const ObjectRef& p, const ObjectRef& rectangle, const Change& change,
-                             bool negative = false) {
-        return session.invoke("TRV_AdjustHSV(extends p ", p, rectangle, change.hue_degrees, change.saturation_factor,
-                              change.brightness_factor, negative, 1);
+    static constexpr Adjustment kHsv = {.name = {"TRV_AdjustHSV"}, .copies_mask = true};
+
+    static Numbers numbers_of(const Change& change, bool negative = false) {
+        return {change.hue_degrees, change.saturation_factor, change.brightness_factor, negative};
     }
-    static Value mask_form(Session& session, const ObjectRef& p, const ObjectRef& mask, const Change& change) {
-        return session.invoke("TRV_AdjustHSVWithMask(extends p ", p, mask, change.hue_degrees, change.saturation_factor,
-                              change.brightness_factor, 1);
+    Value region_form(const ObjectRef& p, const ObjectRef& rectangle, const Change& change, bool negative = false) {
+        return picture_form(session, kHsv.name).call(session, p, rectangle, numbers_of(change, negative));
     }
-    static Value client_region_form(Session& session, const ObjectRef& cp, const ObjectRef& rectangle,
-                                    const Change& change, bool as_picture, bool negative = false) {
-        return session.invoke("TRV_AdjustHSV(extends cp ", cp, rectangle, change.hue_degrees, change.saturation_factor,
-                              change.brightness_factor, negative, 1, as_picture);
-    }
-    static Value client_mask_form(Session& session, const ObjectRef& cp, const ObjectRef& mask, const Change& change,
-                                  bool as_picture) {
-        return session.invoke("TRV_AdjustHSVWithMask(extends cp ", cp, mask, change.hue_degrees,
-                              change.saturation_factor, change.brightness_factor, 1, as_picture);
+    Value mask_form(const ObjectRef& p, const ObjectRef& mask, const Change& change) {
+        return picture_form(session, kHsv.name, Of::mask).call(session, p, mask, numbers_of(change));
     }
     std::uint32_t adjusted(std::uint32_t color, const Change& change, bool negative = false) {
-        const Value result = region_form(session, plain_picture(session, color), {}, change, negative);
+        const Value result = region_form(plain_picture(session, color), {}, change, negative);
         return read_pixel(*picture_in(result), 1, 1);
     }
 
@@ -121,17 +110,11 @@ TEST_F(Hsv, AgreesWithTheJudge) {
     for (const Change& change : awkward_changes()) {
         SCOPED_TRACE(::testing::Message()
                      << change.hue_degrees << " " << change.saturation_factor << " " << change.brightness_factor);
-        expect_agreement(session, random,
-                         RegionOperation{[&](Session& s, const ObjectRef& source, const ObjectRef& rectangle) {
-                                             return region_form(s, source, rectangle, change);
-                                         },
-                                         [&](std::uint32_t color) { return plain_hsv(color, change); }, true});
-        expect_agreement(
-            session, random,
-            MaskOperation{[&](Session& s, const ObjectRef& source, const ObjectRef& mask) {
-                              return mask_form(s, source, mask, change);
-                          },
-                          [&](std::uint32_t color, std::uint32_t mask) { return plain_masked(color, mask, change); }});
+        expect_region_agreement(session, random, kHsv, numbers_of(change),
+                                [&](std::uint32_t color) { return plain_hsv(color, change); });
+        expect_mask_agreement(session, random, kHsv, numbers_of(change), [&](std::uint32_t color, std::uint32_t mask) {
+            return plain_masked(color, mask, change);
+        });
     }
 }
 
@@ -141,7 +124,7 @@ TEST_F(Hsv, EveryColourIsExact) {
     for (int y = 0; y < kSide; ++y)
         for (int x = 0; x < kSide; ++x) write_pixel(pixels(source), x, y, static_cast<std::uint32_t>(y * kSide + x));
     const Change change = {211.7, 1.13, 0.93};
-    const Value result = region_form(session, source, {}, change);
+    const Value result = region_form(source, {}, change);
     ASSERT_TRUE(picture_in(result));
     for (int y = 0; y < kSide; ++y)
         for (int x = 0; x < kSide; ++x)
@@ -194,7 +177,7 @@ TEST_F(Hsv, NegativeInvertsAllOfThePicture) {
         const ObjectRef source = random_picture(session, random, shape, 60, 5);
         const Area area = {4, 1, 45, 3};
         const Value result =
-            region_form(session, source, session.rectangle(area.left, area.top, area.width, area.height), change, true);
+            region_form(source, session.rectangle(area.left, area.top, area.width, area.height), change, true);
         ASSERT_TRUE(picture_in(result));
         PlainImage expected = read_image(pixels(source));
         for (int y = 0; y < expected.height; ++y)
@@ -211,7 +194,7 @@ TEST_F(Hsv, WhiteInTheMaskIsAllOfTheChangeAndBlackNone) {
     const ObjectRef source = plain_picture(session, 0x804020, 2, 1), mask = session.picture(2, 1);
     write_pixel(pixels(mask), 0, 0, 0xFFFF00);  // only the low byte weighs
     write_pixel(pixels(mask), 1, 0, 0x0000FF);
-    const Value result = mask_form(session, source, mask, {0.0, 0.0, 1.0});
+    const Value result = mask_form(source, mask, {0.0, 0.0, 1.0});
     EXPECT_EQ(read_pixel(*picture_in(result), 0, 0), 0x804020u);
     EXPECT_EQ(read_pixel(*picture_in(result), 1, 0), 0x808080u);
 }
@@ -219,12 +202,12 @@ TEST_F(Hsv, WhiteInTheMaskIsAllOfTheChangeAndBlackNone) {
 TEST_F(Hsv, BoundsOfTheArguments) {
     const ObjectRef source = plain_picture(session, 0x804020), mask = session.picture(3, 2);
     const auto region_code = [&](Change change) {
-        const Value result = region_form(session, source, {}, change);
+        const Value result = region_form(source, {}, change);
         EXPECT_EQ(static_cast<bool>(object_in(result)), session.last_error() == 0);
         return session.last_error();
     };
     const auto mask_code = [&](Change change) {
-        const Value result = mask_form(session, source, mask, change);
+        const Value result = mask_form(source, mask, change);
         EXPECT_EQ(static_cast<bool>(object_in(result)), session.last_error() == 0);
         return session.last_error();
     };
@@ -254,52 +237,19 @@ TEST_F(Hsv, BoundsOfTheArguments) {
 }
 
 TEST_F(Hsv, ChecksComeInOrder) {
-    const auto change = [](bool in_range) { return in_range ? Change{0.0, 1.0, 1.0} : Change{360.0, 1.0, 1.0}; };
-    expect_region_checks(session, {[&](Session& s, const ObjectRef& p, const ObjectRef& rectangle, bool in_range) {
-                                       return region_form(s, p, rectangle, change(in_range));
-                                   },
-                                   43});
-    expect_mask_checks(session, {[&](Session& s, const ObjectRef& p, const ObjectRef& mask, bool in_range) {
-                                     return mask_form(s, p, mask, change(in_range));
-                                 },
-                                 43});
-    for (const bool as_picture : {false, true}) {
-        expect_region_checks(session, {[&](Session& s, const ObjectRef& cp, const ObjectRef& rectangle, bool in_range) {
-                                           return client_region_form(s, cp, rectangle, change(in_range), as_picture);
-                                       },
-                                       43, true});
-        expect_mask_checks(session, {[&](Session& s, const ObjectRef& cp, const ObjectRef& mask, bool in_range) {
-                                         return client_mask_form(s, cp, mask, change(in_range), as_picture);
-                                     },
-                                     43, true});
-    }
+    expect_checks(session, kHsv.name, numbers_of({0.0, 1.0, 1.0}), {numbers_of({360.0, 1.0, 1.0}), 43});
 }
 
 TEST_F(Hsv, ClientFormsGiveWhatThePictureFormsGive) {
-    const Change change = {100.0, 1.4, 0.8};
     for (const bool negative : {false, true})
-        expect_same_region_forms(session, random,
-                                 {[&](Session& s, const ObjectRef& p, const ObjectRef& rectangle) {
-                                      return region_form(s, p, rectangle, change, negative);
-                                  },
-                                  [&](Session& s, const ObjectRef& cp, const ObjectRef& rectangle, bool as_picture) {
-                                      return client_region_form(s, cp, rectangle, change, as_picture, negative);
-                                  },
-                                  true});
-    expect_same_mask_forms(
-        session, random,
-        {[&](Session& s, const ObjectRef& p, const ObjectRef& mask) { return mask_form(s, p, mask, change); },
-         [&](Session& s, const ObjectRef& cp, const ObjectRef& mask, bool as_picture) {
-             return client_mask_form(s, cp, mask, change, as_picture);
-         },
-         false});
+        expect_same_forms(session, random, kHsv, numbers_of({100.0, 1.4, 0.8}, negative));
 }
 
 TEST_F(Hsv, AMaskThatCannotBeCopiedGivesCode9AndTheResult) {
     const ObjectRef source = plain_picture(session, 0x804020);
     pixels(source).set_mask(session.picture(3, 2));
     pixels(pixels(source).mask()).set_purged(true);
-    const Value result = region_form(session, source, {}, {0.0, 0.0, 1.0});
+    const Value result = region_form(source, {}, {0.0, 0.0, 1.0});
     ASSERT_TRUE(picture_in(result));
     EXPECT_EQ(session.last_error(), 9);
     EXPECT_EQ(read_pixel(*picture_in(result), 2, 1), 0x808080u);
@@ -308,7 +258,7 @@ TEST_F(Hsv, AMaskThatCannotBeCopiedGivesCode9AndTheResult) {
 // --- the average -----------------------------------------------------------------------------------------------------
 
 struct Average {
-    double hue = -7.0, saturation = -7.0, brightness = -7.0;
+    double hue, saturation, brightness;
 };
 
 // Numbers are compared to the bit; all that are no numbers are the same.
@@ -348,39 +298,21 @@ Average plain_average(const PlainImage& image, const Area& area) {
 
 class AverageHsv : public Hsv {
 protected:
-    Average average(const ObjectRef& p, const ObjectRef& rectangle, const char* declaration = "(extends p ") {
-        const Average untouched;
-        std::array<Value, 6> arguments = {
-            value(p), value(rectangle), untouched.hue, untouched.saturation, untouched.brightness, 1};
-        session.caller.invoke(session.callable(std::string("TRV_GetAverageHSV") + declaration), arguments);
-        return {std::get<double>(arguments[2]), std::get<double>(arguments[3]), std::get<double>(arguments[4])};
+    static constexpr OperationName kName = {"TRV_GetAverageHSV"};
+
+    Average average(const ObjectRef& p, const ObjectRef& rectangle) {
+        Numbers numbers = {-7.0, -7.0, -7.0};
+        picture_form(session, kName).call_by_ref(session, p, rectangle, numbers);
+        return {std::get<double>(numbers[0]), std::get<double>(numbers[1]), std::get<double>(numbers[2])};
     }
 };
 
 TEST_F(AverageHsv, AgreesWithTheJudgeToTheBit) {
-    for (const Shape& shape : source_shapes()) {
-        for (const int width : {any_of(random, 1, 70), 513, 1025}) {
-            SCOPED_TRACE(shape.name() + ", " + std::to_string(width) + " wide");
-            const int height = any_of(random, 1, 6);
-            const ObjectRef source = random_picture(session, random, shape, width, height);
-            const Area area = any_area(random, width, height);
-            const Average expected = plain_average(read_image(pixels(source)), area);
-            const ObjectRef rectangle = session.rectangle(area.left, area.top, area.width, area.height);
-            EXPECT_EQ(average(source, rectangle), expected);
-            EXPECT_EQ(session.last_error(), 0);
-            if (shape.backing == host::Backing::drawing_commands) continue;
-            EXPECT_EQ(average(client_of_picture(session, source), rectangle, "(extends cp "), expected);
-        }
-    }
-    EXPECT_TRUE(session.host.complaints().empty());
-}
-
-TEST_F(AverageHsv, OfClientPicturesInOwnMemory) {
-    for (const int depth : {16, 24, 32}) {
-        const ObjectRef client = client_in_own_memory(session, random, 23, 5, depth, true);
-        const ObjectRef rectangle = session.rectangle(3, 1, 30, 3);
-        EXPECT_EQ(average(client, rectangle, "(extends cp "), average(session.picture_of(client), rectangle));
-    }
+    expect_average_agreement(session, random, kName, {-7.0, -7.0, -7.0},
+                             [](const PlainImage& image, const Area& area) -> Numbers {
+                                 const Average expected = plain_average(image, area);
+                                 return {expected.hue, expected.saturation, expected.brightness};
+                             });
 }
 
 // The sums' fractions are exact: 20 million times 255/256.
@@ -409,16 +341,7 @@ TEST_F(AverageHsv, TheHueIsThatOfTheMeanColour) {
     EXPECT_EQ(average(source, {}).hue, 60.0 * (5.0 / 127.0));
 }
 
-TEST_F(AverageHsv, ChecksComeInOrderAndFailuresLeaveTheOutputs) {
-    const auto unchanged = [&](const char* declaration) {
-        return [this, declaration](Session&, const ObjectRef& p, const ObjectRef& rectangle, bool) {
-            EXPECT_EQ(average(p, rectangle, declaration), Average{});
-            return Value(Nil{});
-        };
-    };
-    expect_region_checks_without_result(session, {unchanged("(extends p "), 0});
-    expect_region_checks_without_result(session, {unchanged("(extends cp "), 0, true});
-}
+TEST_F(AverageHsv, ChecksComeInOrderAndFailuresLeaveTheOutputs) { expect_checks(session, kName, {-7.0, -7.0, -7.0}); }
 
 }  // namespace
 }  // namespace tarvo::test

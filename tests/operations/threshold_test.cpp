@@ -2,8 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "judge.h"
-#include "session.h"
+#include "adjustment_checks.h"
 
 namespace tarvo::test {
 namespace {
@@ -27,11 +26,12 @@ std::uint32_t plain_threshold(std::uint32_t color, const Rule& rule) {
 }
 
 std::uint32_t plain_masked(std::uint32_t color, std::uint32_t mask, const Rule& rule) {
-    const std::uint32_t changed = plain_threshold(color, rule);
-    const int level = channel(mask, 0);
-    return each_channel(
-        [&](int shift) { return (channel(color, shift) * (255 - level) + channel(changed, shift) * level) / 255; });
+    return plain_mix_in_255ths(color, plain_threshold(color, rule), channel(mask, 0));
 }
+
+constexpr Adjustment kThreshold = {.name = {"TRV_Threshold"}};
+
+Numbers numbers_of(const Rule& rule) { return {rule.darker, rule.all, Color{rule.threshold}, Color{rule.target}}; }
 
 class Threshold : public ::testing::Test {
 protected:
@@ -44,12 +44,10 @@ protected:
         return all;
     }
     Value threshold(const ObjectRef& source, const ObjectRef& rectangle, const Rule& rule) {
-        return session.call(source, "TRV_Threshold", rectangle, rule.darker, rule.all, Color{rule.threshold},
-                            Color{rule.target});
+        return picture_form(session, kThreshold.name).call(session, source, rectangle, numbers_of(rule));
     }
     Value threshold_with_mask(const ObjectRef& source, const ObjectRef& mask, const Rule& rule) {
-        return session.call(source, "TRV_ThresholdWithMask", mask, rule.darker, rule.all, Color{rule.threshold},
-                            Color{rule.target});
+        return picture_form(session, kThreshold.name, Of::mask).call(session, source, mask, numbers_of(rule));
     }
     std::uint32_t one(std::uint32_t color, const Rule& rule) {
         const ObjectRef source = session.picture(1, 1);
@@ -61,24 +59,13 @@ protected:
     Random random{7201};
 };
 
-TEST_F(Threshold, RegionFormAgreesWithTheJudge) {
-    for (const Rule& rule : rules())
-        expect_agreement(session, random,
-                         RegionOperation{[&](Session&, const ObjectRef& source, const ObjectRef& rectangle) {
-                                             return threshold(source, rectangle, rule);
-                                         },
-                                         [&](std::uint32_t color) { return plain_threshold(color, rule); }, false});
-    EXPECT_TRUE(session.host.complaints().empty());
-}
-
-TEST_F(Threshold, MaskFormAgreesWithTheJudge) {
-    for (const Rule& rule : rules())
-        expect_agreement(
-            session, random,
-            MaskOperation{[&](Session&, const ObjectRef& source, const ObjectRef& mask) {
-                              return threshold_with_mask(source, mask, rule);
-                          },
-                          [&](std::uint32_t color, std::uint32_t mask) { return plain_masked(color, mask, rule); }});
+TEST_F(Threshold, AgreesWithTheJudge) {
+    for (const Rule& rule : rules()) {
+        expect_region_agreement(session, random, kThreshold, numbers_of(rule),
+                                [&](std::uint32_t color) { return plain_threshold(color, rule); });
+        expect_mask_agreement(session, random, kThreshold, numbers_of(rule),
+                              [&](std::uint32_t color, std::uint32_t mask) { return plain_masked(color, mask, rule); });
+    }
     EXPECT_TRUE(session.host.complaints().empty());
 }
 
@@ -147,42 +134,8 @@ TEST_F(Threshold, ABlackMaskChangesNothingAndAWhiteOneEverything) {
     }
 }
 
-TEST_F(Threshold, ChecksOfTheRegionFormComeInOrder) {
-    const ObjectRef source = session.picture(3, 2), unlockable = session.picture(3, 2);
-    pixels(unlockable).set_purged(true);
-    const ObjectRef outside = session.rectangle(50, 50, 5, 5);
-    const auto code = [&](const ObjectRef& p, const ObjectRef& rectangle) {
-        const Value result =
-            session.invoke("TRV_Threshold(extends p", p, rectangle, true, true, Color{0x808080}, Color{0});
-        EXPECT_FALSE(picture_in(result));
-        return session.last_error();
-    };
-    EXPECT_EQ(code({}, outside), 2);
-    EXPECT_EQ(code(unlockable, outside), 4);
-    session.host.faults.fail_at("newPicture", 1);
-    EXPECT_EQ(code(source, outside), 38);
-    EXPECT_EQ(code(source, {}), 6);
-}
-
-TEST_F(Threshold, ChecksOfTheMaskFormComeInOrder) {
-    const auto code = [&](const ObjectRef& p, const ObjectRef& mask) {
-        const Value result =
-            session.invoke("TRV_ThresholdWithMask(extends p", p, mask, true, true, Color{0x808080}, Color{0});
-        EXPECT_FALSE(picture_in(result));
-        return session.last_error();
-    };
-    const ObjectRef source = session.picture(3, 2), unlockable = session.picture(3, 2);
-    pixels(unlockable).set_purged(true);
-    EXPECT_EQ(code({}, {}), 2);
-    EXPECT_EQ(code(unlockable, {}), 8);
-    EXPECT_EQ(code(unlockable, unlockable), 4);
-    EXPECT_EQ(code(source, unlockable), 9);
-    EXPECT_EQ(code(source, session.picture(2, 2)), 10);
-    EXPECT_EQ(code(source, session.picture(3, 3)), 10);
-    EXPECT_EQ(code(source, session.picture(3, 2, 12)), 11);
-    EXPECT_EQ(code(source, session.picture(2, 2, 12)), 11);  // tested after the size, whose code it replaces
-    session.host.faults.fail_at("newPicture", 1);
-    EXPECT_EQ(code(source, session.picture(3, 2)), 6);
+TEST_F(Threshold, ChecksComeInOrder) {
+    expect_checks(session, kThreshold.name, {true, true, Color{0x808080}, Color{0}});
 }
 
 TEST_F(Threshold, NothingIsLeftBehindAndTheHostGetsNoControl) {

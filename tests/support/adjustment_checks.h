@@ -1,39 +1,33 @@
 #pragma once
 
 // What tone and colour operations have in common but for what they do to colours: the order of their checks, and that
-// the client-picture form gives what the picture form gives.
-
-#include <functional>
-#include <string_view>
+// the forms on client pictures give what those on pictures give.
 
 #include "judge.h"
 
 namespace tarvo::test {
 
-// A form of an operation whose second argument is a rectangle, or a mask.
-struct CheckedForm {
-    // Calls it with its numbers in range, or the first of them out of range.
-    std::function<Value(Session&, const ObjectRef& p, const ObjectRef& second, bool in_range)> call;
-    int range_code;  // 0 when no number has a range
-    bool on_client_pictures = false;
+// Numbers of which the first is out of range, and the code for it; 0 when no number has a range.
+struct OutOfRange {
+    Numbers numbers = {};
+    int code = 0;
 };
-// Each check alone and with all that come after it failing too: nil, range, lock, region, result.
-void expect_region_checks(Session& session, const CheckedForm& form);
-// Nil, range, lock, the mask's lock, size and depth, result.
-void expect_mask_checks(Session& session, const CheckedForm& form);
-// Without a result picture: nothing is made, so that nothing more can fail.
-void expect_region_checks_without_result(Session& session, const CheckedForm& form);
+// Each check of each form alone, and with all that come after it failing too: nil, range, lock, region, result; or nil,
+// range, lock, the mask's lock, size and depth, result. What is passed by reference stays as it was. Without a result
+// picture nothing is made, so that nothing more can fail.
+void expect_checks(Session& session, const OperationName& operation, const Numbers& numbers,
+                   const OutOfRange& wrong = {});
 
-// Both forms of an operation.
-struct TwoForms {
-    std::function<Value(Session&, const ObjectRef& picture, const ObjectRef& second)> picture_form;
-    std::function<Value(Session&, const ObjectRef& client, const ObjectRef& second, bool as_picture)> client_form;
-    bool copies_mask;
-};
-// Client pictures of every backing and depth, with and without masks, against the picture form; results of either
+// Client pictures of every backing and depth, with and without masks, against the picture forms; results of either
 // backing. Nothing stays held when the results are gone.
-void expect_same_region_forms(Session& session, Random& random, const TwoForms& forms);
-void expect_same_mask_forms(Session& session, Random& random, const TwoForms& forms);
+void expect_same_forms(Session& session, Random& random, const Adjustment& adjustment, const Numbers& numbers);
+
+// The numbers that a form leaves which averages an area of a picture.
+using PlainAverage = std::function<Numbers(const PlainImage& image, const Area& area)>;
+// Random areas of pictures of every depth and kind, and of client pictures where there are such forms. `numbers` are
+// what is passed, `average` what comes of it, to the bit.
+void expect_average_agreement(Session& session, Random& random, const OperationName& operation, const Numbers& numbers,
+                              const PlainAverage& average);
 
 // The picture class's own method whose declaration begins so.
 const host::Callable& picture_member(const Session& session, std::string_view declaration);

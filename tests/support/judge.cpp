@@ -81,22 +81,35 @@ void expect_mask_copied(Session& session, const Picture& source, const Picture& 
     EXPECT_TRUE(session.host.complaints().empty());
 }
 
-void expect_region(Session& session, const RegionOperation& operation, const ObjectRef& source, const Area* area) {
+// A form with the numbers that it is called with.
+struct Call {
+    Session& session;
+    const Form form;
+    const Numbers& numbers;
+
+    Value operator()(const ObjectRef& p, const ObjectRef& second) const {
+        return form.call(session, p, second, numbers);
+    }
+};
+
+void expect_region(const Call& call, const Adjustment& adjustment, const PlainChange& change, const ObjectRef& source,
+                   const Area* area) {
+    Session& session = call.session;
     const ObjectRef rectangle =
         area ? session.rectangle(area->left, area->top, area->width, area->height) : ObjectRef();
     const auto before = all_bytes(source);
-    const Value result = operation.call(session, source, rectangle);
+    const Value result = call(source, rectangle);
     ASSERT_TRUE(picture_in(result)) << session.last_error();
     EXPECT_EQ(session.last_error(), 0);
 
     PlainImage expected = read_image(pixels(source));
     for (int y = 0; y < expected.height; ++y)
         for (int x = 0; x < expected.width; ++x)
-            if (!area || area->has(x, y)) expected.at(x, y) = operation.change(expected.at(x, y));
+            if (!area || area->has(x, y)) expected.at(x, y) = change(expected.at(x, y));
     EXPECT_EQ(difference(*picture_in(result), expected, std::max(pixels(source).depth(), 16)), "");
     expect_unused_bits(*picture_in(result), pixels(source),
-                       [&](int x, int y) { return operation.copies_words && area && !area->has(x, y); });
-    if (operation.copies_mask)
+                       [&](int x, int y) { return adjustment.copies_words && area && !area->has(x, y); });
+    if (adjustment.copies_mask)
         expect_mask_copied(session, pixels(source), *picture_in(result));
     else
         EXPECT_FALSE(picture_in(result)->mask());
@@ -118,19 +131,20 @@ const std::vector<Shape>& wide_shapes() {
 
 // That the call gives nothing but the code, and leaves what it was given as it was. A drawing without pixels cannot be
 // rendered, and is refused before anything else.
-template <class Call>
-void expect_refusal(Session& session, const ObjectRef& source, int code, Call call) {
+void expect_refusal(const Call& call, const ObjectRef& source, const ObjectRef& second, int code) {
     const bool drawing = pixels(source).backing() == host::Backing::drawing_commands;
     const auto before = all_bytes(source);
-    EXPECT_FALSE(object_in(call()));
-    EXPECT_EQ(session.last_error(), drawing ? kSourceLockCode : code);
+    EXPECT_FALSE(object_in(call(source, second)));
+    EXPECT_EQ(call.session.last_error(), drawing ? kSourceLockCode : code);
     EXPECT_EQ(all_bytes(source), before);
-    EXPECT_EQ(session.host.complaints(), std::vector<std::string>());
+    EXPECT_EQ(call.session.host.complaints(), std::vector<std::string>());
 }
 
 }  // namespace
 
-void expect_agreement(Session& session, Random& random, const RegionOperation& operation) {
+void expect_region_agreement(Session& session, Random& random, const Adjustment& adjustment, const Numbers& numbers,
+                             const PlainChange& change) {
+    const Call call = {session, picture_form(session, adjustment.name), numbers};
     for (Shape shape : source_shapes()) {
         for (const int mask_depth : mask_depths()) {
             const bool drawing = shape.backing == host::Backing::drawing_commands;
@@ -140,8 +154,8 @@ void expect_agreement(Session& session, Random& random, const RegionOperation& o
             const ObjectRef source = random_picture(session, random, shape, width, height);
             const Area area = any_area(random, width, height);
             SCOPED_TRACE(shape.name() + ", " + std::to_string(width) + " x " + std::to_string(height));
-            expect_region(session, operation, source, nullptr);
-            expect_region(session, operation, source, &area);
+            expect_region(call, adjustment, change, source, nullptr);
+            expect_region(call, adjustment, change, source, &area);
         }
     }
     for (const Shape& shape : wide_shapes()) {
@@ -149,7 +163,7 @@ void expect_agreement(Session& session, Random& random, const RegionOperation& o
             SCOPED_TRACE(shape.name() + ", a run of " + std::to_string(run));
             const Area area = {any_of(random, 1, 20), any_of(random, 0, 1), run, 1};
             const int width = area.left + run + any_of(random, 0, 20);
-            expect_region(session, operation, random_picture(session, random, shape, width, 2), &area);
+            expect_region(call, adjustment, change, random_picture(session, random, shape, width, 2), &area);
         }
     }
     for (const Shape& shape : source_shapes()) {
@@ -157,24 +171,24 @@ void expect_agreement(Session& session, Random& random, const RegionOperation& o
             SCOPED_TRACE(shape.name() + ", " + name_of(size));
             const ObjectRef source = random_picture(session, random, shape, size.width, size.height);
             for (const ObjectRef& rectangle : {ObjectRef(), session.rectangle(-9, -9, 20, 20)})
-                expect_refusal(session, source, kSelectionCode,
-                               [&] { return operation.call(session, source, rectangle); });
+                expect_refusal(call, source, rectangle, kSelectionCode);
         }
     }
 }
 
 namespace {
 
-void expect_weighted(Session& session, const MaskOperation& operation, const ObjectRef& source, const ObjectRef& mask) {
+void expect_weighted(const Call& call, const PlainMaskedChange& change, const ObjectRef& source,
+                     const ObjectRef& mask) {
     const auto source_before = all_bytes(source), mask_before = all_bytes(mask);
-    const Value result = operation.call(session, source, mask);
-    ASSERT_TRUE(picture_in(result)) << session.last_error();
-    EXPECT_EQ(session.last_error(), 0);
+    const Value result = call(source, mask);
+    ASSERT_TRUE(picture_in(result)) << call.session.last_error();
+    EXPECT_EQ(call.session.last_error(), 0);
 
     PlainImage expected = read_image(pixels(source));
     const PlainImage weights = read_image(pixels(mask));
     for (std::size_t i = 0; i < expected.colors.size(); ++i)
-        expected.colors[i] = operation.change(expected.colors[i], weights.colors[i]);
+        expected.colors[i] = change(expected.colors[i], weights.colors[i]);
     EXPECT_EQ(difference(*picture_in(result), expected, std::max(pixels(source).depth(), 16)), "");
     expect_unused_bits(*picture_in(result), pixels(source), [](int, int) { return false; });
     EXPECT_FALSE(picture_in(result)->mask());  // not the source's either
@@ -184,7 +198,9 @@ void expect_weighted(Session& session, const MaskOperation& operation, const Obj
 
 }  // namespace
 
-void expect_agreement(Session& session, Random& random, const MaskOperation& operation) {
+void expect_mask_agreement(Session& session, Random& random, const Adjustment& adjustment, const Numbers& numbers,
+                           const PlainMaskedChange& change) {
+    const Call call = {session, picture_form(session, adjustment.name, Of::mask), numbers};
     std::size_t round = 0;
     for (Shape shape : source_shapes()) {
         for (const Shape& mask_shape : source_shapes()) {
@@ -192,7 +208,7 @@ void expect_agreement(Session& session, Random& random, const MaskOperation& ope
                 shape.mask_depth = mask_depths()[round++ % mask_depths().size()];
             SCOPED_TRACE(shape.name() + " with a mask argument of " + mask_shape.name());
             const int width = any_of(random, 1, 40), height = any_of(random, 1, 6);
-            expect_weighted(session, operation, random_picture(session, random, shape, width, height),
+            expect_weighted(call, change, random_picture(session, random, shape, width, height),
                             random_picture(session, random, mask_shape, width, height));
         }
     }
@@ -200,7 +216,7 @@ void expect_agreement(Session& session, Random& random, const MaskOperation& ope
         for (const int run : wide_runs()) {
             const Shape& mask_shape = wide_shapes()[round++ % wide_shapes().size()];  // of each depth in turn
             SCOPED_TRACE(shape.name() + " with a mask argument of " + mask_shape.name() + ", " + std::to_string(run));
-            expect_weighted(session, operation, random_picture(session, random, shape, run, 2),
+            expect_weighted(call, change, random_picture(session, random, shape, run, 2),
                             random_picture(session, random, mask_shape, run, 2));
         }
     }
@@ -209,9 +225,14 @@ void expect_agreement(Session& session, Random& random, const MaskOperation& ope
             SCOPED_TRACE(shape.name() + ", " + name_of(size));
             const ObjectRef source = random_picture(session, random, shape, size.width, size.height);
             const ObjectRef mask = random_picture(session, random, {.depth = 8}, size.width, size.height);
-            expect_refusal(session, source, kResultCode, [&] { return operation.call(session, source, mask); });
+            expect_refusal(call, source, mask, kResultCode);
         }
     }
+}
+
+std::uint32_t plain_mix_in_255ths(std::uint32_t color, std::uint32_t changed, int level) {
+    return each_channel(
+        [&](int shift) { return (channel(color, shift) * (255 - level) + channel(changed, shift) * level) / 255; });
 }
 
 }  // namespace tarvo::test

@@ -5,6 +5,7 @@
 
 #include <functional>
 
+#include "forms.h"
 #include "pictures.h"
 #include "plain_image.h"
 
@@ -26,25 +27,25 @@ void plain_copy_mask(const Picture& source, Picture& destination);
 // it.
 void expect_unused_bits(const Picture& result, const Picture& source, const std::function<bool(int x, int y)>& kept);
 
-// An operation that changes the pixels of a region, each on its own.
-struct RegionOperation {
-    // Calls the picture form.
-    std::function<Value(Session&, const ObjectRef& source, const ObjectRef& rectangle)> call;
-    std::function<std::uint32_t(std::uint32_t)> change;
-    bool copies_mask;
+// An operation that changes pixels, each on its own: those of a region, or all as far as a mask says.
+struct Adjustment {
+    OperationName name;
+    bool copies_mask = false;   // the source's, into the result of the form that changes a region
     bool copies_words = false;  // around the region, at 16 bits with the unused bit
 };
+using PlainChange = std::function<std::uint32_t(std::uint32_t color)>;
+using PlainMaskedChange = std::function<std::uint32_t(std::uint32_t color, std::uint32_t mask)>;
+
 // Random pictures of every depth, kind and mask, each with a random rectangle and with none; and wide rectangles. An
 // empty picture has no region to change: code 38.
-void expect_agreement(Session& session, Random& random, const RegionOperation& operation);
-
-// An operation that changes the whole picture, weighted by a mask.
-struct MaskOperation {
-    std::function<Value(Session&, const ObjectRef& source, const ObjectRef& mask)> call;
-    std::function<std::uint32_t(std::uint32_t color, std::uint32_t mask)> change;
-};
+void expect_region_agreement(Session& session, Random& random, const Adjustment& adjustment, const Numbers& numbers,
+                             const PlainChange& change);
 // Random pictures of every depth and kind, with masks of their own, and random mask arguments of every depth and kind;
 // and wide pictures. Of empty pictures no result can be made: code 6.
-void expect_agreement(Session& session, Random& random, const MaskOperation& operation);
+void expect_mask_agreement(Session& session, Random& random, const Adjustment& adjustment, const Numbers& numbers,
+                           const PlainMaskedChange& change);
+
+// In 255ths, as most operations weigh by a mask: a colour that has changed as far as the mask's level says.
+std::uint32_t plain_mix_in_255ths(std::uint32_t color, std::uint32_t changed, int level);
 
 }  // namespace tarvo::test
