@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "arguments.h"
+#include "described_forms.h"
 #include "fake_screen.h"
 
 namespace tarvo::test {
@@ -10,14 +10,14 @@ namespace {
 
 class Bounds : public testing::TestWithParam<std::size_t> {
 protected:
-    FakeScreen screen{kWidth, kHeight};
+    FakeScreen screen{kUsualSize.width, kUsualSize.height};
     Session session;
     reference::Reference reference{session.caller};
     DescribedForm form = all_forms(reference).at(GetParam());
     Random random{1};
 
     std::vector<Value> arguments(const std::optional<Fixed>& fixed = {}) {
-        return good_arguments(session, random, form, {}, fixed);
+        return good_arguments(session, random, form.callable(), {}, fixed);
     }
     std::optional<Failure> failure_with(std::size_t parameter, double number) {
         std::vector<Value> values = arguments(Fixed{parameter, number});

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-#include "arguments.h"
+#include "described_forms.h"
 #include "fake_screen.h"
 #include "snapshot.h"
 
@@ -14,26 +14,26 @@ namespace {
 
 class Conduct : public testing::TestWithParam<std::size_t> {
 protected:
-    FakeScreen screen{kWidth, kHeight};
+    FakeScreen screen{kUsualSize.width, kUsualSize.height};
     Session session;
     reference::Reference reference{session.caller};
     DescribedForm form = all_forms(reference).at(GetParam());
 
-    std::vector<Value> arguments(const Setting& setting, int seed = 1) {
+    std::vector<Value> arguments(const Variant& variant, int seed = 1) {
         Random random(static_cast<Random::result_type>(seed));
-        return good_arguments(session, random, form, setting);
+        return good_arguments(session, random, form.callable(), variant);
     }
 };
 
 // Numbers that are bound by nothing are 1, the budget for pixels is one of them.
 TEST_P(Conduct, TheHostGetsControlWhereItIsSaid) {
     bool yielded = false;
-    for (const Setting& setting : all_settings()) {
+    for (const Variant& variant : all_variants()) {
         const int before = session.host.yields();
-        std::vector<Value> values = arguments(setting);
+        std::vector<Value> values = arguments(variant);
         call(session, form, values);
         yielded = yielded || session.host.yields() > before;
-        if (setting.left_out) {
+        if (variant.left_out) {
             EXPECT_EQ(session.host.yields(), before) << "a budget that is left out asks for none";
         }
     }
@@ -42,8 +42,8 @@ TEST_P(Conduct, TheHostGetsControlWhereItIsSaid) {
 
 TEST_P(Conduct, TheObjectChangesWhereItIsSaid) {
     bool changed = false;
-    for (const Setting& setting : all_settings()) {
-        std::vector<Value> values = arguments(setting);
+    for (const Variant& variant : all_variants()) {
+        std::vector<Value> values = arguments(variant);
         if (form.form().self == "none") continue;
         const Snapshot before(session, values.front());
         call(session, form, values);
@@ -74,8 +74,9 @@ ObjectRef with_mask_of(Session& session, const ObjectRef& object, std::uint8_t l
         Picture& mask = pixels(shown->mask());
         for (int y = 0; y < mask.height(); ++y) std::fill_n(mask.row(y), mask.packed_row_bytes(), level);
     } else if (const auto* const string = dynamic_cast<const host::StringObject*>(object.get())) {
+        constexpr std::size_t kLevels = std::size_t{kUsualSize.width} * kUsualSize.height;
         std::string bytes(string->bytes());
-        bytes.replace(bytes.size() - kWidth * kHeight, kWidth * kHeight, kWidth * kHeight, static_cast<char>(level));
+        bytes.replace(bytes.size() - kLevels, kLevels, kLevels, static_cast<char>(level));
         return session.host.new_string(bytes);
     }
     return object;
@@ -96,7 +97,7 @@ TEST_P(Conduct, TheMaskIsKeptWhereItIsSaid) {
         // The same call twice, but for what the object's mask shows.
         std::vector<std::vector<std::uint8_t>> seen;
         for (const int level : {0, 255}) {
-            std::vector<Value> values = arguments({.masked = true, .as_picture = as_picture});
+            std::vector<Value> values = arguments({.shape = {.mask_depth = 32}, .as_picture = as_picture});
             if (form.form().self != "none")
                 values.front() = with_mask_of(session, object_in(values.front()), static_cast<std::uint8_t>(level));
             seen.push_back(mask_in(session, object_in(call(session, form, values).result)));

@@ -9,7 +9,7 @@
 #include <limits>
 #include <set>
 
-#include "arguments.h"
+#include "described_forms.h"
 #include "fake_screen.h"
 #include "services.h"
 
@@ -27,26 +27,26 @@ using Spoil = std::function<void(std::vector<Value>&)>;
 
 class Errors : public testing::TestWithParam<std::size_t> {
 protected:
-    FakeScreen screen{kWidth, kHeight};
+    FakeScreen screen{kUsualSize.width, kUsualSize.height};
     Session session;
     reference::Reference reference{session.caller};
     DescribedForm form = all_forms(reference).at(GetParam());
 
-    std::vector<Value> arguments(const Setting& setting) {
+    std::vector<Value> arguments(const Variant& variant) {
         Random random(1);
-        return good_arguments(session, random, form, setting);
+        return good_arguments(session, random, form.callable(), variant);
     }
 
-    std::optional<Failure> failure_of(const Setting& setting, std::initializer_list<const Spoil*> spoils = {}) {
-        std::vector<Value> values = arguments(setting);
+    std::optional<Failure> failure_of(const Variant& variant, std::initializer_list<const Spoil*> spoils = {}) {
+        std::vector<Value> values = arguments(variant);
         for (const Spoil* each : spoils) (*each)(values);
         clear_code(session);
         return call(session, form, values).failure;
     }
 
     std::vector<Spoil> spoils();
-    void provoke_by_arguments(const Setting& setting);
-    void provoke_by_host(const Setting& setting);
+    void provoke_by_arguments(const Variant& variant);
+    void provoke_by_host(const Variant& variant);
 
     std::set<Failure> told() const {
         std::set<Failure> failures;
@@ -66,14 +66,19 @@ void Errors::spoil_object(std::size_t i, std::vector<Spoil>& all) {
         all.push_back([this, i, make](std::vector<Value>& values) { values[i] = make(); });
     };
     const std::string& type = form.callable().parameters[i].type.name;
+    const auto [width, height] = kUsualSize;
+    const host::PictureOptions spoilt[] = {{.width = width + 1, .height = height},
+                                           {.width = width, .height = height, .depth = 12},
+                                           {.width = 0, .height = height, .any_sides = true}};
     put([] { return Value(host::Nil{}); });
     if (type == "picture") {
-        put([this] { return Value(session.picture(kWidth + 1, kHeight)); });
-        put([this] { return Value(session.picture(kWidth, kHeight, 12)); });
+        for (const host::PictureOptions& each : spoilt)
+            put([=, this] { return Value(session.host.new_picture(each)); });
     } else if (type == "TRV_ClientPicture") {
-        put([this] { return Value(client_of_picture(session, session.picture(kWidth + 1, kHeight))); });
+        for (const host::PictureOptions& each : spoilt)
+            put([=, this] { return Value(client_of_picture(session, session.host.new_picture(each))); });
     } else if (type == "TRV_Rectangle") {
-        put([this] { return Value(session.rectangle(kWidth, 0, 1, 1)); });
+        put([this] { return Value(session.rectangle(kUsualSize.width, 0, 1, 1)); });
         put([this] { return Value(session.rectangle(0, 0, 0, 0)); });
     } else if (form.callable().parameters[i].type.kind == host::TypeKind::string) {
         put([this] { return Value(session.host.new_string("too short")); });
@@ -103,20 +108,20 @@ std::vector<Spoil> Errors::spoils() {
     return all;
 }
 
-void Errors::provoke_by_arguments(const Setting& setting) {
+void Errors::provoke_by_arguments(const Variant& variant) {
     const std::vector<Spoil> all = spoils();
     for (std::size_t i = 0; i < all.size(); ++i)
         for (std::size_t j = 0; j <= i; ++j)
-            if (const auto failure = failure_of(setting, {&all[i], &all[j]})) seen.insert(*failure);
+            if (const auto failure = failure_of(variant, {&all[i], &all[j]})) seen.insert(*failure);
 }
 
-void Errors::provoke_by_host(const Setting& setting) {
+void Errors::provoke_by_host(const Variant& variant) {
     for (const host::Service& service : host::all_services()) {
         if (std::ranges::find(kUnnoticed, service.name) != std::end(kUnnoticed)) continue;
         for (const bool from_then_on : {false, true}) {
             bool happened = true;
             for (int n = 1; happened; ++n) {
-                std::vector<Value> values = arguments(setting);
+                std::vector<Value> values = arguments(variant);
                 clear_code(session);
                 session.host.faults.fail_at(service.name, n, from_then_on);
                 const Answer answer = call(session, form, values);
@@ -129,11 +134,11 @@ void Errors::provoke_by_host(const Setting& setting) {
 }
 
 TEST_P(Errors, AreThoseThatAreTold) {
-    for (const Setting& setting : all_settings()) {
-        SCOPED_TRACE(testing::PrintToString(setting));
-        if (const auto failure = failure_of(setting)) seen.insert(*failure);
-        provoke_by_arguments(setting);
-        provoke_by_host(setting);
+    for (const Variant& variant : all_variants()) {
+        SCOPED_TRACE(testing::PrintToString(variant));
+        if (const auto failure = failure_of(variant)) seen.insert(*failure);
+        provoke_by_arguments(variant);
+        provoke_by_host(variant);
     }
     EXPECT_EQ(seen, told()) << form.form().declaration();
 }

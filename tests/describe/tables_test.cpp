@@ -6,7 +6,7 @@
 #include <cctype>
 #include <set>
 
-#include "arguments.h"
+#include "described_forms.h"
 #include "wording.h"
 
 namespace tarvo::test {

@@ -6,8 +6,10 @@ namespace tarvo::test {
 
 using CourseOf = void (*)(Rehearsal&);
 
-// The course of a method with the arguments of arguments_for. Throws when none is told: a new operation needs its line
-// in the table.
+// With good arguments. The usual one of a method that is declared so, where the table of courses tells none; throws when
+// there is none either.
 CourseOf course_of(const host::Callable& method);
+// Whether it is that.
+bool has_usual_course(const host::Callable& method);
 
 }  // namespace tarvo::test

@@ -11,13 +11,13 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "arguments.h"
 #include "courses.h"
 #include "fake_screen.h"
 #include "holdings.h"
 #include "services.h"
 #include "snapshot.h"
 #include "survivors.h"
+#include "variants.h"
 
 namespace tarvo::test {
 namespace {
@@ -88,7 +88,7 @@ private:
 
     Report run_with_arguments(const Variant& variant, const Fault& fault, bool orders, int fault_calls) {
         Random random(1);
-        std::vector<Value> arguments = arguments_for(session_, random, method_, variant);
+        std::vector<Value> arguments = good_arguments(session_, random, method_, variant);
         std::vector<Snapshot> snapshots;
         for (const Value& argument : arguments) snapshots.emplace_back(session_, argument);
         const Outcome expected =
@@ -183,6 +183,12 @@ std::string describe(const Variant& variant, const Fault& fault) {
     return text.str();
 }
 
+// The method, and what a failed test may be due to.
+std::string told_of(const Callable& method) {
+    const char* const hint = " (has the usual course of such declarations; tests/faults/courses.cpp can tell another)";
+    return method.declaration.text + (has_usual_course(method) ? hint : "");
+}
+
 // All variants, or as many as are asked for, from all over.
 std::vector<Variant> tried_variants(const Callable& method) {
     const std::vector<Variant> all = variants_of(method);
@@ -201,7 +207,7 @@ class FaultLoop : public testing::TestWithParam<std::size_t> {};
 TEST_P(FaultLoop, WithoutFaultTheCourseIsAsTold) {
     Bench bench(GetParam());
     for (const Variant& variant : tried_variants(bench.method())) {
-        SCOPED_TRACE(bench.method().declaration.text + ": " + variant.name);
+        SCOPED_TRACE(told_of(bench.method()) + ": " + variant.name);
         Report report = bench.run(variant, {});
         for (const auto& [service, calls] : report.calls) {
             if (gives_something(service)) {
@@ -220,7 +226,7 @@ TEST_P(FaultLoop, EachServiceFailsAtEachCall) {
                 int n = 0;
                 for (bool happened = true; happened;) {
                     const Fault fault = {service.name, ++n, from_then_on};
-                    SCOPED_TRACE(bench.method().declaration.text + ": " + describe(variant, fault));
+                    SCOPED_TRACE(told_of(bench.method()) + ": " + describe(variant, fault));
                     happened = bench.run(variant, fault).fault_happened;
                     ASSERT_LT(n, kMostCalls);
                     if (HasFailure()) return;
@@ -238,8 +244,7 @@ TEST_P(FaultLoop, EachServiceIsMissing) {
             if (count == 0) continue;
             const Fault fault = {service, 1, true};
             Bench bench(GetParam());
-            SCOPED_TRACE(bench.method().declaration.text + ": " + variant.name + "; there is no " +
-                         std::string(service));
+            SCOPED_TRACE(told_of(bench.method()) + ": " + variant.name + "; there is no " + std::string(service));
             bench.hide(service);
             bench.run(variant, fault, false, count);
             if (HasFailure()) return;
@@ -255,9 +260,9 @@ TEST_P(FaultLoop, ACallbackOfTheHostThrows) {
     for (const Variant& variant : tried_variants(method)) {
         bool thrown = true;
         for (int n = 1; thrown; ++n) {
-            SCOPED_TRACE(method.declaration.text + ": " + variant.name + "; throws at callback " + std::to_string(n));
+            SCOPED_TRACE(told_of(method) + ": " + variant.name + "; throws at callback " + std::to_string(n));
             const Holdings before = holdings_in(session);
-            std::vector<Value> arguments = arguments_for(session, random, method, variant);
+            std::vector<Value> arguments = good_arguments(session, random, method, variant);
             std::vector<Snapshot> snapshots;
             for (const Value& argument : arguments) snapshots.emplace_back(session, argument);
             int callbacks = 0;

@@ -54,6 +54,12 @@ int Rehearsal::mask_depth(int argument) const {
     return shown && shown->mask() ? pixels(shown->mask()).depth() : session_.host.mask_depth();
 }
 
+bool Rehearsal::string_has_mask(int argument) const {
+    constexpr std::size_t kFlag = 10;
+    const ObjectRef string = object_in(arguments_[static_cast<std::size_t>(argument)]);
+    return dynamic_cast<const host::StringObject&>(*string.get()).bytes()[kFlag] != 0;
+}
+
 bool Rehearsal::client_form() const { return is_client(arguments_[0]); }
 
 bool Rehearsal::flag(std::string_view parameter) const {

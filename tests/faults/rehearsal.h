@@ -105,6 +105,7 @@ public:
     int result_depth() const;
     int mask_depth(int argument) const;  // of a picture's mask as it is handed in, or as the host makes it
     const Picture* picture(int argument) const;
+    bool string_has_mask(int argument) const;  // of a picture's string
 
 private:
     struct Stop {};
