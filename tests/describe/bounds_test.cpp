@@ -3,31 +3,21 @@
 #include <gtest/gtest.h>
 
 #include "described_forms.h"
-#include "fake_screen.h"
 
 namespace tarvo::test {
 namespace {
 
-class Bounds : public testing::TestWithParam<std::size_t> {
+class Bounds : public EachForm {
 protected:
-    FakeScreen screen{kUsualSize.width, kUsualSize.height};
-    Session session;
-    reference::Reference reference{session.caller};
-    DescribedForm form = all_forms(reference).at(GetParam());
-    Random random{1};
-
-    std::vector<Value> arguments(const std::optional<Fixed>& fixed = {}) {
-        return good_arguments(session, random, form.callable(), {}, fixed);
-    }
     std::optional<Failure> failure_with(std::size_t parameter, double number) {
-        std::vector<Value> values = arguments(Fixed{parameter, number});
+        std::vector<Value> values = arguments({}, Fixed{parameter, number});
         clear_code(session);
         return call(session, form, values).failure;
     }
 };
 
 TEST_P(Bounds, AreWhereTheTableSays) {
-    for (const Range& range : ranges_of(form, arguments())) {
+    for (const Range& range : ranges_of(form, arguments({}))) {
         const host::Parameter& parameter = form.callable().parameters[range.parameter];
         const describe::Error& error = *form.operation.range_error(*form.argument(parameter))->about;
         SCOPED_TRACE(form.form().declaration() + ": " + parameter.name);
@@ -39,8 +29,7 @@ TEST_P(Bounds, AreWhereTheTableSays) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(, Bounds, testing::Range(std::size_t{0}, form_names().size()),
-                         [](const auto& instance) { return form_names()[instance.param]; });
+TARVO_FOR_EACH_FORM(Bounds);
 
 }  // namespace
 }  // namespace tarvo::test

@@ -6,24 +6,12 @@
 #include <algorithm>
 
 #include "described_forms.h"
-#include "fake_screen.h"
 #include "snapshot.h"
 
 namespace tarvo::test {
 namespace {
 
-class Conduct : public testing::TestWithParam<std::size_t> {
-protected:
-    FakeScreen screen{kUsualSize.width, kUsualSize.height};
-    Session session;
-    reference::Reference reference{session.caller};
-    DescribedForm form = all_forms(reference).at(GetParam());
-
-    std::vector<Value> arguments(const Variant& variant, int seed = 1) {
-        Random random(static_cast<Random::result_type>(seed));
-        return good_arguments(session, random, form.callable(), variant);
-    }
-};
+class Conduct : public EachForm {};
 
 // Numbers that are bound by nothing are 1, the budget for pixels is one of them.
 TEST_P(Conduct, TheHostGetsControlWhereItIsSaid) {
@@ -107,8 +95,7 @@ TEST_P(Conduct, TheMaskIsKeptWhereItIsSaid) {
     EXPECT_EQ(kept, form.form().keeps_mask);
 }
 
-INSTANTIATE_TEST_SUITE_P(, Conduct, testing::Range(std::size_t{0}, form_names().size()),
-                         [](const auto& instance) { return form_names()[instance.param]; });
+TARVO_FOR_EACH_FORM(Conduct);
 
 }  // namespace
 }  // namespace tarvo::test

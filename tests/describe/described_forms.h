@@ -2,10 +2,13 @@
 
 // Calls of whatever is described.
 
+#include <gtest/gtest.h>
+
 #include <ostream>
 #include <string>
 #include <vector>
 
+#include "fake_screen.h"
 #include "good_arguments.h"
 #include "reference.h"
 
@@ -56,5 +59,22 @@ struct Answer {
 // So that a code that is there after a call is the call's.
 void clear_code(Session& session);
 Answer call(Session& session, const DescribedForm& form, std::vector<Value>& arguments);
+
+// Tests of every form.
+class EachForm : public testing::TestWithParam<std::size_t> {
+protected:
+    std::vector<Value> arguments(const Variant& variant, const std::optional<Fixed>& fixed = {}) {
+        Random random(1);
+        return good_arguments(session, random, form.callable(), variant, fixed);
+    }
+
+    FakeScreen screen{kUsualSize.width, kUsualSize.height};
+    Session session;
+    reference::Reference reference{session.caller};
+    DescribedForm form = all_forms(reference).at(GetParam());
+};
+#define TARVO_FOR_EACH_FORM(Suite)                                                         \
+    INSTANTIATE_TEST_SUITE_P(, Suite, testing::Range(std::size_t{0}, form_names().size()), \
+                             [](const auto& instance) { return form_names()[instance.param]; })
 
 }  // namespace tarvo::test

@@ -10,7 +10,6 @@
 #include <set>
 
 #include "described_forms.h"
-#include "fake_screen.h"
 #include "services.h"
 
 namespace tarvo::test {
@@ -25,18 +24,8 @@ constexpr std::string_view kUnnoticed[] = {"REALLockObject", "REALUnlockObject",
 // An argument with something the matter.
 using Spoil = std::function<void(std::vector<Value>&)>;
 
-class Errors : public testing::TestWithParam<std::size_t> {
+class Errors : public EachForm {
 protected:
-    FakeScreen screen{kUsualSize.width, kUsualSize.height};
-    Session session;
-    reference::Reference reference{session.caller};
-    DescribedForm form = all_forms(reference).at(GetParam());
-
-    std::vector<Value> arguments(const Variant& variant) {
-        Random random(1);
-        return good_arguments(session, random, form.callable(), variant);
-    }
-
     std::optional<Failure> failure_of(const Variant& variant, std::initializer_list<const Spoil*> spoils = {}) {
         std::vector<Value> values = arguments(variant);
         for (const Spoil* each : spoils) (*each)(values);
@@ -143,8 +132,7 @@ TEST_P(Errors, AreThoseThatAreTold) {
     EXPECT_EQ(seen, told()) << form.form().declaration();
 }
 
-INSTANTIATE_TEST_SUITE_P(, Errors, testing::Range(std::size_t{0}, form_names().size()),
-                         [](const auto& instance) { return form_names()[instance.param]; });
+TARVO_FOR_EACH_FORM(Errors);
 
 }  // namespace
 }  // namespace tarvo::test

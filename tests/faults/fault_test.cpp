@@ -154,26 +154,13 @@ private:
     int failed_calls_ = 0;
 };
 
-// Services that give something. The calls of others cannot be foretold by those that fail.
+// The calls of services that give nothing cannot be foretold by those that fail.
 bool gives_something(std::string_view service) {
-    constexpr std::string_view kGiving[] = {
-        "REALBuildString",
-        "StringGetCString",
-        "lockPictureDescription",
-        "REALLockPictureDescription",
-        "newPicture",
-        "REALGetPictureMask",
-        "REALBuildPictureFromBuffer",
-        "newMemoryBlock",
-        "memoryBlockGetPtr",
-        "FolderItemFromFSSpec",
-        "RuntimeUBound",
-        "RuntimeDirectReadIntArray",
-        "pluginObjectType",
-        "CreateInstance",
-        "PluginNewInstance",
+    constexpr std::string_view kGivingNothing[] = {
+        "REALLockString",           "REALUnlockString",     "REALLockObject", "REALUnlockObject",
+        "unlockPictureDescription", "drawPicturePrimitive", "REALYieldToRB",  "RuntimeMsgBox",
     };
-    return std::ranges::find(kGiving, service) != std::end(kGiving);
+    return std::ranges::find(kGivingNothing, service) == std::end(kGivingNothing);
 }
 
 std::string describe(const Variant& variant, const Fault& fault) {

@@ -104,45 +104,44 @@ TEST_P(AddSubtract, ClientFormsOfOwnMemoryChain) {
 }
 
 TEST_P(AddSubtract, ChecksComeInOrder) {
-    const ObjectRef source = session.picture(10, 10), other = session.picture(10, 10);
-    const ObjectRef higher = session.picture(10, 11), wider = session.picture(11, 10);
-    const ObjectRef unlockable = session.picture(5, 5);
-    pixels(unlockable).set_purged(true);
-    const auto code = [&](const ObjectRef& p, const ObjectRef& q) {
-        const Value result = session.invoke(std::string(GetParam().name) + "(extends p", p, q, 0);
-        EXPECT_FALSE(object_in(result));
-        return session.last_error();
-    };
-    EXPECT_EQ(code({}, {}), 2);
-    EXPECT_EQ(code(unlockable, {}), GetParam().nil_code);
-    EXPECT_EQ(code(unlockable, unlockable), 4);
-    EXPECT_EQ(code(source, unlockable), GetParam().lock_code);
-    EXPECT_EQ(code(source, higher), GetParam().size_code);
-    EXPECT_EQ(code(source, wider), GetParam().size_code);
-    session.host.faults.fail_at("newPicture", 1);
-    EXPECT_EQ(code(source, wider), GetParam().size_code);
-    EXPECT_EQ(code(source, other), 6);
-    EXPECT_TRUE(picture_in(session.call(source, GetParam().name, other, 0)));
+    const ObjectRef other = session.picture(10, 10);
+    for (const bool on_clients : {false, true}) {
+        SCOPED_TRACE(on_clients ? "client pictures" : "pictures");
+        const auto made = [&](int width, int height, bool purged = false) {
+            const ObjectRef picture = session.picture(width, height);
+            const ObjectRef subject = on_clients ? session.client(picture) : picture;
+            pixels(picture).set_purged(purged);
+            return subject;
+        };
+        const auto code = [&](const ObjectRef& p, const ObjectRef& q) {
+            const std::string name = GetParam().name;
+            const Value result = on_clients ? session.invoke(name + "(extends cp", p, q, 0, false)
+                                            : session.invoke(name + "(extends p", p, q, 0);
+            EXPECT_FALSE(object_in(result));
+            return session.last_error();
+        };
+        const ObjectRef source = made(10, 10), higher = made(10, 11), wider = made(11, 10);
+        const ObjectRef unlockable = made(5, 5, true);
+        EXPECT_EQ(code({}, {}), 2);
+        EXPECT_EQ(code(unlockable, {}), GetParam().nil_code);
+        EXPECT_EQ(code(unlockable, unlockable), 4);
+        EXPECT_EQ(code(source, unlockable), GetParam().lock_code);
+        EXPECT_EQ(code(source, higher), GetParam().size_code);
+        EXPECT_EQ(code(source, wider), GetParam().size_code);
+        session.host.faults.fail_at(on_clients ? "CreateInstance" : "newPicture", 1);
+        EXPECT_EQ(code(source, wider), GetParam().size_code);
+        EXPECT_EQ(code(source, made(10, 10)), 6);
+        session.host.faults.clear();
+    }
+    EXPECT_TRUE(picture_in(session.call(other, GetParam().name, other, 0)));
     EXPECT_EQ(session.last_error(), 0);
 }
 
-TEST_P(AddSubtract, ChecksOfTheClientFormComeInOrder) {
+TEST_P(AddSubtract, ClientPicturesThatHoldNothingHaveNoSum) {
     const auto empty = [&] { return session.host.new_instance("TRV_ClientPicture"); };
-    const ObjectRef source = session.client(session.picture(10, 10)), higher = session.client(session.picture(10, 11));
-    const ObjectRef purged = session.picture(5, 5);
-    const ObjectRef unlockable = session.client(purged);
-    pixels(purged).set_purged(true);
-    const auto code = [&](const ObjectRef& p, const ObjectRef& q) {
-        const Value result = session.invoke(std::string(GetParam().name) + "(extends cp", p, q, 0, false);
-        EXPECT_FALSE(object_in(result));
-        return session.last_error();
-    };
-    EXPECT_EQ(code({}, {}), 2);
-    EXPECT_EQ(code(unlockable, {}), GetParam().nil_code);
-    EXPECT_EQ(code(unlockable, unlockable), 4);
-    EXPECT_EQ(code(source, unlockable), GetParam().lock_code);
-    EXPECT_EQ(code(source, higher), GetParam().size_code);
-    EXPECT_EQ(code(empty(), empty()), 6);  // no pixels at all, of one size
+    const std::string client_form = std::string(GetParam().name) + "(extends cp";
+    EXPECT_FALSE(object_in(session.invoke(client_form, empty(), empty(), 0, false)));
+    EXPECT_EQ(session.last_error(), 6);
 }
 
 TEST_P(AddSubtract, AClientResultThatCannotBeLockedIsReturnedUnpainted) {

@@ -29,15 +29,7 @@ protected:
     Random random{5405};
 };
 
-TEST_F(AverageBlend, AgreesWithTheJudge) { expect_centered_agreement(session, random, kAverage); }
-
-TEST_F(AverageBlend, EveryValueAndCentreIsExact) { expect_every_value_exact(session, kAverage); }
-
-TEST_F(AverageBlend, WeightBoundsAreInclusiveAndCheckedInOrder) { expect_factor_bounds(session, kAverage); }
-
-TEST_F(AverageBlend, ChecksComeInOrder) { expect_centered_checks(session, kAverage); }
-
-TEST_F(AverageBlend, ClientFormsGiveWhatThePictureFormsGive) { expect_same_centered_forms(session, random, kAverage); }
+INSTANTIATE_TEST_SUITE_P(AverageBlend, CenteredAdjustment, ::testing::Values(kAverage));
 
 // Each weight in 256ths has a divisor of its own: all of them, about centres and values of their own.
 TEST_F(AverageBlend, EveryWeightIsExact) {
@@ -62,16 +54,6 @@ TEST_F(AverageBlend, KnownValues) {
         EXPECT_EQ(blended(x, 123, 0.0), x);
         EXPECT_EQ(blended(x, x, 9.3), x);
     }
-}
-
-TEST_F(AverageBlend, AMaskThatCannotBeCopiedGivesCode9AndTheResult) {
-    const ObjectRef source = plain_picture(session, 0x646464);
-    pixels(source).set_mask(session.picture(3, 2));
-    pixels(pixels(source).mask()).set_purged(true);
-    const Value result = kAverage.region_form(session, source, {}, 0, {1.0, 1.0, 1.0});
-    ASSERT_TRUE(picture_in(result));
-    EXPECT_EQ(session.last_error(), 9);
-    EXPECT_EQ(read_pixel(*picture_in(result), 2, 1), 0x323232u);
 }
 
 TEST_F(AverageBlend, WhiteInTheMaskIsAllOfTheBlendAndBlackNone) {

@@ -41,11 +41,17 @@ struct CenteredOperation {
                                const Factors& factors) const;
 };
 
-void expect_centered_agreement(Session& session, Random& random, const CenteredOperation& operation);
-// Every channel value about every centre.
-void expect_every_value_exact(Session& session, const CenteredOperation& operation);
-void expect_factor_bounds(Session& session, const CenteredOperation& operation);
-void expect_centered_checks(Session& session, const CenteredOperation& operation);
-void expect_same_centered_forms(Session& session, Random& random, const CenteredOperation& operation);
+void PrintTo(const CenteredOperation& operation, std::ostream* out);
+
+// To be instantiated with the operation, in the file of its own tests.
+class CenteredAdjustment : public ::testing::TestWithParam<CenteredOperation> {
+protected:
+    void expect_yields_as_declared() { EXPECT_EQ(session.host.yields() > 0, GetParam().yields); }
+    // The code that both forms leave.
+    int code(const Factors& factors);
+
+    Session session;
+    Random random{5005};
+};
 
 }  // namespace tarvo::test

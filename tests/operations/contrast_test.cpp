@@ -40,15 +40,7 @@ protected:
     Random random{5005};
 };
 
-TEST_F(Contrast, AgreesWithTheJudge) { expect_centered_agreement(session, random, kContrast); }
-
-TEST_F(Contrast, EveryValueAndCentreIsExact) { expect_every_value_exact(session, kContrast); }
-
-TEST_F(Contrast, FactorBoundsAreInclusiveAndCheckedInOrder) { expect_factor_bounds(session, kContrast); }
-
-TEST_F(Contrast, ChecksComeInOrder) { expect_centered_checks(session, kContrast); }
-
-TEST_F(Contrast, ClientFormsGiveWhatThePictureFormsGive) { expect_same_centered_forms(session, random, kContrast); }
+INSTANTIATE_TEST_SUITE_P(Contrast, CenteredAdjustment, ::testing::Values(kContrast));
 
 TEST_F(Contrast, KnownValues) {
     EXPECT_EQ(adjusted(0x000000, 0x808080, 2.0), 0x000000u);
@@ -59,13 +51,6 @@ TEST_F(Contrast, KnownValues) {
 }
 
 TEST_F(Contrast, DistancesRoundTowardMinusInfinity) { EXPECT_EQ(adjusted(0x636363, 0x646464, 0.5), 0x636363u); }
-
-TEST_F(Contrast, TopByteStaysOutsideTheRegionOnly) {
-    const ObjectRef source = plain_picture(session, 0xFF123456);
-    const Value result = adjust(source, session.rectangle(0, 0, 1, 1), {1.0, 1.0, 1.0});
-    EXPECT_EQ(read_pixel(*picture_in(result), 0, 0), 0x00123456u);
-    EXPECT_EQ(read_pixel(*picture_in(result), 1, 0), 0xFF123456u);
-}
 
 TEST_F(Contrast, ARectangleThatReachesOutIsClipped) {
     const ObjectRef source = plain_picture(session, 0x646464, 100, 100);
@@ -82,16 +67,6 @@ TEST_F(Contrast, MaskLevelsAbove127WeighOneMore) {
     const Value result = session.call(source, "TRV_AdjustContrastWithMask", mask, Color{0xFFFFFF}, 0.0, 0.0, 0.0, 0);
     const int expected[] = {0, 255 * 127 / 256, 255 * 129 / 256, 255};
     for (int x = 0; x < 4; ++x) EXPECT_EQ(channel(read_pixel(*picture_in(result), x, 0), 16), expected[x]);
-}
-
-TEST_F(Contrast, AMaskThatCannotBeCopiedGivesCode9AndTheResult) {
-    const ObjectRef source = plain_picture(session, 0x646464);
-    pixels(source).set_mask(session.picture(3, 2));
-    pixels(pixels(source).mask()).set_purged(true);
-    const Value result = adjust(source, {}, {2.0, 2.0, 2.0});
-    ASSERT_TRUE(picture_in(result));
-    EXPECT_EQ(session.last_error(), 9);
-    EXPECT_EQ(read_pixel(*picture_in(result), 2, 1), 0x484848u);
 }
 
 TEST_F(Contrast, MasksOfAnotherSizeAreCopiedWhereBothExist) {

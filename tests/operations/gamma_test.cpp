@@ -40,15 +40,7 @@ protected:
     Random random{5101};
 };
 
-TEST_F(Gamma, AgreesWithTheJudge) { expect_centered_agreement(session, random, kGamma); }
-
-TEST_F(Gamma, EveryValueAndCentreIsExact) { expect_every_value_exact(session, kGamma); }
-
-TEST_F(Gamma, FactorBoundsAreInclusiveAndCheckedInOrder) { expect_factor_bounds(session, kGamma); }
-
-TEST_F(Gamma, ChecksComeInOrder) { expect_centered_checks(session, kGamma); }
-
-TEST_F(Gamma, ClientFormsGiveWhatThePictureFormsGive) { expect_same_centered_forms(session, random, kGamma); }
+INSTANTIATE_TEST_SUITE_P(Gamma, CenteredAdjustment, ::testing::Values(kGamma));
 
 TEST_F(Gamma, KnownValues) {
     EXPECT_EQ(bent(64, 128, 2.0), 128);
@@ -93,13 +85,6 @@ TEST_F(Gamma, MaskLevelsMixInTwoHundredAndFiftyFifths) {
     const Value result = kGamma.mask_form(session, source, mask, 0xFFFFFF, {0.0, 0.0, 0.0});
     const int expected[] = {100, 100 * 128 / 255, 100 * 127 / 255, 0};
     for (int x = 0; x < 4; ++x) EXPECT_EQ(channel(read_pixel(*picture_in(result), x, 0), 0), expected[x]);
-}
-
-TEST_F(Gamma, TopByteStaysOutsideTheRegionOnly) {
-    const ObjectRef source = plain_picture(session, 0xFF123456);
-    const Value result = kGamma.region_form(session, source, session.rectangle(0, 0, 1, 1), 0, {1.0, 1.0, 1.0});
-    EXPECT_EQ(read_pixel(*picture_in(result), 0, 0), 0x00123456u);
-    EXPECT_EQ(read_pixel(*picture_in(result), 1, 0), 0xFF123456u);
 }
 
 }  // namespace
