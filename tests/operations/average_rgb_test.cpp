@@ -1,4 +1,4 @@
-// The average blend in all its forms, through the built library.
+// TRV_AverageRGB and TRV_AverageRGBWithMask in all their forms, through the built library.
 
 #include <cmath>
 

@@ -1,4 +1,4 @@
-// Gamma in all its forms, through the built library.
+// TRV_AdjustGamma and TRV_AdjustGammaWithMask in all their forms, through the built library.
 
 #include <cmath>
 

@@ -1,0 +1,104 @@
+// What every operation has elsewhere in the project, so that none of it can be forgotten: what lacks something is
+// named. Its description, its page, its golden and its course when services fail are asked for by the tests of these.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <sstream>
+#include <string>
+
+#include "pages.h"
+#include "session.h"
+
+namespace tarvo::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+using Names = std::set<std::string>;
+
+Names registered_names() {
+    const Session session;
+    Names names;
+    for (const host::Callable& method : session.caller.callables())
+        if (method.owner.empty() || method.owner == "picture") names.insert(method.declaration.name);
+    return names;
+}
+
+bool is_word(char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '_'; }
+
+// All names in the folder's sources, of functions and whatever else.
+Names words_in(const fs::path& folder) {
+    Names words;
+    for (const fs::directory_entry& entry : fs::directory_iterator(docs::kProject / folder)) {
+        if (entry.path().extension() != ".cpp" && entry.path().extension() != ".h") continue;
+        std::ifstream file(entry.path());
+        std::string word;
+        for (char c = 0; file.get(c);) {
+            if (is_word(c))
+                word += c;
+            else
+                words.insert(std::exchange(word, {}));
+        }
+    }
+    return words;
+}
+
+// What an operation is benchmarked by, if neither by itself nor by the kernel that has its name.
+struct OtherName {
+    std::string_view operation, kernel;
+};
+constexpr OtherName kKernels[] = {
+    {"TRV_Compare", "PrivCompare_NonVector"},
+    {"TRV_FlipRotate", "Priv_Rotate90"},
+    {"TRV_Stretch", "Priv_StetchHorizontal"},
+};
+// These look at no pixel.
+constexpr std::string_view kWithoutBenchmark[] = {"TRV_GetErrorMessage", "TRV_GetLastError", "TRV_Info",
+                                                  "TRV_RowBytes"};
+
+bool is_benchmarked(const std::string& operation, const Names& words) {
+    const std::string bare = operation.substr(operation.find('_') + 1);
+    if (words.contains(operation) || words.contains("Priv" + bare) || words.contains("Priv_" + bare)) return true;
+    const auto* const other = std::ranges::find(kKernels, operation, &OtherName::operation);
+    return other != std::end(kKernels) && words.contains(std::string(other->kernel));
+}
+
+TEST(Operations, AreNamedInATest) {
+    Names words = words_in("tests/operations");
+    words.insert({"TRV_GetErrorMessage", "TRV_GetLastError"});  // with the plugin's own tests
+    for (const std::string& name : registered_names())
+        EXPECT_TRUE(words.contains(name)) << "no test in tests/operations names " << name;
+}
+
+TEST(Operations, HaveABenchmark) {
+    const Names words = words_in("bench");
+    for (const std::string& name : registered_names()) {
+        const bool needs_none = std::ranges::find(kWithoutBenchmark, name) != std::end(kWithoutBenchmark);
+        EXPECT_NE(is_benchmarked(name, words), needs_none)
+            << (needs_none ? "a benchmark names " : "no benchmark in bench names the operation or the kernel of ")
+            << name;
+    }
+}
+
+TEST(Operations, ThatMakePicturesShowOneOnTheirPage) {
+    const Session session;
+    for (const docs::Page& page : docs::pages_in("docs/ops")) {
+        const auto makes_a_picture = [&](const std::string& declaration) {
+            const auto result = host::parse_declaration(declaration).result;
+            return result && result->name == "picture";
+        };
+        const std::vector<std::string> declarations = page.code_under("## Declarations");
+        if (page.name() == "docs/ops/TRV_ScreenCapture.md") continue;  // shows what the screen shows
+        if (!std::ranges::any_of(declarations, makes_a_picture)) continue;
+        EXPECT_FALSE(page.pictures().empty()) << page.name() << " shows no picture";
+        EXPECT_TRUE(std::ranges::any_of(page.examples(), [](const auto& each) { return !each.output().empty(); }))
+            << page.name() << " has no example that makes a picture";
+    }
+}
+
+}  // namespace
+}  // namespace tarvo::test
