@@ -40,7 +40,7 @@ public:
 
 class PluginLibrary;
 
-// What the host holds now.
+// Counts of all that the host holds now.
 struct Accounts {
     int pictures = 0;  // with masks
     int instances = 0;

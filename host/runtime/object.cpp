@@ -8,7 +8,7 @@
 namespace tarvo::host {
 namespace {
 
-// So many dead objects are kept, so that their addresses stay taken. Their contents are gone, and each costs little.
+// At most this many dead objects are kept, so that their addresses stay taken. Each costs little without its contents.
 constexpr std::size_t kMostDead = 4096;
 
 std::string with_unit(std::size_t count, const char* unit) { return std::to_string(count) + " " + unit; }

@@ -87,7 +87,7 @@ REALobjectStruct* TRV_ColorMatrix_ScalarMultiply(REALobjectStruct* self, double 
     return matrix ? new_matrix(scaled(*matrix, factor)) : nullptr;
 }
 
-// Never inverts anything: programs get nil.
+// Programs get nil for every matrix: nothing is inverted.
 REALobjectStruct* TRV_ColorMatrix_Invert(REALobjectStruct*) { return nullptr; }
 
 void TRV_ColorMatrix_MessageBox(REALobjectStruct* self) {

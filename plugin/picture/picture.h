@@ -53,7 +53,7 @@ public:
     REALpictureStruct* picture() const { return picture_; }
     bool isMask() const { return isMask_; }
     bool isLocked() const { return isLocked_; }
-    // In pixels; 0 while unlocked, as the next four are.
+    // The size in pixels. It is 0 while unlocked, and so is the rest of the geometry.
     std::int32_t width() const { return width_; }
     std::int32_t height() const { return height_; }
     // Bits of a stored pixel.
@@ -86,7 +86,7 @@ public:
     void set_pixels(long row, long column, std::span<const PixelColor> colors, const char* caller);
     // The address of a stored pixel if the pixels of its row are 32-bit words side by side; else null.
     std::uint8_t* words_at(long row, long column) const;
-    // How the pixels of this picture are best written.
+    // The mode in which the pixels of this picture are written.
     StoreMode store_mode() const { return store_mode_; }
     // Asks for the memory of a run of one row that will be read soon. Walks down columns do; only time depends on it.
     void prefetch(long row, long column, std::size_t count) const;

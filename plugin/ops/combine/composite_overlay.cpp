@@ -29,7 +29,7 @@ struct BlendByMask {
     }
 };
 
-// What is done to the source under an overlay that is wholly transparent.
+// Clears the top bytes of the source, which is all that a wholly transparent overlay does to it.
 struct ClearTopBytes {
     TARVO_INLINED void operator()(PixelColor* colors) const {
         for (std::size_t x = 0; x < kBlockPixels; ++x) colors[x] &= 0xFFFFFF;

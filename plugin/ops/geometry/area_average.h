@@ -51,7 +51,7 @@ struct AxisWeights {
     std::int32_t last_covered(std::int64_t result_line) const {
         return static_cast<std::int32_t>(((result_line + 1) * total - 1) / step);
     }
-    // How much a source line gives to a result line.
+    // Returns how much a source line gives to a result line.
     std::uint32_t weight(std::int64_t source_line, std::int64_t result_line) const;
 };
 

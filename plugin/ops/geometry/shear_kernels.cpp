@@ -156,7 +156,7 @@ public:
     }
 
 private:
-    // What is drawn at once: some rows of a block, and the rows of the source that they need.
+    // A tile is drawn at once. It is some rows of a block, with the rows of the source that they need.
     struct Tile {
         const ColumnBlock& block;
         std::int32_t row, count;

@@ -182,7 +182,7 @@ REALstringStruct* TRV_ConvertToString(REALpictureStruct* p) {
     return REALBuildString(reinterpret_cast<const char*>(bytes.get()), static_cast<int>(length));
 }
 
-// For a nil string the code is one that has no message.
+// A nil string gives a code that has no message of its own.
 REALpictureStruct* TRV_ConvertToPicture(REALstringStruct* s) {
     ClearError();
     if (!s) return Fail(ErrorCode::string_nil);
