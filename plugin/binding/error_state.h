@@ -72,13 +72,13 @@ enum class ErrorCode : std::int32_t {
 // The code that the most recent operation left. There is one for the whole process.
 extern std::int32_t gTRV_Error;
 
-// Each operation that reports errors begins with ClearError.
-inline void ClearError() { gTRV_Error = 0; }
-inline void SetError(ErrorCode code) { gTRV_Error = static_cast<std::int32_t>(code); }
+// Each operation that reports errors begins with clear_error.
+inline void clear_error() { gTRV_Error = 0; }
+inline void set_error(ErrorCode code) { gTRV_Error = static_cast<std::int32_t>(code); }
 
-// `return Fail(code);` sets the code and returns nil.
-inline std::nullptr_t Fail(ErrorCode code) {
-    SetError(code);
+// `return fail(code);` sets the code and returns nil.
+inline std::nullptr_t fail(ErrorCode code) {
+    set_error(code);
     return nullptr;
 }
 

@@ -101,14 +101,14 @@ bool copy_image(const Data& data, TRV_Picture& made) {
     constexpr const char* kCaller = "TRV_ClientPicture_operator_convert_to_picture 3";
     TRV_Picture image(&data, kAsImage);
     if (!image.Lock() || !made.Lock()) return false;
-    CopyRows(image, made, kCaller);
+    copy_rows(image, made, kCaller);
     made.Unlock();
     if (!data.hasMask || !data.maskPixels) return true;
 
     TRV_Picture mask(&data, kAsMask);
     TRV_Picture made_mask(made, kAsMask);
     if (!mask.Lock() || !made_mask.Lock()) return false;
-    CopyMaskRows(mask, made_mask, kCaller);
+    copy_mask_rows(mask, made_mask, kCaller);
     return true;
 }
 
@@ -199,7 +199,7 @@ void TRV_ClientPicture_operator_convert_from_picture(REALobjectStruct* self, REA
 }
 
 REALpictureStruct* TRV_ClientPicture_operator_convert_to_picture(REALobjectStruct* self) {
-    ClearError();
+    clear_error();
     const Data* const data = TRV_ClientPicture_GetData(self);
     if (!data) return nullptr;
     if (data->pic) {

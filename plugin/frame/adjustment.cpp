@@ -1,16 +1,16 @@
 #include "adjustment.h"
 
-void CopySourceMask(const TRV_Picture& source, const TRV_Picture& result, const char* caller) {
-    TRV_Picture source_mask(source, true);
-    TRV_Picture result_mask(result, true);
-    if (!source_mask.Lock() || !result_mask.Lock()) return SetError(ErrorCode::mask_lock);
-    CopyMaskRows(source_mask, result_mask, caller);
+void copy_source_mask(const TRV_Picture& source, const TRV_Picture& result, const char* caller) {
+    TRV_Picture source_mask(source, kAsMask);
+    TRV_Picture result_mask(result, kAsMask);
+    if (!source_mask.Lock() || !result_mask.Lock()) return set_error(ErrorCode::mask_lock);
+    copy_mask_rows(source_mask, result_mask, caller);
 }
 
-bool MaskFits(const TRV_Picture& mask, const TRV_Picture& source) {
+bool mask_fits(const TRV_Picture& mask, const TRV_Picture& source) {
     bool fits = true;
     if (!same_size(mask, source)) {
-        SetError(ErrorCode::mask_size);
+        set_error(ErrorCode::mask_size);
         fits = false;
     }
     switch (mask.depth()) {
@@ -21,6 +21,6 @@ bool MaskFits(const TRV_Picture& mask, const TRV_Picture& source) {
         case 16:
         case 24:
         case 32: return fits;
-        default: SetError(ErrorCode::mask_not_greyscale); return false;
+        default: set_error(ErrorCode::mask_not_greyscale); return false;
     }
 }

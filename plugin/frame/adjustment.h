@@ -25,11 +25,11 @@
 // Whether the arguments for red, green and blue are in range, both bounds included; what is not a number passes. If
 // not, leaves code 40, 41 or 42, of the first that is out of range.
 template <class Number>
-bool ChannelsInRange(Number low, Number high, Number red, Number green, Number blue) {
+bool channels_in_range(Number low, Number high, Number red, Number green, Number blue) {
     const auto outside = [&](Number value) { return value < low || value > high; };
-    if (outside(red)) return SetError(ErrorCode::red), false;
-    if (outside(green)) return SetError(ErrorCode::green), false;
-    if (outside(blue)) return SetError(ErrorCode::blue), false;
+    if (outside(red)) return set_error(ErrorCode::red), false;
+    if (outside(green)) return set_error(ErrorCode::green), false;
+    if (outside(blue)) return set_error(ErrorCode::blue), false;
     return true;
 }
 
@@ -76,22 +76,23 @@ void map_adjusted_by_mask(const TRV_Picture& source, const TRV_Picture& mask, TR
 // --- entries ---------------------------------------------------------------------------------------------------------
 
 // The source's mask into the result's. Code 9 when one of them cannot be locked; the result is given back all the same.
-void CopySourceMask(const TRV_Picture& source, const TRV_Picture& result, const char* caller);
+void copy_source_mask(const TRV_Picture& source, const TRV_Picture& result, const char* caller);
 
 // Locks the source, selects the region, makes the result; `paint(source, result, region)`.
 template <class Form, class Paint>
 typename Form::Handle adjust_region(const Form& form, typename Form::Handle p, REALobjectStruct* rect, SourceMask mask,
                                     const char* caller, Paint paint) {
     TRV_Picture source = form.bind(p);
-    if (!source.Lock()) return Fail(ErrorCode::source_lock);
-    const Region region = SelectRegion(source, rect);
-    if (region.empty()) return Fail(ErrorCode::selection);
+    if (!source.Lock()) return fail(ErrorCode::source_lock);
+    const Region region = select_region(source, rect);
+    if (region.empty()) return fail(ErrorCode::selection);
     const bool copies_mask = mask == SourceMask::copied;
-    const bool with_mask = copies_mask && form.makes_masks && source.HasMask();
-    return form.produce(source.width(), source.height(), result_depth(source), with_mask, [&](TRV_Picture& result) {
+    const ResultMask result_mask =
+        copies_mask && form.makes_masks && source.HasMask() ? ResultMask::wanted : ResultMask::none;
+    return form.produce(source.width(), source.height(), result_depth(source), result_mask, [&](TRV_Picture& result) {
         paint(source, result, region);
         // Not before: the program may have given the source a mask, or taken it away, while the host had control.
-        if (copies_mask && source.HasMask()) CopySourceMask(source, result, caller);
+        if (copies_mask && source.HasMask()) copy_source_mask(source, result, caller);
     });
 }
 
@@ -99,8 +100,8 @@ typename Form::Handle adjust_region(const Form& form, typename Form::Handle p, R
 template <class Form, class Adjustment>
 typename Form::Handle adjust(const Form& form, typename Form::Handle p, REALobjectStruct* rect,
                              const Adjustment& adjustment) {
-    ClearError();
-    if (!p) return Fail(ErrorCode::source_nil);
+    clear_error();
+    if (!p) return fail(ErrorCode::source_nil);
     if (!adjustment.arguments_pass()) return nullptr;
     return adjust_region(form, p, rect, Adjustment::kSourceMask, Adjustment::kLabels.entry,
                          [&](const TRV_Picture& source, TRV_Picture& result, const Region& region) {
@@ -109,22 +110,22 @@ typename Form::Handle adjust(const Form& form, typename Form::Handle p, REALobje
 }
 
 // Whether a mask argument can weigh the source. Both tests run, and the second one's code stays.
-bool MaskFits(const TRV_Picture& mask, const TRV_Picture& source);
+bool mask_fits(const TRV_Picture& mask, const TRV_Picture& source);
 
 // A new picture, adjusted as far as the mask argument says. It never has the source's mask.
 template <class Form, class Adjustment>
 typename Form::Handle adjust_by_mask(const Form& form, typename Form::Handle p, REALpictureStruct* mask_argument,
                                      const Adjustment& adjustment) {
-    ClearError();
-    if (!p) return Fail(ErrorCode::source_nil);
-    if (!mask_argument) return Fail(ErrorCode::mask_nil);
+    clear_error();
+    if (!p) return fail(ErrorCode::source_nil);
+    if (!mask_argument) return fail(ErrorCode::mask_nil);
     if (!adjustment.arguments_pass()) return nullptr;
     TRV_Picture source = form.bind(p);
-    if (!source.Lock()) return Fail(ErrorCode::source_lock);
-    TRV_Picture mask(mask_argument, false);  // an ordinary picture, as it is
-    if (!mask.Lock()) return Fail(ErrorCode::mask_lock);
-    if (!MaskFits(mask, source)) return nullptr;
-    return form.produce(source.width(), source.height(), result_depth(source), false,
+    if (!source.Lock()) return fail(ErrorCode::source_lock);
+    TRV_Picture mask(mask_argument, kAsImage);  // a mask argument is an ordinary picture
+    if (!mask.Lock()) return fail(ErrorCode::mask_lock);
+    if (!mask_fits(mask, source)) return nullptr;
+    return form.produce(source.width(), source.height(), result_depth(source), ResultMask::none,
                         [&](TRV_Picture& result) { map_adjusted_by_mask(source, mask, result, adjustment); });
 }
 
@@ -132,16 +133,16 @@ typename Form::Handle adjust_by_mask(const Form& form, typename Form::Handle p, 
 template <class Form, class Visit>
 void visit_region_of(const Form& form, typename Form::Handle p, REALobjectStruct* rect, Visit visit) {
     TRV_Picture picture = form.bind(p);
-    if (!picture.Lock()) return SetError(ErrorCode::source_lock);
-    const Region region = SelectRegion(picture, rect);
-    if (region.empty()) return SetError(ErrorCode::selection);
+    if (!picture.Lock()) return set_error(ErrorCode::source_lock);
+    const Region region = select_region(picture, rect);
+    if (region.empty()) return set_error(ErrorCode::selection);
     visit(picture, region);
 }
 
 // The course of an average: `measure(picture, region)` once everything is there.
 template <class Form, class Measure>
 void average(const Form& form, typename Form::Handle p, REALobjectStruct* rect, const Measure& measure) {
-    ClearError();
-    if (!p) return SetError(ErrorCode::source_nil);
+    clear_error();
+    if (!p) return set_error(ErrorCode::source_nil);
     visit_region_of(form, p, rect, measure);
 }

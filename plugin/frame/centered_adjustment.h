@@ -12,7 +12,7 @@ struct CenteredAdjustment {
     int center;
     double red, green, blue;
 
-    bool arguments_pass() const { return ChannelsInRange(0.0, 255.0, red, green, blue); }
+    bool arguments_pass() const { return channels_in_range(0.0, 255.0, red, green, blue); }
 
     // For each channel a rule made of the centre's channel and the factor in 256ths.
     template <class Rule>

@@ -11,6 +11,9 @@
 #include "host_reference.h"
 #include "picture.h"
 
+// Whether a result is made with a mask.
+enum class ResultMask { none, wanted };
+
 // Takes host pictures, and makes host pictures.
 struct PictureForm {
     using Handle = REALpictureStruct*;
@@ -20,15 +23,15 @@ struct PictureForm {
     // The code of a result that cannot be locked.
     ErrorCode refusal = ErrorCode::result_lock;
 
-    static TRV_Picture bind(Handle picture) { return TRV_Picture(picture, false); }
+    static TRV_Picture bind(Handle picture) { return TRV_Picture(picture, kAsImage); }
 
     // Makes the result and has it painted.
     template <class Paint>
-    Handle produce(std::int32_t width, std::int32_t height, std::int32_t depth, bool /*withMask*/, Paint paint) const {
+    Handle produce(std::int32_t width, std::int32_t height, std::int32_t depth, ResultMask, Paint paint) const {
         HostReference<REALpictureStruct> made;
-        TRV_Picture result(width, height, depth, true);
+        TRV_Picture result(width, height, depth, kHandOver);
         // The host picture is not dropped here: it was promised to the caller.
-        if (!result.Lock()) return Fail(refusal);
+        if (!result.Lock()) return fail(refusal);
         made.reset(result.picture());  // painting may throw what the host throws
         paint(result);
         return made.release();
@@ -43,20 +46,21 @@ struct ClientForm {
     using Handle = REALobjectStruct*;
 
     static constexpr bool makes_masks = true;
-    bool as_picture;
+    bool as_picture = false;
 
     static TRV_Picture bind(Handle clientPicture) {
-        return TRV_Picture(TRV_ClientPicture_GetData(clientPicture), false);
+        return TRV_Picture(TRV_ClientPicture_GetData(clientPicture), kAsImage);
     }
 
     template <class Paint>
-    Handle produce(std::int32_t width, std::int32_t height, std::int32_t depth, bool withMask, Paint paint) const {
-        HostReference<REALobjectStruct> made(TRV_ClientPicture_new(width, height, depth, withMask, as_picture));
+    Handle produce(std::int32_t width, std::int32_t height, std::int32_t depth, ResultMask mask, Paint paint) const {
+        const bool with_mask = mask == ResultMask::wanted;
+        HostReference<REALobjectStruct> made(TRV_ClientPicture_new(width, height, depth, with_mask, as_picture));
         TRV_Picture result = bind(made.get());
         if (result.Lock() && result.width() == width && result.height() == height)
             paint(result);
         else
-            SetError(ErrorCode::result_lock);  // the unpainted client picture is returned all the same
+            set_error(ErrorCode::result_lock);  // the unpainted client picture is returned all the same
         return made.release();
     }
 };

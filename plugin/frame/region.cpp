@@ -2,7 +2,7 @@
 
 #include "rectangle.h"
 
-Region SelectRegion(const TRV_Picture& picture, REALobjectStruct* rectangle) {
+Region select_region(const TRV_Picture& picture, REALobjectStruct* rectangle) {
     const Region whole = whole_of(picture);
     const TRV_Rectangle_Data* const data = TRV_Rectangle_GetData(rectangle);
     if (!data) return whole;

@@ -23,4 +23,4 @@ inline Region whole_of(const TRV_Picture& picture) { return {0, 0, picture.width
 
 // Returns what a rectangle argument selects of a locked picture: the rectangle clipped to the picture, or the whole
 // picture if there is no rectangle.
-Region SelectRegion(const TRV_Picture& picture, REALobjectStruct* rectangle);
+Region select_region(const TRV_Picture& picture, REALobjectStruct* rectangle);

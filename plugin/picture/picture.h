@@ -161,5 +161,5 @@ inline std::uint8_t* TRV_Picture::words_at(long row, long column) const {
 }
 
 // Copy the pixels, or the mask levels, that both images have, counted from the top left corner.
-void CopyRows(const TRV_Picture& source, TRV_Picture& destination, const char* caller);
-void CopyMaskRows(const TRV_Picture& source, TRV_Picture& destination, const char* caller);
+void copy_rows(const TRV_Picture& source, TRV_Picture& destination, const char* caller);
+void copy_mask_rows(const TRV_Picture& source, TRV_Picture& destination, const char* caller);

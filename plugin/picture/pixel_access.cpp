@@ -171,7 +171,7 @@ namespace {
 
 using RowCopy = void (TRV_Picture::*)(TRV_Picture&, void**, void**, long, const char*) const;
 
-void copy_rows(RowCopy copy, const TRV_Picture& source, TRV_Picture& destination, const char* caller) {
+void copy_rows_by(RowCopy copy, const TRV_Picture& source, TRV_Picture& destination, const char* caller) {
     const std::int32_t width = std::min(source.width(), destination.width());
     const std::int32_t height = std::min(source.height(), destination.height());
     for (std::int32_t row = 0; row < height; ++row) {
@@ -183,10 +183,10 @@ void copy_rows(RowCopy copy, const TRV_Picture& source, TRV_Picture& destination
 
 }  // namespace
 
-void CopyRows(const TRV_Picture& source, TRV_Picture& destination, const char* caller) {
-    copy_rows(&TRV_Picture::CopyPixels, source, destination, caller);
+void copy_rows(const TRV_Picture& source, TRV_Picture& destination, const char* caller) {
+    copy_rows_by(&TRV_Picture::CopyPixels, source, destination, caller);
 }
 
-void CopyMaskRows(const TRV_Picture& source, TRV_Picture& destination, const char* caller) {
-    copy_rows(&TRV_Picture::CopyMaskPixels, source, destination, caller);
+void copy_mask_rows(const TRV_Picture& source, TRV_Picture& destination, const char* caller) {
+    copy_rows_by(&TRV_Picture::CopyMaskPixels, source, destination, caller);
 }

@@ -29,32 +29,32 @@ struct Subtract {
 struct Operation {
     void (*kernel)(const TRV_Picture&, const TRV_Picture&, TRV_Picture&, int yield);
     ErrorCode second_nil, second_lock, second_size;
-    bool asks_for_mask;  // for a client picture's result, where it stays as it is made; the two differ on purpose
+    ResultMask mask;  // for a client picture's result, where it stays as it is made; the two differ on purpose
 };
 
 constexpr Operation kAdd = {.kernel = PrivAdd,
                             .second_nil = ErrorCode::addend_nil,
                             .second_lock = ErrorCode::addend_lock,
                             .second_size = ErrorCode::addend_size,
-                            .asks_for_mask = true};
+                            .mask = ResultMask::wanted};
 constexpr Operation kSubtract = {.kernel = PrivSubtract,
                                  .second_nil = ErrorCode::subtractend_nil,
                                  .second_lock = ErrorCode::subtractend_lock,
                                  .second_size = ErrorCode::subtractend_size,
-                                 .asks_for_mask = false};
+                                 .mask = ResultMask::none};
 
 template <class Form>
 typename Form::Handle combine(const Operation& operation, Form form, typename Form::Handle first,
                               typename Form::Handle second, int yield) {
-    ClearError();
-    if (!first) return Fail(ErrorCode::source_nil);
-    if (!second) return Fail(operation.second_nil);
+    clear_error();
+    if (!first) return fail(ErrorCode::source_nil);
+    if (!second) return fail(operation.second_nil);
     TRV_Picture source = form.bind(first);
-    if (!source.Lock()) return Fail(ErrorCode::source_lock);
+    if (!source.Lock()) return fail(ErrorCode::source_lock);
     TRV_Picture other = form.bind(second);
-    if (!other.Lock()) return Fail(operation.second_lock);
-    if (!same_size(source, other)) return Fail(operation.second_size);
-    return form.produce(source.width(), source.height(), result_depth(source), operation.asks_for_mask,
+    if (!other.Lock()) return fail(operation.second_lock);
+    if (!same_size(source, other)) return fail(operation.second_size);
+    return form.produce(source.width(), source.height(), result_depth(source), operation.mask,
                         [&](TRV_Picture& result) { operation.kernel(source, other, result, yield); });
 }
 

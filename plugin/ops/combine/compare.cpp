@@ -24,7 +24,7 @@ bool regions_agree(const TRV_Picture& a, const TRV_Picture& b, const Region& reg
 }
 
 bool disagree(ErrorCode code) {
-    SetError(code);
+    set_error(code);
     return false;
 }
 
@@ -46,20 +46,20 @@ struct MapDifference {
 }  // namespace
 
 bool PrivCompare_NonVector(REALpictureStruct* p, REALpictureStruct* compare, REALobjectStruct* rect) {
-    ClearError();
+    clear_error();
     if (!compare) return disagree(ErrorCode::compare_nil);  // if both are nil, this code is the one that stays
     if (!p) return disagree(ErrorCode::source_nil);
     if (p == compare) return true;
     TRV_Picture a(p, kAsImage);
     if (!a.Lock()) return disagree(ErrorCode::source_lock);
-    const Region region = SelectRegion(a, rect);
+    const Region region = select_region(a, rect);
     TRV_Picture b(compare, kAsImage);
     if (!b.Lock()) return disagree(ErrorCode::compare_lock);
     return same_size(a, b) && a.depth() == b.depth() && regions_agree(a, b, region);
 }
 
 bool TRV_Compare(REALpictureStruct* p, REALpictureStruct* compare, REALobjectStruct* rect) {
-    ClearError();
+    clear_error();
     return PrivCompare_NonVector(p, compare, rect);
 }
 

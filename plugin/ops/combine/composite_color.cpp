@@ -41,9 +41,9 @@ void PrivCompositeColor(const TRV_Picture& source, TRV_Picture& result, const Re
 
 REALpictureStruct* TRV_Composite_Color(REALpictureStruct* p, REALobjectStruct* rect, int overlay_color,
                                        double overlay_fraction, int yield) {
-    ClearError();
-    if (!p) return Fail(ErrorCode::source_nil);
-    if (fraction_out_of_bounds(overlay_fraction)) return Fail(ErrorCode::overlay_fraction);
+    clear_error();
+    if (!p) return fail(ErrorCode::source_nil);
+    if (fraction_out_of_bounds(overlay_fraction)) return fail(ErrorCode::overlay_fraction);
     return adjust_region(PictureForm{}, p, rect, SourceMask::left_behind, "TRV_Composite_Color",
                          [&](const TRV_Picture& source, TRV_Picture& result, const Region& region) {
                              PrivCompositeColor(source, result, region, overlay_color, overlay_fraction, yield);

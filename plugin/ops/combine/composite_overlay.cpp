@@ -124,15 +124,15 @@ bool compose(const TRV_Picture& source, const TRV_Picture& overlay, double overl
 template <class Form, class Paint>
 typename Form::Handle composite(Form form, typename Form::Handle lower, typename Form::Handle upper,
                                 double overlay_fraction, Paint paint) {
-    ClearError();
-    if (!lower) return Fail(ErrorCode::source_nil);
-    if (!upper) return Fail(ErrorCode::overlay_nil);
-    if (fraction_out_of_bounds(overlay_fraction)) return Fail(ErrorCode::overlay_fraction);
+    clear_error();
+    if (!lower) return fail(ErrorCode::source_nil);
+    if (!upper) return fail(ErrorCode::overlay_nil);
+    if (fraction_out_of_bounds(overlay_fraction)) return fail(ErrorCode::overlay_fraction);
     TRV_Picture source = form.bind(lower);
-    if (!source.Lock()) return Fail(ErrorCode::source_lock);
+    if (!source.Lock()) return fail(ErrorCode::source_lock);
     TRV_Picture overlay = form.bind(upper);
-    if (!overlay.Lock()) return Fail(ErrorCode::overlay_lock);
-    return form.produce(source.width(), source.height(), result_depth(source), false,
+    if (!overlay.Lock()) return fail(ErrorCode::overlay_lock);
+    return form.produce(source.width(), source.height(), result_depth(source), ResultMask::none,
                         [&](TRV_Picture& result) { paint(source, overlay, result); });
 }
 
@@ -149,7 +149,7 @@ REALpictureStruct* TRV_Composite(REALpictureStruct* p, REALpictureStruct* overla
     return composite(PictureForm{}, p, overlay, overlay_fraction,
                      [&](const TRV_Picture& source, const TRV_Picture& upper, TRV_Picture& result) {
                          const bool composed = compose(source, upper, overlay_fraction, left, top, result, yield);
-                         if (composed && source.HasMask()) CopySourceMask(source, result, "TRV_Composite");
+                         if (composed && source.HasMask()) copy_source_mask(source, result, "TRV_Composite");
                      });
 }
 

@@ -16,20 +16,20 @@ void PrivCompositeWithMask(const TRV_Picture& source, const TRV_Picture& overlay
 // An overlay that lies outside the source does not end the checks: the mask's are made too, and replace its code.
 REALpictureStruct* TRV_CompositeWithMask(REALpictureStruct* p, REALpictureStruct* overlay, REALpictureStruct* mask,
                                          int left, int top, int /*yield*/) {
-    ClearError();
-    if (!p) return Fail(ErrorCode::source_nil);
-    if (!overlay) return Fail(ErrorCode::overlay_nil);
-    if (!mask) return Fail(ErrorCode::mask_nil);
+    clear_error();
+    if (!p) return fail(ErrorCode::source_nil);
+    if (!overlay) return fail(ErrorCode::overlay_nil);
+    if (!mask) return fail(ErrorCode::mask_nil);
     TRV_Picture source(p, kAsImage);
-    if (!source.Lock()) return Fail(ErrorCode::source_lock);
+    if (!source.Lock()) return fail(ErrorCode::source_lock);
     TRV_Picture upper(overlay, kAsImage);
-    if (!upper.Lock()) return Fail(ErrorCode::overlay_lock);
+    if (!upper.Lock()) return fail(ErrorCode::overlay_lock);
     const bool misplaced = placement_of(upper, left, top, source).covered.empty();
-    if (misplaced) SetError(ErrorCode::overlay_position);
+    if (misplaced) set_error(ErrorCode::overlay_position);
     TRV_Picture weights(mask, kAsImage);  // a mask argument is an ordinary picture
-    if (!weights.Lock()) return Fail(ErrorCode::mask_lock);
-    if (!MaskFits(weights, upper) || misplaced) return nullptr;
+    if (!weights.Lock()) return fail(ErrorCode::mask_lock);
+    if (!mask_fits(weights, upper) || misplaced) return nullptr;
     return PictureForm{}.produce(
-        source.width(), source.height(), result_depth(source), false,
+        source.width(), source.height(), result_depth(source), ResultMask::none,
         [&](TRV_Picture& result) { PrivCompositeWithMask(source, upper, weights, left, top, result); });
 }

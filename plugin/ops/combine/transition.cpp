@@ -32,18 +32,18 @@ void PrivTransition(const TRV_Picture& source, const TRV_Picture& overlay_a, con
 
 REALpictureStruct* TRV_Transition(REALpictureStruct* p, REALpictureStruct* overlay_a, REALpictureStruct* overlay_b,
                                   double overlay_a_fraction) {
-    ClearError();
-    if (!p) return Fail(ErrorCode::source_nil);
-    if (!overlay_a || !overlay_b) return Fail(ErrorCode::overlay_nil);
-    if (fraction_out_of_bounds(overlay_a_fraction)) return Fail(ErrorCode::overlay_fraction);
+    clear_error();
+    if (!p) return fail(ErrorCode::source_nil);
+    if (!overlay_a || !overlay_b) return fail(ErrorCode::overlay_nil);
+    if (fraction_out_of_bounds(overlay_a_fraction)) return fail(ErrorCode::overlay_fraction);
     TRV_Picture source(p, kAsImage);
-    if (!source.Lock()) return Fail(ErrorCode::source_lock);
+    if (!source.Lock()) return fail(ErrorCode::source_lock);
     TRV_Picture a(overlay_a, kAsImage);
-    if (!a.Lock()) return Fail(ErrorCode::overlay_lock);
+    if (!a.Lock()) return fail(ErrorCode::overlay_lock);
     TRV_Picture b(overlay_b, kAsImage);
-    if (!b.Lock()) return Fail(ErrorCode::overlay_lock);
-    if (!same_size(a, source) || !same_size(b, source)) return Fail(ErrorCode::overlay_size);
+    if (!b.Lock()) return fail(ErrorCode::overlay_lock);
+    if (!same_size(a, source) || !same_size(b, source)) return fail(ErrorCode::overlay_size);
     return PictureForm{}.produce(
-        source.width(), source.height(), result_depth(source), false,
+        source.width(), source.height(), result_depth(source), ResultMask::none,
         [&](TRV_Picture& result) { PrivTransition(source, a, b, overlay_a_fraction, result); });
 }

@@ -172,18 +172,18 @@ void PrivConvoluteVertical(const TRV_Picture& source, TRV_Picture& destination, 
 
 REALpictureStruct* TRV_Convolute(REALpictureStruct* p, REALobjectStruct* rect, REALobjectStruct* horiz_convolution,
                                  REALobjectStruct* vert_convolution) {
-    ClearError();
-    if (!p) return Fail(ErrorCode::source_nil);
+    clear_error();
+    if (!p) return fail(ErrorCode::source_nil);
     TRV_Picture source(p, kAsImage);
-    if (!source.Lock()) return Fail(ErrorCode::source_lock);
-    const Region region = SelectRegion(source, rect);
-    if (region.empty()) return Fail(ErrorCode::selection);
+    if (!source.Lock()) return fail(ErrorCode::source_lock);
+    const Region region = select_region(source, rect);
+    if (region.empty()) return fail(ErrorCode::selection);
     const std::int32_t width = source.width(), height = source.height(), depth = result_depth(source);
     TRV_Picture intermediate(width, height, depth, kTemporary);
-    if (!intermediate.Lock()) return Fail(ErrorCode::intermediate_lock);
+    if (!intermediate.Lock()) return fail(ErrorCode::intermediate_lock);
     PrivConvoluteHorizontal(source, intermediate, horiz_convolution, region);
     source.Release();
-    return PictureForm{}.produce(width, height, depth, false, [&](TRV_Picture& result) {
+    return PictureForm{}.produce(width, height, depth, ResultMask::none, [&](TRV_Picture& result) {
         PrivConvoluteVertical(intermediate, result, vert_convolution, region);
         intermediate.Release();
     });

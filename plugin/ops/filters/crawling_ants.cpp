@@ -64,19 +64,19 @@ void draw_outline(TRV_Picture& result, const Region& region, const Ants& ants) {
 // outline.
 REALpictureStruct* TRV_CrawlingAnts(REALpictureStruct* p, REALobjectStruct* rect, int ant_color, int shadow_color,
                                     int ant_size, int ant_state) {
-    ClearError();
-    if (!p) return Fail(ErrorCode::source_nil);
+    clear_error();
+    if (!p) return fail(ErrorCode::source_nil);
     TRV_Picture source(p, kAsImage);
-    if (!source.Lock()) return Fail(ErrorCode::source_lock);
-    const Region region = SelectRegion(source, rect);
-    if (region.empty()) SetError(ErrorCode::selection);
+    if (!source.Lock()) return fail(ErrorCode::source_lock);
+    const Region region = select_region(source, rect);
+    if (region.empty()) set_error(ErrorCode::selection);
     const Ants ants = {static_cast<PixelColor>(ant_color), static_cast<PixelColor>(shadow_color), ant_size, ant_state};
     if (!ants.has_size())
-        SetError(ErrorCode::ant_size);
+        set_error(ErrorCode::ant_size);
     else if (!ants.has_state())
-        SetError(ErrorCode::ant_state);
+        set_error(ErrorCode::ant_state);
     if (region.empty()) return nullptr;
-    return PictureForm{}.produce(source.width(), source.height(), result_depth(source), false,
+    return PictureForm{}.produce(source.width(), source.height(), result_depth(source), ResultMask::none,
                                  [&](TRV_Picture& result) {
                                      copy_region(source, result, whole_of(source), kCaller);
                                      if (ants.has_size()) draw_outline(result, region, ants);

@@ -33,11 +33,11 @@ void fill_section(TRV_Picture& result, std::int32_t first, std::int32_t last, in
 
 template <class Paint>
 REALpictureStruct* make_gradient(int width, int height, Paint paint) {
-    ClearError();
-    if (width < 1) SetError(ErrorCode::stretch_width);
-    if (height < 1) SetError(ErrorCode::stretch_height);  // the later code stays
+    clear_error();
+    if (width < 1) set_error(ErrorCode::stretch_width);
+    if (height < 1) set_error(ErrorCode::stretch_height);  // the later code stays
     if (width < 1 || height < 1) return nullptr;
-    return PictureForm{}.produce(width, height, 32, false, paint);
+    return PictureForm{}.produce(width, height, 32, ResultMask::none, paint);
 }
 
 }  // namespace

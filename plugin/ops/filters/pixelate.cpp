@@ -168,13 +168,13 @@ void PrivPixelate(const TRV_Picture& source, TRV_Picture& result, const Region& 
 }
 
 REALpictureStruct* TRV_Pixelate(REALpictureStruct* p, REALobjectStruct* rect, int pixelation) {
-    ClearError();
-    if (!p) return Fail(ErrorCode::source_nil);
+    clear_error();
+    if (!p) return fail(ErrorCode::source_nil);
     TRV_Picture source(p, kAsImage);
-    if (!source.Lock()) return Fail(ErrorCode::source_lock);
-    const Region region = SelectRegion(source, rect);
-    if (region.empty()) return Fail(ErrorCode::selection);
-    if (pixelation < 1) return Fail(ErrorCode::pixelation);
-    return kSilentForm.produce(source.width(), source.height(), result_depth(source), false,
+    if (!source.Lock()) return fail(ErrorCode::source_lock);
+    const Region region = select_region(source, rect);
+    if (region.empty()) return fail(ErrorCode::selection);
+    if (pixelation < 1) return fail(ErrorCode::pixelation);
+    return kSilentForm.produce(source.width(), source.height(), result_depth(source), ResultMask::none,
                                [&](TRV_Picture& result) { PrivPixelate(source, result, region, pixelation); });
 }

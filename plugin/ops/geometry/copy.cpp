@@ -14,11 +14,11 @@ void PrivCopyPicture(const TRV_Picture& source, TRV_Picture& result) {
 }
 
 REALpictureStruct* TRV_CopyPicture(REALpictureStruct* p) {
-    ClearError();
-    if (!p) return Fail(ErrorCode::source_nil);
+    clear_error();
+    if (!p) return fail(ErrorCode::source_nil);
     const PictureForm form{};
     TRV_Picture source = form.bind(p);
-    if (!source.Lock()) return Fail(ErrorCode::source_lock);
-    return form.produce(source.width(), source.height(), result_depth(source), false,
+    if (!source.Lock()) return fail(ErrorCode::source_lock);
+    return form.produce(source.width(), source.height(), result_depth(source), ResultMask::none,
                         [&](TRV_Picture& result) { PrivCopyPicture(source, result); });
 }

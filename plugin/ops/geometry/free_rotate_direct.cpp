@@ -327,11 +327,11 @@ REALpictureStruct* rotate(REALpictureStruct* p, double rotation, int frame_color
     if (degrees == 0.0 || !turned) return turned.release();
 
     TRV_Picture source(turned.get(), kAsImage);
-    if (!source.Lock()) return Fail(ErrorCode::intermediate_lock);
+    if (!source.Lock()) return fail(ErrorCode::intermediate_lock);
     const double angle = 2.0 * degrees * free_rotation::kPi / 360.0;
     const free_rotation::Diagonal diagonal(source.width(), source.height());
     return PictureForm{}.produce(diagonal.width_at(angle - diagonal.angle), diagonal.height_at(angle + diagonal.angle),
-                                 result_depth(source), false,
+                                 result_depth(source), ResultMask::none,
                                  [&](TRV_Picture& result) { kernel(source, result, angle, frame_color); });
 }
 

@@ -8,9 +8,9 @@
 namespace free_rotation {
 
 bool arguments_pass(REALpictureStruct* p, double degrees) {
-    ClearError();
-    if (!p) SetError(ErrorCode::source_nil);
-    if (degrees < 0.0 || degrees >= 360.0) return SetError(ErrorCode::rotation), false;
+    clear_error();
+    if (!p) set_error(ErrorCode::source_nil);
+    if (degrees < 0.0 || degrees >= 360.0) return set_error(ErrorCode::rotation), false;
     return p != nullptr;
 }
 

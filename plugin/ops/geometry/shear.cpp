@@ -9,9 +9,9 @@ constexpr bool kHorizontal = true, kVertical = false;
 
 // Both checks run. When both fail, the code of the shear stays. NaN is out of bounds.
 bool arguments_pass(REALpictureStruct* p, double shear) {
-    ClearError();
-    if (!p) SetError(ErrorCode::source_nil);
-    if (!(shear >= -1.0 && shear <= 1.0)) return SetError(ErrorCode::shear), false;
+    clear_error();
+    if (!p) set_error(ErrorCode::source_nil);
+    if (!(shear >= -1.0 && shear <= 1.0)) return set_error(ErrorCode::shear), false;
     return p != nullptr;
 }
 
@@ -35,7 +35,7 @@ REALpictureStruct* PrivShear_NonVector(REALpictureStruct* p, int width, int heig
     TRV_Picture source(p, kAsImage);
     TRV_Picture source_mask(p, kAsMask);
     if (!source.Lock() || !source_mask.Lock()) return nullptr;
-    return kSilentForm.produce(width, height, result_depth(source), true, [&](TRV_Picture& result) {
+    return kSilentForm.produce(width, height, result_depth(source), ResultMask::wanted, [&](TRV_Picture& result) {
         TRV_Picture result_mask(result, kAsMask);
         if (!result_mask.Lock()) return;
         if (horizontal)
@@ -49,7 +49,7 @@ REALpictureStruct* PrivShear_Frame_NonVector(REALpictureStruct* p, int width, in
                                              int frame_color, int yield) {
     TRV_Picture source(p, kAsImage);
     if (!source.Lock()) return nullptr;
-    return kSilentForm.produce(width, height, result_depth(source), false, [&](TRV_Picture& result) {
+    return kSilentForm.produce(width, height, result_depth(source), ResultMask::none, [&](TRV_Picture& result) {
         if (horizontal)
             Priv_ShearHorizontal(source, result, shear, frame_color, yield);
         else

@@ -144,11 +144,11 @@ void stretch_by_way_of(TRV_Picture& intermediate, const TRV_Picture& source, TRV
 
 // All checks run. When several fail, the code of the last one stays.
 bool arguments_pass(const void* p, int width, int height) {
-    ClearError();
+    clear_error();
     bool pass = true;
     const auto check = [&pass](bool fine, ErrorCode code) {
         if (fine) return;
-        SetError(code);
+        set_error(code);
         pass = false;
     };
     check(p != nullptr, ErrorCode::source_nil);
@@ -160,9 +160,10 @@ bool arguments_pass(const void* p, int width, int height) {
 template <class Form>
 typename Form::Handle stretch(Form form, typename Form::Handle p, int width, int height, int yield) {
     TRV_Picture source = form.bind(p);
-    if (!source.Lock()) return Fail(ErrorCode::source_lock);
+    if (!source.Lock()) return fail(ErrorCode::source_lock);
     const bool has_mask = source.HasMask();
-    return form.produce(width, height, source.depth(), has_mask, [&](TRV_Picture& result) {
+    const ResultMask mask = has_mask ? ResultMask::wanted : ResultMask::none;
+    return form.produce(width, height, source.depth(), mask, [&](TRV_Picture& result) {
         const auto path = has_mask ? PrivStretch_NonVector_Mask : PrivStretch_NonVector_NoMask;
         path(source, result, yield);
     });
@@ -195,17 +196,17 @@ void Priv_StetchVerticalMask(const TRV_Picture& source, TRV_Picture& destination
 
 void PrivStretch_NonVector_NoMask(TRV_Picture& source, TRV_Picture& result, int yield) {
     TRV_Picture intermediate(result.width(), source.height(), result_depth(result), kTemporary);
-    if (!intermediate.Lock()) return SetError(ErrorCode::intermediate_lock);
+    if (!intermediate.Lock()) return set_error(ErrorCode::intermediate_lock);
     stretch_by_way_of(intermediate, source, result, yield);
 }
 
 void PrivStretch_NonVector_Mask(TRV_Picture& source, TRV_Picture& result, int yield) {
     TRV_Picture source_mask(source, kAsMask);
     TRV_Picture result_mask(result, kAsMask);
-    if (!source_mask.Lock() || !result_mask.Lock()) return SetError(ErrorCode::source_lock);
+    if (!source_mask.Lock() || !result_mask.Lock()) return set_error(ErrorCode::source_lock);
     TRV_Picture intermediate(result.width(), source.height(), result_depth(result), kTemporary);
     TRV_Picture intermediate_mask(result.width(), source.height(), kMaskDepth, kTemporary);
-    if (!intermediate.Lock() || !intermediate_mask.Lock()) return SetError(ErrorCode::intermediate_lock);
+    if (!intermediate.Lock() || !intermediate_mask.Lock()) return set_error(ErrorCode::intermediate_lock);
     stretch_by_way_of(intermediate, source, result, yield);
     stretch_by_way_of(intermediate_mask, source_mask, result_mask, yield);
 }

@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "adjustment.h"
 #include "forms.h"
 #include "pixel_runs.h"
 
 namespace {
 
-enum class MaskRule { trimmed, left_behind };
 constexpr bool kInOwnMemory = false;  // of a client picture that a program does not want as a host picture
 
 constexpr const char* kCaller = "TRV_Trim";
@@ -35,18 +35,18 @@ void trim_mask(const TRV_Picture& source, const TRV_Picture& result, const TRV_R
 
 template <class Form>
 typename Form::Handle trim(Form form, typename Form::Handle p, REALobjectStruct* trim_rect, int frame_color,
-                           MaskRule mask) {
-    ClearError();
-    if (!p) return Fail(ErrorCode::source_nil);
+                           SourceMask mask) {
+    clear_error();
+    if (!p) return fail(ErrorCode::source_nil);
     TRV_Picture source = form.bind(p);
-    if (!source.Lock()) return Fail(ErrorCode::source_lock);
+    if (!source.Lock()) return fail(ErrorCode::source_lock);
     const TRV_Rectangle_Data area = trim_area(source, trim_rect);
-    if (!is_area(area)) return Fail(ErrorCode::trim_area);
+    if (!is_area(area)) return fail(ErrorCode::trim_area);
 
     const PixelColor frame = static_cast<PixelColor>(frame_color) & 0xFFFFFF;
-    return form.produce(area.width, area.height, result_depth(source), false, [&](TRV_Picture& result) {
+    return form.produce(area.width, area.height, result_depth(source), ResultMask::none, [&](TRV_Picture& result) {
         PrivTrim(source, result, area, {frame, frame});
-        if (mask == MaskRule::trimmed && source.HasMask()) trim_mask(source, result, area, frame);
+        if (mask == SourceMask::copied && source.HasMask()) trim_mask(source, result, area, frame);
     });
 }
 
@@ -73,12 +73,12 @@ void PrivTrim(const TRV_Picture& source, TRV_Picture& result, const TRV_Rectangl
 }
 
 REALpictureStruct* TRV_Trim(REALpictureStruct* p, REALobjectStruct* trim_rect, int frame_color) {
-    return trim(PictureForm{}, p, trim_rect, frame_color, MaskRule::trimmed);
+    return trim(PictureForm{}, p, trim_rect, frame_color, SourceMask::copied);
 }
 
 REALobjectStruct* TRV_ClientPicture_Trim(REALobjectStruct* cp, REALobjectStruct* trim_rect, int frame_color,
                                          bool as_picture) {
-    return trim(ClientForm{as_picture}, cp, trim_rect, frame_color, MaskRule::left_behind);
+    return trim(ClientForm{as_picture}, cp, trim_rect, frame_color, SourceMask::left_behind);
 }
 
 REALobjectStruct* TRV_ClientPicture_Trim_OwnMemory(REALobjectStruct* cp, REALobjectStruct* trim_rect, int frame_color) {

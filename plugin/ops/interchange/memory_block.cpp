@@ -67,13 +67,13 @@ void PrivMakeMemoryBlock(const TRV_Picture& source, const Region& region, std::u
 
 REALmemoryBlockStruct* TRV_MakeMemoryBlock(REALpictureStruct* p, REALobjectStruct* rect, bool /*mask_to_alpha*/,
                                            int* row_bytes) {
-    ClearError();
+    clear_error();
     if (row_bytes) *row_bytes = 0;
-    if (!p) return Fail(ErrorCode::source_nil);
+    if (!p) return fail(ErrorCode::source_nil);
     TRV_Picture source(p, kAsImage);
-    if (!source.Lock()) return Fail(ErrorCode::source_lock);
-    const Region region = SelectRegion(source, rect);
-    if (region.empty()) return Fail(ErrorCode::selection);
+    if (!source.Lock()) return fail(ErrorCode::source_lock);
+    const Region region = select_region(source, rect);
+    if (region.empty()) return fail(ErrorCode::selection);
     // The mask is asked for and not used, and neither is the flag: the bits above the colours are 0.
     source.HasMask();
 

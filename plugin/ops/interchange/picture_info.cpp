@@ -42,16 +42,16 @@ InfoText diagnosis(REALpictureStruct* picture) {
 }  // namespace
 
 int TRV_RowBytes(REALpictureStruct* source) {
-    ClearError();
-    if (!source) return SetError(ErrorCode::source_nil), 0;
+    clear_error();
+    if (!source) return set_error(ErrorCode::source_nil), 0;
     TRV_Picture picture(source, kAsImage);
-    if (!picture.Lock()) return SetError(ErrorCode::source_lock), 0;
+    if (!picture.Lock()) return set_error(ErrorCode::source_lock), 0;
     return picture.rowBytes();
 }
 
 REALstringStruct* TRV_Info(REALpictureStruct* source) {
-    ClearError();
-    if (!source) return Fail(ErrorCode::source_nil);
+    clear_error();
+    if (!source) return fail(ErrorCode::source_nil);
     TRV_Picture picture(source, kAsImage);
     const InfoText text = picture.Lock() ? facts(picture) : diagnosis(source);
     picture.Release();

@@ -165,8 +165,8 @@ void PrivReadMaskPlane(const std::uint8_t* plane, std::int32_t width, std::int32
 }
 
 REALstringStruct* TRV_ConvertToString(REALpictureStruct* p) {
-    ClearError();
-    if (!p) return Fail(ErrorCode::source_nil);
+    clear_error();
+    if (!p) return fail(ErrorCode::source_nil);
     TRV_Picture source(p, kAsImage);
     if (!source.Lock()) return nullptr;
     const PictureStringHeader header = {static_cast<std::uint32_t>(source.width()),
@@ -184,8 +184,8 @@ REALstringStruct* TRV_ConvertToString(REALpictureStruct* p) {
 
 // A nil string gives a code that has no message of its own.
 REALpictureStruct* TRV_ConvertToPicture(REALstringStruct* s) {
-    ClearError();
-    if (!s) return Fail(ErrorCode::string_nil);
+    clear_error();
+    if (!s) return fail(ErrorCode::string_nil);
     REALLockString(s);
     const HostReference<REALstringStruct> string(s);
     const std::span bytes = bytes_of(s);

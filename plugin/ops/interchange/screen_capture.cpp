@@ -15,7 +15,7 @@ bool holds(const TRV_Picture& screen, std::int32_t width, std::int32_t height) {
 }  // namespace
 
 REALpictureStruct* TRV_ScreenCapture(REALobjectStruct*, REALobjectStruct*) {
-    ClearError();
+    clear_error();
     const GDHandle device = GetMainDevice();
     if (!device || !*device) return nullptr;
     const Rect bounds = (*device)->gdRect;

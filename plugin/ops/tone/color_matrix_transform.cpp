@@ -85,16 +85,16 @@ void PrivAdjustRGBWithMask_Matrix(const TRV_Picture& source, const TRV_Picture& 
 
 // Of several objects that are missing, the last one gives the code. A matrix is missing when it has no data.
 REALpictureStruct* TRV_AdjustRGB_Matrix(REALpictureStruct* p, REALobjectStruct* rect, REALobjectStruct* cm) {
-    ClearError();
+    clear_error();
     const TRV_ColorMatrix_Data* const matrix = TRV_ColorMatrix_GetData(cm);
-    if (!matrix) return Fail(ErrorCode::color_matrix_nil);
+    if (!matrix) return fail(ErrorCode::color_matrix_nil);
     return adjust(PictureForm{}, p, rect, MatrixAdjustment(*matrix));
 }
 
 REALpictureStruct* TRV_AdjustRGBWithMask_Matrix(REALpictureStruct* p, REALpictureStruct* mask, REALobjectStruct* cm) {
-    ClearError();
+    clear_error();
     const TRV_ColorMatrix_Data* const matrix = TRV_ColorMatrix_GetData(cm);
-    if (!matrix) return Fail(ErrorCode::color_matrix_nil);
-    if (!mask) return Fail(ErrorCode::mask_nil);
+    if (!matrix) return fail(ErrorCode::color_matrix_nil);
+    if (!mask) return fail(ErrorCode::mask_nil);
     return adjust_by_mask(PictureForm{}, p, mask, MatrixAdjustment(*matrix));
 }

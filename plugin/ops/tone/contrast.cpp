@@ -155,5 +155,5 @@ void TRV_GetAverageContrast(REALpictureStruct* p, REALobjectStruct* rect, int ce
 
 void TRV_ClientPicture_GetAverageContrast(REALobjectStruct* cp, REALobjectStruct* rect, int center, int* red_contrast,
                                           int* green_contrast, int* blue_contrast, int yield) {
-    average(ClientForm{false}, cp, rect, AverageContrast{center, red_contrast, green_contrast, blue_contrast, yield});
+    average(ClientForm{}, cp, rect, AverageContrast{center, red_contrast, green_contrast, blue_contrast, yield});
 }

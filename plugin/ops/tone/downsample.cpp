@@ -39,11 +39,11 @@ void PrivDownsample(const TRV_Picture& source, TRV_Picture& result, int bits_per
 }
 
 REALpictureStruct* TRV_Downsample(REALpictureStruct* p, int bits_per_channel) {
-    ClearError();
-    if (!p) return Fail(ErrorCode::source_nil);
-    if (bits_per_channel < 1 || bits_per_channel > 8) return Fail(ErrorCode::bits_per_channel);
-    TRV_Picture source(p, false);
-    if (!source.Lock()) return Fail(ErrorCode::source_lock);
-    return PictureForm{}.produce(source.width(), source.height(), result_depth(source), false,
+    clear_error();
+    if (!p) return fail(ErrorCode::source_nil);
+    if (bits_per_channel < 1 || bits_per_channel > 8) return fail(ErrorCode::bits_per_channel);
+    TRV_Picture source(p, kAsImage);
+    if (!source.Lock()) return fail(ErrorCode::source_lock);
+    return PictureForm{}.produce(source.width(), source.height(), result_depth(source), ResultMask::none,
                                  [&](TRV_Picture& result) { PrivDownsample(source, result, bits_per_channel); });
 }

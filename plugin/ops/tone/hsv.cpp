@@ -76,9 +76,9 @@ struct HsvAdjustment {
     // What is not a number passes.
     bool pass_below(double end_of_factors) const {
         const auto outside = [end_of_factors](double factor) { return factor < 0.0 || factor >= end_of_factors; };
-        if (hue_degrees <= -360.0 || hue_degrees >= 360.0) return SetError(ErrorCode::degrees), false;
-        if (outside(saturation_factor)) return SetError(ErrorCode::saturation), false;
-        if (outside(brightness_factor)) return SetError(ErrorCode::brightness), false;
+        if (hue_degrees <= -360.0 || hue_degrees >= 360.0) return set_error(ErrorCode::degrees), false;
+        if (outside(saturation_factor)) return set_error(ErrorCode::saturation), false;
+        if (outside(brightness_factor)) return set_error(ErrorCode::brightness), false;
         return true;
     }
 
@@ -212,5 +212,5 @@ void TRV_GetAverageHSV(REALpictureStruct* p, REALobjectStruct* rect, double* hue
 
 void TRV_ClientPicture_GetAverageHSV(REALobjectStruct* cp, REALobjectStruct* rect, double* hue_degrees,
                                      double* saturation, double* brightness, int /*yield*/) {
-    average(ClientForm{false}, cp, rect, AverageHsv{hue_degrees, saturation, brightness});
+    average(ClientForm{}, cp, rect, AverageHsv{hue_degrees, saturation, brightness});
 }

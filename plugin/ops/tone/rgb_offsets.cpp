@@ -57,7 +57,7 @@ struct OffsetAdjustment {
 
     PerChannel<std::int32_t> offsets;
 
-    bool arguments_pass() const { return ChannelsInRange(-255, 255, offsets.red, offsets.green, offsets.blue); }
+    bool arguments_pass() const { return channels_in_range(-255, 255, offsets.red, offsets.green, offsets.blue); }
 
     template <class Use>
     void with_kernel(Use use) const {
@@ -120,8 +120,8 @@ REALpictureStruct* TRV_AdjustRGBWithMask(REALpictureStruct* p, REALpictureStruct
 void TRV_AdjustRGB_InPlace(REALpictureStruct* p, REALobjectStruct* rect, int red_delta, int green_delta,
                            int blue_delta) {
     const OffsetAdjustment adjustment{{red_delta, green_delta, blue_delta}};
-    ClearError();
-    if (!p) return SetError(ErrorCode::source_nil);
+    clear_error();
+    if (!p) return set_error(ErrorCode::source_nil);
     if (!adjustment.arguments_pass()) return;
     visit_region_of(PictureForm{}, p, rect,
                     [&](TRV_Picture& picture, const Region& region) { adjustment.apply_in_place(picture, region); });
