@@ -2,6 +2,8 @@
 #include "color_matrix_transform.h"
 #include "rgb_offsets.h"
 
+using namespace tarvo::plugin;
+
 namespace tarvo::bench {
 namespace {
 

@@ -2,6 +2,8 @@
 
 #include "bench.h"
 
+using namespace tarvo::plugin;
+
 namespace tarvo::bench {
 namespace {
 

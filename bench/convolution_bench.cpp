@@ -6,6 +6,8 @@
 
 #include "bench.h"
 
+using namespace tarvo::plugin;
+
 namespace tarvo::bench {
 namespace {
 

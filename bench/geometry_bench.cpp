@@ -10,6 +10,8 @@
 #include "stretch.h"
 #include "trim.h"
 
+using namespace tarvo::plugin;
+
 namespace tarvo::bench {
 namespace {
 

@@ -3,6 +3,8 @@
 
 #include "bench.h"
 
+using namespace tarvo::plugin;
+
 namespace tarvo::bench {
 namespace {
 

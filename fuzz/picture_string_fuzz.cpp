@@ -11,6 +11,8 @@
 #include "picture_string.h"
 #include "plugin_entry.h"
 
+using namespace tarvo::plugin;
+
 namespace tarvo::fuzz {
 namespace {
 

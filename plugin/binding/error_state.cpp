@@ -4,7 +4,7 @@
 
 #include "host_services.h"
 
-std::int32_t gTRV_Error = 0;
+namespace tarvo::plugin {
 
 const char* error_message(std::int32_t code) {
     switch (code) {
@@ -15,6 +15,12 @@ const char* error_message(std::int32_t code) {
     }
     return kUnknownError;
 }
+
+}  // namespace tarvo::plugin
+
+using namespace tarvo::plugin;
+
+std::int32_t gTRV_Error = 0;
 
 int TRV_GetLastError() { return gTRV_Error; }
 

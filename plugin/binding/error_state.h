@@ -7,6 +7,11 @@
 
 #include "real_interface.h"
 
+// The code that the most recent operation left. There is one for the whole process.
+extern std::int32_t gTRV_Error;
+
+namespace tarvo::plugin {
+
 // The message of a number that has none of its own.
 inline constexpr const char* kUnknownError = "Unknown Error";
 
@@ -69,9 +74,6 @@ enum class ErrorCode : std::int32_t {
 #undef TRV_ERROR_CODE
 };
 
-// The code that the most recent operation left. There is one for the whole process.
-extern std::int32_t gTRV_Error;
-
 // Each operation that reports errors begins with clear_error.
 inline void clear_error() { gTRV_Error = 0; }
 inline void set_error(ErrorCode code) { gTRV_Error = static_cast<std::int32_t>(code); }
@@ -84,6 +86,8 @@ inline std::nullptr_t fail(ErrorCode code) {
 
 // Returns the message of a code, kUnknownError for any other number.
 const char* error_message(std::int32_t code);
+
+}  // namespace tarvo::plugin
 
 // "TRV_GetLastError() as integer"
 int TRV_GetLastError();

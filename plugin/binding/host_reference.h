@@ -4,6 +4,8 @@
 
 #include "host_services.h"
 
+namespace tarvo::plugin {
+
 struct DropReference {
     void operator()(REALobjectStruct* object) const { REALUnlockObject(object); }
     void operator()(REALpictureStruct* picture) const { REALUnlockObject(picture); }
@@ -16,3 +18,5 @@ struct DropReference {
 // Holds one reference to a host object, and drops it unless `release` hands it on.
 template <class Struct>
 using HostReference = std::unique_ptr<Struct, DropReference>;
+
+}  // namespace tarvo::plugin

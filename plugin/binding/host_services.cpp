@@ -5,11 +5,7 @@
 
 #include "host_reference.h"
 
-REALresolver gResolver = nullptr;
-REALresolver gResolverPPC = nullptr;
-
-void* HCallResolver(const char* name) { return gResolverPPC ? gResolverPPC(name) : nullptr; }
-
+namespace tarvo::plugin {
 namespace {
 
 template <class Signature>
@@ -41,6 +37,14 @@ void register_definition(HostService<void(REALclassDefinition*)>& service, REALc
 }
 
 }  // namespace
+}  // namespace tarvo::plugin
+
+using namespace tarvo::plugin;
+
+REALresolver gResolver = nullptr;
+REALresolver gResolverPPC = nullptr;
+
+void* HCallResolver(const char* name) { return gResolverPPC ? gResolverPPC(name) : nullptr; }
 
 REALstringStruct* REALBuildString(const char* text, int length) {
     static constinit HostService<REALstringStruct*(const char*, int)> service("REALBuildString");
@@ -203,7 +207,11 @@ void ConvertCurrentMethodsToV6(REALclassDefinition* definition) {
 
 void SetClassConsoleSafe(REALclassDefinition* definition) { definition->flags |= REALconsoleSafe; }
 
+namespace tarvo::plugin {
+
 void show_message(const char* text) {
     const HostReference<REALstringStruct> string(REALBuildString(text, static_cast<int>(std::strlen(text))));
     REALMessageBox(string.get());
 }
+
+}  // namespace tarvo::plugin

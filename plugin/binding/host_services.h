@@ -65,5 +65,9 @@ void REALRegisterClassExtension(REALclassDefinition* definition);
 void ConvertCurrentMethodsToV6(REALclassDefinition* definition);
 void SetClassConsoleSafe(REALclassDefinition* definition);
 
+namespace tarvo::plugin {
+
 // Shows a message box with the text.
 void show_message(const char* text);
+
+}  // namespace tarvo::plugin

@@ -9,7 +9,7 @@
 
 #include "real_interface.h"
 
-namespace registration {
+namespace tarvo::plugin::registration {
 
 // --- signatures: what a declaration and a function have in common ----------------------------------------------------
 
@@ -221,7 +221,7 @@ struct Boundary<Function> {
     }
 };
 
-}  // namespace registration
+}  // namespace tarvo::plugin::registration
 
 // The address that the host calls. This and the rows below are macros because only an initialiser that is written out
 // in place is sure to be constant, and the tables are complete before any code of the library runs.

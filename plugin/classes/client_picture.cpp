@@ -10,6 +10,7 @@
 #include "picture.h"
 #include "registration.h"
 
+namespace tarvo::plugin {
 namespace {
 
 using Data = TRV_ClientPicture_Data;
@@ -113,6 +114,9 @@ bool copy_image(const Data& data, TRV_Picture& made) {
 }
 
 }  // namespace
+}  // namespace tarvo::plugin
+
+using namespace tarvo::plugin;
 
 Data* TRV_ClientPicture_GetData(REALobjectStruct* clientPicture) {
     return static_cast<Data*>(REALGetClassData(clientPicture, &TRV_ClientPicture_Class));
@@ -214,6 +218,7 @@ REALpictureStruct* TRV_ClientPicture_operator_convert_to_picture(REALobjectStruc
     return copy_image(*data, made) ? picture.release() : nullptr;
 }
 
+namespace tarvo::plugin {
 namespace {
 
 #define CLIENT_PROPERTY(name, type, getter, parameter) \
@@ -236,6 +241,7 @@ const REALmethodDefinition kMethods[] = {
 };
 
 }  // namespace
+}  // namespace tarvo::plugin
 
 REALclassDefinition TRV_ClientPicture_Class = {
     .version = kREALinterfaceVersion,

@@ -8,13 +8,10 @@
 #include "host_services.h"
 #include "registration.h"
 
-using Matrix = TRV_ColorMatrix_Data;
-
-Matrix* TRV_ColorMatrix_GetData(REALobjectStruct* matrix) {
-    return static_cast<Matrix*>(REALGetClassData(matrix, &TRV_ColorMatrix_Class));
-}
-
+namespace tarvo::plugin {
 namespace {
+
+using Matrix = TRV_ColorMatrix_Data;
 
 constexpr Matrix kIdentity = {{{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}}};
 
@@ -54,6 +51,13 @@ Matrix scaled(const Matrix& matrix, double factor) {
 }
 
 }  // namespace
+}  // namespace tarvo::plugin
+
+using namespace tarvo::plugin;
+
+Matrix* TRV_ColorMatrix_GetData(REALobjectStruct* matrix) {
+    return static_cast<Matrix*>(REALGetClassData(matrix, &TRV_ColorMatrix_Class));
+}
 
 void TRV_ColorMatrix_Constructor(REALobjectStruct* self) {
     if (Matrix* const matrix = TRV_ColorMatrix_GetData(self)) *matrix = kIdentity;
@@ -102,6 +106,7 @@ void TRV_ColorMatrix_MessageBox(REALobjectStruct* self) {
     show_message(text);
 }
 
+namespace tarvo::plugin {
 namespace {
 
 const REALmethodDefinition kMethods[] = {
@@ -117,6 +122,7 @@ const REALmethodDefinition kMethods[] = {
 };
 
 }  // namespace
+}  // namespace tarvo::plugin
 
 REALclassDefinition TRV_ColorMatrix_Class = {
     .version = kREALinterfaceVersion,

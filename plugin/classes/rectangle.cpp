@@ -7,6 +7,7 @@
 #include "numbers.h"
 #include "registration.h"
 
+namespace tarvo::plugin {
 namespace {
 
 enum Parameter : std::int32_t { kLeft = 1, kTop, kWidth, kHeight, kRight, kBottom };
@@ -19,6 +20,9 @@ std::int32_t size_between(std::int32_t first, std::int32_t last) {
 }
 
 }  // namespace
+}  // namespace tarvo::plugin
+
+using namespace tarvo::plugin;
 
 std::int32_t TRV_Rectangle_Data::right() const { return last_of(left, width); }
 std::int32_t TRV_Rectangle_Data::bottom() const { return last_of(top, height); }
@@ -173,6 +177,7 @@ void TRV_Rectangle_MessageBox(REALobjectStruct* self) {
     show_message(text);
 }
 
+namespace tarvo::plugin {
 namespace {
 
 #define RECTANGLE_PROPERTY(name, parameter) \
@@ -202,6 +207,7 @@ const REALmethodDefinition kMethods[] = {
 };
 
 }  // namespace
+}  // namespace tarvo::plugin
 
 REALclassDefinition TRV_Rectangle_Class = {
     .version = kREALinterfaceVersion,

@@ -8,9 +8,7 @@
 #include "processor.h"
 #include "registration_tables.h"
 
-std::int32_t gTRV_HasAltiVec = 0;
-std::int32_t gTRV_HasMMX = 0;
-
+namespace tarvo::plugin {
 namespace {
 
 // The misspelt word and the doubled one belong to the text that users know.
@@ -41,6 +39,12 @@ void refuse(double version) {
 }
 
 }  // namespace
+}  // namespace tarvo::plugin
+
+using namespace tarvo::plugin;
+
+std::int32_t gTRV_HasAltiVec = 0;
+std::int32_t gTRV_HasMMX = 0;
 
 int PluginEntry() {
     ask_for_processor_features();

@@ -38,6 +38,7 @@
 #include "transition.h"
 #include "trim.h"
 
+namespace tarvo::plugin {
 namespace {
 
 const REALmethodDefinition kErrorMethods[] = {
@@ -264,6 +265,9 @@ void register_all(std::span<const REALmethodDefinition> methods) {
 }
 
 }  // namespace
+}  // namespace tarvo::plugin
+
+using namespace tarvo::plugin;
 
 // These are never registered. The host knows the screen's method as a global one that `extends` screens.
 REALclassDefinition TRV_Screen_Extension = {
@@ -295,6 +299,8 @@ void InstallScreenExtensions() { register_all(kScreenMethods); }
 
 void InstallGradientMethods() { register_all(kGradientMethods); }
 
+namespace tarvo::plugin {
+
 void register_everything() {
     register_all(kErrorMethods);
     InstallClasses();
@@ -303,6 +309,8 @@ void register_everything() {
     InstallScreenExtensions();
     InstallGradientMethods();
 }
+
+}  // namespace tarvo::plugin
 
 int CurrentArchitecture() { return 0; }
 

@@ -2,8 +2,12 @@
 
 #include "real_interface.h"
 
+namespace tarvo::plugin {
+
 // Registers all methods and classes with the host: the two error methods, then the groups below in their order.
 void register_everything();
+
+}  // namespace tarvo::plugin
 
 void InstallClasses();
 void InstallPictureExtensions();

@@ -1,5 +1,7 @@
 #include "adjustment.h"
 
+namespace tarvo::plugin {
+
 void copy_source_mask(const TRV_Picture& source, const TRV_Picture& result, const char* caller) {
     TRV_Picture source_mask(source, kAsMask);
     TRV_Picture result_mask(result, kAsMask);
@@ -24,3 +26,5 @@ bool mask_fits(const TRV_Picture& mask, const TRV_Picture& source) {
         default: set_error(ErrorCode::mask_not_greyscale); return false;
     }
 }
+
+}  // namespace tarvo::plugin

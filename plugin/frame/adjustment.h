@@ -22,6 +22,8 @@
 #include "pixel_maps.h"
 #include "region.h"
 
+namespace tarvo::plugin {
+
 // Whether the arguments for red, green and blue are in range, both bounds included; what is not a number passes. If
 // not, leaves code 40, 41 or 42, of the first that is out of range.
 template <class Number>
@@ -146,3 +148,5 @@ void average(const Form& form, typename Form::Handle p, REALobjectStruct* rect, 
     if (!p) return set_error(ErrorCode::source_nil);
     visit_region_of(form, p, rect, measure);
 }
+
+}  // namespace tarvo::plugin

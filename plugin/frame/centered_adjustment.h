@@ -6,6 +6,8 @@
 #include "numbers.h"
 #include "per_channel.h"
 
+namespace tarvo::plugin {
+
 // What the adjustments about a centre colour share: they are asked for the colour and, for each channel, a factor or
 // weight.
 struct CenteredAdjustment {
@@ -24,3 +26,5 @@ struct CenteredAdjustment {
         return {rule(red_of(color), red), rule(green_of(color), green), rule(blue_of(color), blue)};
     }
 };
+
+}  // namespace tarvo::plugin

@@ -9,6 +9,8 @@
 #include "pixel_formats.h"
 #include "row_clones.h"
 
+namespace tarvo::plugin {
+
 struct ChannelSums {
     std::uint64_t red = 0, green = 0, blue = 0, count = 0;
 
@@ -36,3 +38,5 @@ TARVO_INLINED inline void add_channels(ChannelSums& sums, const PixelColor* colo
     sums.blue += blue;
     sums.count += count;
 }
+
+}  // namespace tarvo::plugin

@@ -11,6 +11,8 @@
 #include "host_reference.h"
 #include "picture.h"
 
+namespace tarvo::plugin {
+
 // Whether a result is made with a mask.
 enum class ResultMask { none, wanted };
 
@@ -71,3 +73,5 @@ inline std::int32_t result_depth(const TRV_Picture& source) { return std::max<st
 inline bool same_size(const TRV_Picture& a, const TRV_Picture& b) {
     return a.width() == b.width() && a.height() == b.height();
 }
+
+}  // namespace tarvo::plugin

@@ -15,6 +15,8 @@
 #include "per_channel.h"
 #include "pixel_maps.h"
 
+namespace tarvo::plugin {
+
 // Red and blue share a word: what is mixed of them has 16 bits each.
 inline constexpr PixelColor kRedBlue = 0xFF00FF;
 
@@ -93,3 +95,5 @@ struct ByMask {
 };
 template <class Change, class Mix>
 ByMask(Change, Mix) -> ByMask<Change, Mix>;
+
+}  // namespace tarvo::plugin

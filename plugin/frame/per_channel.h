@@ -3,6 +3,8 @@
 #include "pixel_formats.h"
 #include "row_clones.h"
 
+namespace tarvo::plugin {
+
 // A thing for red, another for green, another for blue: numbers, or the rules by which each channel changes.
 template <class Channel>
 struct PerChannel {
@@ -23,3 +25,5 @@ struct PerChannel {
         return pack_rgb(red(red_of(color)), green(green_of(color)), blue(blue_of(color)));
     }
 };
+
+}  // namespace tarvo::plugin

@@ -20,6 +20,8 @@
 #include "rows.h"
 #include "yield_budget.h"
 
+namespace tarvo::plugin {
+
 // The place that a run of a row is read from.
 struct RunSource {
     const TRV_Picture& picture;
@@ -141,3 +143,5 @@ void map_in_place(TRV_Picture& picture, const Region& region, const char* caller
     for (std::int32_t row = region.top; row <= region.bottom; ++row)
         map_run(picture, row, region.left, count, caller, kernel, RunSource{picture, row, region.left});
 }
+
+}  // namespace tarvo::plugin

@@ -4,6 +4,7 @@
 #include "rows.h"
 #include "stored_words.h"
 
+namespace tarvo::plugin {
 namespace {
 
 // Calls `visit(done, count)` for the pieces of a run that is written from `column` on. Pieces end at multiples of
@@ -92,3 +93,5 @@ void copy_around(const TRV_Picture& source, TRV_Picture& result, const Region& p
     copy_region(source, result, {part.right + 1, part.top, last_column, part.bottom}, caller);
     copy_region(source, result, {0, part.bottom + 1, last_column, last_row}, caller);
 }
+
+}  // namespace tarvo::plugin

@@ -9,6 +9,8 @@
 #include "picture.h"
 #include "region.h"
 
+namespace tarvo::plugin {
+
 // How a kernel addresses pixels. That matters below 8 bits a pixel, where all columns of a row have the same
 // whole-pixel address, and only the bit-addressed accessors reach single pixels.
 struct RunAccess {
@@ -40,3 +42,5 @@ void fill_run(TRV_Picture& result, Place to, std::int32_t count, PixelColor colo
 void copy_region(const TRV_Picture& source, TRV_Picture& result, const Region& part, const char* caller);
 // result = source, outside a part of both that is not empty.
 void copy_around(const TRV_Picture& source, TRV_Picture& result, const Region& part, const char* caller);
+
+}  // namespace tarvo::plugin

@@ -6,6 +6,8 @@
 #include "picture.h"
 #include "real_interface.h"
 
+namespace tarvo::plugin {
+
 // A part of a picture. All four edges belong to it.
 struct Region {
     std::int32_t left, top, right, bottom;
@@ -24,3 +26,5 @@ inline Region whole_of(const TRV_Picture& picture) { return {0, 0, picture.width
 // Returns what a rectangle argument selects of a locked picture: the rectangle clipped to the picture, or the whole
 // picture if there is no rectangle.
 Region select_region(const TRV_Picture& picture, REALobjectStruct* rectangle);
+
+}  // namespace tarvo::plugin

@@ -17,6 +17,8 @@
 #include "region.h"
 #include "yield_budget.h"
 
+namespace tarvo::plugin {
+
 inline constexpr std::int32_t kChunkPixels = 512;
 
 // Kernels keep what they work on in arrays on the stack: no allocation can fail halfway, and nothing is shared with
@@ -57,3 +59,5 @@ void measure_region(const TRV_Picture& source, const Region& region, int yield, 
         });
     }
 }
+
+}  // namespace tarvo::plugin

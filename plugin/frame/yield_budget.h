@@ -4,6 +4,8 @@
 
 #include "host_services.h"
 
+namespace tarvo::plugin {
+
 // The budget of kernels that never give the host control.
 inline constexpr int kNoYielding = 0;
 
@@ -26,3 +28,5 @@ private:
     std::int32_t yield_;
     std::int64_t worked_ = 0;
 };
+
+}  // namespace tarvo::plugin

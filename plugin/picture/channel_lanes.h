@@ -10,6 +10,8 @@
 
 #include "pixel_formats.h"
 
+namespace tarvo::plugin {
+
 // A 16-bit constant for each channel, and 0 for the unused top byte, arranged as the bytes of a colour are in memory:
 //
 //                       first half word      second half word
@@ -51,3 +53,5 @@ template <class Function, class... Constants>
         }
     }
 }
+
+}  // namespace tarvo::plugin

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdlib>
 
+namespace tarvo::plugin {
 namespace {
 
 //     |  Header  |  memory ...
@@ -33,3 +34,5 @@ void hold_client_memory(std::uint8_t* memory) {
 void drop_client_memory(std::uint8_t* memory) {
     if (memory && --header_of(memory).holders == 0) std::free(&header_of(memory));
 }
+
+}  // namespace tarvo::plugin

@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <limits>
 
+namespace tarvo::plugin {
+
 // Truncates toward zero. NaN and what is too small give the most negative integer, what is too large the largest.
 inline std::int32_t truncate_to_int32(double value) {
     constexpr double kTooLarge = 2147483648.0;
@@ -44,3 +46,5 @@ constexpr std::int32_t truncating_divide(std::int32_t dividend, std::int32_t div
 constexpr std::int32_t floor_shift(std::int32_t value, int bits) { return value >> bits; }
 
 constexpr std::int32_t clamp_to_byte(std::int32_t value) { return std::clamp(value, 0, 255); }
+
+}  // namespace tarvo::plugin

@@ -9,6 +9,7 @@
 #include "numbers.h"
 #include "pixel_blocks.h"
 
+namespace tarvo::plugin {
 namespace {
 
 // Makes a world current, so that what is drawn goes there, and afterwards the one that was current before.
@@ -40,6 +41,9 @@ private:
 };
 
 }  // namespace
+}  // namespace tarvo::plugin
+
+using namespace tarvo::plugin;
 
 // Every constructor delegates to the empty one. If a host service throws in one of them, the destructor runs all the
 // same and gives back what was taken.

@@ -11,9 +11,13 @@
 #include "real_interface.h"
 #include "row_codec.h"
 
+namespace tarvo::plugin {
+
 // Arguments for the parameters `asMask` and `handOver` of TRV_Picture.
 inline constexpr bool kAsImage = false, kAsMask = true;
 inline constexpr bool kTemporary = false, kHandOver = true;
+
+}  // namespace tarvo::plugin
 
 // A picture is constructed empty or bound to an image. `Lock` fills the geometry and makes the pixels addressable,
 // `Unlock` ends that, and the destructor unlocks and gives back every host object that is held. Nothing here sets the
@@ -22,6 +26,12 @@ inline constexpr bool kTemporary = false, kHandOver = true;
 // Callers keep coordinates inside `width` x `height`. The last argument of every accessor, `caller`, names the
 // operation and the place of the call for people with a debugger; it changes nothing and may be null.
 class TRV_Picture {
+    using Addressing = tarvo::plugin::Addressing;
+    using IndexColors = tarvo::plugin::IndexColors;
+    using PixelColor = tarvo::plugin::PixelColor;
+    using PixelFormat = tarvo::plugin::PixelFormat;
+    using StoreMode = tarvo::plugin::StoreMode;
+
 public:
     TRV_Picture() = default;
     // Binds a host picture or, with `asMask`, its mask, which the host makes if there is none.
@@ -157,9 +167,13 @@ inline std::uint8_t* TRV_Picture::row_start(long row) const {
 inline std::uint8_t* TRV_Picture::words_at(long row, long column) const {
     std::uint8_t* const start = row_start(row);
     if (format_ != PixelFormat::xrgb32 || !start) return nullptr;
-    return start + static_cast<std::ptrdiff_t>(column) * XRgb32::kBytes;
+    return start + static_cast<std::ptrdiff_t>(column) * tarvo::plugin::XRgb32::kBytes;
 }
+
+namespace tarvo::plugin {
 
 // Copy the pixels, or the mask levels, that both images have, counted from the top left corner.
 void copy_rows(const TRV_Picture& source, TRV_Picture& destination, const char* caller);
 void copy_mask_rows(const TRV_Picture& source, TRV_Picture& destination, const char* caller);
+
+}  // namespace tarvo::plugin

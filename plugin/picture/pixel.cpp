@@ -1,7 +1,6 @@
 #include "pixel.h"
 
-namespace TRV_Pixel {
-
+namespace tarvo::plugin {
 namespace {
 
 constexpr double kBlackHue = -1.0;
@@ -9,6 +8,11 @@ constexpr long kNoHue = -1;
 constexpr double kDegreesOfSector = 60.0;
 
 }  // namespace
+}  // namespace tarvo::plugin
+
+using namespace tarvo::plugin;
+
+namespace TRV_Pixel {
 
 // Greys other than black have no case of their own: their hue is 0 / 0, which is NaN.
 void RGBToHSV(unsigned long color, double& hue, double& saturation, double& value) {

@@ -11,9 +11,6 @@
 
 namespace TRV_Pixel {
 
-// A channel of 255 has the value 255/256, not 1: programs compare averages with values on this scale.
-inline constexpr double kValueScale = 0.00390625;
-
 // Hue is in degrees, from 0 to below 360; black has the hue -1, every other grey NaN. Saturation is from 0 to 1. Value
 // is the largest channel in 256ths. The top byte of the colour does not matter, here and below.
 void RGBToHSV(unsigned long color, double& hue, double& saturation, double& value);
@@ -25,6 +22,13 @@ void RGBToHSV_1024(unsigned long color, long& hue, long& saturation, long& value
 // Converts back a saturation of 0 to 1024 and a value of 0 to 255. A hue outside the circle is not wrapped: it gives
 // black, unless the saturation is 0.
 void HSVToRGB_1024(long hue, long saturation, long value, unsigned long& color);
+
+}  // namespace TRV_Pixel
+
+namespace tarvo::plugin {
+
+// A channel of 255 has the value 255/256, not 1: programs compare averages with values on this scale.
+inline constexpr double kValueScale = 0.00390625;
 
 // --- the integer model without branches, for row loops ---------------------------------------------------------------
 
@@ -103,4 +107,4 @@ inline constexpr int kFadedBits = 20;
                     channel(std::abs(color.hue - 4 * kSector) - kSector));
 }
 
-}  // namespace TRV_Pixel
+}  // namespace tarvo::plugin

@@ -4,6 +4,55 @@
 #include "picture.h"
 #include "pixel_blocks.h"
 
+namespace tarvo::plugin {
+namespace {
+
+// Returns a running address and moves it on.
+std::uint8_t* take(void** address, std::ptrdiff_t bytes) {
+    auto* const here = static_cast<std::uint8_t*>(*address);
+    *address = here + bytes;
+    return here;
+}
+
+void copy_stored(void** source, void** target, long count, int bytesPerPixel) {
+    const std::size_t bytes = static_cast<std::size_t>(count) * bytesPerPixel;
+    const std::uint8_t* const from = take(source, static_cast<std::ptrdiff_t>(bytes));
+    std::memmove(take(target, static_cast<std::ptrdiff_t>(bytes)), from, bytes);
+}
+
+// Converts mask values as they are stored. The rules are not each other's inverses (a level that goes from 32 bits to 8
+// comes back 8 times as dark), and existing pictures depend on them.
+template <class From, class To, class Rule>
+void convert_levels(void** source, void** target, long count, Rule rule) {
+    for (long i = 0; i < count; ++i) {
+        const auto value = load_big_endian<From>(take(source, sizeof(From)));
+        store_big_endian<To>(take(target, sizeof(To)), static_cast<To>(rule(std::uint32_t{value})));
+    }
+}
+
+constexpr std::uint32_t five_bit_level_of_word(std::uint32_t s) { return s >> 19 & 31; }
+constexpr std::uint32_t byte_level_of_555(std::uint32_t s) { return s >> 7 & 0xF8; }
+constexpr std::uint32_t in_all_three_fields(std::uint32_t level) { return level * 0x421; }
+
+constexpr int depths(int source, int target) { return source << 8 | target; }
+
+using RowCopy = void (TRV_Picture::*)(TRV_Picture&, void**, void**, long, const char*) const;
+
+void copy_rows_by(RowCopy copy, const TRV_Picture& source, TRV_Picture& destination, const char* caller) {
+    const std::int32_t width = std::min(source.width(), destination.width());
+    const std::int32_t height = std::min(source.height(), destination.height());
+    for (std::int32_t row = 0; row < height; ++row) {
+        void* from = source.row_start(row);
+        void* to = destination.row_start(row);
+        (source.*copy)(destination, &from, &to, width, caller);
+    }
+}
+
+}  // namespace
+}  // namespace tarvo::plugin
+
+using namespace tarvo::plugin;
+
 unsigned long TRV_Picture::GetPixel(const void* address, const char*) const {
     return address ? load_pixel(format_, static_cast<const std::uint8_t*>(address), 0, indexColors_) : 0;
 }
@@ -100,39 +149,6 @@ void TRV_Picture::set_pixel_bits(long row, long column, std::span<const PixelCol
     }
 }
 
-namespace {
-
-// Returns a running address and moves it on.
-std::uint8_t* take(void** address, std::ptrdiff_t bytes) {
-    auto* const here = static_cast<std::uint8_t*>(*address);
-    *address = here + bytes;
-    return here;
-}
-
-void copy_stored(void** source, void** target, long count, int bytesPerPixel) {
-    const std::size_t bytes = static_cast<std::size_t>(count) * bytesPerPixel;
-    const std::uint8_t* const from = take(source, static_cast<std::ptrdiff_t>(bytes));
-    std::memmove(take(target, static_cast<std::ptrdiff_t>(bytes)), from, bytes);
-}
-
-// Converts mask values as they are stored. The rules are not each other's inverses (a level that goes from 32 bits to 8
-// comes back 8 times as dark), and existing pictures depend on them.
-template <class From, class To, class Rule>
-void convert_levels(void** source, void** target, long count, Rule rule) {
-    for (long i = 0; i < count; ++i) {
-        const auto value = load_big_endian<From>(take(source, sizeof(From)));
-        store_big_endian<To>(take(target, sizeof(To)), static_cast<To>(rule(std::uint32_t{value})));
-    }
-}
-
-constexpr std::uint32_t five_bit_level_of_word(std::uint32_t s) { return s >> 19 & 31; }
-constexpr std::uint32_t byte_level_of_555(std::uint32_t s) { return s >> 7 & 0xF8; }
-constexpr std::uint32_t in_all_three_fields(std::uint32_t level) { return level * 0x421; }
-
-constexpr int depths(int source, int target) { return source << 8 | target; }
-
-}  // namespace
-
 void TRV_Picture::CopyPixels(TRV_Picture& destination, void** source, void** target, long count,
                              const char* caller) const {
     if (!*source || !*target || count <= 0) return;
@@ -167,21 +183,7 @@ void TRV_Picture::CopyMaskPixels(TRV_Picture& destination, void** source, void**
     }
 }
 
-namespace {
-
-using RowCopy = void (TRV_Picture::*)(TRV_Picture&, void**, void**, long, const char*) const;
-
-void copy_rows_by(RowCopy copy, const TRV_Picture& source, TRV_Picture& destination, const char* caller) {
-    const std::int32_t width = std::min(source.width(), destination.width());
-    const std::int32_t height = std::min(source.height(), destination.height());
-    for (std::int32_t row = 0; row < height; ++row) {
-        void* from = source.row_start(row);
-        void* to = destination.row_start(row);
-        (source.*copy)(destination, &from, &to, width, caller);
-    }
-}
-
-}  // namespace
+namespace tarvo::plugin {
 
 void copy_rows(const TRV_Picture& source, TRV_Picture& destination, const char* caller) {
     copy_rows_by(&TRV_Picture::CopyPixels, source, destination, caller);
@@ -190,3 +192,5 @@ void copy_rows(const TRV_Picture& source, TRV_Picture& destination, const char* 
 void copy_mask_rows(const TRV_Picture& source, TRV_Picture& destination, const char* caller) {
     copy_rows_by(&TRV_Picture::CopyMaskPixels, source, destination, caller);
 }
+
+}  // namespace tarvo::plugin

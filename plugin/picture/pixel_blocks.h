@@ -21,6 +21,8 @@
 #include <cstring>
 #endif
 
+namespace tarvo::plugin {
+
 inline constexpr std::size_t kCacheLine = 64;
 inline constexpr std::size_t kCacheLinePixels = kCacheLine / XRgb32::kBytes;
 inline constexpr std::size_t kBlockPixels = 32;
@@ -133,3 +135,5 @@ void map_xrgb32_run(std::uint8_t* to, StoreMode mode, std::size_t count, const K
     };
     on_this_processor([=]() TARVO_INLINED { map(std::index_sequence_for<Bytes...>{}); });
 }
+
+}  // namespace tarvo::plugin

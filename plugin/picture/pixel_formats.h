@@ -13,6 +13,8 @@
 #include <cstdint>
 #include <cstring>
 
+namespace tarvo::plugin {
+
 using PixelColor = std::uint32_t;
 
 constexpr PixelColor grey(std::uint32_t level) { return level * 0x010101; }
@@ -90,3 +92,5 @@ struct Mono1 {
         return static_cast<std::uint8_t>(color == 0 ? byte | selected(bit) : byte & ~selected(bit));
     }
 };
+
+}  // namespace tarvo::plugin

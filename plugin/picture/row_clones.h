@@ -15,6 +15,8 @@
 #if __has_attribute(target_clones)
 #define TARVO_ROW_CLONES __attribute__((target_clones("avx2", "default")))
 
+namespace tarvo::plugin {
+
 template <class Body>
 __attribute__((target("avx2"), noinline)) void on_avx2(const Body& body) {
     body();
@@ -28,14 +30,20 @@ TARVO_INLINED inline void on_this_processor(const Body& body) {
     else
         body();
 }
+
+}  // namespace tarvo::plugin
 #endif
 #endif
 
 #ifndef TARVO_ROW_CLONES
 #define TARVO_ROW_CLONES
 
+namespace tarvo::plugin {
+
 template <class Body>
 TARVO_INLINED inline void on_this_processor(const Body& body) {
     body();
 }
+
+}  // namespace tarvo::plugin
 #endif

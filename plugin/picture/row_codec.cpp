@@ -6,6 +6,7 @@
 #include "pixel_blocks.h"
 #include "row_clones.h"
 
+namespace tarvo::plugin {
 namespace {
 
 // These are plain functions around the templates, because clang clones no templates.
@@ -162,3 +163,5 @@ bool rows_agree(PixelFormat format, const std::uint8_t* a, const std::uint8_t* b
     }
     return true;  // both read 0
 }
+
+}  // namespace tarvo::plugin

@@ -9,6 +9,8 @@
 #include "pixel_blocks.h"
 #include "pixel_formats.h"
 
+namespace tarvo::plugin {
+
 // Which pixels can be addressed: those that begin a byte, or single ones of those that share it.
 enum class Addressing { whole_pixels, single_bits };
 
@@ -53,3 +55,5 @@ void encode_row(PixelFormat format, const PixelColor* span, std::uint8_t* row, s
 // Whether two rows of `count` pixels have the same colours. Bits that belong to no colour are not compared.
 bool rows_agree(PixelFormat format, const std::uint8_t* a, const std::uint8_t* b, std::size_t count,
                 const IndexColors& colors_a, const IndexColors& colors_b);
+
+}  // namespace tarvo::plugin

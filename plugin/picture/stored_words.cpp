@@ -6,6 +6,7 @@
 #include "pixel_blocks.h"
 #include "row_clones.h"
 
+namespace tarvo::plugin {
 namespace {
 
 constexpr std::size_t kWord = XRgb32::kBytes;
@@ -142,3 +143,5 @@ void PieceWriter::write(std::uint8_t* words, std::size_t count, std::uint8_t* to
     copy_words(from, to, (bytes - waiting_) / kWord, mode);
     std::memcpy(last_line_, from + bytes - kCacheLine, kCacheLine);
 }
+
+}  // namespace tarvo::plugin

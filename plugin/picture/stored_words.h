@@ -7,6 +7,8 @@
 
 #include "pixel_blocks.h"
 
+namespace tarvo::plugin {
+
 void copy_words(const std::uint8_t* from, std::uint8_t* to, std::size_t count, StoreMode mode);
 // Copies the last pixel first. The runs do not overlap.
 void mirror_words(const std::uint8_t* from, std::uint8_t* to, std::size_t count, StoreMode mode);
@@ -51,3 +53,5 @@ private:
     std::size_t waiting_ = 0;               // bytes
     std::uint8_t last_line_[kCacheLine]{};  // the last bytes of the piece before; those that wait are its end
 };
+
+}  // namespace tarvo::plugin

@@ -14,6 +14,8 @@
 
 #include "row_clones.h"
 
+namespace tarvo::plugin {
+
 class WordSquare {
 public:
     static constexpr std::size_t kSide = 4;
@@ -48,3 +50,5 @@ private:
     using Row = std::uint32_t __attribute__((vector_size(kSide * sizeof(std::uint32_t))));
     Row rows_[kSide];
 };
+
+}  // namespace tarvo::plugin

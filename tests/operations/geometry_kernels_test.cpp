@@ -30,6 +30,8 @@
 #include "transpose.h"
 #include "trim.h"
 
+using namespace tarvo::plugin;
+
 namespace tarvo::test {
 namespace {
 

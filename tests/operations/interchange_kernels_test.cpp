@@ -14,6 +14,8 @@
 #include "picture_string.h"
 #include "plugin_entry.h"
 
+using namespace tarvo::plugin;
+
 namespace tarvo::test {
 namespace {
 

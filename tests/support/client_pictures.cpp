@@ -6,6 +6,8 @@
 #include "client_picture_data.h"
 #include "registry.h"
 
+using namespace tarvo::plugin;
+
 namespace tarvo::test {
 namespace {
 

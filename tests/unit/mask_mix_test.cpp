@@ -6,6 +6,8 @@
 
 #include <array>
 
+using namespace tarvo::plugin;
+
 namespace {
 
 // All levels of the mask, for one source and one changed channel.

@@ -9,6 +9,8 @@
 #include "region.h"
 #include "rgb_offsets.h"
 
+using namespace tarvo::plugin;
+
 namespace tarvo::test {
 namespace {
 

@@ -4,6 +4,8 @@
 
 #include <cmath>
 
+using namespace tarvo::plugin;
+
 namespace {
 
 constexpr std::int32_t kLeast = std::numeric_limits<std::int32_t>::min();

@@ -6,6 +6,8 @@
 #include "client_memory.h"
 #include "locked_picture.h"
 
+using namespace tarvo::plugin;
+
 namespace tarvo::test {
 namespace {
 

@@ -7,6 +7,8 @@
 #include "pixel_runs.h"
 #include "plain_image.h"
 
+using namespace tarvo::plugin;
+
 namespace tarvo::test {
 namespace {
 

@@ -7,6 +7,8 @@
 #include "locked_picture.h"
 #include "plain_image.h"
 
+using namespace tarvo::plugin;
+
 namespace tarvo::test {
 namespace {
 

@@ -9,6 +9,8 @@
 
 #include "pixel_blocks.h"
 
+using namespace tarvo::plugin;
+
 namespace {
 
 constexpr PixelFormat kWholeByteFormats[] = {PixelFormat::xrgb32, PixelFormat::rgb24, PixelFormat::rgb555,

@@ -12,6 +12,8 @@
 
 #include "pixel_blocks.h"
 
+using namespace tarvo::plugin;
+
 namespace {
 
 constexpr std::size_t kWord = 4, kPacked = 3;

@@ -6,6 +6,7 @@
 #include "forms.h"
 #include "pixel_maps.h"
 
+namespace tarvo::plugin {
 namespace {
 
 // Three channels are worked on at once: the sum of the low seven bits of one cannot carry into the next, and the
@@ -59,6 +60,9 @@ typename Form::Handle combine(const Operation& operation, Form form, typename Fo
 }
 
 }  // namespace
+}  // namespace tarvo::plugin
+
+using namespace tarvo::plugin;
 
 void PrivAdd(const TRV_Picture& source, const TRV_Picture& addend, TRV_Picture& result, int yield) {
     map_pictures(source, result, yield, "TRV_Add", Add{}, addend);

@@ -14,6 +14,8 @@
 #include "pixel_blocks.h"
 #include "pixel_formats.h"
 
+namespace tarvo::plugin {
+
 // How much of each colour shows, in 256ths. The two are at most 256 together, so that channels stay in their bytes.
 struct BlendWeights {
     std::uint16_t source;
@@ -97,3 +99,5 @@ struct BlendByWeights {
             colors, [w](int source, int overlay) TARVO_INLINED { return blended(source, overlay, w); }, overlays);
     }
 };
+
+}  // namespace tarvo::plugin

@@ -10,6 +10,7 @@
 #include "pixel_runs.h"
 #include "region.h"
 
+namespace tarvo::plugin {
 namespace {
 
 // In this operation alone, the last row and column of a region are left out.
@@ -44,6 +45,9 @@ struct MapDifference {
 };
 
 }  // namespace
+}  // namespace tarvo::plugin
+
+using namespace tarvo::plugin;
 
 bool PrivCompare_NonVector(REALpictureStruct* p, REALpictureStruct* compare, REALobjectStruct* rect) {
     clear_error();

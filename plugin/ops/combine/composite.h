@@ -23,5 +23,5 @@ void PrivComposite(const TRV_Picture& source, const TRV_Picture& overlay, double
                    TRV_Picture& result);
 void PrivCompositeWithMask(const TRV_Picture& source, const TRV_Picture& overlay, const TRV_Picture& mask, int left,
                            int top, TRV_Picture& result);
-void PrivCompositeColor(const TRV_Picture& source, TRV_Picture& result, const Region& region, int overlay_color,
-                        double overlay_fraction, int yield);
+void PrivCompositeColor(const TRV_Picture& source, TRV_Picture& result, const tarvo::plugin::Region& region,
+                        int overlay_color, double overlay_fraction, int yield);

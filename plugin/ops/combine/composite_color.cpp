@@ -8,6 +8,7 @@
 #include "composite.h"
 #include "pixel_maps.h"
 
+namespace tarvo::plugin {
 namespace {
 
 struct BlendWithColor {
@@ -31,6 +32,9 @@ const char* caller_at(std::int32_t depth) {
 }
 
 }  // namespace
+}  // namespace tarvo::plugin
+
+using namespace tarvo::plugin;
 
 // The host gets control only at 32 bits.
 void PrivCompositeColor(const TRV_Picture& source, TRV_Picture& result, const Region& region, int overlay_color,

@@ -11,6 +11,7 @@
 #include "pixel_maps.h"
 #include "placement.h"
 
+namespace tarvo::plugin {
 namespace {
 
 // --- kernels ---------------------------------------------------------------------------------------------------------
@@ -137,6 +138,9 @@ typename Form::Handle composite(Form form, typename Form::Handle lower, typename
 }
 
 }  // namespace
+}  // namespace tarvo::plugin
+
+using namespace tarvo::plugin;
 
 void PrivComposite(const TRV_Picture& source, const TRV_Picture& overlay, double overlay_fraction, int left, int top,
                    TRV_Picture& result) {

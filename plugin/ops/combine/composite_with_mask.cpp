@@ -6,6 +6,8 @@
 #include "pixel_maps.h"
 #include "placement.h"
 
+using namespace tarvo::plugin;
+
 void PrivCompositeWithMask(const TRV_Picture& source, const TRV_Picture& overlay, const TRV_Picture& mask, int left,
                            int top, TRV_Picture& result) {
     const Placement placement = placement_of(overlay, left, top, source);

@@ -8,6 +8,8 @@
 #include "picture.h"
 #include "region.h"
 
+namespace tarvo::plugin {
+
 struct Placement {
     std::int32_t left, top;  // of the overlay's first pixel, on the source
     Region covered;          // the part of the source under the overlay; empty when they do not meet
@@ -29,3 +31,5 @@ inline Placement placement_of(const TRV_Picture& overlay, std::int32_t left, std
             {std::max(left, 0), std::max(top, 0), last_covered(left, overlay.width(), source.width()),
              last_covered(top, overlay.height(), source.height())}};
 }
+
+}  // namespace tarvo::plugin

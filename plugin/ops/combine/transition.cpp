@@ -7,6 +7,7 @@
 #include "forms.h"
 #include "pixel_maps.h"
 
+namespace tarvo::plugin {
 namespace {
 
 // Moves the source toward each overlay, then the one outcome toward the other.
@@ -23,6 +24,9 @@ struct Transition {
 };
 
 }  // namespace
+}  // namespace tarvo::plugin
+
+using namespace tarvo::plugin;
 
 void PrivTransition(const TRV_Picture& source, const TRV_Picture& overlay_a, const TRV_Picture& overlay_b,
                     double overlay_a_fraction, TRV_Picture& result) {

@@ -11,6 +11,7 @@
 #include "rows.h"
 #include "weighted_mean.h"
 
+namespace tarvo::plugin {
 namespace {
 
 constexpr std::int32_t kMostTaps = TRV_Convolution_Data::kMostTaps;
@@ -137,6 +138,9 @@ struct PartSize {
 };
 
 }  // namespace
+}  // namespace tarvo::plugin
+
+using namespace tarvo::plugin;
 
 void PrivConvoluteHorizontal(const TRV_Picture& source, TRV_Picture& destination, REALobjectStruct* convolution,
                              const Region& region) {

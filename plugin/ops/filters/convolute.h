@@ -12,6 +12,6 @@ REALpictureStruct* TRV_Convolute(REALpictureStruct* p, REALobjectStruct* rect, R
 
 // The two passes. The pictures are locked and have one size; `convolution` is a TRV_Convolution or nil.
 void PrivConvoluteHorizontal(const TRV_Picture& source, TRV_Picture& destination, REALobjectStruct* convolution,
-                             const Region& region);
+                             const tarvo::plugin::Region& region);
 void PrivConvoluteVertical(const TRV_Picture& source, TRV_Picture& destination, REALobjectStruct* convolution,
-                           const Region& region);
+                           const tarvo::plugin::Region& region);

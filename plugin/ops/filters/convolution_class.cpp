@@ -6,6 +6,7 @@
 #include "host_services.h"
 #include "registration.h"
 
+namespace tarvo::plugin {
 namespace {
 
 enum Parameter : std::int32_t { kSum = 2, kWidth = 3 };
@@ -13,6 +14,9 @@ enum Parameter : std::int32_t { kSum = 2, kWidth = 3 };
 using Convolution = TRV_Convolution_Data;
 
 }  // namespace
+}  // namespace tarvo::plugin
+
+using namespace tarvo::plugin;
 
 Convolution* TRV_Convolution_GetData(REALobjectStruct* convolution) {
     return static_cast<Convolution*>(REALGetClassData(convolution, &TRV_Convolution_Class));
@@ -60,6 +64,7 @@ void TRV_Convolution_MessageBox(REALobjectStruct* self) {
     show_message(text.data());
 }
 
+namespace tarvo::plugin {
 namespace {
 
 const REALpropertyDefinition kProperties[] = {
@@ -73,6 +78,7 @@ const REALmethodDefinition kMethods[] = {
 };
 
 }  // namespace
+}  // namespace tarvo::plugin
 
 REALclassDefinition TRV_Convolution_Class = {
     .version = kREALinterfaceVersion,

@@ -7,6 +7,7 @@
 #include "pixel_runs.h"
 #include "rows.h"
 
+namespace tarvo::plugin {
 namespace {
 
 constexpr const char* kCaller = "TRV_CrawlingAnts";
@@ -59,6 +60,9 @@ void draw_outline(TRV_Picture& result, const Region& region, const Ants& ants) {
 }
 
 }  // namespace
+}  // namespace tarvo::plugin
+
+using namespace tarvo::plugin;
 
 // A wrong size or state of the ants is reported, and the picture is made all the same; without a size it gets no
 // outline.

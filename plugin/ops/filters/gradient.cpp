@@ -5,6 +5,7 @@
 #include "numbers.h"
 #include "rows.h"
 
+namespace tarvo::plugin {
 namespace {
 
 // Returns the colour of row `j` in a section whose last row is `last`. In a section of a single row both fractions are
@@ -41,6 +42,9 @@ REALpictureStruct* make_gradient(int width, int height, Paint paint) {
 }
 
 }  // namespace
+}  // namespace tarvo::plugin
+
+using namespace tarvo::plugin;
 
 void PrivMakeGradient(TRV_Picture& result, int color1, int color2) {
     fill_section(result, 0, result.height() - 1, color1, color2);

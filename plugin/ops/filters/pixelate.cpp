@@ -12,6 +12,7 @@
 #include "row_clones.h"
 #include "rows.h"
 
+namespace tarvo::plugin {
 namespace {
 
 constexpr const char* kCaller = "TRV_Pixelate";
@@ -152,6 +153,9 @@ Region mosaic_of(const TRV_Picture& picture, const Region& region, std::int32_t 
 }
 
 }  // namespace
+}  // namespace tarvo::plugin
+
+using namespace tarvo::plugin;
 
 void PrivPixelate(const TRV_Picture& source, TRV_Picture& result, const Region& region, int pixelation) {
     const Region mosaic = mosaic_of(source, region, pixelation);

@@ -10,4 +10,4 @@
 REALpictureStruct* TRV_Pixelate(REALpictureStruct* p, REALobjectStruct* rect, int pixelation);
 
 // The kernel. The pictures are locked and have one size.
-void PrivPixelate(const TRV_Picture& source, TRV_Picture& result, const Region& region, int pixelation);
+void PrivPixelate(const TRV_Picture& source, TRV_Picture& result, const tarvo::plugin::Region& region, int pixelation);

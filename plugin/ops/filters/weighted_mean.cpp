@@ -8,6 +8,8 @@
 #include "row_clones.h"
 #include "rows.h"
 
+namespace tarvo::plugin {
+
 // The reciprocal is rounded up; or it is rounded down, and the dividend is raised by one. Of the two, the one that is
 // closer to the true reciprocal gives exact quotients.
 Reciprocal Reciprocal::of(std::uint32_t divisor) {
@@ -249,3 +251,5 @@ void WeightedMean::mean_in_words(const Taps& taps, PixelColor* means, std::size_
     for (std::int32_t k = 1; k <= centre; ++k) add_pair_to_word_sums(sums, count, tap(centre - k), tap(centre + k));
     divide_words(sums, means, count, WordDivision(sum_));
 }
+
+}  // namespace tarvo::plugin

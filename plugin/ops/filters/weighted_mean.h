@@ -12,6 +12,8 @@
 #include "pixel_blocks.h"
 #include "pixel_formats.h"
 
+namespace tarvo::plugin {
+
 // A run of colours taken apart. The top bytes are dropped:
 //
 //     red_blue    | 0 R 0 B | 0 R 0 B | ...
@@ -81,3 +83,5 @@ private:
     bool has_negative_ = false;  // if there is no negative coefficient, the sums are prepared dividends from the start
     std::uint16_t start_ = 0;    // what the sums begin with; if there is one, no sum falls below 0 by this
 };
+
+}  // namespace tarvo::plugin

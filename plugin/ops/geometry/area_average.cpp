@@ -9,6 +9,7 @@
 #include <immintrin.h>
 #endif
 
+namespace tarvo::plugin {
 namespace {
 
 // All source lines that a result line covers weigh about this much together.
@@ -284,7 +285,7 @@ std::int32_t RowAverage::run_pixels(const AxisWeights& weights) {
     const std::size_t covered = weights.cover() && weights.most_covered() > std::int64_t{kRunWeights / kRunPixels}
                                     ? kMostPixels
                                     : kRunWeights / kRunPixels;
-    return std::min(::run_pixels(weights.result_lines), static_cast<std::int32_t>(kRunWeights / covered));
+    return std::min(plugin::run_pixels(weights.result_lines), static_cast<std::int32_t>(kRunWeights / covered));
 }
 
 void RowAverage::average_window(PixelColor* out) {
@@ -348,3 +349,5 @@ const PixelColor* ColumnAverage::average(std::int32_t first, std::int32_t last, 
     kKernels[last - first - 1](lines, count_, out);
     return out;
 }
+
+}  // namespace tarvo::plugin

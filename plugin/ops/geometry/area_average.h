@@ -11,6 +11,8 @@
 
 #include "rows.h"
 
+namespace tarvo::plugin {
+
 // Rows are averaged in runs of at most this many result pixels: the run at the left in all rows, then the next one.
 // Whole rows are best, since processors read ahead from one to the next; of longer rows, runs are so short that they
 // stay in the first-level cache.
@@ -158,3 +160,5 @@ private:
     std::array<RunColors, kMostLines> lines_;  // the last rows taken; row y is element y % kMostLines
     ColorSums sums_;
 };
+
+}  // namespace tarvo::plugin

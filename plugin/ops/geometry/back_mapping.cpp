@@ -5,8 +5,7 @@
 
 #include "free_rotation.h"
 
-namespace free_rotation {
-
+namespace tarvo::plugin::free_rotation {
 namespace {
 
 constexpr std::int32_t kMargin = 2;
@@ -62,4 +61,4 @@ RowWalk BackMapping::walk_of(std::int32_t row) const {
                          .y = truncated((radius * std::sin(direction - angle_) + half_height_) * fixed_unit_)}};
 }
 
-}  // namespace free_rotation
+}  // namespace tarvo::plugin::free_rotation

@@ -6,7 +6,7 @@
 
 #include "region.h"
 
-namespace free_rotation {
+namespace tarvo::plugin::free_rotation {
 
 // Positions are in fixed point: `kFractionBits` of fraction below a unit, and `1 << unit_bits` units to a source pixel.
 // 64 bits hold any position in a picture. 32 bits are enough where positions are counted from one that is less than
@@ -80,4 +80,4 @@ private:
     Steps steps_;
 };
 
-}  // namespace free_rotation
+}  // namespace tarvo::plugin::free_rotation

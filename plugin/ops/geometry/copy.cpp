@@ -5,6 +5,8 @@
 #include "forms.h"
 #include "pixel_runs.h"
 
+using namespace tarvo::plugin;
+
 void PrivCopyPicture(const TRV_Picture& source, TRV_Picture& result) {
     const std::int32_t width = std::min(source.width(), result.width());
     const std::int32_t height = std::min(source.height(), result.height());

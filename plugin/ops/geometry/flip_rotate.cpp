@@ -6,6 +6,8 @@
 #include "host_reference.h"
 #include "quarter_turns.h"
 
+using namespace tarvo::plugin;
+
 // Both checks run. When both fail, the code of the rotation stays.
 REALpictureStruct* TRV_FlipRotate(REALpictureStruct* p, bool flip_h, bool flip_v, int rotation, int yield) {
     clear_error();

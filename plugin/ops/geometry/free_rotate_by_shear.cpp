@@ -11,6 +11,7 @@
 #include "quarter_turns.h"
 #include "shear_kernels.h"
 
+namespace tarvo::plugin {
 namespace {
 
 // A rotation, split into whole quarter turns and a rest that three shears do.
@@ -144,6 +145,9 @@ REALpictureStruct* rotate(Stage source, double rotation, int yield) {
 }
 
 }  // namespace
+}  // namespace tarvo::plugin
+
+using namespace tarvo::plugin;
 
 REALpictureStruct* PrivFreeRotateByShear_NonVector(REALpictureStruct* p, double rotation, int yield) {
     return rotate(MaskedStage(p), rotation, yield);

@@ -18,6 +18,7 @@
 #include "row_clones.h"
 #include "rows.h"
 
+namespace tarvo::plugin {
 namespace {
 
 using free_rotation::BackMapping;
@@ -336,6 +337,9 @@ REALpictureStruct* rotate(REALpictureStruct* p, double rotation, int frame_color
 }
 
 }  // namespace
+}  // namespace tarvo::plugin
+
+using namespace tarvo::plugin;
 
 void PrivRotateDirect(const TRV_Picture& source, TRV_Picture& result, double angle, int frame_color) {
     constexpr int kSixteenths = 4;

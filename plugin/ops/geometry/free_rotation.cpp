@@ -5,7 +5,7 @@
 #include "error_state.h"
 #include "numbers.h"
 
-namespace free_rotation {
+namespace tarvo::plugin::free_rotation {
 
 bool arguments_pass(REALpictureStruct* p, double degrees) {
     clear_error();
@@ -34,4 +34,4 @@ std::int32_t Diagonal::height_at(double angle_of_corner) const {
     return truncate_to_int32(std::ceil(2.0 * half * std::sin(in_circle(angle_of_corner))));
 }
 
-}  // namespace free_rotation
+}  // namespace tarvo::plugin::free_rotation

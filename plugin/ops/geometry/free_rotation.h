@@ -7,7 +7,7 @@
 #include "picture.h"
 #include "real_interface.h"
 
-namespace free_rotation {
+namespace tarvo::plugin::free_rotation {
 
 // These have five digits on purpose: with more of them, sizes and pixels would come out different.
 inline constexpr double kPi = 3.14159;
@@ -30,4 +30,4 @@ struct Diagonal {
     std::int32_t height_at(double angle_of_corner) const;
 };
 
-}  // namespace free_rotation
+}  // namespace tarvo::plugin::free_rotation

@@ -9,6 +9,7 @@
 #include "stored_words.h"
 #include "transpose.h"
 
+namespace tarvo::plugin {
 namespace {
 
 // --- rows stay rows --------------------------------------------------------------------------------------------------
@@ -177,6 +178,9 @@ void turn(const Turning& how, const TRV_Picture& source, TRV_Picture& result, in
 }
 
 }  // namespace
+}  // namespace tarvo::plugin
+
+using namespace tarvo::plugin;
 
 void Priv_Rotate0(const TRV_Picture& source, TRV_Picture& result, int yield) {
     mirror({kSingleBits, {}, "Priv_Rotate0"}, source, result, yield);
@@ -235,6 +239,8 @@ SECOND_NAME(Priv_Rotate270_V, "15Priv_Rotate90_H");
 SECOND_NAME(Priv_Rotate270_HV, "13Priv_Rotate90");
 #undef SECOND_NAME
 
+namespace tarvo::plugin {
+
 QuarterTurn& quarter_turn(int turns, Flips flips) {
     // [turns][horizontal + 2 * vertical]
     static constexpr QuarterTurn* kKernels[4][4] = {
@@ -245,3 +251,5 @@ QuarterTurn& quarter_turn(int turns, Flips flips) {
     };
     return *kKernels[turns & 3][(flips.horizontal ? 1 : 0) + (flips.vertical ? 2 : 0)];
 }
+
+}  // namespace tarvo::plugin

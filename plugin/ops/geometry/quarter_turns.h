@@ -9,23 +9,7 @@
 #include "picture.h"
 #include "region.h"
 
-void Priv_Rotate0(const TRV_Picture& source, TRV_Picture& result, int yield);
-void Priv_Rotate0_H(const TRV_Picture& source, TRV_Picture& result, int yield);
-void Priv_Rotate0_V(const TRV_Picture& source, TRV_Picture& result, int yield);
-void Priv_Rotate0_HV(const TRV_Picture& source, TRV_Picture& result, int yield);
-void Priv_Rotate90(const TRV_Picture& source, TRV_Picture& result, int yield);
-void Priv_Rotate90_H(const TRV_Picture& source, TRV_Picture& result, int yield);
-void Priv_Rotate90_V(const TRV_Picture& source, TRV_Picture& result, int yield);
-void Priv_Rotate90_HV(const TRV_Picture& source, TRV_Picture& result, int yield);
-
-void Priv_Rotate180(const TRV_Picture& source, TRV_Picture& result, int yield);
-void Priv_Rotate180_H(const TRV_Picture& source, TRV_Picture& result, int yield);
-void Priv_Rotate180_V(const TRV_Picture& source, TRV_Picture& result, int yield);
-void Priv_Rotate180_HV(const TRV_Picture& source, TRV_Picture& result, int yield);
-void Priv_Rotate270(const TRV_Picture& source, TRV_Picture& result, int yield);
-void Priv_Rotate270_H(const TRV_Picture& source, TRV_Picture& result, int yield);
-void Priv_Rotate270_V(const TRV_Picture& source, TRV_Picture& result, int yield);
-void Priv_Rotate270_HV(const TRV_Picture& source, TRV_Picture& result, int yield);
+namespace tarvo::plugin {
 
 using QuarterTurn = void(const TRV_Picture& source, TRV_Picture& result, int yield);
 
@@ -44,3 +28,23 @@ inline Size turned_size(const TRV_Picture& source, int turns) {
     const auto [width, height] = size_of(source);
     return swaps_sides(turns) ? Size{height, width} : Size{width, height};
 }
+
+}  // namespace tarvo::plugin
+
+void Priv_Rotate0(const TRV_Picture& source, TRV_Picture& result, int yield);
+void Priv_Rotate0_H(const TRV_Picture& source, TRV_Picture& result, int yield);
+void Priv_Rotate0_V(const TRV_Picture& source, TRV_Picture& result, int yield);
+void Priv_Rotate0_HV(const TRV_Picture& source, TRV_Picture& result, int yield);
+void Priv_Rotate90(const TRV_Picture& source, TRV_Picture& result, int yield);
+void Priv_Rotate90_H(const TRV_Picture& source, TRV_Picture& result, int yield);
+void Priv_Rotate90_V(const TRV_Picture& source, TRV_Picture& result, int yield);
+void Priv_Rotate90_HV(const TRV_Picture& source, TRV_Picture& result, int yield);
+
+void Priv_Rotate180(const TRV_Picture& source, TRV_Picture& result, int yield);
+void Priv_Rotate180_H(const TRV_Picture& source, TRV_Picture& result, int yield);
+void Priv_Rotate180_V(const TRV_Picture& source, TRV_Picture& result, int yield);
+void Priv_Rotate180_HV(const TRV_Picture& source, TRV_Picture& result, int yield);
+void Priv_Rotate270(const TRV_Picture& source, TRV_Picture& result, int yield);
+void Priv_Rotate270_H(const TRV_Picture& source, TRV_Picture& result, int yield);
+void Priv_Rotate270_V(const TRV_Picture& source, TRV_Picture& result, int yield);
+void Priv_Rotate270_HV(const TRV_Picture& source, TRV_Picture& result, int yield);

@@ -3,6 +3,7 @@
 #include "forms.h"
 #include "shear_kernels.h"
 
+namespace tarvo::plugin {
 namespace {
 
 constexpr bool kHorizontal = true, kVertical = false;
@@ -27,6 +28,9 @@ REALpictureStruct* shear_framed(REALpictureStruct* p, int width, int height, dou
 }
 
 }  // namespace
+}  // namespace tarvo::plugin
+
+using namespace tarvo::plugin;
 
 // The host makes a mask for a source that has none, which does not change how it looks. When the result's mask cannot
 // be locked, the result is returned as it was made.

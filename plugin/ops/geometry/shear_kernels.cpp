@@ -11,6 +11,7 @@
 #include "stored_words.h"
 #include "transpose.h"
 
+namespace tarvo::plugin {
 namespace {
 
 constexpr int kMaskDiffers = 10;
@@ -261,6 +262,9 @@ void shear_columns(const TRV_Picture& source, const TRV_Picture& result, double 
 FrameEdges frame_of(int frame_color) { return {static_cast<PixelColor>(frame_color) & 0xFFFFFF}; }
 
 }  // namespace
+}  // namespace tarvo::plugin
+
+using namespace tarvo::plugin;
 
 int Priv_ShearHorizontal(const TRV_Picture& source, TRV_Picture& result, const TRV_Picture& source_mask,
                          TRV_Picture& result_mask, double shear, int yield) {

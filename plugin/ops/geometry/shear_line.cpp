@@ -4,6 +4,7 @@
 
 #include "numbers.h"
 
+namespace tarvo::plugin {
 namespace {
 
 constexpr int kFractionBits = 16;
@@ -62,3 +63,5 @@ PixelColor FrameEdges::trailing(PixelColor last, const ShearedLine& line) const 
     return pack_rgb(mixed(red_of(last), red_of(frame)), mixed(green_of(last), green_of(frame)),
                     mixed(blue_of(last), blue_of(frame)));
 }
+
+}  // namespace tarvo::plugin

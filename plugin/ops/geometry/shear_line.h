@@ -13,6 +13,8 @@
 #include "row_clones.h"
 #include "rows.h"
 
+namespace tarvo::plugin {
+
 // A line of the result. Pixel i of the source line lies across the places `shift + i` and `shift + i + 1`:
 //
 //     places    | shift | shift + 1 | shift + 2 | ...          previous_weight: the part of each pixel
@@ -158,3 +160,5 @@ void draw_segment(const ShearedLine& line, const Edges& edges, std::int32_t from
         *place(line.end) = edges.trailing(*last, line);
     }
 }
+
+}  // namespace tarvo::plugin

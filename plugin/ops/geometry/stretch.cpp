@@ -8,6 +8,7 @@
 #include "forms.h"
 #include "rows.h"
 
+namespace tarvo::plugin {
 namespace {
 
 constexpr std::int32_t kMaskDepth = 32;  // the depth of a mask's intermediate picture
@@ -170,6 +171,9 @@ typename Form::Handle stretch(Form form, typename Form::Handle p, int width, int
 }
 
 }  // namespace
+}  // namespace tarvo::plugin
+
+using namespace tarvo::plugin;
 
 void Priv_StetchHorizontal(const TRV_Picture& source, TRV_Picture& destination, int yield) {
     const AxisWeights weights(source.width(), destination.width());

@@ -12,6 +12,8 @@
 #include "row_clones.h"
 #include "word_squares.h"
 
+namespace tarvo::plugin {
+
 // What becomes of each word on the way. By `exchanged`, 32-bit pixels become colours and colours become 32-bit pixels.
 enum class Coding { kept, exchanged };
 
@@ -56,3 +58,5 @@ void transpose(std::size_t rows, std::size_t columns, const In& in, const Out& o
         }
     }
 }
+
+}  // namespace tarvo::plugin

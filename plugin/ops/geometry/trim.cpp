@@ -7,6 +7,7 @@
 #include "forms.h"
 #include "pixel_runs.h"
 
+namespace tarvo::plugin {
 namespace {
 
 constexpr bool kInOwnMemory = false;  // of a client picture that a program does not want as a host picture
@@ -51,6 +52,9 @@ typename Form::Handle trim(Form form, typename Form::Handle p, REALobjectStruct*
 }
 
 }  // namespace
+}  // namespace tarvo::plugin
+
+using namespace tarvo::plugin;
 
 void PrivTrim(const TRV_Picture& source, TRV_Picture& result, const TRV_Rectangle_Data& area, TrimFrame frame) {
     const std::int32_t width = std::min(result.width(), area.width);

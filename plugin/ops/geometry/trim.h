@@ -6,6 +6,15 @@
 #include "real_interface.h"
 #include "rectangle.h"
 
+namespace tarvo::plugin {
+
+// The colours beyond the source: on rows that the source does not have, and beside those that it has.
+struct TrimFrame {
+    PixelColor rows, columns;
+};
+
+}  // namespace tarvo::plugin
+
 // Without a rectangle, the whole picture is copied. The source's mask is trimmed too.
 REALpictureStruct* TRV_Trim(REALpictureStruct* p, REALobjectStruct* trim_rect, int frame_color);
 
@@ -15,10 +24,6 @@ REALobjectStruct* TRV_ClientPicture_Trim(REALobjectStruct* cp, REALobjectStruct*
 // The same with a result in own memory.
 REALobjectStruct* TRV_ClientPicture_Trim_OwnMemory(REALobjectStruct* cp, REALobjectStruct* trim_rect, int frame_color);
 
-// The colours beyond the source: on rows that the source does not have, and beside those that it has.
-struct TrimFrame {
-    PixelColor rows, columns;
-};
-
 // The kernel. The pictures are locked, and the result's first pixel is the one at the area's corner.
-void PrivTrim(const TRV_Picture& source, TRV_Picture& result, const TRV_Rectangle_Data& area, TrimFrame frame);
+void PrivTrim(const TRV_Picture& source, TRV_Picture& result, const TRV_Rectangle_Data& area,
+              tarvo::plugin::TrimFrame frame);

@@ -11,6 +11,7 @@
 #include "row_clones.h"
 #include "rows.h"
 
+namespace tarvo::plugin {
 namespace {
 
 // Elements are copied byte by byte, because the host may align a block in any way.
@@ -45,6 +46,9 @@ HostReference<REALmemoryBlockStruct> new_block(std::int64_t size) {
 }
 
 }  // namespace
+}  // namespace tarvo::plugin
+
+using namespace tarvo::plugin;
 
 void PrivMakeMemoryBlock(const TRV_Picture& source, const Region& region, std::uint8_t* bytes) {
     const std::size_t size = element_bytes(source);

@@ -15,4 +15,4 @@ REALmemoryBlockStruct* TRV_MakeMemoryBlock(REALpictureStruct* p, REALobjectStruc
                                            int* row_bytes);
 
 // The kernel. `bytes` has room for the whole region.
-void PrivMakeMemoryBlock(const TRV_Picture& source, const Region& region, std::uint8_t* bytes);
+void PrivMakeMemoryBlock(const TRV_Picture& source, const tarvo::plugin::Region& region, std::uint8_t* bytes);

@@ -7,6 +7,7 @@
 #include "host_services.h"
 #include "picture.h"
 
+namespace tarvo::plugin {
 namespace {
 
 // Has room for the longest text, whatever its numbers are.
@@ -40,6 +41,9 @@ InfoText diagnosis(REALpictureStruct* picture) {
 }
 
 }  // namespace
+}  // namespace tarvo::plugin
+
+using namespace tarvo::plugin;
 
 int TRV_RowBytes(REALpictureStruct* source) {
     clear_error();

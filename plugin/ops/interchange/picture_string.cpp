@@ -13,6 +13,7 @@
 #include "rows.h"
 #include "stored_words.h"
 
+namespace tarvo::plugin {
 namespace {
 
 constexpr const char* kWriter = "TRV_ConvertToString 2";
@@ -120,6 +121,10 @@ void PictureStringHeader::write(std::uint8_t* bytes) const {
 
 std::uint64_t PictureStringHeader::mask_offset() const { return kBytes + 3 * pixels_of(*this); }
 std::uint64_t PictureStringHeader::length() const { return mask_offset() + (hasMask ? pixels_of(*this) : 0); }
+
+}  // namespace tarvo::plugin
+
+using namespace tarvo::plugin;
 
 void PrivWriteColorPlane(const TRV_Picture& source, std::uint8_t* plane, std::int32_t width, std::int32_t height) {
     const StoreMode mode = store_mode_for(std::int64_t{width} * height * Rgb24::kBytes);

@@ -16,12 +16,9 @@
 #include "picture.h"
 #include "real_interface.h"
 
-// Returns a new string; null without an error code when the picture cannot be locked or the string would be too long.
-REALstringStruct* TRV_ConvertToString(REALpictureStruct* p);
-// Returns a new picture; null without an error code when the string is no picture's, or of one that the host cannot
-// make.
-REALpictureStruct* TRV_ConvertToPicture(REALstringStruct* s);
+namespace tarvo::plugin {
 
+// What a string begins with.
 struct PictureStringHeader {
     static constexpr std::size_t kBytes = 11;
 
@@ -38,6 +35,14 @@ struct PictureStringHeader {
     std::uint64_t mask_offset() const;
     std::uint64_t length() const;
 };
+
+}  // namespace tarvo::plugin
+
+// Returns a new string; null without an error code when the picture cannot be locked or the string would be too long.
+REALstringStruct* TRV_ConvertToString(REALpictureStruct* p);
+// Returns a new picture; null without an error code when the string is no picture's, or of one that the host cannot
+// make.
+REALpictureStruct* TRV_ConvertToPicture(REALstringStruct* s);
 
 // The kernels. They copy between a locked picture or mask and the plane of a string, which is that of a picture of
 // `width` x `height`. What only one of the two has is left alone.

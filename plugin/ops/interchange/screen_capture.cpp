@@ -5,6 +5,7 @@
 #include "picture.h"
 #include "platform.h"
 
+namespace tarvo::plugin {
 namespace {
 
 // The host copies the device's rectangle from the pixel map, four bytes a pixel, so all of it must be there.
@@ -13,6 +14,9 @@ bool holds(const TRV_Picture& screen, std::int32_t width, std::int32_t height) {
 }
 
 }  // namespace
+}  // namespace tarvo::plugin
+
+using namespace tarvo::plugin;
 
 REALpictureStruct* TRV_ScreenCapture(REALobjectStruct*, REALobjectStruct*) {
     clear_error();

@@ -5,6 +5,7 @@
 #include "centered_adjustment.h"
 #include "numbers.h"
 
+namespace tarvo::plugin {
 namespace {
 
 // --- any weights, also those that are not a number -------------------------------------------------------------------
@@ -59,6 +60,9 @@ struct AverageBlend : CenteredAdjustment {
 };
 
 }  // namespace
+}  // namespace tarvo::plugin
+
+using namespace tarvo::plugin;
 
 void PrivAverageRGB(const TRV_Picture& source, TRV_Picture& result, const Region& region, int center, double red_weight,
                     double green_weight, double blue_weight, int /*yield*/) {

@@ -20,7 +20,7 @@ REALobjectStruct* TRV_ClientPicture_AverageRGBWithMask(REALobjectStruct* cp, REA
                                                        int yield, bool as_picture);
 
 // The kernels: locked pictures of one size.
-void PrivAverageRGB(const TRV_Picture& source, TRV_Picture& result, const Region& region, int center, double red_weight,
-                    double green_weight, double blue_weight, int yield);
+void PrivAverageRGB(const TRV_Picture& source, TRV_Picture& result, const tarvo::plugin::Region& region, int center,
+                    double red_weight, double green_weight, double blue_weight, int yield);
 void PrivAverageRGBWithMask(const TRV_Picture& source, const TRV_Picture& mask, TRV_Picture& result, int center,
                             double red_weight, double green_weight, double blue_weight, int yield);

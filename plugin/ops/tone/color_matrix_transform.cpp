@@ -6,6 +6,7 @@
 #include "numbers.h"
 #include "per_channel.h"
 
+namespace tarvo::plugin {
 namespace {
 
 constexpr int kFixedBits = 10;
@@ -72,6 +73,9 @@ struct MatrixAdjustment {
 };
 
 }  // namespace
+}  // namespace tarvo::plugin
+
+using namespace tarvo::plugin;
 
 void PrivAdjustRGB_Matrix(const TRV_Picture& source, TRV_Picture& result, const Region& region,
                           const TRV_ColorMatrix_Data& matrix) {

@@ -12,7 +12,7 @@ REALpictureStruct* TRV_AdjustRGB_Matrix(REALpictureStruct* p, REALobjectStruct* 
 REALpictureStruct* TRV_AdjustRGBWithMask_Matrix(REALpictureStruct* p, REALpictureStruct* mask, REALobjectStruct* cm);
 
 // The kernels: locked pictures of one size.
-void PrivAdjustRGB_Matrix(const TRV_Picture& source, TRV_Picture& result, const Region& region,
+void PrivAdjustRGB_Matrix(const TRV_Picture& source, TRV_Picture& result, const tarvo::plugin::Region& region,
                           const TRV_ColorMatrix_Data& matrix);
 void PrivAdjustRGBWithMask_Matrix(const TRV_Picture& source, const TRV_Picture& mask, TRV_Picture& result,
                                   const TRV_ColorMatrix_Data& matrix);

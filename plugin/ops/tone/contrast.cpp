@@ -11,6 +11,7 @@
 #include "row_clones.h"
 #include "rows.h"
 
+namespace tarvo::plugin {
 namespace {
 
 // --- any factors, in lanes of 32 bits --------------------------------------------------------------------------------
@@ -109,6 +110,9 @@ struct AverageContrast {
 };
 
 }  // namespace
+}  // namespace tarvo::plugin
+
+using namespace tarvo::plugin;
 
 void PrivAdjustContrast(const TRV_Picture& source, TRV_Picture& result, const Region& region, int center,
                         double red_factor, double green_factor, double blue_factor, int yield) {

@@ -25,9 +25,9 @@ void TRV_ClientPicture_GetAverageContrast(REALobjectStruct* cp, REALobjectStruct
                                           int* green_contrast, int* blue_contrast, int yield);
 
 // The kernels: locked pictures of one size. Null outputs are skipped.
-void PrivAdjustContrast(const TRV_Picture& source, TRV_Picture& result, const Region& region, int center,
+void PrivAdjustContrast(const TRV_Picture& source, TRV_Picture& result, const tarvo::plugin::Region& region, int center,
                         double red_factor, double green_factor, double blue_factor, int yield);
 void PrivAdjustContrastWithMask(const TRV_Picture& source, const TRV_Picture& mask, TRV_Picture& result, int center,
                                 double red_factor, double green_factor, double blue_factor, int yield);
-void PrivGetAverageContrast(const TRV_Picture& source, const Region& region, int center, int* red, int* green,
-                            int* blue, int yield);
+void PrivGetAverageContrast(const TRV_Picture& source, const tarvo::plugin::Region& region, int center, int* red,
+                            int* green, int* blue, int yield);

@@ -7,6 +7,7 @@
 #include "forms.h"
 #include "pixel_maps.h"
 
+namespace tarvo::plugin {
 namespace {
 
 // Channels become multiples of the step, halves rounded upward. What would be 256 is 255: one level more than the bits
@@ -33,6 +34,9 @@ struct Round {
 };
 
 }  // namespace
+}  // namespace tarvo::plugin
+
+using namespace tarvo::plugin;
 
 void PrivDownsample(const TRV_Picture& source, TRV_Picture& result, int bits_per_channel) {
     map_pictures(source, result, kNoYielding, "TRV_Downsample", Round(1 << (8 - bits_per_channel)));

@@ -5,6 +5,7 @@
 #include "centered_adjustment.h"
 #include "numbers.h"
 
+namespace tarvo::plugin {
 namespace {
 
 constexpr std::int32_t kOne = 256;
@@ -52,6 +53,9 @@ struct Gamma : CenteredAdjustment {
 };
 
 }  // namespace
+}  // namespace tarvo::plugin
+
+using namespace tarvo::plugin;
 
 void PrivAdjustGamma(const TRV_Picture& source, TRV_Picture& result, const Region& region, int center,
                      double red_factor, double green_factor, double blue_factor, int /*yield*/) {

@@ -20,7 +20,7 @@ REALobjectStruct* TRV_ClientPicture_AdjustGammaWithMask(REALobjectStruct* cp, RE
                                                         int yield, bool as_picture);
 
 // The kernels: locked pictures of one size.
-void PrivAdjustGamma(const TRV_Picture& source, TRV_Picture& result, const Region& region, int center,
+void PrivAdjustGamma(const TRV_Picture& source, TRV_Picture& result, const tarvo::plugin::Region& region, int center,
                      double red_factor, double green_factor, double blue_factor, int yield);
 void PrivAdjustGammaWithMask(const TRV_Picture& source, const TRV_Picture& mask, TRV_Picture& result, int center,
                              double red_factor, double green_factor, double blue_factor, int yield);

@@ -13,9 +13,8 @@
 #include "row_clones.h"
 #include "rows.h"
 
+namespace tarvo::plugin {
 namespace {
-
-using TRV_Pixel::Hsv1024;
 
 // --- the adjustment --------------------------------------------------------------------------------------------------
 
@@ -26,8 +25,8 @@ struct HsvChange {
 
 // Factors that are not a number make every product 0 or negative, which gives 0.
 HsvChange change_of(double hue_degrees, double saturation_factor, double brightness_factor) {
-    return {TRV_Pixel::wrapped_up(floor_to_int32(hue_degrees * TRV_Pixel::kSector / 60.0)),
-            std::max(in_1024ths(saturation_factor), 0), std::max(in_1024ths(brightness_factor), 0)};
+    return {wrapped_up(floor_to_int32(hue_degrees * kSector / 60.0)), std::max(in_1024ths(saturation_factor), 0),
+            std::max(in_1024ths(brightness_factor), 0)};
 }
 
 [[gnu::always_inline]] inline std::int32_t scaled(std::int32_t value, std::int32_t factor, std::int32_t most) {
@@ -35,12 +34,11 @@ HsvChange change_of(double hue_degrees, double saturation_factor, double brightn
 }
 
 // Full saturation is not reached again: a colour that had it keeps 1023 of 1024.
-constexpr std::int32_t kMostSaturation = TRV_Pixel::kFullSaturation - 1;
+constexpr std::int32_t kMostSaturation = kFullSaturation - 1;
 
 [[gnu::always_inline]] inline Hsv1024 adjusted(PixelColor color, const HsvChange& change) {
-    const Hsv1024 from = TRV_Pixel::hsv_1024_of(color);
-    return {TRV_Pixel::wrapped_down(from.hue + change.turn),
-            scaled(from.saturation, change.saturation_factor, kMostSaturation),
+    const Hsv1024 from = hsv_1024_of(color);
+    return {wrapped_down(from.hue + change.turn), scaled(from.saturation, change.saturation_factor, kMostSaturation),
             scaled(from.value, change.value_factor, 255)};
 }
 
@@ -49,7 +47,7 @@ struct AdjustHsv {
     HsvChange change;
 
     TARVO_INLINED void operator()(PixelColor* colors) const {
-        for (std::size_t x = 0; x < kBlockPixels; ++x) colors[x] = TRV_Pixel::rgb_of(adjusted(colors[x], change));
+        for (std::size_t x = 0; x < kBlockPixels; ++x) colors[x] = rgb_of(adjusted(colors[x], change));
     }
 };
 
@@ -134,7 +132,7 @@ constexpr std::size_t kBlock = 16;
     std::uint32_t largest_channels = 0;
     add_channels(sums.channels, colors, count);
     for (std::size_t x = 0; x < count; ++x) {
-        const TRV_Pixel::Extent extent = TRV_Pixel::extent_of(colors[x]);
+        const Extent extent = extent_of(colors[x]);
         saturations[x] = static_cast<double>(extent.delta) / static_cast<double>(std::max(extent.largest, 1));
         largest_channels += static_cast<std::uint32_t>(extent.largest);
     }
@@ -160,11 +158,14 @@ struct AverageHsv {
         TRV_Pixel::RGBToHSV(sums.channels.mean_color(), mean_hue, saturation_of_mean, value_of_mean);
         if (hue) *hue = mean_hue;
         if (saturation) *saturation = sums.saturation / count;
-        if (brightness) *brightness = static_cast<double>(sums.largest_channels) * TRV_Pixel::kValueScale / count;
+        if (brightness) *brightness = static_cast<double>(sums.largest_channels) * kValueScale / count;
     }
 };
 
 }  // namespace
+}  // namespace tarvo::plugin
+
+using namespace tarvo::plugin;
 
 void PrivAdjustHSV(const TRV_Picture& source, TRV_Picture& result, const Region& region, double hue_degrees,
                    double saturation_factor, double brightness_factor, bool negative, int /*yield*/) {

@@ -28,9 +28,9 @@ void TRV_ClientPicture_GetAverageHSV(REALobjectStruct* cp, REALobjectStruct* rec
                                      double* saturation, double* brightness, int yield);
 
 // The kernels: locked pictures of one size. Null outputs are skipped.
-void PrivAdjustHSV(const TRV_Picture& source, TRV_Picture& result, const Region& region, double hue_degrees,
-                   double saturation_factor, double brightness_factor, bool negative, int yield);
+void PrivAdjustHSV(const TRV_Picture& source, TRV_Picture& result, const tarvo::plugin::Region& region,
+                   double hue_degrees, double saturation_factor, double brightness_factor, bool negative, int yield);
 void PrivAdjustHSVWithMask(const TRV_Picture& source, const TRV_Picture& mask, TRV_Picture& result, double hue_degrees,
                            double saturation_factor, double brightness_factor, int yield);
-void PrivGetAverageHSV(const TRV_Picture& source, const Region& region, double* hue, double* saturation,
+void PrivGetAverageHSV(const TRV_Picture& source, const tarvo::plugin::Region& region, double* hue, double* saturation,
                        double* brightness, int yield);

@@ -11,6 +11,7 @@
 #include "row_clones.h"
 #include "rows.h"
 
+namespace tarvo::plugin {
 namespace {
 
 // Each byte of a block in memory is raised, or lowered, by a byte of these; one of the two is 0. Top bytes are lowered
@@ -88,6 +89,9 @@ struct AverageColor {
 };
 
 }  // namespace
+}  // namespace tarvo::plugin
+
+using namespace tarvo::plugin;
 
 void PrivAdjustRGB(const TRV_Picture& source, TRV_Picture& result, const Region& region, int red_delta, int green_delta,
                    int blue_delta) {

@@ -19,9 +19,10 @@ void TRV_AdjustRGB_InPlace(REALpictureStruct* p, REALobjectStruct* rect, int red
 void TRV_GetAverageRGB(REALpictureStruct* p, REALobjectStruct* rect, int* red, int* green, int* blue);
 
 // The kernels: locked pictures of one size, deltas in range.
-void PrivAdjustRGB(const TRV_Picture& source, TRV_Picture& result, const Region& region, int red_delta, int green_delta,
-                   int blue_delta);
+void PrivAdjustRGB(const TRV_Picture& source, TRV_Picture& result, const tarvo::plugin::Region& region, int red_delta,
+                   int green_delta, int blue_delta);
 void PrivAdjustRGBWithMask(const TRV_Picture& source, const TRV_Picture& mask, TRV_Picture& result, int red_delta,
                            int green_delta, int blue_delta);
-void PrivAdjustRGB_InPlace(TRV_Picture& picture, const Region& region, int red_delta, int green_delta, int blue_delta);
-void PrivGetAverageRGB(const TRV_Picture& source, const Region& region, int* red, int* green, int* blue);
+void PrivAdjustRGB_InPlace(TRV_Picture& picture, const tarvo::plugin::Region& region, int red_delta, int green_delta,
+                           int blue_delta);
+void PrivGetAverageRGB(const TRV_Picture& source, const tarvo::plugin::Region& region, int* red, int* green, int* blue);

@@ -2,6 +2,7 @@
 
 #include "adjustment.h"
 
+namespace tarvo::plugin {
 namespace {
 
 constexpr PixelColor kChannels = 0xFFFFFF;
@@ -57,6 +58,9 @@ struct Threshold {
 };
 
 }  // namespace
+}  // namespace tarvo::plugin
+
+using namespace tarvo::plugin;
 
 void PrivThreshold(const TRV_Picture& source, TRV_Picture& result, const Region& region, bool darker,
                    bool and_threshold, int threshold, int target) {

@@ -15,7 +15,7 @@ REALpictureStruct* TRV_ThresholdWithMask(REALpictureStruct* p, REALpictureStruct
                                          int threshold, int target);
 
 // The kernels: locked pictures of one size.
-void PrivThreshold(const TRV_Picture& source, TRV_Picture& result, const Region& region, bool darker,
+void PrivThreshold(const TRV_Picture& source, TRV_Picture& result, const tarvo::plugin::Region& region, bool darker,
                    bool and_threshold, int threshold, int target);
 void PrivThresholdWithMask(const TRV_Picture& source, const TRV_Picture& mask, TRV_Picture& result, bool darker,
                            bool and_threshold, int threshold, int target);
