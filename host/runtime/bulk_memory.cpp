@@ -1,11 +1,12 @@
 #include "bulk_memory.h"
 
-#include <sanitizer/asan_interface.h>
 #include <sys/mman.h>
 
 #include <limits>
 #include <new>
 #include <vector>
+
+#include "watched_memory.h"
 
 namespace tarvo::host {
 namespace {
@@ -33,9 +34,11 @@ Mapping map_aligned(std::size_t capacity) {
 }
 
 // Tells memory checkers how many bytes of a mapping may be touched: its size when it is in use, none when it is idle.
-void allow_only(const Mapping& mapping, std::size_t size) {
+void allow_only([[maybe_unused]] const Mapping& mapping, [[maybe_unused]] std::size_t size) {
+#ifdef WATCHED_MEMORY
     ASAN_UNPOISON_MEMORY_REGION(mapping.address, size);
     ASAN_POISON_MEMORY_REGION(mapping.address + size, mapping.capacity - size);
+#endif
 }
 
 void unmap(const Mapping& mapping) {

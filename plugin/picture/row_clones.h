@@ -7,7 +7,8 @@
 //
 // TARVO_ROW_CLONES before a plain function makes the two versions; the choice is made when the library is loaded.
 // `on_this_processor(body)` does it for what a template builds: of `body`, all that is marked TARVO_INLINED becomes
-// part of both versions.
+// part of both versions. Work that constructs objects goes there too: clang 19 forgets the constructors that only
+// clones call.
 
 #define TARVO_INLINED __attribute__((always_inline))
 

@@ -151,13 +151,15 @@ TARVO_INLINED inline void divide_columns(std::size_t count, FootprintRun& run) {
 }
 
 // Makes the colours of a run of result pixels. The upper left corner of the first is at `start` in the window.
-TARVO_ROW_CLONES void average_run(const Channel* window, Position<std::int32_t> start, const Steps& steps,
-                                  int unit_bits, PixelColor* colors, std::size_t count) {
-    FootprintRun run;
-    find_footprints(start, steps, unit_bits, run);
-    sum_columns(window, count, run);
-    divide_columns(count, run);
-    for (std::size_t x = 0; x < count; ++x) colors[x] = run.means[x] & 0xFFFFFF;
+void average_run(const Channel* window, Position<std::int32_t> start, const Steps& steps, int unit_bits,
+                 PixelColor* colors, std::size_t count) {
+    on_this_processor([&]() TARVO_INLINED {
+        FootprintRun run;
+        find_footprints(start, steps, unit_bits, run);
+        sum_columns(window, count, run);
+        divide_columns(count, run);
+        for (std::size_t x = 0; x < count; ++x) colors[x] = run.means[x] & 0xFFFFFF;
+    });
 }
 
 // --- the part of the source that a tile of the result shows ----------------------------------------------------------

@@ -1,6 +1,7 @@
 #pragma once
 
-// WATCHED_MEMORY is defined where AddressSanitizer watches.
+// WATCHED_MEMORY is defined where AddressSanitizer watches. Other builds do without its header, which some compilers'
+// packages lack.
 
 #if defined(__SANITIZE_ADDRESS__)
 #define WATCHED_MEMORY 1
