@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "../host/watched_memory.h"
+#include "watched_memory.h"
 #include "tool.h"
 
 namespace tarvo::cli {

@@ -6,7 +6,7 @@
 #include <functional>
 #include <optional>
 
-#include "../host/watched_memory.h"
+#include "watched_memory.h"
 #include "file_samples.h"
 #include "system_faults.h"
 
