@@ -11,7 +11,7 @@ namespace {
 
 constexpr int kEndings[] = {SIGINT, SIGTERM, SIGHUP};
 
-// Changed only while these signals are held back.
+// Changes only while these signals are held back.
 struct PartFile {
     bool exists = false;
     int folder = -1;
@@ -19,7 +19,7 @@ struct PartFile {
 };
 PartFile part_file;
 
-// It was set to happen once: the signal comes again when this returns, and ends the tool.
+// This happens once: when it returns the signal comes again, and ends the tool.
 void on_ending(int signal) {
     if (part_file.exists) ::unlinkat(part_file.folder, part_file.name, 0);
     ::raise(signal);
@@ -60,7 +60,7 @@ private:
 }  // namespace
 
 void handle_interrupts() {
-    ::signal(SIGXFSZ, SIG_IGN);  // the call that writes then says so
+    ::signal(SIGXFSZ, SIG_IGN);  // the call that writes fails instead
     for (const int signal : kEndings) {
         struct sigaction action {};
         if (::sigaction(signal, nullptr, &action) != 0 || action.sa_handler != SIG_DFL) continue;

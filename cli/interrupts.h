@@ -1,6 +1,6 @@
 #pragma once
 
-// What happens to the file being written when a signal ends the tool.
+// Removes the file that is being written when a signal ends the tool.
 
 #include "file_writer.h"
 
@@ -10,7 +10,7 @@ namespace tarvo::cli {
 // unless they were ignored when it began; and a file that becomes larger than it may is an error of writing.
 void handle_interrupts();
 
-// Of one file at a time.
+// Watches one file at a time.
 host::PartFileWatch& part_file_watch();
 
 }  // namespace tarvo::cli

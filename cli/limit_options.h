@@ -1,6 +1,6 @@
 #pragma once
 
-// How much the tool may take: the options, and errors told with them.
+// The options that bound what the tool takes, and errors that name them.
 
 #include <CLI/App.hpp>
 
@@ -10,12 +10,12 @@
 
 namespace tarvo::cli {
 
-// 268,435,456 pixels a picture, and half of the machine's memory.
+// Returns 268,435,456 pixels a picture, and half of the machine's memory.
 host::Limits default_limits();
 
 void add_limit_options(CLI::App& command, host::Limits& limits);
 
-// The error's message; where a limit made it, with the option that raises it.
+// Returns the error's message, with the option that raises the limit if there is one.
 std::string with_option(const host::LimitedError& error);
 
 }  // namespace tarvo::cli

@@ -16,13 +16,13 @@ public:
     ByteSink(const ByteSink&) = delete;
     ByteSink& operator=(const ByteSink&) = delete;
 
-    // Throws what `take` throws.
+    // Takes bytes. Throws what `take` throws.
     void write(std::span<const std::uint8_t> bytes) {
         if (waiting_.size() + bytes.size() > kBlock) flush();
         if (bytes.size() >= kBlock) return take(bytes);
         waiting_.insert(waiting_.end(), bytes.begin(), bytes.end());
     }
-    // After the last byte.
+    // Passes on what is waiting. To be called after the last byte.
     void flush() {
         if (!waiting_.empty()) take(waiting_);
         waiting_.clear();

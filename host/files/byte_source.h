@@ -17,20 +17,20 @@ public:
     ByteSource(const ByteSource&) = delete;
     ByteSource& operator=(const ByteSource&) = delete;
 
-    // The bytes that come next; none at the end alone. Those of the first block are enough to tell a file's format.
-    // They stay until the next call. Throws what `next_block` throws, as all calls that take bytes do.
+    // Returns the bytes that come next; none only at the end. Those of the first block are enough to tell a file's
+    // format. They stay valid until the next call. This and all calls that take bytes throw what `next_block` throws.
     std::span<const std::uint8_t> ahead() {
         if (block_.empty()) block_ = next_block();
         return block_;
     }
-    // Of what is ahead.
+    // Takes that many of the bytes that are ahead.
     void skip(std::size_t count) { block_ = block_.subspan(count); }
-    // What is ahead, taken.
+    // Takes all bytes that are ahead, and returns them.
     std::span<const std::uint8_t> take() {
         ahead();
         return std::exchange(block_, {});
     }
-    // False when the file ends before.
+    // Takes as many bytes as `out` has room for. Returns false if the file ends before.
     bool read(std::span<std::uint8_t> out) {
         while (!out.empty()) {
             const auto block = ahead();
@@ -42,7 +42,7 @@ public:
         }
         return true;
     }
-    // How many bytes there still are, where that can be known before they are read.
+    // Returns how many bytes are left, if that can be known before they are read.
     std::optional<std::uint64_t> left() const {
         const auto behind = behind_block();
         if (!behind) return behind;

@@ -1,6 +1,6 @@
 #pragma once
 
-// The operating system's calls as the readers and writers of files use them.
+// The operating system's calls, as readers and writers of files use them.
 
 #include <unistd.h>
 
@@ -13,7 +13,7 @@
 
 namespace tarvo::host {
 
-// A call again and again while signals break it off.
+// Makes a call, and makes it again as long as signals break it off.
 template <class Call>
 auto retried(Call call) {
     auto result = call();
@@ -21,7 +21,7 @@ auto retried(Call call) {
     return result;
 }
 
-// "WHAT: REASON", the reason being the last call's.
+// Returns an error "WHAT: REASON", the reason being that of the last call.
 inline FileError system_error(const char* what) { return FileError(std::string(what) + ": " + std::strerror(errno)); }
 
 class Descriptor {
@@ -37,7 +37,7 @@ public:
 
     explicit operator bool() const { return number_ >= 0; }
     int get() const { return number_; }
-    // False when what was written may not have arrived. Never again for the same number, which is free in any case.
+    // Returns false when what was written may not have arrived. It cannot be tried again: the number is free anyway.
     bool close() {
         const int number = std::exchange(number_, -1);
         return number < 0 || ::close(number) == 0;

@@ -87,13 +87,11 @@ private:
         return bytes_[0] == bytes_[1] && (bytes_[0] == 'M' || bytes_[0] == 'I') && short_at(2) == 42u;
     }
 
-    // Calls `visit(tag, place of the entry)` for each. Gives the place of the link to the next directory, if the file
-    // goes on so far.
+    // Calls `visit(tag, place)` for each entry. Returns the place of the link to the next directory, if it is there.
     template <class Visit>
     std::optional<std::size_t> directory(std::uint32_t start, Visit visit) {
         if (std::find(std::begin(followed_), std::end(followed_), start) != std::end(followed_)) return {};
-        std::ranges::rotate(followed_, std::end(followed_) - 1);
-        followed_[0] = start;
+        followed_[directories_++] = start;
         const auto count = short_at(start);
         if (!count) return {};
         std::size_t entry = start + std::size_t{2};
@@ -106,7 +104,7 @@ private:
         return entry;
     }
 
-    // Where the first value of an entry begins, of that type and size; none when it is not all there.
+    // Returns where an entry's first value begins, if the entry has that type and the value is all there.
     std::optional<std::size_t> value_place(std::size_t entry, Type type, std::size_t bytes) const {
         const std::uint64_t count = *long_at(entry + 4);
         if (short_at(entry + 2) != type || count == 0) return {};
@@ -135,7 +133,8 @@ private:
 
     const std::span<const std::uint8_t> bytes_;
     Exif found_;
-    std::uint32_t followed_[3] = {};  // as many as there are to follow; no directory stands in the header
+    std::uint32_t followed_[3] = {};  // there are no more to follow, and none begins with the header
+    int directories_ = 0;
     int entries_ = 0;
 };
 

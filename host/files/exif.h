@@ -13,7 +13,7 @@ namespace tarvo::host {
 // A whole number of 16 or 32 bits.
 struct ExifNumber {
     std::uint32_t value;
-    std::size_t place;  // of its first byte in the block
+    std::size_t place;  // its first byte in the block
     int bytes;          // 2 or 4
 };
 
@@ -30,26 +30,26 @@ struct ExifRange {
 
 struct Exif {
     bool big_endian = false;
-    std::optional<ExifNumber> orientation;  // whatever number is there
+    std::optional<ExifNumber> orientation;  // any number may be there
     std::optional<ExifFraction> x_resolution, y_resolution;
     std::optional<ExifNumber> resolution_unit;  // 2: inch, 3: centimetre
-    // Of the picture as stored: told by its directory or by the one for what cameras add, or by both.
+    // The sizes of the picture as it is stored. Its own directory, the one for what cameras add, or both have them.
     std::optional<ExifNumber> width, height;
     std::optional<ExifNumber> camera_width, camera_height;
-    // The preview, and where the first directory says that there is another, which tells of it.
+    // The preview, and the first directory's link to the directory that tells of it.
     std::optional<ExifRange> thumbnail;
     std::optional<ExifNumber> thumbnail_link;
 
-    // 1 to 8; 1 when the block tells none.
+    // Returns 1 to 8; 1 if the block has no such number.
     int shown_orientation() const;
 };
 
-// Longer blocks are not looked at beyond this, nor is the rest after so many entries.
+// The reader stops after so many bytes, and after so many entries.
 inline constexpr std::size_t kMostExifBytes = std::size_t{1} << 16;
 inline constexpr int kMostExifEntries = 512;
 
-// Of a block that begins with its TIFF header. Whatever the bytes are, it reads only within them, no directory twice,
-// and what cannot be understood is not told. Of numbers that are told twice, the first counts.
+// Reads a block that begins with its TIFF header. Whatever the bytes are, it reads only within them, and no directory
+// twice. What cannot be understood is left out. If a number stands there twice, the first counts.
 Exif read_exif(std::span<const std::uint8_t> block);
 
 }  // namespace tarvo::host

@@ -12,7 +12,7 @@ constexpr std::size_t kBlock = std::size_t{1} << 18;
 
 }  // namespace
 
-// Opening would wait for a pipe's writer, without a word.
+// Opened in the usual way, a pipe would wait for its writer without a word.
 FileSource::FileSource(const std::string& path, const std::function<void()>& on_wait)
     : file_(retried([&] { return ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC); })),
       buffer_(std::make_unique_for_overwrite<std::uint8_t[]>(kBlock)) {
@@ -24,7 +24,7 @@ FileSource::FileSource(const std::string& path, const std::function<void()>& on_
     if (flags < 0 || ::fcntl(file_.get(), F_SETFL, flags & ~O_NONBLOCK) != 0) throw system_error("cannot be opened");
 }
 
-// Of a pipe without a writer a reading that does not wait finds the end; of one whose writer is late, nothing yet.
+// A read that does not wait finds the end of a pipe without a writer, and nothing yet of one whose writer is late.
 void FileSource::wait_for_writer(const std::function<void()>& on_wait) {
     const ssize_t count = retried([&] { return ::read(file_.get(), buffer_.get(), kBlock); });
     if (count < 0 && errno != EAGAIN) throw system_error("cannot be read");
@@ -37,7 +37,7 @@ void FileSource::wait_for_writer(const std::function<void()>& on_wait) {
     if (retried([&] { return ::poll(&pipe, 1, -1); }) < 0) throw system_error("cannot be read");
 }
 
-// Short reads go on until the block is full: a block ends where the file does, or is one.
+// Reads until the block is full or the file ends.
 std::span<const std::uint8_t> FileSource::next_block() {
     std::size_t have = std::exchange(held_, 0);
     while (have < kBlock) {

@@ -23,7 +23,7 @@ private:
     Descriptor file_;
     std::optional<std::uint64_t> behind_;
     std::unique_ptr<std::uint8_t[]> buffer_;
-    std::size_t held_ = 0;  // bytes of the buffer that were read while a pipe's writer was looked for
+    std::size_t held_ = 0;  // bytes that the buffer has already, from looking for a pipe's writer
 };
 
 }  // namespace tarvo::host

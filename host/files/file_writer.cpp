@@ -28,8 +28,8 @@ std::string random_name() {
     return name;
 }
 
-// The permissions that the process takes from new files, as the system tells them: the call that asks for them sets
-// them, for all threads. All but the owner's when the system does not tell.
+// Returns the permissions that the process takes from new files; all but the owner's if the system does not tell. The
+// call that asks for them also sets them, for all threads, so they are read from the system's account of the process.
 mode_t creation_mask() {
     mode_t mask = 077;
     std::FILE* status = std::fopen("/proc/self/status", "re");

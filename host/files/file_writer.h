@@ -12,13 +12,13 @@
 
 namespace tarvo::host {
 
-// Told of part files while they exist, so that a program can remove them when a signal ends it. The library itself
-// leaves signals alone. The calls come as `making`, then `made` if one was made, then `gone`.
+// Is told of part files while they exist, so that a program can remove them when a signal ends it. The library itself
+// leaves signals alone. It calls `making`, then `made` if a part file was made, then `gone`.
 class PartFileWatch {
 public:
     virtual ~PartFileWatch() = default;
     virtual void making() noexcept = 0;
-    // `folder` is open, and `name` stays, until `gone`.
+    // The folder stays open, and the name valid, until `gone`.
     virtual void made(int folder, const char* name) noexcept = 0;
     virtual void gone() noexcept = 0;
 };
@@ -32,8 +32,8 @@ public:
     explicit FileWriter(const std::string& path, PartFileWatch* watch = nullptr);
     ~FileWriter() override;
 
-    // After the last byte: gives the file its permissions and its name. An old file's permissions are kept; what comes
-    // back tells in words what is not, each to be read behind the file's name.
+    // Gives the file its permissions and its name. To be called after the last byte. Returns what is not kept of an
+    // old file, in words that go behind the file's name; its permissions are kept.
     std::vector<std::string> commit();
 
 private:

@@ -1,6 +1,6 @@
 #pragma once
 
-// A picture as files have it: what decoders give and encoders take, a row at a time. It knows no host.
+// Pictures as files have them. Decoders give them, and encoders take them, a row at a time. No host is known here.
 
 #include <array>
 #include <cstddef>
@@ -31,7 +31,7 @@ struct ImageForm {
     int width = 0;
     int height = 0;
     Layout layout = Layout::rgb;
-    int index_bits = 8;  // of an indexed image: how deep its file was or is to be: 1, 2, 4 or 8
+    int index_bits = 8;  // how deep an indexed image's file was or is to be: 1, 2, 4 or 8
     Palette palette = {};
 
     std::size_t pixel_bytes() const { return static_cast<std::size_t>(layout); }
@@ -40,7 +40,7 @@ struct ImageForm {
     int palette_size() const { return 1 << index_bits; }
 };
 
-// Pixels of one row: the first at (x, y), each `step` right of the one before.
+// Pixels of one row. The first is at (x, y), and each of the others `step` right of the one before.
 struct PixelRun {
     int x, y;
     int step;
@@ -48,21 +48,21 @@ struct PixelRun {
     const std::uint8_t* pixels;
 };
 
-// What a decoder gives its pixels to.
+// A decoder gives its pixels to this.
 class PixelTarget {
 public:
     virtual ~PixelTarget() = default;
-    // Before the first run. `working_bytes`: what the decoder is going to take until the last. Throws FileError,
+    // Comes before the first run. The decoder takes `working_bytes` of memory until the last one. Throws FileError,
     // HostError and std::bad_alloc.
     virtual void begin(const ImageForm& form, std::uint64_t working_bytes) = 0;
-    // Every pixel comes once, unless the file ends with an error.
+    // Takes pixels. Each comes once, unless the file has an error.
     virtual void put(const PixelRun& run) noexcept = 0;
-    // An Exif orientation of 1 to 8, other numbers mean 1: how what is put is to be seen. Told once, before `begin` if
-    // it is known by then, or after the last run. Throws as `begin`.
+    // Says how the pixels are to be seen: an Exif orientation of 1 to 8; other numbers mean 1. Comes once, before
+    // `begin` if it is known by then, else after the last run. Throws what `begin` throws.
     virtual void turn(int orientation) = 0;
 };
 
-// What an encoder takes its pixels from.
+// An encoder takes its pixels from this.
 class PixelSource {
 public:
     virtual ~PixelSource() = default;

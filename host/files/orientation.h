@@ -12,7 +12,7 @@ struct Turn {
     bool turns() const { return transposed || flip_x || flip_y; }
 };
 
-// 1 to 8; other numbers mean 1.
+// Returns the turn of an orientation of 1 to 8; other numbers mean 1.
 constexpr Turn turn_of(int orientation) {
     constexpr Turn kTurns[] = {
         {false, false, false},  // 1: as stored

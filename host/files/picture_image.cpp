@@ -33,11 +33,12 @@ std::vector<RGBColor> color_table(const Palette& palette) {
     return colors;
 }
 
-// Where the stored pixel (x, y) of an image of that size is seen.
+// A place in a picture.
 struct Point {
     int x, y;
 };
 
+// Returns where a stored pixel of an image of that size is seen.
 Point seen_at(Point stored, int width, int height, const Turn& turn) {
     const int x = turn.flip_x ? width - 1 - stored.x : stored.x;
     const int y = turn.flip_y ? height - 1 - stored.y : stored.y;
@@ -71,7 +72,7 @@ Rgba rgba(std::uint32_t color) {
             static_cast<std::uint8_t>(color)};
 }
 
-// The grey of a mask's pixel: an index is a level, not a colour of the table.
+// Returns the grey of a mask's pixel. An index is a level, not a colour of the table.
 std::uint8_t level_at(const Picture& mask, const std::uint8_t* row, int x) {
     return static_cast<std::uint8_t>(color_of(load_pixel(row, x, mask.depth()), mask.depth(), {}));
 }
@@ -94,7 +95,8 @@ PictureOptions PictureBuilder::options(int depth) const {
     return made;
 }
 
-// Memory is touched where pixels arrive: what a file only claims costs nothing. Bits are set one by one.
+// Memory is not touched before pixels arrive, so what a file only claims costs nothing. Bits are set one by one, in a
+// picture that begins white.
 void PictureBuilder::begin(const ImageForm& form, std::uint64_t working_bytes) {
     form_ = form;
     begun_ = true;
@@ -174,7 +176,7 @@ void PictureBuilder::turn(int orientation) {
     turn_ = turn;
 }
 
-// Of a picture that is there already, for the rare file that tells its orientation behind its pixels.
+// Turns a picture that is there already, for the rare file whose orientation stands behind its pixels.
 ObjectRef PictureBuilder::turned(const Picture& stored, const Turn& turn) const {
     PictureOptions options = stored.options();
     if (turn.transposed) std::swap(options.width, options.height);

@@ -19,7 +19,7 @@ public:
     void put(const PixelRun& run) noexcept override;
     void turn(int orientation) override;
 
-    // After the last run.
+    // Returns the picture. To be called after the last run.
     ObjectRef finish() { return std::move(picture_); }
 
 private:
@@ -44,8 +44,8 @@ private:
     Picture* mask_ = nullptr;
 };
 
-// Pixels of up to 8 bits give an indexed image, others RGB; a picture with a mask gives RGBA, and is opaque beyond a
-// mask smaller than itself. Colours are as the host draws them.
+// Gives a picture's pixels to an encoder: up to 8 bits as an indexed image, others as RGB. A picture with a mask gives
+// RGBA, and is opaque beyond a mask smaller than itself. Colours are as the host draws them.
 class PictureSource final : public PixelSource {
 public:
     // Throws FileError for a picture that has no pixels, or pixels of an unknown depth.

@@ -8,17 +8,17 @@
 
 namespace tarvo::host {
 
-// What a host may take; all it can, unless told otherwise.
+// Bounds what a host takes. Unless told otherwise it takes all it can.
 struct Limits {
     static constexpr std::uint64_t kNone = std::numeric_limits<std::uint64_t>::max();
 
     std::uint64_t max_pixels = kNone;  // of one picture
-    std::uint64_t max_memory = kNone;  // bytes of all objects together, and of what a decoder takes besides
+    std::uint64_t max_memory = kNone;  // bytes of all objects together, and of what decoders take besides
 };
 
 enum class Limit { pixels, memory };
 
-// An error that raising a limit may cure says which.
+// An error that may be cured by raising a limit says which.
 class LimitedError : public std::runtime_error {
 public:
     explicit LimitedError(const std::string& message, std::optional<Limit> limit = {})
