@@ -8,6 +8,12 @@ die() {
     exit 1
 }
 
+# usage: tells how the script is used, as its head does, and ends it.
+usage() {
+    sed -n '2,/^[^#]/s/^# \?//p' "$0" >&2
+    exit 2
+}
+
 # install_packages GROUP...: the Debian packages of scripts/packages.GROUP that are missing.
 install_packages() {
     local group package missing=() as_root=()

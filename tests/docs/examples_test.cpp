@@ -1,5 +1,5 @@
-// The examples on the pages of the operations and of the tool, typed into a shell as they stand there. What they write is what the
-// pages show.
+// The examples on the pages of the operations and of the tool, typed into a shell as they stand there. What they write
+// is what the pages show.
 
 #include <gtest/gtest.h>
 

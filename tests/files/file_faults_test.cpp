@@ -6,9 +6,9 @@
 #include <functional>
 #include <optional>
 
-#include "watched_memory.h"
 #include "file_samples.h"
 #include "system_faults.h"
+#include "watched_memory.h"
 
 namespace tarvo::host {
 namespace {
