@@ -163,18 +163,17 @@ private:
     void check(const std::string& label, const Outcome& outcome) {
         session_->show_complaints(label);
         const bool gave_object = std::holds_alternative<host::ObjectRef>(outcome.result) && !is_nil(outcome.result);
-        const std::string reason = outcome.reason.empty() ? "" : "\n    " + outcome.reason;
-        const std::string code = "error " + std::to_string(outcome.code) + ": " + session_->error_message(outcome.code);
-        if (outcome.code != 0 && gave_object) return warn(label + ": " + code + reason);
-        if (outcome.code != 0)
-            throw CommandError(ExitStatus::operation_failed, label + ": " + code + refusal() + reason);
-        if (outcome.declares_result && is_nil(outcome.result)) {
-            const std::string why = refusal().empty() ? " and no error code" : refusal();
-            throw CommandError(ExitStatus::operation_failed, label + " gave no result" + why + reason);
-        }
+        const std::string why = outcome.reason.empty() ? refusal() : refusal() + "\n    " + outcome.reason;
+        const std::string code =
+            "error " + std::to_string(outcome.code) + ": " + session_->error_message(outcome.code) + why;
+        if (outcome.code != 0 && gave_object) return warn(label + ": " + code);
+        if (outcome.code != 0) throw CommandError(ExitStatus::operation_failed, label + ": " + code);
+        if (outcome.declares_result && is_nil(outcome.result))
+            throw CommandError(ExitStatus::operation_failed,
+                               label + " gave no result" + (refusal().empty() ? " and no error code" : "") + why);
     }
 
-    // What the host did not make for the operation.
+    // Returns what the host did not make for the operation, to be read behind the error; empty when it made all.
     std::string refusal() const {
         const auto& refused = session_->host().refusal();
         return refused ? "; the host made no room for it: " + with_option(*refused) : "";

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "watched_memory.h"
 #include "tool.h"
+#include "watched_memory.h"
 
 namespace tarvo::cli {
 namespace {

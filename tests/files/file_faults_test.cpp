@@ -176,5 +176,21 @@ TEST_F(FileFaults, OfCloseAreErrorsOfTheNewFileAlone) {
     }
 }
 
+// Whoever guesses a part file's name has it taken from him by nobody, and gives nothing away by it.
+TEST_F(FileFaults, PartFilesAreNeverThoseOfOthers) {
+    const ObjectRef shown = random_picture(host, {.width = 3, .height = 2}, 3);
+    const std::string path = folder.file("a.ppm"), planted = folder.file(".tarvo-0000000000000000");
+    write_bytes(planted, {7});
+    test::give_zeros(5);
+    write_picture_file(picture_in(shown), path);
+    EXPECT_EQ(read_bytes(planted), FileBytes{7});
+    EXPECT_EQ(colors_of(read_picture_file(host, path)), colors_of(shown));
+    test::give_zeros(1000);
+    EXPECT_EQ(file_error([&] { write_picture_file(picture_in(shown), path); }), path + ": cannot be made: File exists");
+    test::give_zeros(0);
+    EXPECT_EQ(read_bytes(planted), FileBytes{7});
+    EXPECT_EQ(folder.entries(), 2u);
+}
+
 }  // namespace
 }  // namespace tarvo::host

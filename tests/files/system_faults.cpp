@@ -31,6 +31,8 @@ struct Order {
     char sign[512];
 } order;
 
+int zeros_left = 0;
+
 constexpr const char* kNames[] = {"open",     "openat", "read",     "write",      "close", "fsync",
                                   "renameat", "fchmod", "readlink", "readlinkat", "mmap",  "allocate"};
 
@@ -102,6 +104,14 @@ bool stop_faults() {
     return order.done;
 }
 
+void give_zeros(int times) { zeros_left = times; }
+
+namespace {
+
+bool takes_zeros() { return zeros_left > 0 && zeros_left-- > 0; }
+
+}  // namespace
+
 }  // namespace tarvo::test
 
 using tarvo::test::attempt;
@@ -146,6 +156,12 @@ SEEN ssize_t write(int file, const void* bytes, std::size_t size) {
 SEEN int close(int file) {
     const long closed = syscall(SYS_close, file);
     return static_cast<int>(attempt(SystemCall::close, [&] { return closed; }));
+}
+
+SEEN ssize_t getrandom(void* bytes, std::size_t size, unsigned flags) noexcept {
+    if (!tarvo::test::takes_zeros()) return syscall(SYS_getrandom, bytes, size, flags);
+    std::memset(bytes, 0, size);
+    return static_cast<ssize_t>(size);
 }
 
 SEEN int fsync(int file) {

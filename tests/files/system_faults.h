@@ -32,5 +32,7 @@ enum class SystemCall {
 void fail_call(SystemCall call, int n, int error);
 // Takes the order back. True when it was carried out.
 bool stop_faults();
+// The next random numbers that anybody asks for are zeros, as often as that.
+void give_zeros(int times);
 
 }  // namespace tarvo::test
