@@ -2,7 +2,6 @@
 // may stay behind, and no call may take for ever.
 
 #include <algorithm>
-#include <cstring>
 #include <memory>
 #include <vector>
 
@@ -30,10 +29,11 @@ public:
     }
     template <class Number>
     Number number() {
-        std::uint8_t bytes[sizeof(Number)];
-        for (std::uint8_t& each : bytes) each = byte();
-        Number made;
-        std::memcpy(&made, bytes, sizeof made);
+        Number made{};
+        const std::size_t count = std::min(left_, sizeof made);
+        std::copy_n(data_, count, reinterpret_cast<std::uint8_t*>(&made));
+        data_ += count;
+        left_ -= count;
         return made;
     }
     int below(int bound) { return byte() % bound; }

@@ -5,6 +5,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
@@ -183,6 +184,11 @@ SEEN ssize_t readlink(const char* path, char* text, std::size_t size) noexcept {
 
 SEEN ssize_t readlinkat(int folder, const char* path, char* text, std::size_t size) noexcept {
     return attempt(SystemCall::readlinkat, [&] { return syscall(SYS_readlinkat, folder, path, text, size); });
+}
+
+// Hardened code calls this where the compiler does not see how much room there is.
+SEEN ssize_t __readlinkat_chk(int folder, const char* path, char* text, std::size_t size, std::size_t room) noexcept {
+    return readlinkat(folder, path, text, std::min(size, room));
 }
 
 SEEN void* mmap(void* address, std::size_t size, int protection, int flags, int file, off_t offset) noexcept {
