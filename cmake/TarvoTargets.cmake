@@ -6,13 +6,17 @@ if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
 endif()
 set(CMAKE_CXX_FLAGS_RELEASE "-O3")  # NDEBUG stays off: checks are part of the program
 set(CMAKE_CXX_FLAGS_SANITIZED "-O1 -g1")
+set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
-find_program(TARVO_CCACHE ccache)
-if(TARVO_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-  set(CMAKE_CXX_COMPILER_LAUNCHER "${TARVO_CCACHE}")
-endif()
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib")
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
+
+find_program(TARVO_CCACHE ccache)
+if(TARVO_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  # What precompiled headers need to be shared.
+  set(CMAKE_CXX_COMPILER_LAUNCHER
+    "${CMAKE_COMMAND}" -E env CCACHE_SLOPPINESS=pch_defines,time_macros "${TARVO_CCACHE}")
+endif()
 
 add_library(tarvo_options INTERFACE)
 target_compile_features(tarvo_options INTERFACE cxx_std_20)
@@ -48,15 +52,17 @@ endif()
 target_link_libraries(tarvo_options INTERFACE tarvo_hardening)
 set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)  # the tool and its libraries find each other wherever they are moved together
 
-# tarvo_test(NAME SOURCES... USES targets...): a GoogleTest program; each of its tests is a CTest test.
-function(tarvo_test name)
-  cmake_parse_arguments(arg "" "" "SOURCES;USES" ${ARGN})
-  add_executable(${name} ${arg_SOURCES})
-  target_link_libraries(${name} PRIVATE ${arg_USES} GTest::gtest_main tarvo_options)
-  set_target_properties(${name} PROPERTIES CXX_EXTENSIONS OFF)
-  target_compile_options(${name} PRIVATE $<$<CONFIG:Release>:-O1>)  # tests take longer to compile than to run
-  if(TARGET tarvo_test_machine)
-    target_link_libraries(${name} PRIVATE tarvo_test_machine)
-  endif()
-  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300)
+# tarvo_sources(OUT [EXCEPT files...]): the sources of this folder that no target of its has yet. An exception belongs to
+# a target that is not always there.
+function(tarvo_sources out)
+  cmake_parse_arguments(arg "" "" "EXCEPT" ${ARGN})
+  file(GLOB sources CONFIGURE_DEPENDS RELATIVE "${CMAKE_CURRENT_SOURCE_DIR}" *.cpp)
+  set(taken ${arg_EXCEPT})
+  get_property(targets DIRECTORY PROPERTY BUILDSYSTEM_TARGETS)
+  foreach(target IN LISTS targets)
+    get_target_property(of_target ${target} SOURCES)
+    list(APPEND taken ${of_target})
+  endforeach()
+  list(REMOVE_ITEM sources ${taken})
+  set(${out} ${sources} PARENT_SCOPE)
 endfunction()
