@@ -11,6 +11,7 @@
 #include <system_error>
 #include <vector>
 
+#include "argument_values.h"
 #include "command_error.h"
 #include "commands.h"
 #include "limit_options.h"
@@ -126,10 +127,6 @@ private:
         if (in_hand.empty() && !options_.output.empty()) throw wrong_usage("-o: none of the calls makes a picture");
     }
 
-    static bool is_picture_class(const std::string& name) {
-        return host::same_name(name, kPicture) || host::same_name(name, kClientPicture);
-    }
-
     Value read() {
         const Value picture = read_picture(*session_, options_.input, options_.keep_depth);
         say(options_.input + ": " + describe(picture));
@@ -202,7 +199,7 @@ private:
 
     // Returns a text such as "640 x 480, 32 bits, mask".
     std::string describe(const Value& value) {
-        const Size size = size_of(*session_, value);
+        const Size size = size_of(session_->caller(), value);
         const Picture* picture = as_picture(value);
         const int depth = picture ? picture->depth() : std::get<std::int32_t>(session_->caller().get(value, "depth"));
         return (picture ? "" : "client picture ") + std::to_string(size.width) + " x " + std::to_string(size.height) +

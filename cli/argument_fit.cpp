@@ -23,6 +23,10 @@ struct FitToType {
 
     std::optional<Fit> operator()(const Literal& literal) const { return std::visit(LiteralFit{*this}, literal); }
     std::optional<Fit> operator()(const FileName&) const { return file(); }
+    std::optional<Fit> operator()(const Given& given) const {
+        if (const auto fitted = host::fit(given.value, type)) return fitted->fit;
+        return host::is_nil(given.value) ? std::nullopt : caller.fit_of_class(host::type_name(given.value), type);
+    }
     std::optional<Fit> operator()(const FormulaOrFile& both) const {
         const std::optional<Fit> number = (*this)(both.formula);
         return number ? number : file();
@@ -89,6 +93,7 @@ std::string wanted_for(const Type& type) {
 
 std::string found_in(const ArgumentExpression& argument, std::string_view text) {
     if (const auto* file = std::get_if<FileName>(&argument.value)) return "the file name " + host::quoted(file->path);
+    if (const auto* given = std::get_if<Given>(&argument.value)) return host::type_name(given->value);
     const auto* literal = std::get_if<Literal>(&argument.value);
     if (const auto* written = literal ? std::get_if<std::string>(literal) : nullptr)
         return "the text " + host::quoted(*written);

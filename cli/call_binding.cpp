@@ -232,6 +232,7 @@ std::vector<const Callable*> meant(std::vector<const Callable*> methods) {
 struct NeedsPicture {
     bool operator()(const Literal&) const { return false; }
     bool operator()(const FileName&) const { return false; }
+    bool operator()(const Given&) const { return false; }
     bool operator()(const Formula& formula) const { return needs_picture(formula); }
     bool operator()(const FormulaOrFile& both) const { return needs_picture(both.formula); }
     bool operator()(const Form& form) const {
@@ -296,7 +297,11 @@ std::vector<const Callable*> methods_named(const Caller& caller, std::string_vie
 }
 
 Binding bind_call(const Caller& caller, const CallExpression& call, std::string_view text, std::string_view in_hand) {
-    const std::vector<const Callable*> methods = meant(methods_named(caller, call.name));
+    return bind_to(caller, meant(methods_named(caller, call.name)), call, text, in_hand);
+}
+
+Binding bind_to(const Caller& caller, const std::vector<const Callable*>& methods, const CallExpression& call,
+                std::string_view text, std::string_view in_hand) {
     if (methods.empty()) throw PlacedError(call.name_begin, "there is no operation " + host::quoted(call.name));
     const bool plain = is_plain(methods.front());
     if (!plain && in_hand.empty())

@@ -46,5 +46,8 @@ std::vector<const host::Callable*> methods_named(const host::Caller& caller, std
 // for their errors. Throws PlacedError, also when several methods take the call equally well.
 Binding bind_call(const host::Caller& caller, const CallExpression& call, std::string_view text,
                   std::string_view in_hand);
+// The same for one of these methods, whatever the call's name.
+Binding bind_to(const host::Caller& caller, const std::vector<const host::Callable*>& methods,
+                const CallExpression& call, std::string_view text, std::string_view in_hand);
 
 }  // namespace tarvo::cli

@@ -49,8 +49,14 @@ struct Form {
     friend bool operator==(const Form&, const Form&) = default;
 };
 
+// A value that a program has already. No text spells it.
+struct Given {
+    host::Value value;
+    friend bool operator==(const Given&, const Given&) = default;
+};
+
 // A single number is a literal and never a formula.
-using Expression = std::variant<host::Literal, FileName, Formula, FormulaOrFile, Form>;
+using Expression = std::variant<host::Literal, FileName, Formula, FormulaOrFile, Form, Given>;
 
 // Positions count the bytes of the call's text from 0.
 struct ArgumentExpression {

@@ -4,8 +4,8 @@
 #include <optional>
 #include <variant>
 
+#include "argument_values.h"
 #include "names.h"
-#include "operation.h"
 #include "search.h"
 #include "value_text.h"
 #include "wording.h"
@@ -13,6 +13,7 @@
 namespace tarvo::cli {
 
 using host::Callable;
+using host::Caller;
 using host::Parameter;
 using host::Value;
 
@@ -26,8 +27,8 @@ std::optional<double> as_number(const Value& value) {
 
 class Reason {
 public:
-    Reason(PluginSession& session, const Callable& method, std::span<const Value> values, std::int32_t code)
-        : session_(session),
+    Reason(Caller& caller, const Callable& method, std::span<const Value> values, std::int32_t code)
+        : caller_(caller),
           method_(method),
           values_(values),
           code_(code),
@@ -118,18 +119,18 @@ private:
 
     std::string size_text(const Value& value) const {
         const std::string type = host::type_name(value);
-        if (host::same_name(type, "picture") || host::same_name(type, "TRV_ClientPicture")) {
-            const Size size = size_of(session_, value);
+        if (is_picture_class(type)) {
+            const Size size = size_of(caller_, value);
             return std::to_string(size.width) + " x " + std::to_string(size.height);
         }
         if (!host::same_name(type, "TRV_Rectangle")) return {};
         std::string sides;
         for (const char* side : {"left", "top", "width", "height"})
-            sides += (sides.empty() ? "rect(" : ", ") + value_text(session_.caller().get(value, side));
+            sides += (sides.empty() ? "rect(" : ", ") + value_text(caller_.get(value, side));
         return sides + ")";
     }
 
-    PluginSession& session_;
+    Caller& caller_;
     const Callable& method_;
     std::span<const Value> values_;
     const std::int32_t code_;
@@ -138,9 +139,8 @@ private:
 
 }  // namespace
 
-std::string failure_reason(PluginSession& session, const Callable& method, std::span<const Value> values,
-                           std::int32_t code) {
-    return Reason(session, method, values, code).text();
+std::string failure_reason(Caller& caller, const Callable& method, std::span<const Value> values, std::int32_t code) {
+    return Reason(caller, method, values, code).text();
 }
 
 }  // namespace tarvo::cli

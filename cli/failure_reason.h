@@ -5,14 +5,14 @@
 #include <string>
 
 #include "call_binding.h"
-#include "plugin_session.h"
+#include "caller.h"
 
 namespace tarvo::cli {
 
 // Returns why a call failed, as far as that is known: which argument has a value beyond its range, or else the sizes of
 // the pictures and rectangles that did not go together, with what the code means for this operation. `values` are those
 // of the method's parameters. The text is empty when there is nothing to tell.
-std::string failure_reason(PluginSession& session, const host::Callable& method, std::span<const host::Value> values,
+std::string failure_reason(host::Caller& caller, const host::Callable& method, std::span<const host::Value> values,
                            std::int32_t code);
 
 }  // namespace tarvo::cli

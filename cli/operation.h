@@ -32,9 +32,6 @@ Operation parse_operation(const std::string& text, std::size_t number);
 Binding bind_operation(PluginSession& session, const Operation& operation, std::string_view in_hand,
                        ExitStatus if_wrong);
 
-// Returns the size of a picture or a client picture, and 0 x 0 for nil.
-Size size_of(PluginSession& session, const host::Value& picture);
-
 struct Outcome {
     struct Output {
         std::string name;
