@@ -3,6 +3,9 @@
 #include <cmath>
 #include <cstdint>
 #include <nlohmann/json.hpp>
+#include <string>
+
+#include "wording.h"
 
 namespace tarvo::reference {
 namespace {
@@ -32,6 +35,7 @@ Json bound(const Bound& bound) {
 Json argument(const Operation& operation, const Argument& argument) {
     const describe::Argument& about = *argument.about;
     const Error* const error = operation.range_error(argument);
+    const std::string range = range_text(about);
     return {{"name", about.name},
             {"type", argument.type},
             {"unit", text_or_null(about.unit)},
@@ -39,6 +43,7 @@ Json argument(const Operation& operation, const Argument& argument) {
             {"exclusiveMinimum", about.minimum.exclusive()},
             {"maximum", bound(about.maximum)},
             {"exclusiveMaximum", about.maximum.exclusive()},
+            {"range", text_or_null(range)},
             {"code", error ? Json(error->about->code) : Json(nullptr)},
             {"default", text_or_null(about.left_out)},
             {"required", argument.required()},

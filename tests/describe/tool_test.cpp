@@ -56,6 +56,7 @@ TEST_F(DescribingTool, JsonHoldsRangesFormsAndCodes) {
     const Json& hue = named(named(operations, "TRV_AdjustHSV").at("arguments"), "hue_degrees");
     EXPECT_EQ(hue.at("minimum"), -360);
     EXPECT_EQ(hue.at("exclusiveMinimum"), true);
+    EXPECT_EQ(hue.at("range"), "above -360, below 360");
     EXPECT_EQ(hue.at("code"), 43);
     EXPECT_EQ(hue.at("type"), "double");
     const Json& state = named(named(operations, "TRV_CrawlingAnts").at("arguments"), "ant_state");

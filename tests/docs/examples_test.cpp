@@ -37,7 +37,7 @@ std::string answers_in(const std::string& output) {
 }
 
 std::vector<Page> pages_with_commands() {
-    std::vector<Page> pages = docs::pages_in("docs/ops");
+    std::vector<Page> pages = docs::operation_pages();
     pages.emplace_back("docs/tool.md");
     return pages;
 }

@@ -46,7 +46,7 @@ TEST(Links, LeadToWhatIsThere) {
 TEST(Pictures, AreMadeByTheExamplesOfThePagesThatShowThem) {
     constexpr std::uintmax_t kLargest = 100'000;  // bytes: a page shows several
     std::map<fs::path, std::string> makers;
-    for (const Page& page : pages_in("docs/ops")) {
+    for (const Page& page : operation_pages()) {
         for (const Example& example : page.examples()) {
             const fs::path picture = example.output();
             if (picture.extension() != ".png" || example.needs_a_screen()) continue;
@@ -82,7 +82,7 @@ TEST(Pictures, OnTheFrontPageAreMadeByTheCallsAboveThem) {
         if (line.starts_with("| a photograph |")) calls = code_in(line);
     ASSERT_EQ(shown.size(), calls.size() + 1);
     std::set<std::string> commands;
-    for (const Page& page : pages_in("docs/ops"))
+    for (const Page& page : operation_pages())
         for (const Example& example : page.examples()) commands.insert(example.command);
     for (std::size_t i = 0; i < calls.size(); ++i) {
         const std::string command =

@@ -95,6 +95,12 @@ std::vector<Page> pages_in(const fs::path& folder) {
     return {names.begin(), names.end()};
 }
 
+std::vector<Page> operation_pages() {
+    std::vector<Page> pages = pages_in("docs/ops");
+    std::erase_if(pages, [](const Page& page) { return page.name() == "docs/ops/README.md"; });
+    return pages;
+}
+
 std::vector<std::string> code_in(std::string_view line) {
     std::vector<std::string> found;
     for (std::size_t at = line.find('`'); at != line.npos; at = line.find('`', at + 1)) {

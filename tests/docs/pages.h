@@ -50,6 +50,9 @@ private:
 // All pages in a folder, by name.
 std::vector<Page> pages_in(const std::filesystem::path& folder);
 
+// Those of docs/ops, without their index.
+std::vector<Page> operation_pages();
+
 // What stands between backticks.
 std::vector<std::string> code_in(std::string_view line);
 

@@ -60,7 +60,7 @@ TEST(Pages, DeclareEveryOperationOnceAndNoOther) {
         }
     };
     read(Page(kErrors), "# Errors");
-    for (const Page& page : pages_in("docs/ops")) read(page, "## Declarations");
+    for (const Page& page : operation_pages()) read(page, "## Declarations");
 
     test::Session session;
     Names registered;
@@ -77,7 +77,7 @@ TEST(Pages, DeclareEveryOperationOnceAndNoOther) {
 }
 
 TEST(Pages, HaveTheNamesOfWhatTheyDeclareInTheTitle) {
-    for (const Page& page : pages_in("docs/ops")) {
+    for (const Page& page : operation_pages()) {
         Names names;
         for (const std::string& declaration : page.code_under("## Declarations")) names.insert(name_in(declaration));
         EXPECT_EQ(titled(page), names) << page.name();
@@ -112,15 +112,32 @@ TEST(Pages, ShowEveryClassWithItsMembersAndNoOther) {
 
 TEST(Pages, OfOperationsAreDividedAlike) {
     const std::vector<std::string> sections = {
-        "## Declarations", "## What it does", "## Arguments",    "## Depths, masks and edges",
-        "## Errors",       "## Example",      "## Good to know",
+        "## Arguments", "## Errors", "## Good to know", "## Exactly", "## Declarations", "## Depths, masks and edges",
     };
-    for (const Page& page : pages_in("docs/ops")) {
+    for (const Page& page : operation_pages()) {
         std::vector<std::string> headings;
         for (const std::string& heading : page.headings())
-            if (heading.starts_with("## "))
-                headings.push_back(heading == "## What they do" ? "## What it does" : heading);
+            if (heading.starts_with("## ")) headings.push_back(heading);
         EXPECT_EQ(headings, sections) << page.name();
+    }
+}
+
+// What stands above the sections: one sentence, pictures, and then a command to copy.
+TEST(Pages, OfOperationsBeginWithPurposePicturesAndCommand) {
+    for (const Page& page : operation_pages()) {
+        std::string beginning;
+        for (const std::string& line : page.under(page.lines().front())) {
+            const char* const kind = line.empty()                     ? ""
+                                     : line.starts_with("![")         ? "picture "
+                                     : line.starts_with("    tarvo ") ? "command "
+                                                                      : "text ";
+            if (line.starts_with("```") || beginning.ends_with("command ")) break;
+            if (!beginning.ends_with(kind)) beginning += kind;
+        }
+        EXPECT_TRUE(beginning == "text picture command " || beginning == "text command ") << page.name() << beginning;
+        const std::string& purpose = page.lines().at(2);
+        EXPECT_TRUE(purpose.ends_with('.') && purpose.find(". ") == purpose.npos && page.lines().at(3).empty())
+            << page.name() << " does not begin with one sentence: " << purpose;
     }
 }
 

@@ -112,7 +112,7 @@ TEST(Operations, HaveABenchmark) {
 
 TEST(Operations, ThatMakePicturesShowOneOnTheirPage) {
     const Session session;
-    for (const docs::Page& page : docs::pages_in("docs/ops")) {
+    for (const docs::Page& page : docs::operation_pages()) {
         const auto makes_a_picture = [&](const std::string& declaration) {
             const auto result = host::parse_declaration(declaration).result;
             return result && result->name == "picture";
