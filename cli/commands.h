@@ -9,8 +9,10 @@ namespace tarvo::cli {
 
 void add_apply_command(CLI::App& tool);
 void add_capture_command(CLI::App& tool);  // in builds that can see a screen
+void add_complete_command(CLI::App& tool);  // for shells
 void add_convert_command(CLI::App& tool);
 void add_help_command(CLI::App& tool);
 void add_list_command(CLI::App& tool);
+void add_manual_command(CLI::App& tool);  // for the build
 
 }  // namespace tarvo::cli

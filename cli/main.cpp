@@ -50,9 +50,11 @@ ExitStatus run(int argc, char** argv) {
 #ifdef TARVO_SCREEN
     tarvo::cli::add_capture_command(tool);
 #endif
+    tarvo::cli::add_complete_command(tool);
     tarvo::cli::add_convert_command(tool);
     tarvo::cli::add_help_command(tool);
     tarvo::cli::add_list_command(tool);
+    tarvo::cli::add_manual_command(tool);
     try {
         tarvo::cli::check_command(tool, argc, argv);
         tool.parse(argc, argv);
