@@ -18,7 +18,6 @@
 #include "messages.h"
 #include "names.h"
 #include "operation.h"
-#include "output_check.h"
 #include "picture_io.h"
 #include "plugin_session.h"
 #include "scanner.h"
@@ -53,7 +52,6 @@ struct ApplyOptions {
     PluginOptions plugin;
     std::string input, output;
     std::vector<std::string> calls;
-    bool keep_depth = false;
     bool client = false;
     bool quiet = false;
 };
@@ -128,8 +126,10 @@ private:
     }
 
     Value read() {
-        const Value picture = read_picture(*session_, options_.input, options_.keep_depth);
-        say(options_.input + ": " + describe(picture));
+        const PictureFile file = read_picture(*session_, options_.input);
+        like_ = file.like;
+        const Value picture = file.picture;
+        say(options_.input + ": " + size_text(picture) + ", " + file.pixels);
         return options_.client ? converted(picture, kClientPicture) : picture;
     }
 
@@ -140,7 +140,7 @@ private:
         const std::string& name = binding.method->declaration.name;
         const std::string label = operation.label(name);
         session_->host().clear_refusal();
-        const Outcome outcome = run_operation(*session_, operation, binding, picture, options_.keep_depth);
+        const Outcome outcome = run_operation(*session_, operation, binding, picture);
         if (!options_.quiet)
             for (const std::string& line : outcome.notes) note(label + ": " + line);
         check(label, outcome);
@@ -178,10 +178,9 @@ private:
 
     void write(const Value& in_hand) {
         const Value value = as_picture(in_hand) ? in_hand : converted(in_hand, kPicture);
-        const std::vector<std::string> lost =
-            write_picture(*session_, std::get<host::ObjectRef>(value), options_.output);
-        if (!options_.quiet) notes(lost);
-        say(options_.output + ": " + describe(value));
+        const WrittenFile file = write_picture(*session_, std::get<host::ObjectRef>(value), options_.output, like_);
+        if (!options_.quiet) notes(file.lost);
+        say(options_.output + ": " + size_text(value) + ", " + file.pixels);
     }
 
     Value converted(const Value& value, const char* type) {
@@ -199,12 +198,15 @@ private:
 
     // Returns a text such as "640 x 480, 32 bits, mask".
     std::string describe(const Value& value) {
-        const Size size = size_of(session_->caller(), value);
         const Picture* picture = as_picture(value);
         const int depth = picture ? picture->depth() : std::get<std::int32_t>(session_->caller().get(value, "depth"));
-        return (picture ? "" : "client picture ") + std::to_string(size.width) + " x " + std::to_string(size.height) +
-               ", " + std::to_string(depth) + (depth == 1 ? " bit" : " bits") +
+        return (picture ? "" : "client picture ") + size_text(value) + ", " + depth_text(depth) +
                (picture && picture->mask() ? ", mask" : "");
+    }
+
+    std::string size_text(const Value& value) {
+        const Size size = size_of(session_->caller(), value);
+        return std::to_string(size.width) + " x " + std::to_string(size.height);
     }
 
     void say(const std::string& line) const {
@@ -215,6 +217,7 @@ private:
     PluginSession* session_ = nullptr;  // null unless the command runs
     bool has_input_ = false;
     bool made_picture_ = false;
+    std::optional<host::FilePixels> like_;  // what the file's pixels were
 };
 
 }  // namespace
@@ -228,8 +231,6 @@ void add_apply_command(CLI::App& tool) {
     command->add_option("CALL", options->calls, "the calls, in order");
     command->add_option("-o,--output", options->output, "the file for the result; without it nothing is written")
         ->type_name("OUT");
-    command->add_flag("--keep-depth", options->keep_depth,
-                      "read black-and-white, grey and palette files as pictures of 1 and 8 bits");
     command->add_flag("--client", options->client, "work on a TRV_ClientPicture");
     command->add_flag("-q,--quiet", options->quiet, "print only what calls answer");
     add_limit_options(*command, options->plugin.limits);

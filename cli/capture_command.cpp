@@ -10,7 +10,6 @@
 #include "limit_options.h"
 #include "main_screen.h"
 #include "messages.h"
-#include "output_check.h"
 #include "picture_io.h"
 #include "plugin_session.h"
 
@@ -40,7 +39,7 @@ void capture(const CaptureOptions& options) {
     const auto* picture = std::get_if<host::ObjectRef>(&captured);
     if (const auto& refusal = session.host().refusal(); !picture && refusal) throw host::Refusal(*refusal);
     if (!picture) throw CommandError(ExitStatus::operation_failed, "the display does not give its pixels");
-    notes(write_picture(session, *picture, options.output));
+    notes(write_picture(session, *picture, options.output).lost);
 }
 
 }  // namespace

@@ -8,7 +8,6 @@
 #include "commands.h"
 #include "limit_options.h"
 #include "messages.h"
-#include "output_check.h"
 #include "picture_io.h"
 #include "plugin_session.h"
 
@@ -28,8 +27,8 @@ struct ConvertOptions {
 void convert(const ConvertOptions& options) {
     check_output(options.output);
     PluginSession session(options.plugin);
-    const host::ObjectRef picture = read_picture(session, options.input, options.keep_depth);
-    notes(write_picture(session, picture, options.output));
+    const PictureFile input = read_picture(session, options.input, options.keep_depth);
+    notes(write_picture(session, input.picture, options.output, input.like).lost);
 }
 
 }  // namespace

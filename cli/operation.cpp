@@ -53,13 +53,13 @@ Binding bind_operation(PluginSession& session, const Operation& operation, std::
     }
 }
 
-Outcome run_operation(PluginSession& session, const Operation& operation, const Binding& binding, const Value& in_hand,
-                      bool keep_depth) {
+Outcome run_operation(PluginSession& session, const Operation& operation, const Binding& binding,
+                      const Value& in_hand) {
     const std::string& name = binding.method->declaration.name;
     try {
         auto [values, notes] =
             make_values(session.caller(), operation.call, binding, in_hand,
-                        [&](const std::string& path) { return read_picture(session, path, keep_depth); });
+                        [&](const std::string& path) { return read_picture(session, path).picture; });
         Outcome outcome;
         outcome.notes = std::move(notes);
         outcome.declares_result = binding.method->declaration.result.has_value();

@@ -49,6 +49,6 @@ struct Outcome {
 // Makes the call on `in_hand`, which is nil if there is no picture. Files among the arguments are read. Throws
 // CommandError, and FileError for such a file.
 Outcome run_operation(PluginSession& session, const Operation& operation, const Binding& binding,
-                      const host::Value& in_hand, bool keep_depth);
+                      const host::Value& in_hand);
 
 }  // namespace tarvo::cli

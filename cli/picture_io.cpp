@@ -12,6 +12,7 @@
 #include "interrupts.h"
 #include "messages.h"
 #include "picture_file.h"
+#include "value_text.h"
 
 namespace tarvo::cli {
 namespace {
@@ -41,10 +42,18 @@ std::span<const std::uint8_t> bytes_of(std::string_view text) {
 // A string begins with the sizes of its picture, which say how long it is.
 constexpr std::size_t kHeaderBytes = 11;
 
-std::uint64_t number_at(const host::Bytes& header, std::size_t place) {
+std::uint64_t number_at(std::span<const std::uint8_t> header, std::size_t place, std::size_t bytes) {
     std::uint64_t number = 0;
-    for (std::size_t i = place; i < place + 4; ++i) number = number << 8 | header[i];
+    for (const std::uint8_t byte : header.subspan(place, bytes)) number = number << 8 | byte;
     return number;
+}
+
+bool has_mask(std::span<const std::uint8_t> header) { return header[10] != 0; }
+
+// Returns what a string's pixels are, in words.
+std::string pixels_in(std::span<const std::uint8_t> header) {
+    if (header.size() < kHeaderBytes) return "string";
+    return "string, " + depth_text(static_cast<int>(number_at(header, 8, 2))) + (has_mask(header) ? ", mask" : "");
 }
 
 host::FileError no_string() { return host::FileError("this is no string that a picture can be made of"); }
@@ -52,7 +61,8 @@ host::FileError no_string() { return host::FileError("this is no string that a p
 // Reads no more of a file than a picture of its sizes has: the length that the string must have, its header read.
 std::size_t length_of_string(host::ByteSource& file, host::Bytes& header, const host::Limits& limits) {
     if (!file.read(header)) throw no_string();
-    const std::uint64_t width = number_at(header, 0), height = number_at(header, 4), planes = header[10] != 0 ? 4 : 3;
+    const std::uint64_t width = number_at(header, 0, 4), height = number_at(header, 4, 4),
+                        planes = has_mask(header) ? 4 : 3;
     constexpr std::uint64_t kMostPixels = host::Host::kLongestString;
     if (width * height > kMostPixels || width > kMostPixels || height > kMostPixels) throw no_string();
     const std::uint64_t behind_header = width * height * planes;
@@ -61,9 +71,8 @@ std::size_t length_of_string(host::ByteSource& file, host::Bytes& header, const 
     return kHeaderBytes + behind_header;
 }
 
-host::ObjectRef string_in(PluginSession& session, const std::string& path) {
+host::ObjectRef string_in(PluginSession& session, const std::string& path, host::Bytes& header) {
     host::FileSource file(path, note_of_waiting(path));
-    host::Bytes header(kHeaderBytes);
     const std::size_t length = length_of_string(file, header, session.limits());
     return session.host().new_string(length, [&](std::span<std::uint8_t> room) {
         std::ranges::copy(header, room.begin());
@@ -71,10 +80,11 @@ host::ObjectRef string_in(PluginSession& session, const std::string& path) {
     });
 }
 
-host::ObjectRef read_string(PluginSession& session, const std::string& path) {
+PictureFile read_string(PluginSession& session, const std::string& path) {
     session.host().clear_refusal();
-    const host::ObjectRef picture = ask(session, string_in(session, path), "TRV_ConvertToPicture");
-    if (picture) return picture;
+    host::Bytes header(kHeaderBytes);
+    const host::ObjectRef picture = ask(session, string_in(session, path, header), "TRV_ConvertToPicture");
+    if (picture) return {picture, pixels_in(header), {}};
     if (const auto& refusal = session.host().refusal()) throw host::Refusal(*refusal);
     throw no_string();
 }
@@ -88,46 +98,56 @@ bool can_be_read_again(PluginSession& session, const host::Picture& picture) {
     return string && ask(session, string, "TRV_ConvertToPicture");
 }
 
-std::vector<std::string> write_string(PluginSession& session, const host::ObjectRef& picture, const std::string& path) {
+WrittenFile write_string(PluginSession& session, const host::ObjectRef& picture, const std::string& path) {
     session.host().clear_refusal();
     const host::ObjectRef string = ask(session, picture, "TRV_ConvertToString");
     if (const auto& refusal = session.host().refusal(); !string && refusal) throw host::Refusal(*refusal);
     if (!string) throw CommandError(ExitStatus::operation_failed, "TRV_ConvertToString gave no string");
     host::FileWriter file(path, &part_file_watch());
-    file.write(bytes_of(dynamic_cast<const host::StringObject&>(*string.get()).bytes()));
-    std::vector<std::string> lines = file.commit();
+    const auto bytes = bytes_of(dynamic_cast<const host::StringObject&>(*string.get()).bytes());
+    file.write(bytes);
+    WrittenFile written{pixels_in(bytes), file.commit()};
     if (!can_be_read_again(session, dynamic_cast<const host::Picture&>(*picture.get())))
-        lines.emplace_back("holds a string that TRV_ConvertToPicture makes no picture of");
-    return lines;
+        written.lost.emplace_back("holds a string that TRV_ConvertToPicture makes no picture of");
+    return written;
 }
 
 // --- files of pictures -----------------------------------------------------------------------------------------------
 
-std::vector<std::string> write_file(const host::ObjectRef& picture, const std::string& path) {
-    auto report = host::write_picture_file(dynamic_cast<const host::Picture&>(*picture.get()), path,
-                                           {.watch = &part_file_watch()});
+WrittenFile write_file(const host::ObjectRef& picture, const std::string& path,
+                       const std::optional<host::FilePixels>& like) {
+    host::WriteReport report = host::write_picture_file(dynamic_cast<const host::Picture&>(*picture.get()), path,
+                                                        {.watch = &part_file_watch(), .like = like});
     if (report.mask_left_out) report.not_kept.emplace_back("has no transparency: the mask is left out");
-    return std::move(report.not_kept);
+    return {host::in_words(report.pixels), std::move(report.not_kept)};
 }
 
 }  // namespace
 
-host::ObjectRef read_picture(PluginSession& session, const std::string& path, bool keep_depth) {
+PictureFile read_picture(PluginSession& session, const std::string& path, bool keep_depth) {
     if (holds_string(path)) return host::about_file(path, [&] { return read_string(session, path); });
-    return host::read_picture_file(
-        session.host(), path,
-        {.keep_depth = keep_depth, .max_pixels = session.limits().max_pixels, .on_wait = note_of_waiting(path)});
+    const host::ReadOptions options = {
+        .keep_depth = keep_depth, .max_pixels = session.limits().max_pixels, .on_wait = note_of_waiting(path)};
+    host::FilePixels pixels;
+    const host::ObjectRef picture = host::read_picture_file(session.host(), path, options, &pixels);
+    return {picture, host::in_words(pixels), pixels};
 }
 
-std::vector<std::string> write_picture(PluginSession& session, const host::ObjectRef& picture,
-                                       const std::string& path) {
-    std::vector<std::string> lines = holds_string(path)
-                                         ? host::about_file(path, [&] { return write_string(session, picture, path); })
-                                         : write_file(picture, path);
-    for (std::string& line : lines) line.insert(0, path + " ");
-    return lines;
+WrittenFile write_picture(PluginSession& session, const host::ObjectRef& picture, const std::string& path,
+                          const std::optional<host::FilePixels>& like) {
+    WrittenFile written = holds_string(path)
+                              ? host::about_file(path, [&] { return write_string(session, picture, path); })
+                              : write_file(picture, path, like);
+    for (std::string& line : written.lost) line.insert(0, path + " ");
+    return written;
 }
 
-void check_output_name(const std::string& path) { host::check_writable_name(path, kStringEnding); }
+void check_output(const std::string& path) {
+    try {
+        host::check_output(path, kStringEnding);
+    } catch (const host::FileError& error) {
+        throw CommandError(ExitStatus::wrong_usage, error.what());
+    }
+}
 
 }  // namespace tarvo::cli

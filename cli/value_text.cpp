@@ -57,4 +57,6 @@ struct ValueText {
 
 std::string value_text(const host::Value& value) { return std::visit(ValueText{}, value); }
 
+std::string depth_text(int depth) { return std::to_string(depth) + (depth == 1 ? " bit" : " bits"); }
+
 }  // namespace tarvo::cli

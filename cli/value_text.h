@@ -10,4 +10,7 @@ namespace tarvo::cli {
 // 12 bytes".
 std::string value_text(const host::Value& value);
 
+// Returns "32 bits" or "1 bit".
+std::string depth_text(int depth);
+
 }  // namespace tarvo::cli

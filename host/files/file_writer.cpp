@@ -4,6 +4,7 @@
 #include <limits.h>
 #include <sys/random.h>
 
+#include <algorithm>
 #include <cinttypes>
 #include <cstdio>
 #include <cstdlib>
@@ -46,18 +47,27 @@ bool same_file(const struct stat& a, const struct stat& b) { return a.st_dev == 
 
 }  // namespace
 
-FileWriter::FileWriter(const std::string& path, PartFileWatch* watch) : watch_(watch), target_(end_of_links(path)) {
-    look_at_old_file();
+FileWriter::FileWriter(const std::string& path, PartFileWatch* watch)
+    : watch_(watch), target_(end_of_links(path)), old_(old_file(target_)) {
     make_part();
 }
 
 FileWriter::~FileWriter() { remove_part(); }
 
+void FileWriter::check(const std::string& path) {
+    const Place target = end_of_links(path);
+    old_file(target);
+    if (::faccessat(target.folder.get(), ".", W_OK | X_OK, AT_EACCESS) != 0)
+        throw system_error("its folder cannot be written in");
+}
+
 FileWriter::Place FileWriter::split(int base, const std::string& path) {
     const std::size_t name = path.rfind('/') + 1;  // 0 without a slash
-    const std::string folder = name == 0 ? "." : path.substr(0, name);
+    const std::string folder = name == 0 ? "." : path.substr(0, std::max<std::size_t>(name - 1, 1));
     Place place{Descriptor(retried([&] { return ::openat(base, folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC); })),
                 path.substr(name)};
+    if (!place.folder && (errno == ENOENT || errno == ENOTDIR))
+        throw FileError("there is no folder \"" + folder + "\"");
     if (!place.folder) throw system_error("cannot be made");
     if (place.name.empty() || place.name == "." || place.name == "..") throw not_regular();
     return place;
@@ -77,14 +87,14 @@ FileWriter::Place FileWriter::end_of_links(const std::string& path) {
     throw system_error("cannot be made");
 }
 
-void FileWriter::look_at_old_file() {
+std::optional<struct stat> FileWriter::old_file(const Place& target) {
     struct stat old {};
-    if (::fstatat(target_.folder.get(), target_.name.c_str(), &old, AT_SYMLINK_NOFOLLOW) != 0) {
+    if (::fstatat(target.folder.get(), target.name.c_str(), &old, AT_SYMLINK_NOFOLLOW) != 0) {
         if (errno != ENOENT) throw system_error("cannot be made");
-        return;
+        return std::nullopt;
     }
     if (!S_ISREG(old.st_mode)) throw not_regular();
-    old_ = old;
+    return old;
 }
 
 void FileWriter::make_part() {

@@ -32,6 +32,9 @@ public:
     explicit FileWriter(const std::string& path, PartFileWatch* watch = nullptr);
     ~FileWriter() override;
 
+    // Throws FileError where no file can be made at that path, as far as that shows before anything is made.
+    static void check(const std::string& path);
+
     // Gives the file its permissions and its name. To be called after the last byte. Returns what is not kept of an
     // old file, in words that go behind the file's name; its permissions are kept.
     std::vector<std::string> commit();
@@ -45,15 +48,15 @@ private:
 
     static Place split(int base, const std::string& path);
     static Place end_of_links(const std::string& path);
-    void look_at_old_file();
+    static std::optional<struct stat> old_file(const Place& target);
     void make_part();
     void remove_part() noexcept;
     void take(std::span<const std::uint8_t> block) override;
     std::vector<std::string> not_kept(const struct stat& made) const;
 
     PartFileWatch* const watch_;
-    Place target_;
-    std::optional<struct stat> old_;
+    const Place target_;
+    const std::optional<struct stat> old_;
     std::string part_name_;
     Descriptor part_;
     bool part_exists_ = false;

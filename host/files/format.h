@@ -23,9 +23,9 @@ struct Format {
     bool keeps_alpha;
     bool (*recognises)(std::span<const std::uint8_t> file);
     // Null in a build without the library for it. Both throw FileError, without a file's name, std::bad_alloc, and what
-    // they are given throws.
+    // they are given throws. `encode` returns what it has written, but for alpha.
     void (*decode)(ByteSource& file, std::uint64_t max_pixels, PixelTarget& target);
-    void (*encode)(const PixelSource& image, const EncodeOptions& options, ByteSink& file);
+    FilePixels (*encode)(const PixelSource& image, const EncodeOptions& options, ByteSink& file);
 };
 
 // By the first bytes. Throws FileError.

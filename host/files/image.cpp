@@ -11,11 +11,28 @@ std::span<const Rgba> reachable(const ImageForm& form) {
     return std::span(form.palette).first(static_cast<std::size_t>(form.palette_size()));
 }
 
-bool is_opaque_grey(const Rgba& color) {
-    return color.red == color.green && color.green == color.blue && color.alpha == 255;
+bool is_grey_color(const Rgba& color) { return color.red == color.green && color.green == color.blue; }
+
+const char* name_of(FilePixels::Colors colors) {
+    switch (colors) {
+        case FilePixels::Colors::black_and_white: return "black and white";
+        case FilePixels::Colors::grey: return "grey";
+        case FilePixels::Colors::palette: return "palette";
+        case FilePixels::Colors::rgb: return "RGB";
+        case FilePixels::Colors::inks: return "CMYK";
+    }
+    return "";
 }
 
 }  // namespace
+
+std::string in_words(const FilePixels& pixels) {
+    std::string text = name_of(pixels.colors);
+    if (pixels.colors != FilePixels::Colors::black_and_white)
+        text += ", " + std::to_string(pixels.bits) + (pixels.bits == 1 ? " bit" : " bits") +
+                (pixels.colors == FilePixels::Colors::palette ? " a pixel" : " a channel");
+    return text + (pixels.alpha ? ", mask" : "");
+}
 
 Palette grey_palette(int index_bits) {
     Palette palette = {};
@@ -32,6 +49,9 @@ void read_colors(const ImageForm& form, const std::uint8_t* row, Rgba* out) {
         case Layout::indexed:
             for (int x = 0; x < form.width; ++x) out[x] = form.palette[row[x]];
             break;
+        case Layout::grey_alpha:
+            for (int x = 0; x < form.width; ++x, row += 2) out[x] = {row[0], row[0], row[0], row[1]};
+            break;
         case Layout::rgb:
             for (int x = 0; x < form.width; ++x, row += 3) out[x] = {row[0], row[1], row[2]};
             break;
@@ -47,12 +67,13 @@ std::uint8_t luma(const Rgba& color) {
 }
 
 bool has_alpha(const ImageForm& form) {
-    if (form.layout != Layout::indexed) return form.layout == Layout::rgba;
+    if (form.layout != Layout::indexed) return form.layout == Layout::rgba || form.layout == Layout::grey_alpha;
     return std::ranges::any_of(reachable(form), [](const Rgba& color) { return color.alpha != 255; });
 }
 
 bool is_grey(const ImageForm& form) {
-    return form.layout == Layout::indexed && std::ranges::all_of(reachable(form), is_opaque_grey);
+    if (form.layout != Layout::indexed) return form.layout == Layout::grey_alpha;
+    return std::ranges::all_of(reachable(form), is_grey_color);
 }
 
 bool is_bilevel(const ImageForm& form) {

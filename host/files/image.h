@@ -5,6 +5,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 namespace tarvo::host {
 
@@ -18,9 +19,23 @@ struct Rgba {
 inline constexpr Rgba kBlack{};
 inline constexpr Rgba kWhite{255, 255, 255};
 
+// What the pixels of a file are. Decoders may give them in another form.
+struct FilePixels {
+    enum class Colors : std::uint8_t { black_and_white, grey, palette, rgb, inks };
+    Colors colors = Colors::rgb;
+    int bits = 8;  // a channel, or an index into the palette
+    bool alpha = false;
+
+    friend bool operator==(const FilePixels&, const FilePixels&) = default;
+};
+
+// "grey, 16 bits a channel, mask": alpha becomes a picture's mask.
+std::string in_words(const FilePixels& pixels);
+
 // Bytes a pixel, rows without padding.
 enum class Layout : std::uint8_t {
     indexed = 1,  // into the palette
+    grey_alpha = 2,
     rgb = 3,
     rgba = 4,
 };
@@ -33,6 +48,7 @@ struct ImageForm {
     Layout layout = Layout::rgb;
     int index_bits = 8;  // how deep an indexed image's file was or is to be: 1, 2, 4 or 8
     Palette palette = {};
+    FilePixels file = {};  // set by decoders, but for its alpha, which `has_alpha` tells
 
     std::size_t pixel_bytes() const { return static_cast<std::size_t>(layout); }
     std::size_t row_bytes() const { return pixel_bytes() * static_cast<std::size_t>(width); }
@@ -82,7 +98,7 @@ std::uint8_t luma(const Rgba& color);
 
 // True when the image may have pixels that are not opaque: by its layout, or by its palette.
 bool has_alpha(const ImageForm& form);
-// True when it is indexed and its palette holds nothing but opaque greys.
+// True when all colours are greys: by its layout, or by its palette.
 bool is_grey(const ImageForm& form);
 // True when it is indexed by one bit and its two colours are opaque black or white.
 bool is_bilevel(const ImageForm& form);

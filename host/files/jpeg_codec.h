@@ -9,6 +9,6 @@ namespace tarvo::host {
 // CMYK and YCCK files are converted plainly.
 void decode_jpeg(ByteSource& file, std::uint64_t max_pixels, PixelTarget& target);
 // Alpha is left out. An image of greys is written as such, others with their colours at full resolution.
-void encode_jpeg(const PixelSource& image, const EncodeOptions& options, ByteSink& file);
+FilePixels encode_jpeg(const PixelSource& image, const EncodeOptions& options, ByteSink& file);
 
 }  // namespace tarvo::host

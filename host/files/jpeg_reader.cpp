@@ -101,13 +101,16 @@ public:
         require(read_header());
         check_size(info_.image_width, info_.image_height, max_pixels);
         ImageForm form{.width = static_cast<int>(info_.image_width), .height = static_cast<int>(info_.image_height)};
+        const bool inks = info_.out_color_space == JCS_CMYK;
         if (info_.out_color_space == JCS_GRAYSCALE) {
             form.layout = Layout::indexed;
             form.palette = grey_palette(8);
+            form.file = {FilePixels::Colors::grey};
+        } else if (inks) {
+            form.file = {FilePixels::Colors::inks};
         }
         target.turn(read_exif({exif_.data(), exif_size_}).shown_orientation());
         target.begin(form, coefficient_bytes());
-        const bool inks = info_.out_color_space == JCS_CMYK;
         Bytes row(form.row_bytes()), ink(inks ? std::size_t{4} * info_.image_width : 0);
         require(read_pixels(form.width, row.data(), inks ? ink.data() : nullptr, target));
     }

@@ -139,8 +139,9 @@ private:
 
 }  // namespace
 
-void encode_jpeg(const PixelSource& image, const EncodeOptions& options, ByteSink& file) {
+FilePixels encode_jpeg(const PixelSource& image, const EncodeOptions& options, ByteSink& file) {
     JpegWriter(image, options.jpeg_quality, file).write();
+    return {is_grey(image.form()) ? FilePixels::Colors::grey : FilePixels::Colors::rgb};
 }
 
 }  // namespace tarvo::host

@@ -5,15 +5,23 @@
 #include "file_writer.h"
 #include "format.h"
 #include "picture_image.h"
+#include "picture_source.h"
 
 namespace tarvo::host {
 
 namespace {
 
-ObjectRef decode(Host& host, ByteSource& file, const ReadOptions& options) {
+ObjectRef decode(Host& host, ByteSource& file, const ReadOptions& options, FilePixels* pixels = nullptr) {
     PictureBuilder builder(host, options.keep_depth);
     format_of_bytes(file.ahead()).decode(file, options.max_pixels, builder);
+    if (pixels) *pixels = builder.file_pixels();
     return builder.finish();
+}
+
+FilePixels encode(const PictureSource& source, const Format& format, const WriteOptions& options, ByteSink& file) {
+    FilePixels pixels = format.encode(source, {.jpeg_quality = options.jpeg_quality}, file);
+    pixels.alpha = format.keeps_alpha && has_alpha(source.form());
+    return pixels;
 }
 
 }  // namespace
@@ -23,16 +31,16 @@ ObjectRef decode_picture(Host& host, std::span<const std::uint8_t> file, const R
     return decode(host, source, options);
 }
 
-ObjectRef read_picture_file(Host& host, const std::string& path, const ReadOptions& options) {
+ObjectRef read_picture_file(Host& host, const std::string& path, const ReadOptions& options, FilePixels* pixels) {
     return about_file(path, [&] {
         FileSource file(path, options.on_wait);
-        return decode(host, file, options);
+        return decode(host, file, options, pixels);
     });
 }
 
 Bytes encode_picture(const Picture& picture, const std::string& name, const WriteOptions& options) {
     MemorySink file;
-    format_of_name(name).encode(PictureSource(picture), {.jpeg_quality = options.jpeg_quality}, file);
+    encode(PictureSource(picture, options.like), format_of_name(name), options, file);
     file.flush();
     return std::move(file.bytes);
 }
@@ -40,16 +48,19 @@ Bytes encode_picture(const Picture& picture, const std::string& name, const Writ
 WriteReport write_picture_file(const Picture& picture, const std::string& path, const WriteOptions& options) {
     return about_file(path, [&] {
         const Format& format = format_of_name(path);
-        const PictureSource source(picture);
+        const PictureSource source(picture, options.like);
         FileWriter file(path, options.watch);
-        format.encode(source, {.jpeg_quality = options.jpeg_quality}, file);
-        return WriteReport{.mask_left_out = picture.mask() && !format.keeps_alpha, .not_kept = file.commit()};
+        const FilePixels pixels = encode(source, format, options, file);
+        return WriteReport{
+            .pixels = pixels, .mask_left_out = picture.mask() && !format.keeps_alpha, .not_kept = file.commit()};
     });
 }
 
-void check_writable_name(const std::string& path, std::string_view own_ending) {
-    if (has_ending(path, own_ending)) return;
-    about_file(path, [&] { format_of_name(path, own_ending); });
+void check_output(const std::string& path, std::string_view own_ending) {
+    about_file(path, [&] {
+        if (!has_ending(path, own_ending)) format_of_name(path, own_ending);
+        FileWriter::check(path);
+    });
 }
 
 }  // namespace tarvo::host

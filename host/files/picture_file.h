@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -12,6 +13,7 @@
 #include "file_error.h"
 #include "file_writer.h"
 #include "host.h"
+#include "image.h"
 
 namespace tarvo::host {
 
@@ -26,30 +28,33 @@ struct ReadOptions {
 };
 
 struct WriteOptions {
-    int jpeg_quality = 92;           // 1 to 100
-    PartFileWatch* watch = nullptr;  // told of the part file
+    int jpeg_quality = 92;                // 1 to 100
+    PartFileWatch* watch = nullptr;       // told of the part file
+    std::optional<FilePixels> like = {};  // the pixels that a file is to have, if that loses nothing: see PictureSource
 };
 
 // A graphics world. Transparency becomes its mask: 0 where the file is opaque, 255 where it is clear. The format is
-// told by the content. Throws FileError.
-ObjectRef read_picture_file(Host& host, const std::string& path, const ReadOptions& options = {});
+// told by the content; `pixels` gets what the file's are. Throws FileError.
+ObjectRef read_picture_file(Host& host, const std::string& path, const ReadOptions& options = {},
+                            FilePixels* pixels = nullptr);
 // As `read_picture_file`; the message of a FileError names no file.
 ObjectRef decode_picture(Host& host, std::span<const std::uint8_t> file, const ReadOptions& options = {});
 
 struct WriteReport {
+    FilePixels pixels;                  // the file's
     bool mask_left_out = false;         // the format has no transparency: the picture is as it looks without its mask
     std::vector<std::string> not_kept;  // of the file that was replaced, as FileWriter::commit tells it
 };
 
 // In the format that the name's ending says: .png .jpg .jpeg .pbm .pgm .ppm .pam. An existing file is replaced when the
-// new one is complete; after an error it is as it was. PNG and PAM keep the mask as alpha, and depths up to 8 bits
-// (PAM: black and white, and greys). Throws FileError.
+// new one is complete; after an error it is as it was. PNG and PAM keep the mask as alpha, PNG depths up to 8 bits,
+// JPEG and PAM greys. Throws FileError.
 WriteReport write_picture_file(const Picture& picture, const std::string& path, const WriteOptions& options = {});
 // The bytes of such a file; of `name` only the ending counts.
 Bytes encode_picture(const Picture& picture, const std::string& name, const WriteOptions& options = {});
 
-// Throws FileError when no picture can be written to a file of that name, because of its ending. `own_ending`: one that
-// the caller knows how to write.
-void check_writable_name(const std::string& path, std::string_view own_ending = {});
+// Throws FileError when no picture can be written to that path, because of its ending or of what is there, as far as
+// that shows before anything is written. `own_ending`: one that the caller knows how to write.
+void check_output(const std::string& path, std::string_view own_ending = {});
 
 }  // namespace tarvo::host

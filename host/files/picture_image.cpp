@@ -64,29 +64,11 @@ template <Layout layout>
 Rgba pixel(const std::uint8_t* pixels, const Palette& palette, int i) {
     const std::uint8_t* p = pixels + i * static_cast<int>(layout);
     if constexpr (layout == Layout::indexed) return palette[*p];
+    if constexpr (layout == Layout::grey_alpha) return {p[0], p[0], p[0], p[1]};
     return {p[0], p[1], p[2], layout == Layout::rgba ? p[3] : std::uint8_t{255}};
 }
 
-Rgba rgba(std::uint32_t color) {
-    return {static_cast<std::uint8_t>(color >> 16), static_cast<std::uint8_t>(color >> 8),
-            static_cast<std::uint8_t>(color)};
-}
-
-// Returns the grey of a mask's pixel. An index is a level, not a colour of the table.
-std::uint8_t level_at(const Picture& mask, const std::uint8_t* row, int x) {
-    return static_cast<std::uint8_t>(color_of(load_pixel(row, x, mask.depth()), mask.depth(), {}));
-}
-
-void check_readable(const Picture& picture) {
-    if (!picture.row(0)) throw FileError("a picture without pixels cannot be written");
-    constexpr int kDepths[] = {1, 2, 4, 8, 16, 24, 32};
-    if (std::ranges::find(kDepths, picture.depth()) == std::end(kDepths))
-        throw FileError("a picture of depth " + std::to_string(picture.depth()) + " cannot be written");
-}
-
 }  // namespace
-
-// --- from files ------------------------------------------------------------------------------------------------------
 
 PictureOptions PictureBuilder::options(int depth) const {
     PictureOptions made{.width = form_.width, .height = form_.height, .depth = depth};
@@ -138,6 +120,7 @@ template <class Word>
 void PictureBuilder::put_each(const PixelRun& run, Picture& seen, Word word) noexcept {
     switch (form_.layout) {
         case Layout::indexed: return put_as<Layout::indexed>(run, seen, word);
+        case Layout::grey_alpha: return put_as<Layout::grey_alpha>(run, seen, word);
         case Layout::rgb: return put_as<Layout::rgb>(run, seen, word);
         case Layout::rgba: return put_as<Layout::rgba>(run, seen, word);
     }
@@ -166,6 +149,12 @@ void PictureBuilder::put_bits(const PixelRun& run) noexcept {
     }
 }
 
+FilePixels PictureBuilder::file_pixels() const {
+    FilePixels pixels = form_.file;
+    pixels.alpha = has_alpha(form_);
+    return pixels;
+}
+
 void PictureBuilder::turn(int orientation) {
     const Turn turn = turn_of(orientation);
     if (begun_ && turn.turns()) {
@@ -188,58 +177,6 @@ ObjectRef PictureBuilder::turned(const Picture& stored, const Turn& turn) const 
             store_pixel(seen.row(at.y), at.x, stored.depth(), load_pixel(stored.row(y), x, stored.depth()));
         }
     return made;
-}
-
-// --- to files --------------------------------------------------------------------------------------------------------
-
-PictureSource::PictureSource(const Picture& picture) : picture_(picture) {
-    check_readable(picture);
-    form_.width = picture.width();
-    form_.height = picture.height();
-    if (picture.mask()) {
-        mask_ = &picture_in(picture.mask());
-        check_readable(*mask_);
-        form_.layout = Layout::rgba;
-    } else if (picture.depth() <= 8) {
-        form_.layout = Layout::indexed;
-        form_.index_bits = picture.depth();
-        for (int i = 0; i < form_.palette_size(); ++i) {
-            const auto index = static_cast<std::uint32_t>(i);
-            form_.palette[index] = rgba(color_of(index, picture.depth(), picture.colors()));
-        }
-    }
-}
-
-void PictureSource::read(int y, std::uint8_t* row) const noexcept {
-    if (form_.layout == Layout::indexed) {
-        const std::uint8_t* in = picture_.row(y);
-        for (int x = 0; x < form_.width; ++x) row[x] = static_cast<std::uint8_t>(load_pixel(in, x, picture_.depth()));
-        return;
-    }
-    read_colors(y, row);
-    if (mask_) read_alpha(y, row + 3);
-}
-
-void PictureSource::read_colors(int y, std::uint8_t* out) const noexcept {
-    const std::uint8_t* in = picture_.row(y);
-    const std::size_t bytes = form_.pixel_bytes();
-    if (picture_.depth() == 32) {
-        for (int x = 0; x < form_.width; ++x, in += 4, out += bytes) std::copy_n(in + 1, 3, out);
-        return;
-    }
-    for (int x = 0; x < form_.width; ++x, out += bytes) {
-        const Rgba color = rgba(color_of(load_pixel(in, x, picture_.depth()), picture_.depth(), picture_.colors()));
-        out[0] = color.red;
-        out[1] = color.green;
-        out[2] = color.blue;
-    }
-}
-
-void PictureSource::read_alpha(int y, std::uint8_t* alpha) const noexcept {
-    const int masked = y < mask_->height() ? std::min(form_.width, mask_->width()) : 0;
-    const std::uint8_t* in = masked > 0 ? mask_->row(y) : nullptr;
-    for (int x = 0; x < form_.width; ++x, alpha += 4)
-        *alpha = x < masked ? static_cast<std::uint8_t>(255 - level_at(*mask_, in, x)) : std::uint8_t{255};
 }
 
 }  // namespace tarvo::host

@@ -1,6 +1,6 @@
 #pragma once
 
-// Between the host's pictures and what decoders and encoders know.
+// The host's pictures of what decoders give.
 
 #include "host.h"
 #include "image.h"
@@ -19,8 +19,9 @@ public:
     void put(const PixelRun& run) noexcept override;
     void turn(int orientation) override;
 
-    // Returns the picture. To be called after the last run.
+    // To be called after the last run: the picture, and what the file's pixels were.
     ObjectRef finish() { return std::move(picture_); }
+    FilePixels file_pixels() const;
 
 private:
     template <Layout layout, class Word>
@@ -42,25 +43,6 @@ private:
     ObjectRef picture_;
     Picture* shown_ = nullptr;
     Picture* mask_ = nullptr;
-};
-
-// Gives a picture's pixels to an encoder: up to 8 bits as an indexed image, others as RGB. A picture with a mask gives
-// RGBA, and is opaque beyond a mask smaller than itself. Colours are as the host draws them.
-class PictureSource final : public PixelSource {
-public:
-    // Throws FileError for a picture that has no pixels, or pixels of an unknown depth.
-    explicit PictureSource(const Picture& picture);
-
-    const ImageForm& form() const override { return form_; }
-    void read(int y, std::uint8_t* row) const noexcept override;
-
-private:
-    void read_colors(int y, std::uint8_t* row) const noexcept;
-    void read_alpha(int y, std::uint8_t* row) const noexcept;
-
-    const Picture& picture_;
-    const Picture* mask_ = nullptr;
-    ImageForm form_;
 };
 
 }  // namespace tarvo::host

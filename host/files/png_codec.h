@@ -9,6 +9,6 @@ namespace tarvo::host {
 
 void decode_png(ByteSource& file, std::uint64_t max_pixels, PixelTarget& target);
 // An indexed image is written with its palette and depth, or as greys where its palette is theirs.
-void encode_png(const PixelSource& image, const EncodeOptions& options, ByteSink& file);
+FilePixels encode_png(const PixelSource& image, const EncodeOptions& options, ByteSink& file);
 
 }  // namespace tarvo::host

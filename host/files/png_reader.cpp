@@ -93,7 +93,8 @@ private:
         return true;
     }
 
-    // Greys of up to 8 bits and palettes are read as indices, whatever has alpha as RGBA, all else as RGB.
+    // Palettes and greys are read as indices, but greys with alpha of their own, and those of 16 bits where one is
+    // clear, as grey and alpha; all else as RGB, with alpha as RGBA.
     bool choose_layout() {
         if (setjmp(png_jmpbuf(png_))) return false;
         const bool has_clear_color = png_get_valid(png_, info_, PNG_INFO_tRNS) != 0;
@@ -104,16 +105,25 @@ private:
             form_.index_bits = deep ? 8 : bit_depth_;
             png_set_packing(png_);
         } else {
-            form_.layout = has_clear_color || (color_type_ & PNG_COLOR_MASK_ALPHA) ? Layout::rgba : Layout::rgb;
+            const bool alpha = has_clear_color || (color_type_ & PNG_COLOR_MASK_ALPHA);
+            form_.layout = alpha ? Layout::rgba : Layout::rgb;
+            if (!(color_type_ & PNG_COLOR_MASK_COLOR)) form_.layout = Layout::grey_alpha;
             if (has_clear_color) png_set_tRNS_to_alpha(png_);
-            if (!(color_type_ & PNG_COLOR_MASK_COLOR)) png_set_gray_to_rgb(png_);
         }
+        form_.file = pixels();
         if (deep) png_set_strip_16(png_);
         png_read_update_info(png_, info_);
         form_.width = static_cast<int>(png_get_image_width(png_, info_));
         form_.height = static_cast<int>(png_get_image_height(png_, info_));
         if (png_get_rowbytes(png_, info_) != form_.row_bytes()) png_error(png_, "rows of an unexpected length");
         return true;
+    }
+
+    FilePixels pixels() const {
+        using Colors = FilePixels::Colors;
+        if (color_type_ == PNG_COLOR_TYPE_PALETTE) return {Colors::palette, bit_depth_};
+        if (color_type_ & PNG_COLOR_MASK_COLOR) return {Colors::rgb, bit_depth_};
+        return {bit_depth_ == 1 ? Colors::black_and_white : Colors::grey, bit_depth_};
     }
 
     // Of an indexed image. An index that the file's palette does not have is black.

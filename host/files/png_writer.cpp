@@ -18,10 +18,17 @@ bool same_colors(const ImageForm& image, const Palette& palette) {
     return std::equal(image.palette.begin(), image.palette.begin() + image.palette_size(), palette.begin());
 }
 
+// True for one bit that is black where it is set, as a file of greys cannot say.
+bool is_inverted(const ImageForm& image) {
+    return image.layout == Layout::indexed && image.index_bits == 1 && image.palette[0] == kWhite &&
+           image.palette[1] == kBlack;
+}
+
 // One file being written. As with reading, the functions that call libpng hold nothing that has a destructor.
 class PngWriter {
 public:
-    PngWriter(const PixelSource& image, ByteSink& file) : image_(image), form_(image.form()), file_(file) {
+    PngWriter(const PixelSource& image, ByteSink& file)
+        : image_(image), form_(image.form()), file_(file), inverted_(is_inverted(form_)) {
         png_ = png_create_write_struct(PNG_LIBPNG_VER_STRING, this, on_error, on_warning);
         info_ = png_ ? png_create_info_struct(png_) : nullptr;
         if (!info_) {
@@ -34,9 +41,9 @@ public:
     PngWriter(const PngWriter&) = delete;
     PngWriter& operator=(const PngWriter&) = delete;
 
-    void write() {
+    FilePixels write() {
         Bytes row(form_.row_bytes());
-        if (write_all(row.data())) return;
+        if (write_all(row.data())) return pixels();
         if (failure_) std::rethrow_exception(failure_);
         if (std::strstr(message_, "memory")) throw std::bad_alloc();  // in more than one wording
         throw FileError(std::string("cannot be made: ") + message_);
@@ -79,17 +86,32 @@ private:
         return true;
     }
 
-    void describe() {
-        int color_type = form_.layout == Layout::rgba ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_RGB;
-        if (form_.layout == Layout::indexed) {
-            inverted_ = form_.index_bits == 1 && form_.palette[0] == kWhite && form_.palette[1] == kBlack;
-            const bool grey = inverted_ || same_colors(form_, grey_palette(form_.index_bits));
-            color_type = grey ? PNG_COLOR_TYPE_GRAY : PNG_COLOR_TYPE_PALETTE;
+    int bit_depth() const { return form_.layout == Layout::indexed ? form_.index_bits : 8; }
+
+    int color_type() const {
+        switch (form_.layout) {
+            case Layout::grey_alpha: return PNG_COLOR_TYPE_GRAY_ALPHA;
+            case Layout::rgb: return PNG_COLOR_TYPE_RGB;
+            case Layout::rgba: return PNG_COLOR_TYPE_RGB_ALPHA;
+            case Layout::indexed: break;
         }
+        const bool grey = inverted_ || same_colors(form_, grey_palette(form_.index_bits));
+        return grey ? PNG_COLOR_TYPE_GRAY : PNG_COLOR_TYPE_PALETTE;
+    }
+
+    FilePixels pixels() const {
+        using Colors = FilePixels::Colors;
+        const int type = color_type();
+        if (type == PNG_COLOR_TYPE_PALETTE) return {Colors::palette, bit_depth()};
+        if (type & PNG_COLOR_MASK_COLOR) return {Colors::rgb, bit_depth()};
+        return {bit_depth() == 1 ? Colors::black_and_white : Colors::grey, bit_depth()};
+    }
+
+    void describe() {
         png_set_IHDR(png_, info_, static_cast<png_uint_32>(form_.width), static_cast<png_uint_32>(form_.height),
-                     form_.layout == Layout::indexed ? form_.index_bits : 8, color_type, PNG_INTERLACE_NONE,
-                     PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
-        if (color_type == PNG_COLOR_TYPE_PALETTE) describe_palette();
+                     bit_depth(), color_type(), PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
+                     PNG_FILTER_TYPE_DEFAULT);
+        if (color_type() == PNG_COLOR_TYPE_PALETTE) describe_palette();
     }
 
     void describe_palette() {
@@ -110,13 +132,15 @@ private:
     ByteSink& file_;
     png_structp png_ = nullptr;
     png_infop info_ = nullptr;
-    bool inverted_ = false;
+    const bool inverted_;
     std::exception_ptr failure_;
     char message_[160] = "";
 };
 
 }  // namespace
 
-void encode_png(const PixelSource& image, const EncodeOptions&, ByteSink& file) { PngWriter(image, file).write(); }
+FilePixels encode_png(const PixelSource& image, const EncodeOptions&, ByteSink& file) {
+    return PngWriter(image, file).write();
+}
 
 }  // namespace tarvo::host

@@ -1,6 +1,7 @@
 #include "pnm.h"
 
 #include <algorithm>
+#include <bit>
 #include <limits>
 #include <string>
 #include <utility>
@@ -148,8 +149,14 @@ private:
 };
 
 Layout layout_of(const Header& header) {
-    if (header.channels == 1) return Layout::indexed;
-    return header.channels == 3 ? Layout::rgb : Layout::rgba;
+    constexpr Layout kLayouts[] = {Layout::indexed, Layout::grey_alpha, Layout::rgb, Layout::rgba};
+    return kLayouts[header.channels - 1];
+}
+
+FilePixels pixels_of(const Header& header) {
+    using Colors = FilePixels::Colors;
+    const Colors greys = header.maximum == 1 ? Colors::black_and_white : Colors::grey;
+    return {header.channels > 2 ? Colors::rgb : greys, static_cast<int>(std::bit_width(header.maximum))};
 }
 
 // A grey of one bit keeps its samples as indices, any other sample becomes 8 bits.
@@ -166,6 +173,7 @@ void read_samples(Scanner& in, const Header& header, PixelTarget& target) {
     form.index_bits = one_bit ? 1 : 8;
     form.palette = grey_palette(form.index_bits);
     if (header.bitmap) std::swap(form.palette[0], form.palette[1]);
+    form.file = pixels_of(header);
     target.begin(form, 0);
 
     std::vector<std::uint8_t> scaled = scale_table(header.maximum);
@@ -175,15 +183,7 @@ void read_samples(Scanner& in, const Header& header, PixelTarget& target) {
     SampleReader reader(in, header);
     for (int y = 0; y < form.height; ++y) {
         reader.read(y, samples);
-        std::uint8_t* out = row.data();
-        if (header.channels == 2) {
-            for (std::size_t i = 0; i < samples.size(); i += 2, out += 4) {
-                out[0] = out[1] = out[2] = scaled[samples[i]];
-                out[3] = scaled[samples[i + 1]];
-            }
-        } else {
-            std::ranges::transform(samples, out, [&](std::uint16_t sample) { return scaled[sample]; });
-        }
+        std::ranges::transform(samples, row.data(), [&](std::uint16_t sample) { return scaled[sample]; });
         target.put({.x = 0, .y = y, .step = 1, .count = form.width, .pixels = row.data()});
     }
 }

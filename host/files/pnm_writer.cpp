@@ -49,6 +49,11 @@ void write_pixels(const PixelSource& image, const std::string& header, std::size
 
 void put_grey(const Rgba& color, std::uint8_t* out) { out[0] = luma(color); }
 
+void put_grey_alpha(const Rgba& color, std::uint8_t* out) {
+    put_grey(color, out);
+    out[1] = color.alpha;
+}
+
 void put_rgb(const Rgba& color, std::uint8_t* out) {
     out[0] = color.red;
     out[1] = color.green;
@@ -60,33 +65,50 @@ void put_rgba(const Rgba& color, std::uint8_t* out) {
     out[3] = color.alpha;
 }
 
+using Colors = FilePixels::Colors;
+
 }  // namespace
 
-void encode_pbm(const PixelSource& image, const EncodeOptions&, ByteSink& file) {
+FilePixels encode_pbm(const PixelSource& image, const EncodeOptions&, ByteSink& file) {
     const std::size_t row_bytes = (static_cast<std::size_t>(image.form().width) + 7) / 8;
     write_rows(image, pnm_header('4', image.form(), ""), row_bytes, file,
                [](const std::vector<Rgba>& colors, std::uint8_t* out) {
                    for (std::size_t x = 0; x < colors.size(); ++x)
                        if (luma(colors[x]) < 128) out[x / 8] = static_cast<std::uint8_t>(out[x / 8] | 0x80 >> x % 8);
                });
+    return {Colors::black_and_white, 1};
 }
 
-void encode_pgm(const PixelSource& image, const EncodeOptions&, ByteSink& file) {
+FilePixels encode_pgm(const PixelSource& image, const EncodeOptions&, ByteSink& file) {
     write_pixels(image, pnm_header('5', image.form(), "255\n"), 1, file, put_grey);
+    return {Colors::grey};
 }
 
-void encode_ppm(const PixelSource& image, const EncodeOptions&, ByteSink& file) {
+FilePixels encode_ppm(const PixelSource& image, const EncodeOptions&, ByteSink& file) {
     write_pixels(image, pnm_header('6', image.form(), "255\n"), 3, file, put_rgb);
+    return {Colors::rgb};
 }
 
-void encode_pam(const PixelSource& image, const EncodeOptions&, ByteSink& file) {
+FilePixels encode_pam(const PixelSource& image, const EncodeOptions&, ByteSink& file) {
     const ImageForm& form = image.form();
-    if (is_bilevel(form))
-        return write_pixels(image, pam_header(form, 1, 1, "BLACKANDWHITE"), 1, file,
-                            [](const Rgba& color, std::uint8_t* out) { out[0] = color == kWhite; });
-    if (is_grey(form)) return write_pixels(image, pam_header(form, 1, 255, "GRAYSCALE"), 1, file, put_grey);
-    if (has_alpha(form)) return write_pixels(image, pam_header(form, 4, 255, "RGB_ALPHA"), 4, file, put_rgba);
-    write_pixels(image, pam_header(form, 3, 255, "RGB"), 3, file, put_rgb);
+    const bool alpha = has_alpha(form);
+    if (is_bilevel(form)) {
+        write_pixels(image, pam_header(form, 1, 1, "BLACKANDWHITE"), 1, file,
+                     [](const Rgba& color, std::uint8_t* out) { out[0] = color == kWhite; });
+        return {Colors::black_and_white, 1};
+    }
+    if (is_grey(form)) {
+        if (alpha)
+            write_pixels(image, pam_header(form, 2, 255, "GRAYSCALE_ALPHA"), 2, file, put_grey_alpha);
+        else
+            write_pixels(image, pam_header(form, 1, 255, "GRAYSCALE"), 1, file, put_grey);
+        return {Colors::grey};
+    }
+    if (alpha)
+        write_pixels(image, pam_header(form, 4, 255, "RGB_ALPHA"), 4, file, put_rgba);
+    else
+        write_pixels(image, pam_header(form, 3, 255, "RGB"), 3, file, put_rgb);
+    return {Colors::rgb};
 }
 
 }  // namespace tarvo::host

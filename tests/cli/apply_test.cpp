@@ -41,8 +41,8 @@ TEST_F(ApplyTest, AddsAPictureFile) {
 
 TEST_F(ApplyTest, SaysWhatItDid) {
     const Ending run = tool({"apply", small(), "TRV_Add(" + small() + ", 0)", "-o", file("out.ppm")});
-    EXPECT_TRUE(looks_like(run.out, small() + ": 2 x 2, 32 bits\nTRV_Add: 2 x 2, 32 bits, *.[0-9] ms\n" +
-                                        file("out.ppm") + ": 2 x 2, 32 bits\n"))
+    EXPECT_TRUE(looks_like(run.out, small() + ": 2 x 2, RGB, 8 bits a channel\nTRV_Add: 2 x 2, 32 bits, *.[0-9] ms\n" +
+                                        file("out.ppm") + ": 2 x 2, RGB, 8 bits a channel\n"))
         << run.out;
     EXPECT_EQ(tool({"apply", "-q", small(), "TRV_Add(" + small() + ", 0)", "-o", file("out.ppm")}).out, "");
 }
@@ -98,15 +98,65 @@ TEST_F(ApplyTest, WorksOnClientPictures) {
     EXPECT_EQ(colors_of(file("out.ppm")), (Colors{0x112131, 0x415161, 0x718191, 0xA1B1C1}));
 }
 
-TEST_F(ApplyTest, KeepsTheDepthOnRequest) {
-    const std::string grey = text_file("grey.pgm", "P5\n2 1\n255\n\x07\xFF");
+// --- what files are, and come back as -------------------------------------------------------------------------------
+
+// 2 x 1 pixels of 2 bits: the first and the second of three colours.
+const std::string kPalettePng(
+    "\x89PNG\r\n\x1A\n\0\0\0\x0DIHDR\0\0\0\x02\0\0\0\x01\x02\x03\0\0\0\x89\x4C\x97\x19"
+    "\0\0\0\x09PLTE\xFF\x80\0\0\x40\x80\x01\x02\x03\x86\x40\xD7\x2C"
+    "\0\0\0\x0AIDAT\x78\xDA\x63\x10\0\0\0\x12\0\x11\x08\xDE\xBD\xC3\0\0\0\0IEND\xAE\x42\x60\x82",
+    88);
+
+class Kinds : public ApplyTest {
+protected:
+    // What the lines say of the file that is read and of the one that is written, in the format of that ending.
+    std::vector<std::string> told(const std::string& source, const std::string& call, const std::string& ending) const {
+        const std::string path = file("out" + ending);
+        const Ending run = tool({"apply", source, call, "-o", path});
+        EXPECT_EQ(run.status, 0) << run.err;
+        EXPECT_EQ(run.err, "");
+        std::vector<std::string> kinds;
+        for (const std::string& name : {source, path}) {
+            const std::size_t begin = run.out.find(", ", run.out.find(name + ": ")) + 2;
+            kinds.push_back(run.out.substr(begin, run.out.find('\n', begin) - begin));
+        }
+        return kinds;
+    }
+
+    using Texts = std::vector<std::string>;
+    const std::string kNothing = "AdjustRGB(nil, 0, 0, 0)";
+};
+
+TEST_F(Kinds, OfGreysComeBackWhereAllAreGrey) {
+    const std::string grey = "grey, 8 bits a channel";
+    const std::string source = text_file("grey.pgm", "P5\n2 1\n255\n\x07\xFF");
+    for (const char* ending : {".png", ".jpg", ".pam", ".pgm"})
+        EXPECT_EQ(told(source, kNothing, ending), (Texts{grey, grey})) << ending;
+    EXPECT_EQ(told(source, "AdjustRGB(nil, 1, 0, 0)", ".png"), (Texts{grey, "RGB, 8 bits a channel"}));
+    EXPECT_EQ(told(source, kNothing, ".ppm"), (Texts{grey, "RGB, 8 bits a channel"}));
+    const std::string deep = text_file("deep.pgm", std::string("P5\n2 1\n65535\n\x07\x70\xFF\x00", 18));
+    EXPECT_EQ(told(deep, kNothing, ".png"), (Texts{"grey, 16 bits a channel", grey}));
     const std::string bits = text_file("bits.pbm", "P4\n2 1\n\x40");
-    const std::string add_itself = "TRV_Add(" + grey + ", 0)";
-    EXPECT_TRUE(holds(tool({"apply", grey, add_itself}).out, "grey.pgm: 2 x 1, 32 bits\nTRV_Add: 2 x 1, 32 bits"));
-    EXPECT_TRUE(holds(tool({"apply", "--keep-depth", grey, add_itself}).out,
-                      "grey.pgm: 2 x 1, 8 bits\nTRV_Add: 2 x 1, 16 bits"));
-    EXPECT_TRUE(holds(tool({"apply", "--keep-depth", bits, add_itself}).out, "bits.pbm: 2 x 1, 1 bit\n"));
+    EXPECT_EQ(told(bits, kNothing, ".png"), (Texts{"black and white", "black and white"}));
+    EXPECT_EQ(told(bits, "AdjustContrast(nil, &c808080, 0.5, 0.5, 0.5)", ".png"), (Texts{"black and white", grey}));
+    EXPECT_EQ(told(small(), "AdjustHSV(nil, 0, 0, 1, false)", ".png"),
+              (Texts{"RGB, 8 bits a channel", "RGB, 8 bits a channel"}));
 }
+
+TEST_F(Kinds, OfPalettesComeBackWhereTheColorsAreFew) {
+    const std::string source = text_file("palette.png", kPalettePng), kept = "palette, 2 bits a pixel";
+    EXPECT_EQ(told(source, kNothing, ".png"), (Texts{kept, "palette, 1 bit a pixel"}));
+    EXPECT_EQ(colors_of(file("out.png")), (Colors{0xFF8000, 0x004080}));
+    EXPECT_EQ(told(source, "MakeDoubleGradient(2, 1000, &c000000, &cFF0080, &cFFFFFF)", ".png"),
+              (Texts{kept, "RGB, 8 bits a channel"}));
+    const Ending convert = tool({"convert", source, "-o", file("converted.png")});
+    EXPECT_EQ(convert.status, 0);
+    EXPECT_TRUE(holds(tool({"apply", file("converted.png"), "Info()"}).out, ": 2 x 1, palette, 1 bit a pixel\n"));
+}
+
+TEST_F(Kinds, AreNoLongerAskedFor) { EXPECT_EQ(tool({"apply", "--keep-depth", small(), "Info()"}).status, 2); }
+
+// --- answers --------------------------------------------------------------------------------------------------------
 
 TEST_F(ApplyTest, PrintsWhatComesBackInArguments) {
     const Ending run =
@@ -283,13 +333,14 @@ TEST_F(ApplyTest, MaskThatTheFormatCannotKeepIsTold) {
         text_file("clear.pam", "P7\nWIDTH 1\nHEIGHT 1\nDEPTH 4\nMAXVAL 255\nTUPLTYPE RGB_ALPHA\nENDHDR\nabc@");
     const Ending kept = apply_sample({clear, "SamePicture()", "-o", file("out.pam")});
     EXPECT_EQ(kept.err, "");
-    EXPECT_TRUE(holds(kept.out, "clear.pam: 1 x 1, 32 bits, mask\n")) << kept.out;
+    EXPECT_TRUE(holds(kept.out, "clear.pam: 1 x 1, RGB, 8 bits a channel, mask\n")) << kept.out;
     EXPECT_EQ(bytes_of(file("out.pam")), bytes_of(clear));
 
     const Ending lost = apply_sample({clear, "SamePicture()", "-o", file("out.ppm")});
     EXPECT_EQ(lost.status, 0);
     EXPECT_EQ(lost.err, "note: " + file("out.ppm") + " has no transparency: the mask is left out\n");
     EXPECT_EQ(colors_of(file("out.ppm")), Colors{0x616263});
+    EXPECT_EQ(apply_sample({"-q", clear, "SamePicture()", "-o", file("out.ppm")}).err, "");
 }
 
 TEST_F(ApplyTest, ResultCanReplaceItsSource) {

@@ -117,12 +117,12 @@ TEST_F(CarefulFiles, EveryFailingCallEndsWithTheRightStatus) {
         std::string call, error;
         int expected;  // status; -1: either, as the file says
     } rows[] = {
-        {"open", "EIO", -1},       {"openat", "EIO", -1},      {"read", "EIO", 3},       {"write", "EIO", 3},
-        {"write", "ENOSPC", 3},    {"fsync", "EIO", 3},        {"fsync", "ENOSPC", 3},   {"renameat", "EIO", 3},
-        {"renameat", "ENOSPC", 3}, {"fchmod", "EIO", 3},       {"close", "EIO", -1},     {"close", "ENOSPC", -1},
-        {"open", "EINTR", -1},     {"openat", "EINTR", 0},     {"read", "EINTR", 0},     {"write", "EINTR", 0},
-        {"read", "short", 0},      {"write", "short", 0},      {"fsync", "EINTR", 0},    {"renameat", "EINTR", 0},
-        {"fchmod", "EINTR", 0},    {"readlink", "EACCES", -1}, {"readlinkat", "EIO", 3},
+        {"open", "EIO", -1},       {"openat", "EIO", -1},      {"read", "EIO", 3},        {"write", "EIO", 3},
+        {"write", "ENOSPC", 3},    {"fsync", "EIO", 3},        {"fsync", "ENOSPC", 3},    {"renameat", "EIO", 3},
+        {"renameat", "ENOSPC", 3}, {"fchmod", "EIO", 3},       {"close", "EIO", -1},      {"close", "ENOSPC", -1},
+        {"open", "EINTR", -1},     {"openat", "EINTR", 0},     {"read", "EINTR", 0},      {"write", "EINTR", 0},
+        {"read", "short", 0},      {"write", "short", 0},      {"fsync", "EINTR", 0},     {"renameat", "EINTR", 0},
+        {"fchmod", "EINTR", 0},    {"readlink", "EACCES", -1}, {"readlinkat", "EIO", -1},
     };
     for (const auto& row : rows) {
         int failures = 0, n = 0;

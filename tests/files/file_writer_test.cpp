@@ -18,6 +18,13 @@ namespace fs = std::filesystem;
 
 using Lines = std::vector<std::string>;
 
+// Why no file can be made there, which shows as well before it is tried.
+std::string refusal(const std::string& path) {
+    const std::string reason = file_error([&] { FileWriter{path}; });
+    EXPECT_EQ(file_error([&] { FileWriter::check(path); }), reason);
+    return reason;
+}
+
 Lines replace_file(const std::string& path, const FileBytes& bytes, PartFileWatch* watch = nullptr) {
     FileWriter file(path, watch);
     file.write(bytes);
@@ -188,8 +195,7 @@ TEST(FileWriter, RefusesALoopOfLinks) {
     const Folder folder;
     fs::create_symlink("b", folder.file("a"));
     fs::create_symlink("a", folder.file("b"));
-    EXPECT_EQ(file_error([&] { replace_file(folder.file("a"), {1}); }),
-              "cannot be made: Too many levels of symbolic links");
+    EXPECT_EQ(refusal(folder.file("a")), "cannot be made: Too many levels of symbolic links");
     EXPECT_EQ(folder.entries(), 2u);
     EXPECT_TRUE(fs::is_symlink(folder.file("a")));
 }
@@ -200,14 +206,26 @@ TEST(FileWriter, DoesNotReplaceWhatIsNoFile) {
     ASSERT_EQ(::mkfifo(folder.file("pipe").c_str(), 0600), 0);
     fs::create_symlink("pipe", folder.file("link"));
     for (const char* name : {"folder", "folder/", "folder/.", "folder/..", "pipe", "link"})
-        EXPECT_EQ(file_error([&] { replace_file(folder.file(name), {1}); }), "not a regular file") << name;
-    EXPECT_EQ(file_error([] { replace_file("", {1}); }), "not a regular file");
-    EXPECT_EQ(file_error([&] { replace_file(folder.file("none/a"), {1}); }),
-              "cannot be made: No such file or directory");
-    EXPECT_EQ(file_error([&] { replace_file(folder.file("pipe/a"), {1}); }), "cannot be made: Not a directory");
-    EXPECT_EQ(file_error([&] { replace_file(folder.file(std::string(256, 'x')), {1}); }),
-              "cannot be made: File name too long");
+        EXPECT_EQ(refusal(folder.file(name)), "not a regular file") << name;
+    EXPECT_EQ(refusal(""), "not a regular file");
+    EXPECT_EQ(refusal(folder.file("none/a")), "there is no folder \"" + folder.file("none") + '"');
+    EXPECT_EQ(refusal(folder.file("pipe/a")), "there is no folder \"" + folder.file("pipe") + '"');
+    EXPECT_EQ(refusal(folder.file(std::string(256, 'x'))), "cannot be made: File name too long");
     EXPECT_EQ(folder.entries(), 3u);
+}
+
+TEST(FileWriter, ChecksAPlaceAndLeavesItAsItIs) {
+    const Folder folder;
+    write_bytes(folder.file("old"), {1});
+    fs::create_symlink("new", folder.file("link"));
+    for (const char* name : {"old", "new", "link"}) EXPECT_EQ(refusal(folder.file(name)), "") << name;
+    EXPECT_EQ(folder.entries(), 2u);
+    EXPECT_EQ(read_bytes(folder.file("old")), FileBytes{1});
+    if (::geteuid() == 0) GTEST_SKIP() << "root can write in every folder";
+    fs::permissions(folder.path(), fs::perms::owner_read | fs::perms::owner_exec);
+    EXPECT_EQ(file_error([&] { FileWriter::check(folder.file("old")); }),
+              "its folder cannot be written in: Permission denied");
+    fs::permissions(folder.path(), fs::perms::owner_all);
 }
 
 TEST(FileWriter, TellsWhatItDoesNotKeep) {

@@ -53,7 +53,7 @@ TEST(Image, IsTurnedAsEachOrientationSays) {
     for (const auto& c : cases)
         for (const bool told_before : {true, false})
             for (const bool keep_depth : {true, false})
-                for (const Layout layout : {Layout::indexed, Layout::rgb, Layout::rgba}) {
+                for (const Layout layout : {Layout::indexed, Layout::grey_alpha, Layout::rgb, Layout::rgba}) {
                     const Seen seen = numbered(host, layout, c.orientation, told_before, keep_depth);
                     EXPECT_EQ(seen.width, c.width) << c.orientation;
                     EXPECT_EQ(seen.width * seen.height, 6) << c.orientation;
@@ -63,7 +63,8 @@ TEST(Image, IsTurnedAsEachOrientationSays) {
                         mask.push_back((255 - number) * 0x010101);
                     }
                     EXPECT_EQ(seen.colors, greys) << c.orientation;
-                    EXPECT_EQ(seen.mask, layout == Layout::rgba ? mask : std::vector<std::uint32_t>()) << c.orientation;
+                    const bool masked = layout == Layout::rgba || layout == Layout::grey_alpha;
+                    EXPECT_EQ(seen.mask, masked ? mask : std::vector<std::uint32_t>()) << c.orientation;
                 }
 }
 

@@ -51,16 +51,24 @@ TEST_F(PictureFileTest, NamesThatCannotBeWrittenAreRefused) {
     const ObjectRef picture = host.new_picture({.width = 2, .height = 2});
     for (const char* name : {"a.gif", "ppm", "a.ppm.txt", ".ppm"}) {
         const std::string path = name;
-        EXPECT_NE(file_error([&] { check_writable_name(path); }), "") << name;
+        EXPECT_NE(file_error([&] { check_output(path); }), "") << name;
         EXPECT_NE(file_error([&] { write_picture_file(picture_in(picture), path); }), "") << name;
     }
-    EXPECT_EQ(file_error([&] { check_writable_name("a.gif"); }),
+    EXPECT_EQ(file_error([&] { check_output("a.gif"); }),
               "a.gif: the name ends in none of .png, .jpg, .jpeg, .pbm, .pgm, .ppm, .pam");
-    EXPECT_EQ(file_error([&] { check_writable_name("a.pam"); }), "");
-    EXPECT_EQ(file_error([&] { check_writable_name("a.Own", ".own"); }), "");
-    EXPECT_EQ(file_error([&] { check_writable_name(".own", ".own"); }),
+    EXPECT_EQ(file_error([&] { check_output("a.pam"); }), "");
+    EXPECT_EQ(file_error([&] { check_output("a.Own", ".own"); }), "");
+    EXPECT_EQ(file_error([&] { check_output(".own", ".own"); }),
               ".own: the name ends in none of .png, .jpg, .jpeg, .pbm, .pgm, .ppm, .pam, .own");
     EXPECT_EQ(folder.entries(), 0u);
+}
+
+TEST_F(PictureFileTest, PlacesThatCannotBeWrittenAreRefusedBeforeAnyWork) {
+    const Folder folder;
+    std::filesystem::create_directory(folder.file("a.ppm"));
+    EXPECT_EQ(file_error([&] { check_output(folder.file("a.ppm")); }), folder.file("a.ppm") + ": not a regular file");
+    EXPECT_EQ(file_error([&] { check_output(folder.file("b.ppm")); }), "");
+    EXPECT_EQ(folder.entries(), 1u);
 }
 
 TEST_F(PictureFileTest, PicturesThatCannotBeWrittenLeaveTheOldFile) {
@@ -86,8 +94,8 @@ TEST_F(PictureFileTest, PicturesThatCannotBeWrittenLeaveTheOldFile) {
 
 #ifndef TARVO_PICTURE_LIBRARIES
 TEST_F(PictureFileTest, FormatsWithoutTheirLibrarySayso) {
-    EXPECT_EQ(file_error([&] { check_writable_name("a.png"); }), "a.png: this build has no PNG library");
-    EXPECT_EQ(file_error([&] { check_writable_name("a.jpeg"); }), "a.jpeg: this build has no JPEG library");
+    EXPECT_EQ(file_error([&] { check_output("a.png"); }), "a.png: this build has no PNG library");
+    EXPECT_EQ(file_error([&] { check_output("a.jpeg"); }), "a.jpeg: this build has no JPEG library");
     EXPECT_EQ(error_of(bytes_of("\x89PNG\r\n\x1A\n...")), "this build has no PNG library");
     EXPECT_EQ(error_of(bytes_of("\xFF\xD8\xFF")), "this build has no JPEG library");
 }
