@@ -100,6 +100,23 @@ TEST(Operations, AreNamedInATest) {
             << "no test in tests/operations names " << name;
 }
 
+// The lines up to the parameters: the list has the functions of operations in all their forms.
+TEST(Operations, AreInTheListOfFunctions) {
+    constexpr const char* kList = "tests/plugin/functions.txt";
+    constexpr std::string_view kPrefix = "TRV_";
+    Names listed;
+    std::ifstream file(docs::kProject / kList);
+    for (std::string line; std::getline(file, line);) listed.insert(line.substr(0, line.find('(')));
+    const Session session;
+    for (const host::Callable& method : session.caller.callables()) {
+        if (!method.owner.empty() && method.owner != "picture") continue;
+        const std::string& name = method.declaration.name;
+        const bool client = method.extends() && method.parameters.front().type.name == "TRV_ClientPicture";
+        const std::string function = client ? "TRV_ClientPicture_" + name.substr(kPrefix.size()) : name;
+        EXPECT_TRUE(listed.contains(function)) << kList << " lacks " << function;
+    }
+}
+
 TEST(Operations, HaveABenchmark) {
     const Names words = words_in("bench");
     for (const std::string& name : registered_names()) {
