@@ -1,17 +1,18 @@
 #pragma once
 
-// The course of all tone and colour operations: what is checked and locked in which order, once for every operation and
-// for both forms.
+// The course that tone and colour operations take: what they check and lock, in which order, and how their results are
+// made. It stands here once, for all of these operations and for both forms.
 //
-// An adjustment is a value: the arguments of a call, and how they change colours. The functions below take any that has
+// An adjustment holds the arguments of a call and knows how they change colours. The functions below use these members:
 //
-//     arguments_pass()   whether they are in range; leaves the code of the first that is not
+//     arguments_pass()   returns whether the arguments are in range, and leaves the code of the first one that is not
 //     with_kernel(use)   calls `use(kernel)` with the kernel (pixel_blocks.h) that changes colours, or
-//                        `use(kernel, around)` with one more for those around the region
-//     yield, kLabels     the pixel budget; what the adjustment calls itself
-//     kSourceMask        of regions: whether the result gets the source's mask
-//     Mix                of masks: how they weigh the changed colours (mask_mix.h). For one that clamps,
-//                        `unclamped()` gives what changes colours, in the place of the kernel.
+//                        `use(kernel, around)` with a second kernel, for the colours around the region
+//     yield              is the pixel budget
+//     kLabels            are the names of the operation's functions
+//     kSourceMask        tells whether a result in a region gets the source's mask
+//     Mix                is how a mask weighs the changed colours (mask_mix.h)
+//     unclamped()        returns what changes colours by a mask, instead of the kernel, where the Mix clamps
 
 #include <cstddef>
 #include <cstdint>
@@ -24,8 +25,8 @@
 
 namespace tarvo::plugin {
 
-// Whether the arguments for red, green and blue are in range, both bounds included; what is not a number passes. If
-// not, leaves code 40, 41 or 42, of the first that is out of range.
+// Returns whether the arguments for red, green and blue are in range, both bounds included; NaN passes. The first one
+// that is not leaves its code, 40, 41 or 42.
 template <class Number>
 bool channels_in_range(Number low, Number high, Number red, Number green, Number blue) {
     const auto outside = [&](Number value) { return value < low || value > high; };
@@ -36,16 +37,16 @@ bool channels_in_range(Number low, Number high, Number red, Number green, Number
 }
 
 struct AdjustmentLabels {
-    const char* entry;  // where the source's mask is copied
+    const char* entry;
     const char* in_region;
     const char* by_mask;
 };
 
 enum class SourceMask { copied, left_behind };
 
-// --- kernels: locked pictures of one size ----------------------------------------------------------------------------
+// --- kernels, on locked pictures of one size -------------------------------------------------------------------------
 
-// result = source, with the region adjusted.
+// Copies the source into the result and adjusts the region.
 template <class Adjustment>
 void map_adjusted(const TRV_Picture& source, TRV_Picture& result, const Region& region, const Adjustment& adjustment) {
     constexpr const char* kCaller = Adjustment::kLabels.in_region;
@@ -61,7 +62,7 @@ void map_adjusted(const TRV_Picture& source, TRV_Picture& result, const Region& 
     });
 }
 
-// result = source, adjusted as far as the mask says.
+// Writes the source into the result, adjusted as far as the mask says.
 template <class Adjustment>
 void map_adjusted_by_mask(const TRV_Picture& source, const TRV_Picture& mask, TRV_Picture& result,
                           const Adjustment& adjustment) {
@@ -77,10 +78,10 @@ void map_adjusted_by_mask(const TRV_Picture& source, const TRV_Picture& mask, TR
 
 // --- entries ---------------------------------------------------------------------------------------------------------
 
-// The source's mask into the result's. Code 9 when one of them cannot be locked; the result is given back all the same.
+// Copies the source's mask into the result's. If one of them cannot be locked, it leaves code 9.
 void copy_source_mask(const TRV_Picture& source, const TRV_Picture& result, const char* caller);
 
-// Locks the source, selects the region, makes the result; `paint(source, result, region)`.
+// Locks the source, selects the region, makes the result and calls `paint(source, result, region)`.
 template <class Form, class Paint>
 typename Form::Handle adjust_region(const Form& form, typename Form::Handle p, REALobjectStruct* rect, SourceMask mask,
                                     const char* caller, Paint paint) {
@@ -93,12 +94,13 @@ typename Form::Handle adjust_region(const Form& form, typename Form::Handle p, R
         copies_mask && form.makes_masks && source.HasMask() ? ResultMask::wanted : ResultMask::none;
     return form.produce(source.width(), source.height(), result_depth(source), result_mask, [&](TRV_Picture& result) {
         paint(source, result, region);
-        // Not before: the program may have given the source a mask, or taken it away, while the host had control.
+        // This is asked again, because the program may have given the source a mask, or taken it away, while the host
+        // had control.
         if (copies_mask && source.HasMask()) copy_source_mask(source, result, caller);
     });
 }
 
-// A new picture with the region adjusted.
+// Returns a new picture with the region adjusted.
 template <class Form, class Adjustment>
 typename Form::Handle adjust(const Form& form, typename Form::Handle p, REALobjectStruct* rect,
                              const Adjustment& adjustment) {
@@ -111,10 +113,11 @@ typename Form::Handle adjust(const Form& form, typename Form::Handle p, REALobje
                          });
 }
 
-// Whether a mask argument can weigh the source. Both tests run, and the second one's code stays.
+// Returns whether a mask argument can weigh the source. Both its size and its depth are checked, and the code of the
+// depth stays.
 bool mask_fits(const TRV_Picture& mask, const TRV_Picture& source);
 
-// A new picture, adjusted as far as the mask argument says. It never has the source's mask.
+// Returns a new picture, adjusted as far as the mask argument says. It never has the source's mask.
 template <class Form, class Adjustment>
 typename Form::Handle adjust_by_mask(const Form& form, typename Form::Handle p, REALpictureStruct* mask_argument,
                                      const Adjustment& adjustment) {
@@ -131,7 +134,7 @@ typename Form::Handle adjust_by_mask(const Form& form, typename Form::Handle p, 
                         [&](TRV_Picture& result) { map_adjusted_by_mask(source, mask, result, adjustment); });
 }
 
-// Locks the picture and selects the region; `visit(picture, region)`, without a result picture.
+// Locks the picture, selects the region and calls `visit(picture, region)`. No result picture is made.
 template <class Form, class Visit>
 void visit_region_of(const Form& form, typename Form::Handle p, REALobjectStruct* rect, Visit visit) {
     TRV_Picture picture = form.bind(p);
@@ -141,7 +144,7 @@ void visit_region_of(const Form& form, typename Form::Handle p, REALobjectStruct
     visit(picture, region);
 }
 
-// The course of an average: `measure(picture, region)` once everything is there.
+// The course that averages take: `measure(picture, region)` is called when nothing has failed.
 template <class Form, class Measure>
 void average(const Form& form, typename Form::Handle p, REALobjectStruct* rect, const Measure& measure) {
     clear_error();

@@ -8,15 +8,15 @@
 
 namespace tarvo::plugin {
 
-// What the adjustments about a centre colour share: they are asked for the colour and, for each channel, a factor or
-// weight.
+// What the adjustments about a centre colour share: the arguments, which are that colour and a factor or weight for
+// each channel.
 struct CenteredAdjustment {
     int center;
     double red, green, blue;
 
     bool arguments_pass() const { return channels_in_range(0.0, 255.0, red, green, blue); }
 
-    // For each channel a rule made of the centre's channel and the factor in 256ths.
+    // Returns a rule for each channel, made of the centre's channel and the factor in 256ths.
     template <class Rule>
     PerChannel<Rule> rules() const {
         const auto color = static_cast<PixelColor>(center);

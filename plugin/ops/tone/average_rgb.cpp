@@ -48,7 +48,7 @@ struct AverageBlend : CenteredAdjustment {
     using Mix = MixIn255ths;
     static constexpr int yield = kNoYielding;
 
-    // A multiplication where that is exact, else a division.
+    // Multiplies where that is exact, else divides.
     template <class Use>
     void with_kernel(Use use) const {
         const auto means = rules<MeanWithCenter>();

@@ -11,7 +11,7 @@ namespace {
 
 constexpr int kFixedBits = 10;
 
-// A column of the matrix in 1024ths: what red, green and blue of the source add to one channel. Sums wrap.
+// A column of the matrix, in 1024ths: how much of red, green and blue goes into one channel. Sums wrap.
 struct MatrixColumn {
     std::int32_t red, green, blue;
 
@@ -27,7 +27,7 @@ struct Transform {
     PerChannel<MatrixColumn> columns;
 
     TARVO_INLINED PixelColor operator()(PixelColor color) const {
-        // Shifting rounds other than dividing only below 0, where both end at 0.
+        // A shift and a division differ only below 0, where both are clamped to 0.
         const auto channel = [color](const MatrixColumn& column) TARVO_INLINED {
             return static_cast<std::uint32_t>(clamp_to_byte(floor_shift(column.sum_of(color), kFixedBits)));
         };

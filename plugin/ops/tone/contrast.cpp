@@ -65,7 +65,7 @@ struct Contrast : CenteredAdjustment {
     using Mix = MixIn256ths;
     int yield;
 
-    // The faster of the two ways that is exact for the factors.
+    // Works in lanes of 16 bits where that is exact, because it is faster.
     template <class Use>
     void with_kernel(Use use) const {
         const auto channels = rules<ContrastChannel>();

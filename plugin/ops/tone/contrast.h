@@ -1,12 +1,13 @@
 #pragma once
 
-// Contrast: each channel is stretched away from, or pulled toward, that of a centre colour.
+// Contrast: each channel moves away from the same channel of a centre colour, or toward it.
 
 #include "picture.h"
 #include "real_interface.h"
 #include "region.h"
 
-// New pictures with the contrast of a region changed, or of the whole weighted by a mask. Factors from 0 to 255.
+// Return a new picture with the contrast changed in a region, or everywhere as far as a mask says. Factors are from 0
+// to 255.
 REALpictureStruct* TRV_AdjustContrast(REALpictureStruct* p, REALobjectStruct* rect, int center, double red_factor,
                                       double green_factor, double blue_factor, int yield);
 REALpictureStruct* TRV_AdjustContrastWithMask(REALpictureStruct* p, REALpictureStruct* mask, int center,
@@ -18,13 +19,13 @@ REALobjectStruct* TRV_ClientPicture_AdjustContrastWithMask(REALobjectStruct* cp,
                                                            double red_factor, double green_factor, double blue_factor,
                                                            int yield, bool as_picture);
 
-// The mean distance of a region's channels from the centre's. Null outputs are skipped.
+// Put out the mean distance between a region's channels and the centre's. Null outputs are skipped.
 void TRV_GetAverageContrast(REALpictureStruct* p, REALobjectStruct* rect, int center, int* red_contrast,
                             int* green_contrast, int* blue_contrast, int yield);
 void TRV_ClientPicture_GetAverageContrast(REALobjectStruct* cp, REALobjectStruct* rect, int center, int* red_contrast,
                                           int* green_contrast, int* blue_contrast, int yield);
 
-// The kernels: locked pictures of one size. Null outputs are skipped.
+// The kernels. The pictures are locked and have one size. Null outputs are skipped.
 void PrivAdjustContrast(const TRV_Picture& source, TRV_Picture& result, const tarvo::plugin::Region& region, int center,
                         double red_factor, double green_factor, double blue_factor, int yield);
 void PrivAdjustContrastWithMask(const TRV_Picture& source, const TRV_Picture& mask, TRV_Picture& result, int center,

@@ -10,8 +10,8 @@
 namespace tarvo::plugin {
 namespace {
 
-// Channels become multiples of the step, halves rounded upward. What would be 256 is 255: one level more than the bits
-// can tell apart.
+// Rounds channels to multiples of the step, halves upward. What would become 256 becomes 255, so that there is one
+// level more than the bits can tell apart.
 struct Round {
     std::uint8_t half;
     std::uint8_t multiples;  // the bits of a channel that multiples of the step have

@@ -11,7 +11,7 @@ namespace {
 constexpr std::int32_t kOne = 256;
 constexpr std::int32_t kWhite = 255 * kOne;
 
-// Two segments, from black to the bend and from the bend to white, in 256ths: y = (offset + slope * x) / 256, clamped
+// A curve of two segments, from black to the bend and from the bend to white: y = (offset + slope * x) / 256, clamped
 // to 0..255.
 struct BentCurve {
     std::int32_t bend;  // the last value of the lower segment, whose offset is 0
@@ -29,7 +29,7 @@ struct BentCurve {
         upper_slope = truncating_divide(wrapping_multiply(rise, kOne), run);
     }
 
-    // Shifting rounds other than dividing only below 0, where both end at 0.
+    // A shift and a division differ only below 0, where both are clamped to 0.
     TARVO_INLINED std::uint32_t operator()(std::uint32_t value) const {
         const auto x = static_cast<std::int32_t>(value);
         const bool upper = x > bend;

@@ -1,13 +1,13 @@
 #pragma once
 
-// Gamma: each channel's tone curve is bent at the value of a centre colour.
+// Gamma: the tone curve of each channel is bent at the same channel of a centre colour.
 
 #include "picture.h"
 #include "real_interface.h"
 #include "region.h"
 
-// New pictures with the curves of a region bent, or of the whole weighted by a mask. Factors from 0 to 255. Results
-// have no mask. `yield` is accepted here and below, and the host never gets control.
+// Return a new picture with the colours of a region changed by the curves, or with all colours changed as far as a mask
+// says. Factors are from 0 to 255. The result has no mask. The host gets no control, whatever `yield` is.
 REALpictureStruct* TRV_AdjustGamma(REALpictureStruct* p, REALobjectStruct* rect, int center, double red_factor,
                                    double green_factor, double blue_factor, int yield);
 REALpictureStruct* TRV_AdjustGammaWithMask(REALpictureStruct* p, REALpictureStruct* mask, int center, double red_factor,
@@ -19,7 +19,7 @@ REALobjectStruct* TRV_ClientPicture_AdjustGammaWithMask(REALobjectStruct* cp, RE
                                                         double red_factor, double green_factor, double blue_factor,
                                                         int yield, bool as_picture);
 
-// The kernels: locked pictures of one size.
+// The kernels. The pictures are locked and have one size.
 void PrivAdjustGamma(const TRV_Picture& source, TRV_Picture& result, const tarvo::plugin::Region& region, int center,
                      double red_factor, double green_factor, double blue_factor, int yield);
 void PrivAdjustGammaWithMask(const TRV_Picture& source, const TRV_Picture& mask, TRV_Picture& result, int center,

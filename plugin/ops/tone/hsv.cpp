@@ -18,12 +18,12 @@ namespace {
 
 // --- the adjustment --------------------------------------------------------------------------------------------------
 
-// How far hues are turned, 0 to 6143, and the factors of saturation and value in 1024ths.
+// How far hues are turned, from 0 to 6143, and the factors of saturation and value in 1024ths.
 struct HsvChange {
     std::int32_t turn, saturation_factor, value_factor;
 };
 
-// Factors that are not a number make every product 0 or negative, which gives 0.
+// A factor that is not a number becomes 0.
 HsvChange change_of(double hue_degrees, double saturation_factor, double brightness_factor) {
     return {wrapped_up(floor_to_int32(hue_degrees * kSector / 60.0)), std::max(in_1024ths(saturation_factor), 0),
             std::max(in_1024ths(brightness_factor), 0)};
@@ -51,7 +51,7 @@ struct AdjustHsv {
     }
 };
 
-// A hue that is turned by what is not a number is no colour's: only greys stay, and all else becomes black.
+// The adjustment for a turn that is not a number: greys keep their hue, which is none, and all else becomes black.
 struct KeepGreys {
     HsvChange change;
 
@@ -71,7 +71,7 @@ struct HsvAdjustment {
 
     double hue_degrees, saturation_factor, brightness_factor;
 
-    // What is not a number passes.
+    // NaN passes.
     bool pass_below(double end_of_factors) const {
         const auto outside = [end_of_factors](double factor) { return factor < 0.0 || factor >= end_of_factors; };
         if (hue_degrees <= -360.0 || hue_degrees >= 360.0) return set_error(ErrorCode::degrees), false;
@@ -125,8 +125,8 @@ struct HsvSums {
 
 constexpr std::size_t kBlock = 16;
 
-// At most a block. Its divisions become vector code, and while its sum is made, one addition after the other, a
-// processor goes on to the next block's divisions.
+// Adds at most a block of colours. The block's divisions become vector code, and while its saturations are added up,
+// one after the other, a processor goes on to the next block's divisions.
 [[gnu::always_inline]] inline void add_block(HsvSums& sums, const PixelColor* colors, std::size_t count) {
     double saturations[kBlock];
     std::uint32_t largest_channels = 0;

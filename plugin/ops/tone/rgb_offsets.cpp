@@ -14,8 +14,7 @@
 namespace tarvo::plugin {
 namespace {
 
-// Each byte of a block in memory is raised, or lowered, by a byte of these; one of the two is 0. Top bytes are lowered
-// to 0.
+// What each byte of a block in memory is raised by, and lowered by; one of the two is 0. Top bytes are lowered to 0.
 struct OffsetBytes {
     ColorBlock raised, lowered;
 
@@ -39,7 +38,7 @@ struct OffsetBytes {
     }
 };
 
-// The sums as they are, for a mask to mix in.
+// Makes sums that are not clamped, which a mask mixes with the source.
 struct AddOffsets {
     PerChannel<std::int32_t> offsets;
 

@@ -8,8 +8,8 @@ namespace {
 constexpr PixelColor kChannels = 0xFFFFFF;
 constexpr PixelColor kHighBits = 0x808080;
 
-// The high bit of each channel of `a` that is at or above that of `b`. The low seven bits are compared by a subtraction
-// that cannot borrow from the next channel; they decide where the high bits are equal.
+// Returns the high bit of each channel of `a` that is at or above the channel of `b`. The low seven bits are compared
+// by a subtraction that cannot borrow from the next channel; they decide where the high bits are equal.
 [[gnu::always_inline]] inline PixelColor at_or_above(PixelColor a, PixelColor b) {
     const PixelColor low_bits = (a | kHighBits) - (b & ~kHighBits & kChannels);
     return ((a & ~b) | (~(a ^ b) & low_bits)) & kHighBits;
@@ -17,7 +17,7 @@ constexpr PixelColor kHighBits = 0x808080;
 
 enum class Matches { if_all_pass, if_any_passes };
 
-// Kept pixels stay whole; replaced ones are the target, without a top byte.
+// Pixels that do not match stay whole. The others get the target's colour, without a top byte.
 template <Matches matches>
 class Replace {
 public:
@@ -33,7 +33,7 @@ public:
     }
 
 private:
-    PixelColor flip_;  // of what is compared: it turns at or below into at or above
+    PixelColor flip_;  // inverts both colours for `darker`, so that at or below becomes at or above
     PixelColor threshold_, target_;
 };
 
