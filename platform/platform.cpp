@@ -4,6 +4,7 @@
 #include <memory>
 #include <new>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #if defined(__powerpc__)
@@ -22,13 +23,7 @@ struct CGContext {
     PixelLayout layout;
 };
 
-namespace {
-
-constexpr std::int32_t kMaxDepth = 32;
-constexpr OSErr kParamErr = -50;
-
-// All that is kept between calls.
-struct State {
+struct PlatformState {
     GWorldPtr current = nullptr;
     std::unordered_map<PixMapHandle, std::unique_ptr<CGrafPort>> worlds;
     std::unordered_map<CGContextRef, std::unique_ptr<CGContext>> contexts;
@@ -39,10 +34,18 @@ struct State {
     void* refresh_context = nullptr;
 };
 
-// The state is never destroyed, because objects of other libraries may end after this library.
-State& state() {
-    static State& only = *new State;
-    return only;
+namespace {
+
+constexpr std::int32_t kMaxDepth = 32;
+constexpr OSErr kParamErr = -50;
+
+constinit thread_local PlatformState* chosen = nullptr;
+
+// The process's own is never destroyed, because objects of other libraries may end after this library.
+PlatformState& state() {
+    if (chosen) return *chosen;
+    static PlatformState& own = *new PlatformState;
+    return own;
 }
 
 bool has_vector_unit() {
@@ -172,7 +175,7 @@ char* NewPtr(std::int32_t size) {
 void DisposePtr(char* pointer) { state().blocks.erase(pointer); }
 
 GDHandle GetMainDevice() {
-    State& live = state();
+    PlatformState& live = state();
     if (live.refresh_screen) live.refresh_screen(live.refresh_context);
     return live.device.gdPMap ? &live.device_pointer : nullptr;
 }
@@ -218,7 +221,7 @@ GWorldPtr PlatformNewGWorld(const PixelLayout* layout, const RGBColor* colors, s
 
 void PlatformDisposeGWorld(GWorldPtr world) {
     if (!world) return;
-    State& live = state();
+    PlatformState& live = state();
     if (live.current == world) live.current = nullptr;
     if (live.device.gdPMap == &world->map_pointer) live.device = {};
     live.worlds.erase(&world->map_pointer);
@@ -239,7 +242,7 @@ CGContextRef PlatformNewBitmapContext(const PixelLayout* layout) {
 void PlatformDisposeBitmapContext(CGContextRef context) { state().contexts.erase(context); }
 
 void PlatformSetMainDevice(GWorldPtr screen, std::int16_t left, std::int16_t top) {
-    State& live = state();
+    PlatformState& live = state();
     live.device = {};
     if (!screen) return;
     const Rect& bounds = screen->map.bounds;
@@ -252,8 +255,14 @@ void PlatformSetScreenRefresh(PlatformScreenRefresh refresh, void* context) {
     state().refresh_context = context;
 }
 
+PlatformState* PlatformNewState() { return new PlatformState; }
+
+void PlatformDisposeState(PlatformState* state) { delete state; }
+
+PlatformState* PlatformUseState(PlatformState* state) { return std::exchange(chosen, state); }
+
 PlatformCounts PlatformLiveObjects() {
-    const State& live = state();
+    const PlatformState& live = state();
     PlatformCounts counts{};
     counts.worlds = static_cast<std::int32_t>(live.worlds.size());
     counts.contexts = static_cast<std::int32_t>(live.contexts.size());

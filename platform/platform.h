@@ -4,7 +4,8 @@
 // device, the processor's features. Host and plugin both link this library, as both would link the operating system.
 //
 // No object here owns its pixels: whoever makes a world, a context or a device keeps its pixel memory alive for as long
-// as the object lives. All calls come from one thread at a time.
+// as the object lives. What is kept between calls is a state: the process's own, or one that the calling thread has
+// chosen. A state is used by one thread at a time.
 
 #include <cstddef>
 #include <cstdint>
@@ -138,6 +139,15 @@ PLATFORM_API void PlatformSetMainDevice(GWorldPtr screen, std::int16_t left, std
 // to date, and may set another main screen or none.
 using PlatformScreenRefresh = void (*)(void* context);
 PLATFORM_API void PlatformSetScreenRefresh(PlatformScreenRefresh refresh, void* context);
+
+// Everything that is kept between calls: the current world, all worlds, contexts and blocks, the main device. Objects are
+// used while the state that they were made in is chosen; they end with it.
+struct PlatformState;
+// Throws std::bad_alloc.
+PLATFORM_API PlatformState* PlatformNewState();
+PLATFORM_API void PlatformDisposeState(PlatformState* state);  // null is allowed
+// Makes the calling thread use a state, or with null the process's own, and returns what it used before.
+PLATFORM_API PlatformState* PlatformUseState(PlatformState* state);
 
 // How many worlds, contexts and locks of handles and of pixels there are now, for tests.
 struct PlatformCounts {

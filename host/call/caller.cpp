@@ -50,8 +50,12 @@ const RegisteredProperty* find_property(const std::deque<RegisteredClass>& class
 
 }  // namespace
 
-Caller::Caller(Host& host) : host_(host) {
-    const Registry& registry = host.registry();
+bool Callable::changes_its_picture() const {
+    const auto is_variable = [](const Parameter& parameter) { return parameter.by_ref; };
+    return extends() && !declaration.result && std::none_of(parameters.begin(), parameters.end(), is_variable);
+}
+
+Callables::Callables(const Registry& registry) {
     for (const RegisteredMethod& method : registry.methods()) add(method, nullptr);
     for (const RegisteredClass& cls : registry.classes())
         for (const RegisteredMethod& method : cls.methods) add(method, &cls);
@@ -59,8 +63,8 @@ Caller::Caller(Host& host) : host_(host) {
         for (const RegisteredMethod& method : cls.methods) add(method, &cls);
 }
 
-void Caller::add(const RegisteredMethod& method, const RegisteredClass* owner) {
-    Callable& callable = callables_.emplace_back();
+void Callables::add(const RegisteredMethod& method, const RegisteredClass* owner) {
+    Callable& callable = all_.emplace_back();
     callable.declaration = parse_declaration(method.declaration);
     callable.function = method.function;
     callable.setter = method.setter;
@@ -72,6 +76,15 @@ void Caller::add(const RegisteredMethod& method, const RegisteredClass* owner) {
     by_name_[folded(callable.declaration.name)].push_back(&callable);
 }
 
+const std::vector<const Callable*>& Callables::named(std::string_view name) const {
+    static const std::vector<const Callable*> none;
+    const auto found = by_name_.find(folded(name));
+    return found == by_name_.end() ? none : found->second;
+}
+
+Caller::Caller(Host& host)
+    : host_(host), own_(std::make_unique<const Callables>(host.registry())), callables_(*own_) {}
+
 // Returns a text such as "picture.TRV_Add(picture, integer)".
 std::string Caller::describe_call(std::string_view name, const Arguments& arguments) {
     const std::string self = arguments.have_self() ? type_name(arguments.values.front()) + "." : "";
@@ -79,11 +92,6 @@ std::string Caller::describe_call(std::string_view name, const Arguments& argume
 }
 
 // --- finding what is called -----------------------------------------------------------------------------------------
-
-std::vector<const Callable*> Caller::named(std::string_view name) const {
-    const auto found = by_name_.find(folded(name));
-    return found == by_name_.end() ? Candidates{} : found->second;
-}
 
 Caller::Candidates Caller::members_named(const Value& self, std::string_view name) const {
     Candidates result = named(name);
@@ -161,6 +169,7 @@ Value Caller::run(const Callable& callable, const Arguments& arguments, const Va
         result.reset();
     }
     Value returned = frame.call(entry, result, host_.objects());
+    if (host_.cancelled()) throw Cancelled();  // which no plugin lets through
     frame.write_back();
     return returned;
 } catch (const CallError& error) {

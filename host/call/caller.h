@@ -4,6 +4,7 @@
 
 #include <deque>
 #include <map>
+#include <memory>
 #include <optional>
 #include <span>
 #include <stdexcept>
@@ -35,9 +36,34 @@ struct Callable {
 
     bool extends() const { return !parameters.empty() && parameters.front().extends; }
     bool assignable() const { return setter && declaration.result; }
+    // Whether what is called for is a change of the object that the method extends, since nothing else comes of it.
+    bool changes_its_picture() const;
 };
 
-// Everything that can be called in a host. It reads the registry once, so it is to be made after plugins are loaded.
+// Everything that a registry has to call, its declarations parsed. Nothing changes afterwards: any number of callers may
+// share it, on any threads. The registry outlives it.
+class Callables {
+public:
+    // Throws DeclarationError when a registered declaration cannot be parsed.
+    explicit Callables(const Registry& registry);
+    Callables(Registry&&) = delete;
+    Callables(const Callables&) = delete;
+    Callables& operator=(const Callables&) = delete;
+
+    // In order of registration, class members after the global methods.
+    const std::deque<Callable>& all() const { return all_; }
+    // Those of one name, in the same order; valid as long as this lives.
+    const std::vector<const Callable*>& named(std::string_view name) const;
+
+private:
+    void add(const RegisteredMethod& method, const RegisteredClass* owner);
+
+    std::deque<Callable> all_;
+    std::map<std::string, std::vector<const Callable*>> by_name_;  // the keys are folded names
+};
+
+// Calls everything that can be called in a host. Without callables that are shared, it reads the registry once, so it is
+// to be made after plugins are loaded.
 //
 // Arguments are given as values; a `ByRef` argument's value is replaced by what the method leaves in it. Every argument
 // is held with a reference for the length of the call. What an object is decides what it can do, not what a declaration
@@ -46,10 +72,14 @@ struct Callable {
 //
 // Of several methods with the same name, the best match is called (see best_match). If there is none, the call is
 // refused. ByRef arguments fit only exactly.
+//
+// A call whose host threw Cancelled while it yielded throws it too, once the plugin is out of the operation.
 class Caller {
 public:
     // Throws DeclarationError when a registered declaration cannot be parsed.
     explicit Caller(Host& host);
+    // With the callables of the host's registry.
+    Caller(Host& host, const Callables& shared) : host_(host), callables_(shared) {}
 
     // Calls a global method as a plain function: `TRV_MakeGradient(...)`. A method declared with `extends` takes its
     // object as first argument. Throws CallError.
@@ -71,9 +101,9 @@ public:
     Value value_of(const Literal& literal);
 
     // Everything that can be called, in order of registration, class members after the global methods.
-    const std::deque<Callable>& callables() const { return callables_; }
+    const std::deque<Callable>& callables() const { return callables_.all(); }
     // Returns the callables of one name, in the same order.
-    std::vector<const Callable*> named(std::string_view name) const;
+    const std::vector<const Callable*>& named(std::string_view name) const { return callables_.named(name); }
     // Returns how objects of a class fit a type: exactly, by a conversion, or not at all. The class is named as
     // `type_name` names it.
     std::optional<Fit> fit_of_class(std::string_view class_name, const Type& type) const;
@@ -98,7 +128,6 @@ private:
 
     static std::string describe_call(std::string_view name, const Arguments& arguments);
 
-    void add(const RegisteredMethod& method, const RegisteredClass* owner);
     Candidates members_named(const Value& self, std::string_view name) const;
     const RegisteredProperty& property_named(const Value& self, std::string_view name) const;
 
@@ -112,8 +141,8 @@ private:
     Value run(const Callable& callable, const Arguments& arguments, const Value* assigned = nullptr);
 
     Host& host_;
-    std::deque<Callable> callables_;
-    std::map<std::string, Candidates> by_name_;  // the keys are folded names
+    std::unique_ptr<const Callables> own_;  // null for a caller that shares them
+    const Callables& callables_;
 };
 
 }  // namespace tarvo::host

@@ -1,8 +1,10 @@
 #include "bulk_memory.h"
 
+#include <pthread.h>
 #include <sys/mman.h>
 
 #include <limits>
+#include <mutex>
 #include <new>
 #include <vector>
 
@@ -46,53 +48,98 @@ void unmap(const Mapping& mapping) {
     munmap(mapping.address, mapping.capacity);
 }
 
-// The mappings that nobody uses, the one that has been idle longest first.
+// The mappings that nobody uses, the one that has been idle longest first. The lock is held while the list is read or
+// changed, never while the system maps or unmaps.
 class IdleMappings {
 public:
-    // Reserves room for all that can ever be idle, so that giving one back cannot fail.
-    IdleMappings() { mappings_.reserve(BulkMemory::kMostIdle / kHugePage + 1); }
+    IdleMappings() { mappings_.reserve(room_for(most_)); }
 
-    std::size_t bytes() const { return bytes_; }
+    void lock() { one_at_a_time_.lock(); }
+    void unlock() { one_at_a_time_.unlock(); }
+
+    std::size_t bytes() {
+        const std::lock_guard held(*this);
+        return bytes_;
+    }
 
     // Takes the smallest mapping that holds the size and wastes at most half of itself; a null address when there is
     // none.
     Mapping take(std::size_t size) {
+        const std::lock_guard held(*this);
         auto best = mappings_.end();
         for (auto it = mappings_.begin(); it != mappings_.end(); ++it) {
             if (it->capacity < size || it->capacity / 2 > size) continue;
             if (best == mappings_.end() || it->capacity < best->capacity) best = it;
         }
-        if (best == mappings_.end()) return {nullptr, 0};
-        const Mapping taken = *best;
-        mappings_.erase(best);
-        bytes_ -= taken.capacity;
-        return taken;
+        return best == mappings_.end() ? kNone : remove(best);
     }
 
     void give(const Mapping& mapping) noexcept {
         allow_only(mapping, 0);
-        mappings_.push_back(mapping);
-        bytes_ += mapping.capacity;
-        keep(BulkMemory::kMostIdle);
+        while (!add(mapping)) {
+            const Mapping longest_idle = take_beyond(0);
+            unmap(longest_idle.address ? longest_idle : mapping);
+            if (!longest_idle.address) return;
+        }
     }
 
     // Lets the longest idle go until there are no more bytes.
     void keep(std::size_t most) noexcept {
-        while (bytes_ > most) {
-            bytes_ -= mappings_.front().capacity;
-            unmap(mappings_.front());
-            mappings_.erase(mappings_.begin());
+        for (Mapping excess = take_beyond(most); excess.address; excess = take_beyond(most)) unmap(excess);
+    }
+
+    void set_most(std::size_t most) {
+        {
+            const std::lock_guard held(*this);
+            mappings_.reserve(room_for(most));
+            most_ = most;
         }
+        keep(most);
     }
 
 private:
+    static constexpr Mapping kNone = {nullptr, 0};
+
+    // How many mappings so many bytes can be. There is always room for them, so that giving one back cannot fail.
+    static std::size_t room_for(std::size_t bytes) { return bytes / kHugePage; }
+
+    // Returns false when there would be too many bytes.
+    bool add(const Mapping& mapping) {
+        const std::lock_guard held(*this);
+        if (mapping.capacity > most_ || bytes_ > most_ - mapping.capacity) return false;
+        mappings_.push_back(mapping);
+        bytes_ += mapping.capacity;
+        return true;
+    }
+
+    // Takes the mapping that has been idle longest if there are more bytes than so many.
+    Mapping take_beyond(std::size_t most) {
+        const std::lock_guard held(*this);
+        return bytes_ > most ? remove(mappings_.begin()) : kNone;
+    }
+
+    Mapping remove(std::vector<Mapping>::iterator place) {
+        const Mapping removed = *place;
+        mappings_.erase(place);
+        bytes_ -= removed.capacity;
+        return removed;
+    }
+
+    std::mutex one_at_a_time_;
     std::vector<Mapping> mappings_;
     std::size_t bytes_ = 0;
+    std::size_t most_ = BulkMemory::kMostIdle;
 };
 
-// They are never destroyed, because a host may live until the process ends.
+// They are never destroyed, because a host may live until the process ends. No fork leaves a child with a list that
+// another thread was changing.
 IdleMappings& idle_mappings() {
-    static IdleMappings& only = *new IdleMappings;
+    static IdleMappings& only = *[] {
+        auto* const made = new IdleMappings;
+        pthread_atfork([] { idle_mappings().lock(); }, [] { idle_mappings().unlock(); },
+                       [] { idle_mappings().unlock(); });
+        return made;
+    }();
     return only;
 }
 
@@ -125,6 +172,8 @@ BulkMemory::~BulkMemory() {
 }
 
 std::size_t BulkMemory::idle() { return idle_mappings().bytes(); }
+
+void BulkMemory::keep_idle(std::size_t most) { idle_mappings().set_most(most); }
 
 void BulkMemory::release_idle() { idle_mappings().keep(0); }
 

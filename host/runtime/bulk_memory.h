@@ -3,7 +3,7 @@
 // Memory for pixels and other large data. Small pieces are plain allocations of exactly the size asked for. For large
 // ones the page faults of fresh memory would cost more than any work on the bytes, so they are mappings suited to huge
 // pages, which are kept for the next object when one dies. A memory checker sees every access beyond either kind, and
-// every access to memory that was given back.
+// every access to memory that was given back. All functions may be called on any thread.
 
 #include <cstddef>
 #include <cstdint>
@@ -28,8 +28,10 @@ public:
 
     // From this size on, the memory is a mapping.
     static constexpr std::size_t kLarge = std::size_t{1} << 20;
-    // The most bytes of idle mappings that are kept.
+    // The most bytes of idle mappings that are kept, unless told otherwise.
     static constexpr std::size_t kMostIdle = std::size_t{512} << 20;
+    // Keeps at most so many, from now on. Throws std::bad_alloc.
+    static void keep_idle(std::size_t most);
     // The bytes of all idle mappings now.
     static std::size_t idle();
     // Gives them all back to the system.

@@ -1,6 +1,8 @@
 #include "host.h"
 
 #include <algorithm>
+#include <atomic>
+#include <utility>
 
 #include "plugin_library.h"
 #include "services.h"
@@ -8,7 +10,9 @@
 namespace tarvo::host {
 namespace {
 
-Host* current_host = nullptr;
+constinit thread_local Host* current_host = nullptr;
+// Hosts that load plugins share the process's platform state.
+constinit std::atomic<bool> one_loads = false;
 
 int* count_of(Accounts& accounts, ObjectType type) {
     switch (type) {
@@ -25,20 +29,53 @@ int* count_of(Accounts& accounts, ObjectType type) {
 
 }  // namespace
 
-Host::Host(HostOptions options) : options_(options) {
-    if (current_host) throw HostError("there is a host already");
+Host::Host(HostOptions options, const Registry* shared) : options_(options), registry_(shared) {
     if (options.mask_depth < 1 || options.mask_depth > 32) {
         throw HostError("masks of " + std::to_string(options.mask_depth) + " bits cannot be made");
     }
+    if (!shared) {
+        own_registry_ = std::make_unique<Registry>();
+        registry_ = own_registry_.get();
+    }
     objects_.on_misuse = [this](const std::string& what) { complain(what); };
+}
+
+Host::Host(HostOptions options) : Host(options, nullptr) {
+    if (current_host || one_loads.exchange(true)) throw HostError("there is a host already");
+    loads_ = true;
     current_host = this;
+}
+
+Host::Host(const Registry& shared, HostOptions options) : Host(options, &shared) {
+    platform_.reset(PlatformNewState());
+    objects_.most_dead = 0;
 }
 
 // The objects go first, while the destructors of their classes still find this host and their code.
 Host::~Host() {
-    objects_.clear();
-    plugins_.clear();
+    {
+        const Entered for_the_last_time(*this);
+        objects_.clear();
+        plugins_.clear();
+    }
+    if (!loads_) return;
     current_host = nullptr;
+    one_loads = false;
+}
+
+Registry Host::registry_of(REALpluginMain entry) {
+    Host reader({}, nullptr);
+    const Entered entered(reader);
+    if (!reader.start_plugin(entry)) throw HostError("the plugin refused this host");
+    return std::move(*reader.own_registry_);
+}
+
+Host::Entered::Entered(Host& host)
+    : host_before_(std::exchange(current_host, &host)), platform_before_(PlatformUseState(host.platform_.get())) {}
+
+Host::Entered::~Entered() {
+    current_host = host_before_;
+    PlatformUseState(platform_before_);
 }
 
 Host* Host::current() { return current_host; }
@@ -77,6 +114,16 @@ ObjectRef Host::new_picture(const PictureOptions& options, Picture::Paper paper)
     return objects_.add(std::move(picture));
 }
 
+ObjectRef Host::new_picture(const PictureValue& value) {
+    auto picture = Picture::of(value.options, value.pixels);
+    if (!picture)
+        throw Refusal("no picture of " + std::to_string(value.options.width) + " x " +
+                      std::to_string(value.options.height) + " pixels, " + std::to_string(value.options.depth) +
+                      " bits, has " + std::to_string(value.pixels.size) + " bytes");
+    if (value.mask) picture->set_mask(new_picture(*value.mask));
+    return objects_.add(std::move(picture));
+}
+
 ObjectRef Host::new_string(std::string_view bytes) {
     return new_string(bytes.size(),
                       [&](std::span<std::uint8_t> room) { std::copy(bytes.begin(), bytes.end(), room.begin()); });
@@ -107,7 +154,7 @@ ObjectRef Host::new_folder_item(std::string path) {
 ObjectRef Host::new_screen() { return objects_.add(std::make_unique<Screen>()); }
 
 ObjectRef Host::new_instance(std::string_view class_name) {
-    const RegisteredClass* cls = registry_.find_class(class_name);
+    const RegisteredClass* cls = registry_->find_class(class_name);
     return cls ? new_instance(*cls) : ObjectRef();
 }
 

@@ -7,7 +7,29 @@
 //     host.load_plugin("libTarvoGraphics.so");
 //     ObjectRef photo = host.new_picture({.width = 640, .height = 480});
 //
-// There is one host at a time, on one thread. A host outlives every ObjectRef of its objects.
+// A host that loads plugins is the host of its thread for as long as it lives, and there is one such host at a time. A
+// host outlives every ObjectRef of its objects.
+//
+// For calls on many threads, what a plugin registers is read once and is a constant from then on. Every call has a host
+// of its own, which costs next to nothing; pictures live outside of hosts as PictureValues, and share their pixels:
+//
+//     static const Registry registry = Host::registry_of(REALPluginMain);     // of a plugin in the same image, see below
+//     static const Callables callables(registry);                             // declarations, parsed (caller.h)
+//
+//     PictureValue contrast(const PictureValue& photo) {                      // on any thread
+//         Host host(registry, {.paper = Picture::Paper::unset});
+//         const Host::Entered entered(host);                                  // the host of this thread until the end
+//         host.on_yield = [] { if (...) throw Cancelled(); };                 // the call below throws Cancelled, then
+//         Caller caller(host, callables);
+//         const Value result = caller.call_on(host.new_picture(photo), "TRV_AdjustContrast", arguments);
+//         return PictureValue::of(dynamic_cast<Picture&>(*std::get<ObjectRef>(result).get()));
+//     }
+//
+// Everything of the host's objects goes before `entered`: values of a call are declared after it. Hosts may be entered
+// while others are, such as from `on_yield`; plugins keep the code of their last error for each thread, so whoever makes
+// calls there keeps it for the outer one. A plugin that is to be started this way is linked into the image that has the
+// host (targets tarvo_plugin_objects and tarvo_host_call, and the property TARVO_ONE_IMAGE of what links them, which
+// takes the platform's objects instead of its library).
 
 #include <cstdint>
 #include <functional>
@@ -20,6 +42,7 @@
 #include <vector>
 
 #include "object.h"
+#include "picture_value.h"
 #include "real_interface.h"
 #include "registry.h"
 #include "resource_limits.h"
@@ -37,6 +60,9 @@ class Refusal : public HostError {
 public:
     using HostError::HostError;
 };
+
+// Thrown by `on_yield`, it ends the operation that yields. Nothing else may catch it: the caller gets it (see Caller).
+class Cancelled {};
 
 class PluginLibrary;
 
@@ -97,16 +123,41 @@ struct HostOptions {
     // The depth of the masks that the host makes. Tests ask for others.
     int mask_depth = 32;
     Limits limits = {};
+    // Of new pictures of 32 bits, which the operations of a plugin write all over. Others are white, as their bits may
+    // be more than operations write.
+    Picture::Paper paper = Picture::Paper::white;
 };
 
 class Host {
 public:
+    // A host that loads plugins. Throws HostError when there is such a host, or the thread has any.
     explicit Host(HostOptions options = {});
+    // A host in which a plugin that has started already can be called, and none registers anything. It has a platform
+    // state of its own, and keeps no dead objects.
+    explicit Host(const Registry& shared, HostOptions options = {});
+    Host(Registry&& shared, HostOptions options = {}) = delete;
     ~Host();
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;
 
-    // The host that exists now; null between hosts.
+    // Starts a plugin and returns what it registers. Only once for each plugin: it must not run meanwhile. Throws
+    // HostError when the plugin refuses to.
+    static Registry registry_of(REALpluginMain entry);
+
+    // Makes a host, and its platform state, the calling thread's while this lives.
+    class Entered {
+    public:
+        explicit Entered(Host& host);
+        ~Entered();
+        Entered(const Entered&) = delete;
+        Entered& operator=(const Entered&) = delete;
+
+    private:
+        Host* host_before_;
+        PlatformState* platform_before_;
+    };
+
+    // The calling thread's host; null when it has none.
     static Host* current();
 
     // --- plugins ---
@@ -117,7 +168,7 @@ public:
     bool load_plugin(const std::string& path, bool private_copy = false);
     // The same for an entry point that is linked into the program.
     bool start_plugin(REALpluginMain entry);
-    const Registry& registry() const { return registry_; }
+    const Registry& registry() const { return *registry_; }
     double version() const { return options_.version; }
     // Versions below 5.9 read method records without their flags.
     bool reads_method_flags() const { return version() >= 5.9; }
@@ -130,6 +181,8 @@ public:
 
     // Throws Refusal when such a picture cannot be made.
     ObjectRef new_picture(const PictureOptions& options, Picture::Paper paper = Picture::Paper::white);
+    // A picture with the value's pixels, and a mask with its mask's. Throws Refusal when there is no such picture.
+    ObjectRef new_picture(const PictureValue& value);
     // Throws Refusal, also for more bytes than kLongestString.
     ObjectRef new_string(std::string_view bytes);
     // As `new_string`, of bytes that `fill` writes where the string has them.
@@ -165,6 +218,8 @@ public:
     std::function<void(const std::string&)> on_message_box;
     std::function<void()> on_yield;
     int yields() const { return yields_; }
+    // Whether an operation was ended by Cancelled.
+    bool cancelled() const { return cancelled_; }
     // Called before a picture of drawing commands is drawn. It may throw.
     std::function<void()> on_draw;
 
@@ -177,14 +232,23 @@ public:
 
 private:
     friend struct Services;
+    Host(HostOptions options, const Registry* shared);
+
+    struct StateEnd {
+        void operator()(PlatformState* state) const { PlatformDisposeState(state); }
+    };
 
     HostOptions options_;
+    std::unique_ptr<PlatformState, StateEnd> platform_;  // null for the process's own
     ObjectStore objects_;
-    Registry registry_;
+    std::unique_ptr<Registry> own_registry_;  // null in a host that shares one
+    const Registry* registry_;
+    bool loads_ = false;
     std::vector<std::string> message_boxes_;
     std::vector<std::string> complaints_;
     std::optional<Refusal> refusal_;
     int yields_ = 0;
+    bool cancelled_ = false;
     std::vector<std::unique_ptr<PluginLibrary>> plugins_;
 };
 

@@ -8,9 +8,6 @@
 namespace tarvo::host {
 namespace {
 
-// At most this many dead objects are kept, so that their addresses stay taken. Each costs little without its contents.
-constexpr std::size_t kMostDead = 4096;
-
 std::string with_unit(std::size_t count, const char* unit) { return std::to_string(count) + " " + unit; }
 
 }  // namespace
@@ -105,8 +102,9 @@ void ObjectStore::destroy(Object& object) {
     object.release_contents();
     bytes_ -= object.held_bytes_;
     auto node = live_.extract(object.handle());
+    if (most_dead == 0) return;
     dead_.push_back(std::move(node.mapped()));
-    if (dead_.size() > kMostDead) dead_.pop_front();
+    if (dead_.size() > most_dead) dead_.pop_front();
 }
 
 void ObjectStore::clear() {

@@ -5,8 +5,8 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <functional>
+#include <list>
 #include <memory>
 #include <span>
 #include <string>
@@ -113,11 +113,22 @@ struct PictureOptions {
     bool any_sides = false;  // for tests: sides may be 0 or less, as of a picture whose bounds a program has spoilt
 };
 
+// Stored pixels, row after row from the top. Pictures of several hosts may have the same ones, which outlive every host;
+// the memory may also be a program's own, with a deleter or as an alias of what owns it.
+struct SharedPixels {
+    std::shared_ptr<std::uint8_t> bytes;
+    std::size_t size = 0;
+
+    // New ones, which hold anything. Throws std::bad_alloc.
+    static SharedPixels of_size(std::size_t size);
+};
+
 // A picture. A new one is white. Pixels are stored big-endian, as plugins expect them.
 class Picture final : public Object {
 public:
-    // What a new picture's pixels are; `unset` is for callers that write all of them.
-    enum class Paper { white, black, unset };
+    // What a new picture's pixels are; `unset` is for callers that write all of them, `noise` for tests of whether they
+    // do.
+    enum class Paper { white, black, unset, noise };
 
     // Whether any host could make such a picture: it has sides and a depth that pictures have, and not too many bytes.
     static bool is_possible(const PictureOptions& options);
@@ -125,6 +136,10 @@ public:
     static std::uint64_t bytes_of(const PictureOptions& options);
     // Returns null when such a picture cannot be made.
     static std::unique_ptr<Picture> make(const PictureOptions& options, Paper paper = Paper::white);
+    // Returns a graphics world or bitmap context over pixels that are there already, and stay as they are as long as
+    // nobody writes to this picture. Null for other backings, and when there are too few bytes; padding behind the last
+    // row is not needed.
+    static std::unique_ptr<Picture> of(const PictureOptions& options, SharedPixels pixels);
     ~Picture() override;
 
     int width() const { return options_.width; }
@@ -137,6 +152,8 @@ public:
     // The address of a row, counted from the top; null for drawing commands and refused pictures.
     std::uint8_t* row(int y);
     const std::uint8_t* row(int y) const;
+    // The pixels of a graphics world or bitmap context, which live on when the picture ends; none for others.
+    const SharedPixels& shared_pixels() const;
     // The entries of the colour table, 2^depth of them; empty above 8 bits and without a table.
     const std::vector<RGBColor>& colors() const { return options_.colors; }
 
@@ -159,6 +176,7 @@ private:
     struct Store;
     Picture(PictureOptions options, std::unique_ptr<Store> store);
     void fill(Paper paper);
+    void fill_with_noise();
     REALpictureDescription description() const;
     void release_contents() override;
 
@@ -285,6 +303,9 @@ public:
     // Returns all live objects, in no order.
     std::vector<const Object*> all() const;
 
+    // At most this many dead objects are kept, so that their addresses stay taken. Each costs little without its
+    // contents.
+    std::size_t most_dead = 4096;
     // Called with a message when a plugin hands over a reference that none holds.
     std::function<void(const std::string&)> on_misuse;
 
@@ -292,7 +313,7 @@ private:
     void destroy(Object& object);
 
     std::unordered_map<const void*, std::unique_ptr<Object>> live_;
-    std::deque<std::unique_ptr<Object>> dead_;
+    std::list<std::unique_ptr<Object>> dead_;  // the one that died first comes first
     std::uint64_t bytes_ = 0;
     bool clearing_ = false;
 };

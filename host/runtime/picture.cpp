@@ -2,6 +2,9 @@
 #include <limits>
 #include <new>
 #include <optional>
+#include <random>
+#include <span>
+#include <utility>
 
 #include "bulk_memory.h"
 #include "object.h"
@@ -17,6 +20,10 @@ bool has_pixels(Backing backing) { return backing != Backing::drawing_commands &
 
 std::int64_t packed_bytes(const PictureOptions& options) {
     return (static_cast<std::int64_t>(std::max(options.width, 0)) * options.depth + 7) / 8;
+}
+
+std::size_t row_bytes_of(const PictureOptions& options) {
+    return static_cast<std::size_t>(packed_bytes(options) + options.row_padding);
 }
 
 std::size_t rows_of(const PictureOptions& options) { return static_cast<std::size_t>(std::max(options.height, 0)); }
@@ -87,7 +94,7 @@ std::int32_t kind_of(Backing backing) {
 
 // The memory behind a picture and the object that plugins reach it through.
 struct Picture::Store {
-    BulkMemory pixels;
+    SharedPixels pixels;
     std::size_t row_bytes = 0;
     GWorldPtr world = nullptr;
     CGContextRef context = nullptr;
@@ -107,14 +114,15 @@ struct Picture::Store {
         if (options.backing == Backing::pixel_buffer) {
             make_rows(options);
         } else if (has_pixels(options.backing)) {
-            make_block(options);
+            open_block(options, SharedPixels::of_size(row_bytes_of(options) * rows_of(options)));
         }
     }
+    Store(const PictureOptions& options, SharedPixels shared) { open_block(options, std::move(shared)); }
 
     std::uint8_t* row(int y) const {
         const auto index = static_cast<std::size_t>(y);
         if (buffer) return index < row_table.size() ? row_table[index] : nullptr;
-        return pixels.data() ? pixels.data() + index * row_bytes : nullptr;
+        return pixels.bytes ? pixels.bytes.get() + index * row_bytes : nullptr;
     }
 
     void* handed_out() {
@@ -137,11 +145,11 @@ private:
         buffer = {options.width, options.height, row_table.data()};
     }
 
-    void make_block(const PictureOptions& options) {
-        row_bytes = static_cast<std::size_t>(packed_bytes(options) + options.row_padding);
-        pixels = BulkMemory(row_bytes * rows_of(options));
+    void open_block(const PictureOptions& options, SharedPixels block) {
+        row_bytes = row_bytes_of(options);
+        pixels = std::move(block);
         const PixelLayout layout{
-            pixels.data(),        options.width, options.height, options.depth, static_cast<std::int32_t>(row_bytes),
+            pixels.bytes.get(),   options.width, options.height, options.depth, static_cast<std::int32_t>(row_bytes),
             options.dots_per_inch};
         if (options.backing == Backing::graphics_world) {
             make_world(layout, options.colors);
@@ -180,8 +188,12 @@ bool Picture::is_possible(const PictureOptions& options) {
 
 std::uint64_t Picture::bytes_of(const PictureOptions& options) {
     if (!has_pixels(options.backing)) return 0;
-    const auto row_bytes = static_cast<std::uint64_t>(packed_bytes(options) + options.row_padding);
-    return row_bytes * rows_of(options);
+    return std::uint64_t{row_bytes_of(options)} * rows_of(options);
+}
+
+SharedPixels SharedPixels::of_size(std::size_t size) {
+    const auto memory = std::make_shared<BulkMemory>(size);
+    return {{memory, memory->data()}, size};
 }
 
 std::unique_ptr<Picture> Picture::make(const PictureOptions& options, Paper paper) {
@@ -193,6 +205,21 @@ std::unique_ptr<Picture> Picture::make(const PictureOptions& options, Paper pape
         std::unique_ptr<Picture> picture(new Picture(std::move(completed), std::move(store)));
         picture->fill(paper);
         return picture;
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+std::unique_ptr<Picture> Picture::of(const PictureOptions& options, SharedPixels pixels) {
+    const bool in_a_block = options.backing == Backing::graphics_world || options.backing == Backing::bitmap_context;
+    if (!is_possible(options) || options.any_sides || !in_a_block || !pixels.bytes) return nullptr;
+    const std::size_t padding = static_cast<std::size_t>(options.row_padding);
+    if (pixels.size < bytes_of(options) - padding) return nullptr;
+    try {
+        PictureOptions completed = options;
+        completed.colors = complete_colors(options);
+        auto store = std::make_unique<Store>(completed, std::move(pixels));
+        return std::unique_ptr<Picture>(new Picture(std::move(completed), std::move(store)));
     } catch (const std::bad_alloc&) {
         return nullptr;
     }
@@ -215,16 +242,25 @@ std::uint8_t* Picture::row(int y) { return store_->row(y); }
 
 const std::uint8_t* Picture::row(int y) const { return store_->row(y); }
 
+const SharedPixels& Picture::shared_pixels() const { return store_->pixels; }
+
 void Picture::fill(Paper paper) {
     if (paper == Paper::unset || !has_pixels(options_.backing)) return;
+    if (paper == Paper::noise) return fill_with_noise();
     const std::uint32_t value = paper == Paper::white ? white_value(options_) : black_value(options_);
     const bool in_one_piece = store_->row_table.empty() && store_->row_bytes == packed_row_bytes() &&
                               (static_cast<std::int64_t>(width()) * depth()) % 8 == 0;
     if (in_one_piece) {
-        fill_pixels({store_->pixels.data(), store_->pixels.size()}, depth(), value);
+        fill_pixels({store_->pixels.bytes.get(), store_->pixels.size}, depth(), value);
         return;
     }
     for (int y = 0; y < height(); ++y) fill_pixels({row(y), store_->row_bytes}, depth(), value);
+}
+
+void Picture::fill_with_noise() {
+    std::minstd_rand random;
+    for (int y = 0; y < height(); ++y)
+        for (std::uint8_t& byte : std::span(row(y), store_->row_bytes)) byte = static_cast<std::uint8_t>(random() >> 8);
 }
 
 void Picture::set_purged(bool purged) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <mutex>
 #include <span>
 
 #include "names.h"
@@ -15,12 +16,15 @@ struct REALclassRefStruct {
 namespace tarvo::host {
 namespace {
 
-using References = std::vector<std::unique_ptr<REALclassRefStruct>>;
-
-// The references are never destroyed, because plugins keep them and may live until the process ends.
-References& references() {
-    static References& all = *new References;
-    return all;
+// Returns the reference that the process has for the class. It is never destroyed, because plugins keep it and may live
+// until the process ends.
+REALclassRefStruct* reference_to(const std::string& name) {
+    static std::mutex& one_at_a_time = *new std::mutex;
+    static auto& all = *new std::vector<std::unique_ptr<REALclassRefStruct>>;
+    const std::lock_guard lock(one_at_a_time);
+    const auto known = std::find_if(all.begin(), all.end(), [&](const auto& it) { return same_name(it->name, name); });
+    if (known != all.end()) return known->get();
+    return all.emplace_back(new REALclassRefStruct{name}).get();
 }
 
 std::string text_or_empty(const char* text) { return text ? text : ""; }
@@ -91,17 +95,14 @@ const RegisteredClass* Registry::find_class(std::string_view name) const {
 
 REALclassRefStruct* Registry::class_reference(std::string_view name) const {
     const RegisteredClass* cls = find_class(name);
-    if (!cls) return nullptr;
-    References& all = references();
-    const auto known = std::find_if(all.begin(), all.end(), [&](const auto& it) { return same_name(it->name, name); });
-    if (known != all.end()) return known->get();
-    return all.emplace_back(new REALclassRefStruct{cls->name}).get();
+    return cls ? cls->reference : nullptr;
 }
 
 const RegisteredClass* Registry::class_of(const REALclassRefStruct* reference) const {
-    const References& all = references();
-    const auto known = std::find_if(all.begin(), all.end(), [&](const auto& it) { return it.get() == reference; });
-    return known == all.end() ? nullptr : find_class((*known)->name);
+    if (!reference) return nullptr;
+    const auto known = std::find_if(classes_.begin(), classes_.end(),
+                                    [&](const RegisteredClass& cls) { return cls.reference == reference; });
+    return known == classes_.end() ? nullptr : &*known;
 }
 
 void Registry::add_plugin_version(int version) { plugin_versions_.push_back(version); }
@@ -121,6 +122,7 @@ bool Registry::add_method(const REALmethodDefinition& definition, MethodRecords 
 bool Registry::add_class(REALclassDefinition& definition, MethodRecords records) {
     if (!is_plausible(definition) || find_class(definition.name)) return false;
     classes_.push_back(read(definition, records));
+    classes_.back().reference = reference_to(classes_.back().name);
     definition.dataOffset = Instance::kDataOffset;
     log_.push_back("class " + classes_.back().name);
     return true;

@@ -38,8 +38,11 @@ struct RegisteredClass {
     REALword flags = 0;
     std::vector<RegisteredProperty> properties;
     std::vector<RegisteredMethod> methods;
+    REALclassRefStruct* reference = nullptr;  // what plugins know the class by; null for an extension
 };
 
+// Once plugins have started, a registry only changes by their registering more. One that nobody can register with any
+// more is a constant that any number of hosts, on any threads, may read.
 class Registry {
 public:
     // The versions of the plugin interface that plugins have declared, in order.

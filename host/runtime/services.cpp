@@ -152,11 +152,11 @@ struct Services {
     static void unlock_object(const Call& call, REALobjectStruct* handle) { call.drop_reference(handle, false); }
 
     static REALclassRefStruct* class_reference(const Call& call, const char* name) {
-        return name ? call.host.registry_.class_reference(name) : nullptr;
+        return name ? call.host.registry().class_reference(name) : nullptr;
     }
 
     static REALobjectStruct* new_instance_of(const Call& call, REALclassRefStruct* reference) {
-        if (const RegisteredClass* cls = call.host.registry_.class_of(reference)) {
+        if (const RegisteredClass* cls = call.host.registry().class_of(reference)) {
             return call.give<REALobjectStruct>(call.host.new_instance(*cls));
         }
         if (reference) call.complain_of(reference, call.host.objects().find(reference));
@@ -172,8 +172,10 @@ struct Services {
     static REALpictureStruct* new_picture(const Call& call, long width, long height, long depth) {
         check_sides(width, height);
         if (!is_picture_depth(depth)) return nullptr;
+        const Picture::Paper paper = depth == 32 ? call.host.options_.paper : Picture::Paper::white;
         return call.give<REALpictureStruct>(call.host.new_picture(
-            {.width = static_cast<int>(width), .height = static_cast<int>(height), .depth = static_cast<int>(depth)}));
+            {.width = static_cast<int>(width), .height = static_cast<int>(height), .depth = static_cast<int>(depth)},
+            paper));
     }
 
     static int lock_description(const Call& call, REALpictureStruct* handle, REALpictureDescription* filled) {
@@ -272,7 +274,14 @@ struct Services {
     // The callbacks are copied before they are called, because one may set another while it runs.
     static void yield(const Call& call) {
         ++call.host.yields_;
-        if (const auto on_yield = call.host.on_yield) on_yield();
+        const auto on_yield = call.host.on_yield;
+        if (!on_yield) return;
+        try {
+            on_yield();
+        } catch (const Cancelled&) {
+            call.host.cancelled_ = true;
+            throw;
+        }
     }
 
     static void message_box(const Call& call, REALstringStruct* handle) {
@@ -287,18 +296,25 @@ struct Services {
 
     // --- registration ---
 
-    static void register_version(const Call& call, int version) { call.host.registry_.add_plugin_version(version); }
+    // A registry that hosts share is a constant.
+    static void register_version(const Call& call, int version) {
+        if (Registry* const registry = call.host.own_registry_.get()) {
+            registry->add_plugin_version(version);
+        } else {
+            call.complain("nothing can be registered in this host");
+        }
+    }
 
     static void register_method(const Call& call, const REALmethodDefinition* definition) {
-        if (!definition || !call.host.registry_.add_method(*definition, records(call.host))) refuse_record(call);
+        add(call, definition, &Registry::add_method);
     }
 
     static void register_class(const Call& call, REALclassDefinition* definition) {
-        if (!definition || !call.host.registry_.add_class(*definition, records(call.host))) refuse_record(call);
+        add(call, definition, &Registry::add_class);
     }
 
     static void register_extension(const Call& call, REALclassDefinition* definition) {
-        if (!definition || !call.host.registry_.add_extension(*definition, records(call.host))) refuse_record(call);
+        add(call, definition, &Registry::add_extension);
     }
 
 private:
@@ -311,7 +327,15 @@ private:
         return host.reads_method_flags() ? Registry::MethodRecords::with_flags : Registry::MethodRecords::without_flags;
     }
 
-    static void refuse_record(const Call& call) { call.complain("the record is incomplete or registered already"); }
+    template <class Definition, class Adder>
+    static void add(const Call& call, Definition* definition, Adder adder) {
+        Registry* const registry = call.host.own_registry_.get();
+        if (!registry) {
+            call.complain("nothing can be registered in this host");
+        } else if (!definition || !(registry->*adder)(*definition, records(call.host))) {
+            call.complain("the record is incomplete or registered already");
+        }
+    }
 };
 
 std::span<const Service> all_services() {

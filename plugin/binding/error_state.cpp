@@ -20,7 +20,7 @@ const char* error_message(std::int32_t code) {
 
 using namespace tarvo::plugin;
 
-std::int32_t gTRV_Error = 0;
+constinit thread_local std::int32_t gTRV_Error = 0;
 
 int TRV_GetLastError() { return gTRV_Error; }
 

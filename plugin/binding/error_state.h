@@ -7,8 +7,8 @@
 
 #include "real_interface.h"
 
-// The code that the most recent operation left. There is one for the whole process.
-extern std::int32_t gTRV_Error;
+// The code that the most recent operation of the calling thread left.
+extern constinit thread_local std::int32_t gTRV_Error;
 
 namespace tarvo::plugin {
 

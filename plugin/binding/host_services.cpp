@@ -1,5 +1,6 @@
 #include "host_services.h"
 
+#include <atomic>
 #include <cstring>
 #include <limits>
 
@@ -11,21 +12,31 @@ namespace {
 template <class Signature>
 class HostService;
 
-// One entry point of the host, found on first use. After a lookup that fails, the next call tries again.
+// One entry point of the host, found on first use. After a lookup that fails, the next call tries again. All threads
+// find the same one.
 template <class Result, class... Arguments>
 class HostService<Result(Arguments...)> {
 public:
     constexpr explicit HostService(const char* name) : name_(name) {}
 
-    bool found() {
-        if (!entry_) entry_ = reinterpret_cast<Result (*)(Arguments...)>(HCallResolver(name_));
-        return entry_ != nullptr;
+    bool found() { return entry() != nullptr; }
+    Result operator()(Arguments... arguments) {
+        const Entry known = entry();
+        return known ? known(arguments...) : Result();
     }
-    Result operator()(Arguments... arguments) { return found() ? entry_(arguments...) : Result(); }
 
 private:
+    using Entry = Result (*)(Arguments...);
+
+    Entry entry() {
+        Entry known = entry_.load(std::memory_order_relaxed);
+        if (!known && (known = reinterpret_cast<Entry>(HCallResolver(name_))))
+            entry_.store(known, std::memory_order_relaxed);
+        return known;
+    }
+
     const char* name_;
-    Result (*entry_)(Arguments...) = nullptr;
+    std::atomic<Entry> entry_ = nullptr;
 };
 
 constexpr double kFirstVersionWithMethodFlags = 5.9;

@@ -1,5 +1,6 @@
 #include "client_picture.h"
 
+#include <atomic>
 #include <limits>
 #include <utility>
 
@@ -123,12 +124,14 @@ Data* TRV_ClientPicture_GetData(REALobjectStruct* clientPicture) {
 }
 
 REALobjectStruct* TRV_ClientPicture_new(long width, long height, long depth, bool withMask, bool as_picture) {
-    static REALclassRefStruct* sClientPicture_ClassRef = nullptr;
+    static constinit std::atomic<REALclassRefStruct*> sClientPicture_ClassRef = nullptr;
     // The host is asked until it knows the class; then the reference is kept.
-    if (!sClientPicture_ClassRef) sClientPicture_ClassRef = REALGetClassRef("TRV_ClientPicture");
-    if (width <= 0 || height <= 0 || !sClientPicture_ClassRef) return nullptr;
+    REALclassRefStruct* known = sClientPicture_ClassRef.load(std::memory_order_acquire);
+    if (!known && (known = REALGetClassRef("TRV_ClientPicture")))
+        sClientPicture_ClassRef.store(known, std::memory_order_release);
+    if (width <= 0 || height <= 0 || !known) return nullptr;
 
-    HostReference<REALobjectStruct> instance(REALnewInstance(sClientPicture_ClassRef));
+    HostReference<REALobjectStruct> instance(REALnewInstance(known));
     if (!instance) return nullptr;
     Data& data = *TRV_ClientPicture_GetData(instance.get());
     const auto back = as_picture ? back_with_host_picture : back_with_own_memory;
