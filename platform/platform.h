@@ -140,8 +140,8 @@ PLATFORM_API void PlatformSetMainDevice(GWorldPtr screen, std::int16_t left, std
 using PlatformScreenRefresh = void (*)(void* context);
 PLATFORM_API void PlatformSetScreenRefresh(PlatformScreenRefresh refresh, void* context);
 
-// Everything that is kept between calls: the current world, all worlds, contexts and blocks, the main device. Objects are
-// used while the state that they were made in is chosen; they end with it.
+// Everything that is kept between calls: the current world, all worlds, contexts and blocks, the main device. Objects
+// are used while the state that they were made in is chosen; they end with it.
 struct PlatformState;
 // Throws std::bad_alloc.
 PLATFORM_API PlatformState* PlatformNewState();

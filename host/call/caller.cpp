@@ -77,13 +77,11 @@ void Callables::add(const RegisteredMethod& method, const RegisteredClass* owner
 }
 
 const std::vector<const Callable*>& Callables::named(std::string_view name) const {
-    static const std::vector<const Callable*> none;
     const auto found = by_name_.find(folded(name));
-    return found == by_name_.end() ? none : found->second;
+    return found == by_name_.end() ? none_ : found->second;
 }
 
-Caller::Caller(Host& host)
-    : host_(host), own_(std::make_unique<const Callables>(host.registry())), callables_(*own_) {}
+Caller::Caller(Host& host) : host_(host), own_(std::make_unique<const Callables>(host.registry())), callables_(*own_) {}
 
 // Returns a text such as "picture.TRV_Add(picture, integer)".
 std::string Caller::describe_call(std::string_view name, const Arguments& arguments) {
@@ -168,8 +166,18 @@ Value Caller::run(const Callable& callable, const Arguments& arguments, const Va
         entry = callable.setter;
         result.reset();
     }
-    Value returned = frame.call(entry, result, host_.objects());
-    if (host_.cancelled()) throw Cancelled();  // which no plugin lets through
+    const auto call = [&] {
+        host_.watch_paper();
+        Value returned = frame.call(entry, result, host_.objects());
+        if (host_.cancelled()) throw Cancelled();  // which no plugin lets through
+        return returned;
+    };
+    Value returned = call();
+    if (host_.paper_may_show()) {
+        returned = Nil{};
+        host_.use_white_paper();
+        returned = call();
+    }
     frame.write_back();
     return returned;
 } catch (const CallError& error) {

@@ -40,8 +40,8 @@ struct Callable {
     bool changes_its_picture() const;
 };
 
-// Everything that a registry has to call, its declarations parsed. Nothing changes afterwards: any number of callers may
-// share it, on any threads. The registry outlives it.
+// Everything that a registry has to call, its declarations parsed. Nothing changes afterwards: any number of callers
+// may share it, on any threads. The registry outlives it.
 class Callables {
 public:
     // Throws DeclarationError when a registered declaration cannot be parsed.
@@ -60,10 +60,11 @@ private:
 
     std::deque<Callable> all_;
     std::map<std::string, std::vector<const Callable*>> by_name_;  // the keys are folded names
+    std::vector<const Callable*> none_;
 };
 
-// Calls everything that can be called in a host. Without callables that are shared, it reads the registry once, so it is
-// to be made after plugins are loaded.
+// Calls everything that can be called in a host. Without callables that are shared, it reads the registry once, so it
+// is to be made after plugins are loaded.
 //
 // Arguments are given as values; a `ByRef` argument's value is replaced by what the method leaves in it. Every argument
 // is held with a reference for the length of the call. What an object is decides what it can do, not what a declaration
@@ -72,6 +73,9 @@ private:
 //
 // Of several methods with the same name, the best match is called (see best_match). If there is none, the call is
 // refused. ByRef arguments fit only exactly.
+//
+// Pixels that were in memory before are never in a result: a call in which a service failed, and which may have given
+// back a picture that it did not paint, is made once more on white paper.
 //
 // A call whose host threw Cancelled while it yielded throws it too, once the plugin is out of the operation.
 class Caller {

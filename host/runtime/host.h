@@ -13,8 +13,8 @@
 // For calls on many threads, what a plugin registers is read once and is a constant from then on. Every call has a host
 // of its own, which costs next to nothing; pictures live outside of hosts as PictureValues, and share their pixels:
 //
-//     static const Registry registry = Host::registry_of(REALPluginMain);     // of a plugin in the same image, see below
-//     static const Callables callables(registry);                             // declarations, parsed (caller.h)
+//     static const Registry registry = Host::registry_of(REALPluginMain);     // of a plugin in the same image, see
+//     below static const Callables callables(registry);                             // declarations, parsed (caller.h)
 //
 //     PictureValue contrast(const PictureValue& photo) {                      // on any thread
 //         Host host(registry, {.paper = Picture::Paper::unset});
@@ -26,10 +26,10 @@
 //     }
 //
 // Everything of the host's objects goes before `entered`: values of a call are declared after it. Hosts may be entered
-// while others are, such as from `on_yield`; plugins keep the code of their last error for each thread, so whoever makes
-// calls there keeps it for the outer one. A plugin that is to be started this way is linked into the image that has the
-// host (targets tarvo_plugin_objects and tarvo_host_call, and the property TARVO_ONE_IMAGE of what links them, which
-// takes the platform's objects instead of its library).
+// while others are, such as from `on_yield`; plugins keep the code of their last error for each thread, so whoever
+// makes calls there keeps it for the outer one. A plugin that is to be started this way is linked into the image that
+// has the host (targets tarvo_plugin_objects and tarvo_host_call, and the property TARVO_ONE_IMAGE of what links them,
+// which takes the platform's objects instead of its library).
 
 #include <cstdint>
 #include <functional>
@@ -123,8 +123,8 @@ struct HostOptions {
     // The depth of the masks that the host makes. Tests ask for others.
     int mask_depth = 32;
     Limits limits = {};
-    // Of new pictures of 32 bits, which the operations of a plugin write all over. Others are white, as their bits may
-    // be more than operations write.
+    // What operations make pictures of 32 bits on, which they write all over unless a service fails (see
+    // `paper_may_show`). Other pictures are white, since not every operation writes to every depth.
     Picture::Paper paper = Picture::Paper::white;
 };
 
@@ -218,6 +218,12 @@ public:
     std::function<void(const std::string&)> on_message_box;
     std::function<void()> on_yield;
     int yields() const { return yields_; }
+    // Whether, since the last `watch_paper`, a service failed and a picture was made on a paper other than white: an
+    // operation may have given it back as it was. `use_white_paper` is for making the call again.
+    bool paper_may_show() const { return made_unpainted_ && service_failed_; }
+    void watch_paper() { made_unpainted_ = service_failed_ = false; }
+    void note_failed_service() { service_failed_ = true; }
+    void use_white_paper() { options_.paper = Picture::Paper::white; }
     // Whether an operation was ended by Cancelled.
     bool cancelled() const { return cancelled_; }
     // Called before a picture of drawing commands is drawn. It may throw.
@@ -249,6 +255,8 @@ private:
     std::optional<Refusal> refusal_;
     int yields_ = 0;
     bool cancelled_ = false;
+    bool made_unpainted_ = false;
+    bool service_failed_ = false;
     std::vector<std::unique_ptr<PluginLibrary>> plugins_;
 };
 

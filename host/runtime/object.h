@@ -113,8 +113,8 @@ struct PictureOptions {
     bool any_sides = false;  // for tests: sides may be 0 or less, as of a picture whose bounds a program has spoilt
 };
 
-// Stored pixels, row after row from the top. Pictures of several hosts may have the same ones, which outlive every host;
-// the memory may also be a program's own, with a deleter or as an alias of what owns it.
+// Stored pixels, row after row from the top. Pictures of several hosts may have the same ones, which outlive every
+// host; the memory may also be a program's own, with a deleter or as an alias of what owns it.
 struct SharedPixels {
     std::shared_ptr<std::uint8_t> bytes;
     std::size_t size = 0;

@@ -212,7 +212,8 @@ std::unique_ptr<Picture> Picture::make(const PictureOptions& options, Paper pape
 
 std::unique_ptr<Picture> Picture::of(const PictureOptions& options, SharedPixels pixels) {
     const bool in_a_block = options.backing == Backing::graphics_world || options.backing == Backing::bitmap_context;
-    if (!is_possible(options) || options.any_sides || !in_a_block || !pixels.bytes) return nullptr;
+    const bool has_sides = options.width >= 1 && options.height >= 1;
+    if (!is_possible(options) || !has_sides || !in_a_block || !pixels.bytes) return nullptr;
     const std::size_t padding = static_cast<std::size_t>(options.row_padding);
     if (pixels.size < bytes_of(options) - padding) return nullptr;
     try {

@@ -93,14 +93,17 @@ struct Gate<name, body> {
     static Result enter(Arguments... arguments) {
         static const int index = service_index(name.text);
         Host* host = Host::current();
-        if (!host || host->faults.next_call_fails(index)) return Result();
-        try {
-            return body(Call{*host, name.text}, arguments...);
-        } catch (const Refusal& error) {
-            host->refuse(error);
-        } catch (const std::bad_alloc&) {
-            host->refuse(Refusal("not enough memory", Limit::memory));
+        if (!host) return Result();
+        if (!host->faults.next_call_fails(index)) {
+            try {
+                return body(Call{*host, name.text}, arguments...);
+            } catch (const Refusal& error) {
+                host->refuse(error);
+            } catch (const std::bad_alloc&) {
+                host->refuse(Refusal("not enough memory", Limit::memory));
+            }
         }
+        host->note_failed_service();
         return Result();
     }
 };
@@ -173,6 +176,7 @@ struct Services {
         check_sides(width, height);
         if (!is_picture_depth(depth)) return nullptr;
         const Picture::Paper paper = depth == 32 ? call.host.options_.paper : Picture::Paper::white;
+        if (paper != Picture::Paper::white) call.host.made_unpainted_ = true;
         return call.give<REALpictureStruct>(call.host.new_picture(
             {.width = static_cast<int>(width), .height = static_cast<int>(height), .depth = static_cast<int>(depth)},
             paper));

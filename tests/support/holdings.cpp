@@ -30,17 +30,18 @@ bool changes_its_object(const host::Callable& method) {
     return method.declaration.name == "TRV_AdjustRGB_InPlace" || (!method.owner.empty() && method.owner != "picture");
 }
 
+std::vector<std::string> names_of(const std::deque<host::Callable>& methods) {
+    std::vector<std::string> all;
+    for (const host::Callable& method : methods) {
+        std::string name = method.owner + (method.owner.empty() ? "" : "_") + method.declaration.name;
+        std::erase_if(name, [](char c) { return c != '_' && !std::isalnum(static_cast<unsigned char>(c)); });
+        all.push_back(name + "_" + std::to_string(all.size()));
+    }
+    return all;
+}
+
 const std::vector<std::string>& method_names() {
-    static const std::vector<std::string> names = [] {
-        const Session session;
-        std::vector<std::string> all;
-        for (const host::Callable& method : session.caller.callables()) {
-            std::string name = method.owner + (method.owner.empty() ? "" : "_") + method.declaration.name;
-            std::erase_if(name, [](char c) { return c != '_' && !std::isalnum(static_cast<unsigned char>(c)); });
-            all.push_back(name + "_" + std::to_string(all.size()));
-        }
-        return all;
-    }();
+    static const std::vector<std::string> names = names_of(Session().caller.callables());
     return names;
 }
 

@@ -30,7 +30,8 @@ bool is_declared_crookedly(const host::Callable& method);
 // Members of the plugin's classes and the operation in place.
 bool changes_its_object(const host::Callable& method);
 
-// A name for each of `callables()`, fit for parameterised tests.
+// A name for each method, fit for parameterised tests; and those of `callables()` in a host that loads the plugin.
+std::vector<std::string> names_of(const std::deque<host::Callable>& methods);
 const std::vector<std::string>& method_names();
 
 }  // namespace tarvo::test

@@ -109,7 +109,7 @@ ObjectRef random_mask(Session& session, Random& random, int depth, int width, in
 std::vector<std::uint8_t> all_bytes(const ObjectRef& picture) {
     const Picture& whole = pixels(picture);
     std::vector<std::uint8_t> bytes;
-    if (whole.backing() != host::Backing::drawing_commands) {
+    if (whole.row(0)) {  // drawing commands and pictures without rows have none
         const std::size_t count = whole.packed_row_bytes() + static_cast<std::size_t>(whole.options().row_padding);
         for (int y = 0; y < whole.height(); ++y) bytes.insert(bytes.end(), whole.row(y), whole.row(y) + count);
     }

@@ -19,7 +19,10 @@ void load(host::Host& host, bool private_copy) {
 }  // namespace
 
 Session::Session(host::HostOptions options, bool private_copy)
-    : host(options), caller((load(host, private_copy), host)) {}
+    : host(options), entered(host), caller((load(host, private_copy), host)) {}
+
+Session::Session(const SharedPlugin& plugin, host::HostOptions options)
+    : host(plugin.registry, options), entered(host), caller(host, plugin.callables) {}
 
 const host::Callable& Session::callable(std::string_view declaration) const {
     const auto& methods = host.registry().methods();

@@ -35,10 +35,20 @@ Value value(T&& argument) {
         return Value(std::forward<T>(argument));
 }
 
+// What a plugin registers, read once. Hosts for calls share it.
+struct SharedPlugin {
+    explicit SharedPlugin(REALpluginMain entry) : registry(host::Host::registry_of(entry)), callables(registry) {}
+
+    const host::Registry registry;
+    const host::Callables callables;
+};
+
 class Session {
 public:
     // Loads the plugin; `private_copy` when an earlier host's cached entry points must not be there.
     explicit Session(host::HostOptions options = {}, bool private_copy = false);
+    // Has a host for calls, entered.
+    explicit Session(const SharedPlugin& plugin, host::HostOptions options = {});
 
     // `self.name(arguments...)`.
     template <class... Arguments>
@@ -65,6 +75,7 @@ public:
     ObjectRef picture_of(const ObjectRef& client);
 
     host::Host host;
+    host::Host::Entered entered;
     host::Caller caller;
 };
 
