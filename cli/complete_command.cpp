@@ -36,10 +36,9 @@ public:
 
     // With TRV_ for those who write it, without for all others.
     void offer_name(std::string_view name, std::string_view meaning) const {
-        const bool prefixed =
-            word_.size() > 1 && host::folded(kPrefix).starts_with(beginning_of(word_, kPrefix.size()));
-        const bool may_go = name.starts_with(kPrefix) && !prefixed;
-        offer(std::string(name.substr(may_go ? kPrefix.size() : 0)), meaning);
+        const bool prefixed = host::folded(word_).starts_with("trv");
+        if (!prefixed && name.starts_with(kPrefix)) name.remove_prefix(kPrefix.size());
+        offer(std::string(name), meaning);
     }
 
     void offer_files() const { std::cout << ":files\n"; }

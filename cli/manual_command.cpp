@@ -96,10 +96,14 @@ void print_usage(const CLI::App& command) {
     std::cout << '\n';
 }
 
+void print_options(const CLI::App& command) {
+    for (const CLI::Option* option : command.get_options()) entry(head_of(*option), option->get_description());
+}
+
 void print_command(const CLI::App& command) {
     std::cout << ".SS " << escaped(command.get_name()) << '\n' << escaped(command.get_description()) << ".\n.PP\n";
     print_usage(command);
-    for (const CLI::Option* option : command.get_options()) entry(head_of(*option), option->get_description());
+    print_options(command);
     if (!command.get_footer().empty()) std::cout << ".PP\n";
     print_text(command.get_footer());
 }
@@ -135,6 +139,8 @@ void print_manual(const CLI::App& tool, const std::string& date) {
     }
     section("DESCRIPTION");
     print_text(tool.get_description());
+    section("OPTIONS");
+    print_options(tool);
     section("COMMANDS");
     for (const CLI::App* command : shown_commands(tool)) print_command(*command);
     section("OPERATIONS");
