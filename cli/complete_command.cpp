@@ -90,8 +90,7 @@ void offer_search_words(const Choices& choices, const reference::Reference& all)
     for (const reference::Operation& each : all.operations())
         words.insert(words.end(), each.about->words.begin(), each.about->words.end());
     std::ranges::sort(words);
-    const auto repeated = std::ranges::unique(words);
-    words.erase(repeated.begin(), repeated.end());
+    words.erase(std::unique(words.begin(), words.end()), words.end());
     for (const std::string& word : words) choices.offer(word, "what goes by this word");
 }
 

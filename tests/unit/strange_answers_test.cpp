@@ -253,7 +253,7 @@ TEST_F(StrangeAnswers, ADrawingOfSidesTooLargeToBeDrawnDoesNotLock) {
     const ObjectRef drawing = host.new_picture({.width = 6, .height = 5, .backing = Backing::drawing_commands});
     const auto before = host.accounts();
     for (const auto& [width, height] : {std::pair{32768, 5}, std::pair{6, 32768}}) {
-        on_description = [&](REALpictureDescription& description) {
+        on_description = [&, width = width, height = height](REALpictureDescription& description) {
             if (description.kind != pictureDrawingCommands) return;
             description.width = width;
             description.height = height;
@@ -337,7 +337,7 @@ TEST_F(StrangeAnswers, AResultsMaskOfAnotherSizeIsFilledAllTheSame) {
     const ObjectRef source = make({.width = 4, .height = 3});
     of(source).set_mask(plain({.width = 4, .height = 3}, 0x404040));
     for (const auto& [width, height] : {std::pair{9, 6}, std::pair{8, 5}, std::pair{3, 2}}) {
-        on_new_picture = [&](long asked_width, long asked_height, long) {
+        on_new_picture = [&, width = width, height = height](long asked_width, long asked_height, long) {
             const auto side = [](long length) { return static_cast<int>(length); };
             ObjectRef made = make({.width = side(asked_width), .height = side(asked_height)});
             of(made).set_mask(host.new_picture({.width = width, .height = height}));
