@@ -302,7 +302,7 @@ TEST_F(StrangeAnswers, AResultOfAnotherSizeIsCode6AndStaysUnpaintedInTheClientFo
         SCOPED_TRACE(::testing::Message() << width << " x " << height);
         ObjectRef backing;
         std::vector<std::uint8_t> before;
-        on_new_picture = [&](long, long, long) {
+        on_new_picture = [&, width = width, height = height](long, long, long) {
             backing = make({.width = width, .height = height});
             before.assign(of(backing).row(1), of(backing).row(1) + 4 * width);
             return static_cast<REALpictureStruct*>(ObjectRef(backing).hand_over());
