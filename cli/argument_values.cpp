@@ -1,11 +1,12 @@
 #include "argument_values.h"
 
 #include <cmath>
-#include <numeric>
 #include <optional>
+#include <span>
 #include <variant>
 
 #include "border.h"
+#include "call_numbers.h"
 #include "conversion.h"
 #include "names.h"
 #include "placed_error.h"
@@ -40,6 +41,8 @@ public:
             parameter_ = &binding_.method->parameters[i];
             values.push_back(value_for(binding_.fillings[i]));
         }
+        for (const describe::Caution* each : reference::CallNumbers(*binding_.method, values).cautions())
+            note(each->argument, each->text);
         return values;
     }
 
@@ -146,9 +149,8 @@ private:
 
     Value convolution(const std::vector<std::int32_t>& coefficients) {
         const Value made = instance("TRV_Convolution");
-        Value argument[] = {caller_.host().new_integer_array(coefficients)};
-        caller_.call_on(made, "SetCoefficients", argument);
-        note_if_odd(coefficients);
+        const Value values[] = {made, caller_.host().new_integer_array(coefficients)};
+        call_noting("SetCoefficients", values);
         return made;
     }
 
@@ -158,7 +160,19 @@ private:
         return result;
     }
 
-    void note(const std::string& text) { notes_.push_back(parameter_->name + ": " + text); }
+    // Calls a method of an object, the first of the values, whose arguments are parts of the parameter's.
+    void call_noting(const char* name, std::span<const Value> values) {
+        std::vector<Value> arguments(values.begin() + 1, values.end());
+        caller_.call_on(values.front(), name, arguments);
+        for (const host::Callable* method : caller_.named(name))
+            if (host::same_name(method->owner, host::type_name(values.front())))
+                for (const describe::Caution* each : reference::CallNumbers(*method, values).cautions())
+                    note(parameter_->name, each->text);
+    }
+
+    void note(std::string_view parameter, std::string_view text) {
+        notes_.push_back(std::string(parameter).append(": ").append(text));
+    }
 
     // Notes a literal that the language takes for something else than what was written.
     void note_if_odd(const Value& value) {
@@ -166,17 +180,8 @@ private:
         const bool cut = real && parameter_->type.kind == TypeKind::integer && *real != std::trunc(*real);
         const auto fitted = host::fit(value, parameter_->type);
         if (!fitted || fitted->fit != host::Fit::loose || host::is_nil(value) || (real && !cut)) return;
-        note(value_text(value) + (cut ? " is cut to " : " is taken for ") + value_text(fitted->value));
-    }
-
-    void note_if_odd(const std::vector<std::int32_t>& coefficients) {
-        constexpr std::size_t kMost = 21;
-        const std::size_t count = coefficients.size();
-        if (count > kMost || (count % 2 == 0 && count > 0))
-            note("a convolution takes an odd number of coefficients, at most " + std::to_string(kMost) + "; these " +
-                 std::to_string(count) + " are ignored");
-        else if (std::accumulate(coefficients.begin(), coefficients.end(), std::int64_t{0}) == 0)
-            note("the coefficients add up to 0: such a convolution changes nothing");
+        note(parameter_->name,
+             value_text(value) + (cut ? " is cut to " : " is taken for ") + value_text(fitted->value));
     }
 
     Caller& caller_;

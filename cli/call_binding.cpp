@@ -282,7 +282,7 @@ void check_numbers(const Binding& binding, const CallExpression& call, std::stri
 
 std::optional<Literal> default_of(const Callable& method, const Parameter& parameter) {
     if (parameter.default_value || parameter.by_ref) return parameter.default_value;
-    const describe::Operation* about = reference::description_of(method.declaration.name);
+    const describe::Operation* about = reference::description_of(method);
     if (!about) return std::nullopt;
     const auto argument = std::ranges::find(about->arguments, parameter.name, &describe::Argument::name);
     if (argument == about->arguments.end() || argument->left_out.empty()) return std::nullopt;

@@ -5,6 +5,7 @@
 #include <variant>
 
 #include "argument_values.h"
+#include "call_numbers.h"
 #include "names.h"
 #include "search.h"
 #include "value_text.h"
@@ -19,12 +20,6 @@ using host::Value;
 
 namespace {
 
-std::optional<double> as_number(const Value& value) {
-    if (const auto* integer = std::get_if<std::int32_t>(&value)) return *integer;
-    if (const auto* real = std::get_if<double>(&value)) return *real;
-    return std::nullopt;
-}
-
 class Reason {
 public:
     Reason(Caller& caller, const Callable& method, std::span<const Value> values, std::int32_t code)
@@ -32,7 +27,8 @@ public:
           method_(method),
           values_(values),
           code_(code),
-          about_(reference::description_of(method.declaration.name)) {}
+          numbers_(method, values),
+          about_(reference::description_of(method)) {}
 
     std::string text() const {
         if (std::string range = out_of_range(); !range.empty()) return range;
@@ -50,12 +46,6 @@ private:
         return std::ranges::any_of(method_.parameters, [&](const Parameter& p) { return p.name == name; });
     }
 
-    std::optional<double> number_named(std::string_view name) const {
-        for (std::size_t i = 0; i < values_.size(); ++i)
-            if (parameter(i).name == name) return as_number(values_[i]);
-        return std::nullopt;
-    }
-
     // Returns a text about the first argument whose range gives the code.
     std::string out_of_range() const {
         if (!about_) return {};
@@ -63,21 +53,10 @@ private:
             if (error.code != code_ || error.argument.empty()) continue;
             const auto argument = std::ranges::find(about_->arguments, error.argument, &describe::Argument::name);
             if (argument == about_->arguments.end()) continue;
-            const std::optional<double> value = number_named(argument->name);
-            if (value && !is_within(*argument, *value)) return range_told(*argument, *value);
+            const std::optional<double> value = numbers_.named(argument->name);
+            if (value && !numbers_.is_within(*argument, *value)) return range_told(*argument, *value);
         }
         return {};
-    }
-
-    double limit(const describe::Bound& bound) const {
-        return bound.times.empty() ? bound.value : bound.value * number_named(bound.times).value_or(0);
-    }
-
-    // What is not a number is within no range.
-    bool is_within(const describe::Argument& argument, double value) const {
-        const describe::Bound &low = argument.minimum, &high = argument.maximum;
-        if (low.given() && !(low.exclusive() ? value > limit(low) : value >= limit(low))) return false;
-        return !high.given() || (high.exclusive() ? value < limit(high) : value <= limit(high));
     }
 
     std::string range_told(const describe::Argument& argument, double value) const {
@@ -86,7 +65,8 @@ private:
         std::string text = std::string(argument.name) + " is " + value_text(value) + unit + ", allowed is " +
                            reference::range_text(argument);
         for (const double turned : {value + kFullTurn, value - kFullTurn})
-            if (argument.unit == "degrees" && is_within(argument, turned)) text += ": write " + value_text(turned);
+            if (argument.unit == "degrees" && numbers_.is_within(argument, turned))
+                text += ": write " + value_text(turned);
         return text;
     }
 
@@ -134,6 +114,7 @@ private:
     const Callable& method_;
     std::span<const Value> values_;
     const std::int32_t code_;
+    const reference::CallNumbers numbers_;
     const describe::Operation* about_;  // null for an operation that is not described
 };
 

@@ -28,7 +28,7 @@ constexpr const char* kExitStatuses =
     "  1    an operation failed, or the plugin refused the host; nothing was written\n"
     "  2    wrong use, of the command line or in the text of a call; nothing was read or written\n"
     "  3    a file that cannot be read or written\n"
-    "  130  interrupted";
+    "  130  interrupted: what shells say of an end by the signal INT";
 
 ExitStatus fail(ExitStatus status, const std::string& message) {
     std::cerr << "tarvo: " << tarvo::cli::readable(message) << '\n';
@@ -45,6 +45,7 @@ ExitStatus run(int argc, char** argv) {
     tarvo::cli::handle_interrupts();
     CLI::App tool("Applies the picture operations of Tarvo Graphics to picture files.", "tarvo");
     tool.footer(kExitStatuses);
+    tool.set_version_flag("--version", "tarvo " TARVO_VERSION, "Print the version and end");
     tool.require_subcommand(1);
     tarvo::cli::add_apply_command(tool);
 #ifdef TARVO_SCREEN

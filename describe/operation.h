@@ -83,6 +83,38 @@ struct Error {
     Forms forms = kEveryForm;
 };
 
+// What of an argument is counted.
+enum class Part {
+    value,
+    red,  // of a colour
+    green,
+    blue,
+    count,  // of an array's elements
+    sum,    // of them, wrapped to 32 bits
+};
+
+// A number of a call: a part of an argument, times `scale`, its fraction cut off, and plus `offset`.
+struct Quantity {
+    Text argument{};
+    Part part = Part::value;
+    double scale = 1, offset = 0;
+};
+
+// A product of numbers lies within its bounds, or outside of them, and is a multiple of a number.
+struct Condition {
+    List<Quantity, 2> product{};
+    Bound minimum{}, maximum{};
+    bool outside = false;
+    int multiple_of = 1;
+};
+
+// Whoever calls with such values is told: they are right, and what comes of them is easily taken for a bug.
+struct Caution {
+    Text argument{};  // the one to be told of
+    Text text{};
+    List<Condition, 2> when{};  // all of them hold
+};
+
 // For `tarvo apply INPUT 'CALL'`, from the top of the source tree. No input: the call makes a picture out of nothing.
 struct Example {
     Text input{};
@@ -99,6 +131,7 @@ struct Operation {
     Forms changes_self = kNoForm;    // those that change the object itself
     List<Error, 14> errors{};        // in the order of the checks
     List<Text, 7> notes{};
+    std::span<const Caution> cautions{};  // of several for one argument, the first that holds counts
     Example example{};
 };
 

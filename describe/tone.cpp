@@ -35,6 +35,25 @@ constexpr Text kAlsoPlain =
 constexpr Text kMatrixCounts =
     "Of a missing picture, mask and matrix the matrix counts: its code replaces those before it.";
 
+// The curve's upper segment is made of the product of white, the centre and what the factor adds to 1, in 256ths. A
+// centre at white has none.
+constexpr Caution upper_segment_wraps(Text factor, Part channel) {
+    constexpr double kWhite = 65280, kMost = 2147483647;
+    return {.argument = factor,
+            .text =
+                "its product with the centre does not fit in 32 bits and wraps: values above the centre come out "
+                "wrong",
+            .when = {{.product = {{"center", channel, kWhite}, {factor, Part::value, 256, -256}},
+                      .minimum = including(-kMost - 1),
+                      .maximum = including(kMost),
+                      .outside = true},
+                     {.product = {{"center", channel}}, .maximum = including(254)}}};
+}
+
+constexpr Caution kGammaCautions[] = {upper_segment_wraps("red_factor", Part::red),
+                                      upper_segment_wraps("green_factor", Part::green),
+                                      upper_segment_wraps("blue_factor", Part::blue)};
+
 constexpr Operation kOperations[] = {
     {.name = "TRV_AdjustContrast",
      .summary = "More or less contrast about a centre colour, in a region",
@@ -107,6 +126,7 @@ constexpr Operation kOperations[] = {
                "White can come out as 254: fractions are cut off three times on the way.",
                "A factor that is not a number is accepted, and gives what the most negative integer gives.",
                kDeclaredAsPicture},
+     .cautions = kGammaCautions,
      .example = {kRocket, "TRV_AdjustGamma(nil, &c404040, 2.5, 2.5, 2.5, 0)"}},
 
     {.name = "TRV_AdjustGammaWithMask",
@@ -127,6 +147,7 @@ constexpr Operation kOperations[] = {
                "centre black.",
                "A factor that is not a number is accepted, and gives what the most negative integer gives.",
                kDeclaredAsPicture},
+     .cautions = kGammaCautions,
      .example = {kCoffee, "TRV_AdjustGammaWithMask(docs/pictures/fade.png, &c808080, 1.4, 1.4, 1.4, 0)"}},
 
     {.name = "TRV_AdjustHSV",

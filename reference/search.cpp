@@ -69,11 +69,24 @@ const Class* find_class(const Reference& reference, std::string_view name) {
     return find_named(reference.classes(), name);
 }
 
-const describe::Operation* description_of(std::string_view name) {
-    for (const describe::Family* family : describe::families())
-        for (const describe::Operation& each : family->operations)
-            if (host::same_name(each.name, name)) return &each;
-    return nullptr;
+const describe::Operation* description_of(const host::Callable& method) {
+    const auto among = [&](std::span<const describe::Operation> operations) {
+        const auto named = [&](const describe::Operation& each) {
+            return host::same_name(each.name, method.declaration.name);
+        };
+        const auto found = std::ranges::find_if(operations, named);
+        return found == operations.end() ? nullptr : &*found;
+    };
+    const bool of_class = !method.owner.empty() && !method.extends();
+    const describe::Operation* about = nullptr;
+    if (of_class) {
+        for (const describe::Class* cls : describe::classes())
+            if (host::same_name(cls->name, method.owner)) about = among(cls->methods);
+    } else {
+        for (const describe::Family* family : describe::families())
+            if (!about) about = among(family->operations);
+    }
+    return about;
 }
 
 std::optional<std::size_t> spelling_distance(std::string_view asked, std::string_view name) {

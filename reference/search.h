@@ -16,8 +16,8 @@ namespace tarvo::reference {
 const Operation* find_operation(const Reference& reference, std::string_view name);
 const Class* find_class(const Reference& reference, std::string_view name);
 
-// What is told of the operation of that very name, whether it is registered or not; null for none.
-const describe::Operation* description_of(std::string_view name);
+// What is told of a method; null for nothing.
+const describe::Operation* description_of(const host::Callable& method);
 
 // Returns how many letters are to be put in, left out, changed or exchanged with their neighbour to make one text of
 // the other; none when that is more than a third of the letters asked for, or those are too many for a name. Both texts

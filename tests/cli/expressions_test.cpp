@@ -385,23 +385,39 @@ TEST_F(ExpressionsTest, WhatMayBeTakenForABugIsNoted) {
     EXPECT_EQ(notes("Halves(1.7)"), "note: Halves: count: 1.7 is cut to 1\n");
     EXPECT_EQ(notes("Halves(-1.7)"), "note: Halves: count: -1.7 is cut to -1\n");
     EXPECT_EQ(notes("Halves(&c000010)"), "note: Halves: count: &c000010 is taken for 16\n");
-    const std::string ignored =
-        "note: CoefficientCount: c: a convolution takes an odd number of coefficients, at most 21; ";
-    EXPECT_EQ(notes("CoefficientCount(convolution(1, 2))"), ignored + "these 2 are ignored\n");
-    EXPECT_EQ(notes("CoefficientCount(convolution(1" +
-                    [] {
-                        std::string more;
-                        for (int i = 0; i < 22; ++i) more += ", 1";
-                        return more;
-                    }() +
-                    "))"),
-              ignored + "these 23 are ignored\n");
+    const std::string kernel = "note: CoefficientCount: c: ", odd = "write an odd number of them, 1 to 21\n";
+    EXPECT_EQ(notes("CoefficientCount(convolution(1, 2))"),
+              kernel + "an even number of coefficients is ignored: " + odd);
+    std::string many = "1";
+    for (int i = 0; i < 22; ++i) many += ", 1";
+    EXPECT_EQ(notes("CoefficientCount(convolution(" + many + "))"),
+              kernel + "more than 21 coefficients are ignored: " + odd);
     EXPECT_EQ(notes("CoefficientCount(convolution(-1, 2, -1))"),
-              "note: CoefficientCount: c: the coefficients add up to 0: such a convolution changes nothing\n");
+              kernel + "the coefficients add up to 0: such a kernel changes nothing\n");
     for (const char* fine : {"Halves(2.0)", "Halves(width * 0.3)", "ColorNumber(&c000005)", "Echo(nil)",
                              "CoefficientCount(convolution(1, 2, 1))", "Measure(0, 1.5, 0)"})
         EXPECT_EQ(notes(fine), "") << fine;
     EXPECT_EQ(sample("Halves(1.7)").err, "");  // -q
+}
+
+TEST_F(ExpressionsTest, WhatIsDescribedAsACautionIsNoted) {
+    const auto notes = [&](const std::string& call) {
+        return tool({"apply", small(), call, "-o", file("out.ppm")}).err;
+    };
+    const std::string wraps =
+        "_factor: its product with the centre does not fit in 32 bits and wraps: values above the centre come out "
+        "wrong\n";
+    EXPECT_EQ(notes("AdjustGamma(nil, &c8080FF, 2, 2.5, 2.5)"), "note: TRV_AdjustGamma: green" + wraps);
+    EXPECT_EQ(notes("AdjustGamma(nil, &c808080, 2.5, 1, width * 2)"),
+              "note: TRV_AdjustGamma: red" + wraps + "note: TRV_AdjustGamma: blue" + wraps);
+    EXPECT_EQ(notes("AdjustGamma(nil, &c808080, 2, 2, 2)"), "");
+    EXPECT_EQ(notes("Convolute(nil, convolution(1, 2), convolution(1, -1, 0))"),
+              "note: TRV_Convolute: horiz_convolution: an even number of coefficients is ignored: write an odd number "
+              "of them, 1 to 21\nnote: TRV_Convolute: vert_convolution: the coefficients add up to 0: such a kernel "
+              "changes nothing\n");
+    const Ending failed = tool({"apply", small(), "AdjustGamma(nil, &c808080, 2, 2, 300)"});
+    EXPECT_EQ(failed.status, 1);
+    EXPECT_EQ(failed.err.find("note: "), std::string::npos) << failed.err;
 }
 
 TEST_F(ExpressionsTest, APictureThatIsNotWrittenIsNoted) {

@@ -74,9 +74,17 @@ TEST_F(ListTest, WrongUsageIsTold) {
     const Ending help = tool({"--help"});
     EXPECT_EQ(help.status, 0);
     EXPECT_TRUE(holds(help.out, "Exit status:\n  0    done\n  1    an operation failed")) << help.out;
-    for (const char* status : {"\n  2    wrong use", "\n  3    a file that", "\n  130  interrupted\n"})
+    for (const char* status : {"\n  2    wrong use", "\n  3    a file that",
+                               "\n  130  interrupted: what shells say of an end by the signal INT\n"})
         EXPECT_TRUE(holds(help.out, status)) << help.out;
     EXPECT_TRUE(holds(help.out, "apply")) << help.out;
+}
+
+TEST_F(ListTest, TheVersionIsTold) {
+    const Ending run = tool({"--version"});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(run.out, "tarvo " TARVO_VERSION "\n");
 }
 
 }  // namespace

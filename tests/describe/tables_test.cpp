@@ -130,6 +130,28 @@ TEST_F(Tables, RangesHaveACodeAndCodesARange) {
     }
 }
 
+TEST_F(Tables, CautionsAreOfArgumentsThatAreDescribed) {
+    int cautions = 0;
+    const auto check = [&](const describe::Operation& about) {
+        const auto has = [&](Text name) {
+            return std::ranges::find(about.arguments, name, &describe::Argument::name) != about.arguments.end();
+        };
+        for (const describe::Caution& each : about.cautions) {
+            ++cautions;
+            EXPECT_TRUE(has(each.argument)) << about.name << ": " << each.argument;
+            EXPECT_FALSE(each.when.empty()) << about.name << ": " << each.text;
+            for (const describe::Condition& condition : each.when)
+                for (const describe::Quantity& quantity : condition.product)
+                    EXPECT_TRUE(has(quantity.argument)) << about.name << ": " << quantity.argument;
+        }
+    };
+    for (const describe::Family* family : describe::families())
+        for (const describe::Operation& each : family->operations) check(each);
+    for (const describe::Class* cls : describe::classes())
+        for (const describe::Operation& each : cls->methods) check(each);
+    EXPECT_EQ(cautions, 9);
+}
+
 bool in_small_letters(Text text) {
     return std::ranges::none_of(text, [](unsigned char c) { return std::isupper(c); });
 }
@@ -155,6 +177,8 @@ TEST_F(Tables, TextsAreThereAndPlain) {
         for (const auto& each : about.errors)
             EXPECT_TRUE(is_plain(each.when) || !each.argument.empty()) << about.name << ": " << each.code;
         for (const Text note : about.notes) EXPECT_TRUE(is_plain(note) && note.back() == '.') << note;
+        for (const auto& each : about.cautions)
+            EXPECT_TRUE(is_plain(each.text) && each.text.back() != '.') << each.text;
     };
     for (const describe::Family* family : describe::families())
         for (const describe::Operation& each : family->operations) check(each);

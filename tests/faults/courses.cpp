@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "good_arguments.h"
+#include "search.h"
 
 namespace tarvo::test {
 namespace {
@@ -335,7 +336,7 @@ CourseOf told_course_of(const Callable& method) {
 
 // Of an operation that changes pixels, or looks at them: it takes a region, a mask, or all of the picture.
 CourseOf usual_course_of(const Callable& method) {
-    const describe::Operation* const about = description_of(method);
+    const describe::Operation* const about = reference::description_of(method);
     if (!about || !method.extends()) return nullptr;
     const std::string second = method.parameters.size() > 1 ? method.parameters[1].name : "";
     const bool gives_object = method.declaration.result && method.declaration.result->is_object();

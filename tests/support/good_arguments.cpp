@@ -5,7 +5,7 @@
 #include <limits>
 #include <stdexcept>
 
-#include "tables.h"
+#include "search.h"
 
 namespace tarvo::test {
 
@@ -18,31 +18,8 @@ void PrintTo(const Variant& variant, std::ostream* out) { *out << variant.name; 
 
 // --- what is described ----------------------------------------------------------------------------------------------
 
-namespace {
-
-// Of operations, or of a class's methods.
-template <class Operations>
-const describe::Operation* named(const Operations& operations, std::string_view name) {
-    const auto found = std::ranges::find(operations, name, &describe::Operation::name);
-    return found == operations.end() ? nullptr : &*found;
-}
-
-}  // namespace
-
-const describe::Operation* description_of(const Callable& method) {
-    const std::string_view name = method.declaration.name;
-    if (method.owner.empty() || method.extends()) {
-        for (const describe::Family* family : describe::families())
-            if (const auto* const found = named(family->operations, name)) return found;
-    } else {
-        for (const describe::Class* cls : describe::classes())
-            if (cls->name == method.owner) return named(cls->methods, name);
-    }
-    return nullptr;
-}
-
 const describe::Argument* description_of(const Callable& method, const Parameter& parameter) {
-    const describe::Operation* const operation = description_of(method);
+    const describe::Operation* const operation = reference::description_of(method);
     if (!operation) return nullptr;
     const auto* const found = std::ranges::find(operation->arguments, parameter.name, &describe::Argument::name);
     return found == operation->arguments.end() ? nullptr : found;

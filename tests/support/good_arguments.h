@@ -44,8 +44,6 @@ inline constexpr int kUntouched = 4711;
 std::vector<Value> good_arguments(Session& session, Random& random, const host::Callable& method,
                                   const Variant& variant, const std::optional<Fixed>& fixed = {});
 
-// What is told of the operation; null when nothing is.
-const describe::Operation* description_of(const host::Callable& method);
 // What is told of the parameter; null for the object in front of the dot.
 const describe::Argument* description_of(const host::Callable& method, const host::Parameter& parameter);
 // Whether the method is one of the operation's forms that are meant.
