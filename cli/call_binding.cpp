@@ -156,7 +156,8 @@ private:
             parameter.by_ref ? Fit::exact : fit_to_type(caller_, argument.value, parameter.type);
         if (!fit)
             throw Failure{rank() + 1, argument.value_begin, "found " + found_in(argument, text_), parameter.name,
-                          wanted_for(parameter.type)};
+                          std::holds_alternative<Given>(argument.value) ? host::to_string(parameter.type)
+                                                                        : wanted_for(parameter.type)};
         filled_[place] = Filling{Source::argument, index_};
         match_.fits.push_back(*fit);
     }
@@ -213,7 +214,8 @@ PlacedError no_match(std::vector<Failure> failures) {
             parameters.push_back(failure.parameter);
             wanted.push_back(failure.wanted);
         }
-        return {first.position, alternatives(parameters) + ": expected " + alternatives(wanted) + ", " + first.message};
+        return {first.position, alternatives(parameters) + ": expected " + alternatives(wanted) + ", " + first.message,
+                first.parameter};
     }
     if (failures.size() == 1) return {first.position, first.message + "\n    " + form_of(*first.method)};
     std::string list;
@@ -273,7 +275,8 @@ void check_numbers(const Binding& binding, const CallExpression& call, std::stri
         const ArgumentExpression& argument = call.arguments[filling.argument];
         const bool is_file = parameter.type.is_object() && std::holds_alternative<FormulaOrFile>(argument.value);
         if (in_hand.empty() && !is_file && std::visit(NeedsPicture{}, argument.value))
-            throw PlacedError(argument.value_begin, parameter.name + ": there is no picture in hand to measure");
+            throw PlacedError(argument.value_begin, parameter.name + ": there is no picture in hand to measure",
+                              parameter.name);
         compute_constants(argument.value, parameter.type);
     }
 }

@@ -38,6 +38,19 @@ public:
         return meaning + (meaning.empty() ? "" : "; ") + sizes;
     }
 
+    // Returns the first argument whose range gives the code; null when there is none.
+    const describe::Argument* argument_out_of_range() const {
+        if (!about_) return nullptr;
+        for (const describe::Error& error : about_->errors) {
+            if (error.code != code_ || error.argument.empty()) continue;
+            const auto argument = std::ranges::find(about_->arguments, error.argument, &describe::Argument::name);
+            if (argument == about_->arguments.end()) continue;
+            const std::optional<double> value = numbers_.named(argument->name);
+            if (value && !numbers_.is_within(*argument, *value)) return &*argument;
+        }
+        return nullptr;
+    }
+
 private:
     const Parameter& parameter(std::size_t i) const { return method_.parameters[i]; }
 
@@ -46,17 +59,9 @@ private:
         return std::ranges::any_of(method_.parameters, [&](const Parameter& p) { return p.name == name; });
     }
 
-    // Returns a text about the first argument whose range gives the code.
     std::string out_of_range() const {
-        if (!about_) return {};
-        for (const describe::Error& error : about_->errors) {
-            if (error.code != code_ || error.argument.empty()) continue;
-            const auto argument = std::ranges::find(about_->arguments, error.argument, &describe::Argument::name);
-            if (argument == about_->arguments.end()) continue;
-            const std::optional<double> value = numbers_.named(argument->name);
-            if (value && !numbers_.is_within(*argument, *value)) return range_told(*argument, *value);
-        }
-        return {};
+        const describe::Argument* const argument = argument_out_of_range();
+        return argument ? range_told(*argument, *numbers_.named(argument->name)) : std::string();
     }
 
     std::string range_told(const describe::Argument& argument, double value) const {
@@ -122,6 +127,11 @@ private:
 
 std::string failure_reason(Caller& caller, const Callable& method, std::span<const Value> values, std::int32_t code) {
     return Reason(caller, method, values, code).text();
+}
+
+std::string failed_argument(Caller& caller, const Callable& method, std::span<const Value> values, std::int32_t code) {
+    const describe::Argument* const argument = Reason(caller, method, values, code).argument_out_of_range();
+    return argument ? std::string(argument->name) : std::string();
 }
 
 }  // namespace tarvo::cli

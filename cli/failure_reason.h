@@ -15,4 +15,8 @@ namespace tarvo::cli {
 std::string failure_reason(host::Caller& caller, const host::Callable& method, std::span<const host::Value> values,
                            std::int32_t code);
 
+// Returns the name of the argument that has a value beyond its range; empty when it is none, or not known.
+std::string failed_argument(host::Caller& caller, const host::Callable& method, std::span<const host::Value> values,
+                            std::int32_t code);
+
 }  // namespace tarvo::cli

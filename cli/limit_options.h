@@ -10,8 +10,7 @@
 
 namespace tarvo::cli {
 
-// Returns 268,435,456 pixels a picture, and half of the machine's memory.
-host::Limits default_limits();
+using host::default_limits;
 
 void add_limit_options(CLI::App& command, host::Limits& limits);
 

@@ -1,5 +1,7 @@
 # All that can be chosen of a build. Presets choose for developers; what they leave is for users.
 
+option(TARVO_LIBRARY "Build libtarvo, which programs link" ON)
+option(BUILD_SHARED_LIBS "libtarvo as a shared library" ON)
 option(TARVO_TOOL "Build the tarvo command (CLI11)" ON)
 option(TARVO_PICTURE_LIBRARIES "Read and write PNG and JPEG files (libpng, libjpeg)" ON)
 option(TARVO_SCREEN "Capture the screen of an X display, where libxcb and libxcb-shm are" ON)

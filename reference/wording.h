@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "operation.h"
+#include "tables.h"
 
 namespace tarvo::reference {
 

@@ -82,7 +82,7 @@ void check_size(std::uint64_t width, std::uint64_t height, std::uint64_t max_pix
     const std::string size = "the size is " + std::to_string(width) + " x " + std::to_string(height) + " pixels";
     if (width == 0 || height == 0) throw FileError(size);
     if (width > kLongestSide || height > kLongestSide)
-        throw FileError(size + ", a side may have " + std::to_string(kLongestSide));
+        throw FileError(size + ", a side may have " + std::to_string(kLongestSide), Limit::sides);
     if (width * height > max_pixels)
         throw FileError(
             size + ", together " + std::to_string(width * height) + ", the limit is " + std::to_string(max_pixels),

@@ -6,20 +6,37 @@
 #include "format.h"
 #include "picture_image.h"
 #include "picture_source.h"
+#include "watched_files.h"
 
 namespace tarvo::host {
 
 namespace {
 
 ObjectRef decode(Host& host, ByteSource& file, const ReadOptions& options, FilePixels* pixels = nullptr) {
+    if (options.on_block) {
+        ReadOptions unwatched = options;
+        unwatched.on_block = nullptr;
+        WatchedSource watched(file, options.on_block);
+        return decode(host, watched, unwatched, pixels);
+    }
     PictureBuilder builder(host, options.keep_depth);
     format_of_bytes(file.ahead()).decode(file, options.max_pixels, builder);
     if (pixels) *pixels = builder.file_pixels();
     return builder.finish();
 }
 
+FilePixels encode_watched(const PixelSource& image, const Format& format, const WriteOptions& options, ByteSink& file) {
+    const EncodeOptions how{.jpeg_quality = options.jpeg_quality};
+    if (!options.on_block) return format.encode(image, how, file);
+    const WatchedPixels rows(image, options.on_block);
+    WatchedSink blocks(file, rows, options.on_block);
+    const FilePixels pixels = format.encode(rows, how, blocks);
+    blocks.flush();
+    return pixels;
+}
+
 FilePixels encode(const PictureSource& source, const Format& format, const WriteOptions& options, ByteSink& file) {
-    FilePixels pixels = format.encode(source, {.jpeg_quality = options.jpeg_quality}, file);
+    FilePixels pixels = encode_watched(source, format, options, file);
     pixels.alpha = format.keeps_alpha && has_alpha(source.form());
     return pixels;
 }

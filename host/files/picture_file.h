@@ -25,12 +25,16 @@ struct ReadOptions {
     std::uint64_t max_pixels = std::uint64_t{1} << 28;
     // Called when the file is a pipe that nobody writes to yet, which is then waited for.
     std::function<void()> on_wait = {};
+    // Called every few kilobytes. What it throws ends the reading.
+    std::function<void()> on_block = {};
 };
 
 struct WriteOptions {
     int jpeg_quality = 92;                // 1 to 100
     PartFileWatch* watch = nullptr;       // told of the part file
     std::optional<FilePixels> like = {};  // the pixels that a file is to have, if that loses nothing: see PictureSource
+    // Called for every row, and every few kilobytes. What it throws ends the writing, as an error would.
+    std::function<void()> on_block = {};
 };
 
 // A graphics world. Transparency becomes its mask: 0 where the file is opaque, 255 where it is clear. The format is

@@ -16,7 +16,14 @@ struct Limits {
     std::uint64_t max_memory = kNone;  // bytes of all objects together, and of what decoders take besides
 };
 
-enum class Limit { pixels, memory };
+// What a program bounds unless told otherwise: 268,435,456 pixels a picture, and half of the machine's memory.
+Limits default_limits();
+
+enum class Limit {
+    pixels,
+    memory,
+    sides,  // which no option raises
+};
 
 // An error that may be cured by raising a limit says which.
 class LimitedError : public std::runtime_error {

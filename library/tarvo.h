@@ -1,0 +1,272 @@
+#ifndef TARVO_H
+#define TARVO_H
+
+/* Tarvo Graphics for C: pictures, and the operations on them.
+ *
+ *     tarvo_picture* photo;
+ *     tarvo_result* result;
+ *     if (tarvo_picture_open("photo.jpg", NULL, &photo, NULL) == TARVO_OK &&
+ *         tarvo_apply("AdjustContrast(nil, &c808080, 1.6, 1.6, 1.6)", photo, NULL, &result, NULL) == TARVO_OK)
+ *         tarvo_picture_save(tarvo_result_value(result)->as.picture, "out.png", NULL, NULL);
+ *
+ * Rules that hold everywhere:
+ *
+ * Errors. A function that can fail returns a tarvo_status and takes a tarvo_error** as its last argument, which may be
+ * NULL. It is set on failure only, and then to an error that the caller frees. Nothing about an error is kept anywhere
+ * else. What a function would have given is NULL or 0 after a failure.
+ *
+ * Misuse. NULL where it is not allowed, unknown names, wrong types, rows that are too short and sizes past the limits
+ * give a status, never a crash. That memory is as large as it is said to be is up to the caller.
+ *
+ * Ownership. What a function gives through `picture`, `object`, `result`, `bytes` or `error` belongs to the caller, who
+ * ends it with the _release or _free that belongs to it. What is asked of a picture, a result or an error (pixels,
+ * values, texts) belongs to that, and lives as long.
+ *
+ * Threads. Any function may be called on any thread, at any time, also from a yield. Pictures, results and errors never
+ * change and may be shared by threads; only a tarvo_object belongs to one thread at a time. The library starts no
+ * thread unless a call's options ask for more than one.
+ *
+ * Records. Options begin with their size: set it to sizeof the record. A caller compiled with an older header, whose
+ * record is smaller, is served as before. NULL stands for the defaults, and so does 0 where nothing else is said.
+ *
+ * Texts are UTF-8, and end with a zero byte. */
+
+#include <stddef.h>
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+#if defined(__GNUC__)
+#define TARVO_API __attribute__((visibility("default")))
+#else
+#define TARVO_API
+#endif
+
+#define TARVO_VERSION_MAJOR 1
+#define TARVO_VERSION_MINOR 0
+#define TARVO_VERSION_PATCH 0
+
+/* "1.0.0": the version of the library that runs. */
+TARVO_API const char* tarvo_version(void);
+/* All operations, classes and errors as JSON, as operations.schema.json promises. Lives as long as the library. NULL
+ * when there is no memory for it. */
+TARVO_API const char* tarvo_description(void);
+
+/* --- errors ------------------------------------------------------------------------------------------------------------- */
+
+typedef enum tarvo_status {
+    TARVO_OK = 0,
+    TARVO_OPERATION = 1, /* an operation refused what it was given: the error has its code */
+    TARVO_USE = 2,       /* the call is wrong: its name, its arguments, its text, its options */
+    TARVO_FILE = 3,      /* a file or an encoded picture cannot be read or written */
+    TARVO_LIMIT = 4,     /* a picture would be larger than is possible or allowed */
+    TARVO_MEMORY = 5,    /* there is not as much memory, or it is not allowed */
+    TARVO_CANCELLED = 6  /* a yield asked for the stop */
+} tarvo_status;
+
+typedef struct tarvo_error tarvo_error;
+
+/* Of NULL: TARVO_OK, 0, and "". */
+TARVO_API tarvo_status tarvo_error_status(const tarvo_error* error);
+/* The operation's own code, as docs/errors.md lists them; 0 for none. */
+TARVO_API int32_t tarvo_error_code(const tarvo_error* error);
+/* What went wrong, for people. */
+TARVO_API const char* tarvo_error_message(const tarvo_error* error);
+/* The operation as it is registered, "TRV_Stretch", and the argument that was wrong, "width"; "" where that is not
+ * known. */
+TARVO_API const char* tarvo_error_operation(const tarvo_error* error);
+TARVO_API const char* tarvo_error_argument(const tarvo_error* error);
+/* NULL is allowed. */
+TARVO_API void tarvo_error_free(tarvo_error* error);
+
+/* --- pictures ----------------------------------------------------------------------------------------------------------- */
+
+/* Never changes, and is counted. Shared freely by threads. */
+typedef struct tarvo_picture tarvo_picture;
+
+/* How the bytes of a pixel follow each other in memory, on every machine. A is straight (colours are not multiplied by
+ * it): 255 is opaque, 0 is clear. */
+typedef enum tarvo_layout {
+    TARVO_GREY8 = 1,  /* one byte */
+    TARVO_RGB24 = 2,  /* R, G, B */
+    TARVO_RGBA32 = 3, /* R, G, B, A */
+    TARVO_XRGB32 = 4  /* x, R, G, B: as pictures are stored; x means nothing */
+} tarvo_layout;
+
+/* The longest side of a picture. All pixels together take at most 2^31 - 1 bytes as they are stored. */
+#define TARVO_LONGEST_SIDE 32767
+
+/* Copies rows of pixels, the top one first: row y begins `stride` * y bytes behind `pixels`. A negative stride runs
+ * upwards in memory. The picture is 32 bits deep. RGBA32 gives it a mask. */
+TARVO_API tarvo_status tarvo_picture_from_rows(const void* pixels, ptrdiff_t stride, int32_t width, int32_t height,
+                                               tarvo_layout layout, tarvo_picture** picture, tarvo_error** error);
+/* Takes the caller's memory as it is, without a copy: TARVO_XRGB32, with a stride of at least 4 * width. It must not
+ * change while the picture lives. `release(context)` is called once, when nothing needs the memory any more: on
+ * whatever thread that is, also before this returns, and also when this fails. NULL for `release` is allowed: nobody is
+ * told. */
+TARVO_API tarvo_status tarvo_picture_wrap(const void* xrgb, ptrdiff_t stride, int32_t width, int32_t height,
+                                          void (*release)(void* context), void* context, tarvo_picture** picture,
+                                          tarvo_error** error);
+
+/* Bounds, and a stop, for reading a file. */
+typedef struct tarvo_read_options {
+    size_t size;
+    int32_t keep_depth;  /* not 0: black-and-white files give 1 bit, grey and palette files 8; otherwise 32 bits */
+    uint64_t max_pixels; /* more are TARVO_LIMIT, however few bytes the file has; 0: 268,435,456 */
+    uint64_t max_memory; /* bytes for pictures and decoder; more are TARVO_MEMORY; 0: half of the machine's memory */
+    int (*yield)(void* context); /* called every few kilobytes: not 0 stops the work; NULL: nobody is asked */
+    void* context;
+} tarvo_read_options;
+
+/* Reads PNG, JPEG, PBM, PGM, PPM or PAM, told by the content. Transparency becomes the picture's mask. */
+TARVO_API tarvo_status tarvo_picture_open(const char* path, const tarvo_read_options* options, tarvo_picture** picture,
+                                          tarvo_error** error);
+TARVO_API tarvo_status tarvo_picture_decode(const void* bytes, size_t length, const tarvo_read_options* options,
+                                            tarvo_picture** picture, tarvo_error** error);
+
+typedef struct tarvo_write_options {
+    size_t size;
+    int32_t jpeg_quality;        /* 1 to 100; 0: 92 */
+    int (*yield)(void* context); /* as for reading; an old file stays as it was */
+    void* context;
+} tarvo_write_options;
+
+/* Writes the format that the name's ending tells: .png .jpg .jpeg .pbm .pgm .ppm .pam. The file appears whole or not at
+ * all. PNG and PAM keep the mask; the others show the picture without it. */
+TARVO_API tarvo_status tarvo_picture_save(const tarvo_picture* picture, const char* path,
+                                          const tarvo_write_options* options, tarvo_error** error);
+/* The same in memory. `format` is an ending, with its dot or without: "png". The bytes are freed with tarvo_free. */
+TARVO_API tarvo_status tarvo_picture_encode(const tarvo_picture* picture, const char* format,
+                                            const tarvo_write_options* options, uint8_t** bytes, size_t* length,
+                                            tarvo_error** error);
+/* NULL is allowed. */
+TARVO_API void tarvo_free(void* bytes);
+
+/* Of NULL: 0. */
+TARVO_API int32_t tarvo_picture_width(const tarvo_picture* picture);
+TARVO_API int32_t tarvo_picture_height(const tarvo_picture* picture);
+/* Bits for a pixel: 1, 2, 4, 8, 16, 24 or 32. */
+TARVO_API int32_t tarvo_picture_depth(const tarvo_picture* picture);
+/* 1 or 0. */
+TARVO_API int tarvo_picture_has_mask(const tarvo_picture* picture);
+
+/* Writes the pixels in a layout. `stride` is as for tarvo_picture_from_rows; bytes between rows are not touched. GREY8
+ * is the luma (77 R + 151 G + 28 B + 128) / 256; A is 255 without a mask; x is 0 unless the picture has stored
+ * something else. */
+TARVO_API tarvo_status tarvo_picture_to_rows(const tarvo_picture* picture, void* pixels, ptrdiff_t stride,
+                                             tarvo_layout layout, tarvo_error** error);
+/* The stored pixels, without a copy: TARVO_XRGB32, read-only. NULL unless the picture is 32 bits deep. `stride` may be
+ * NULL. */
+TARVO_API const uint8_t* tarvo_picture_pixels(const tarvo_picture* picture, ptrdiff_t* stride);
+/* SHA-256, in 64 small hexadecimal digits and a zero byte, of the line "tarvo-pixels 1 WIDTH HEIGHT CHANNELS\n" and
+ * then the rows from the top, a pixel being R, G, B and, if there is a mask, A: CHANNELS is 3 or 4. */
+TARVO_API tarvo_status tarvo_picture_sha256(const tarvo_picture* picture, char hex[65]);
+
+/* Counts one more owner, and returns the picture. */
+TARVO_API tarvo_picture* tarvo_picture_retain(tarvo_picture* picture);
+/* Ends what a caller has: the last one frees the pixels. NULL is allowed. */
+TARVO_API void tarvo_picture_release(tarvo_picture* picture);
+
+/* --- objects ------------------------------------------------------------------------------------------------------------ */
+
+/* An instance of a class: a rectangle, a matrix, a convolution. Its methods change it: one thread at a time. */
+typedef struct tarvo_object tarvo_object;
+
+/* `class_name` is "TRV_Rectangle", "TRV_ColorMatrix", "TRV_Convolution" or "TRV_ClientPicture", in letters of either
+ * case. */
+TARVO_API tarvo_status tarvo_object_new(const char* class_name, tarvo_object** object, tarvo_error** error);
+/* These two may be called on any thread, also while another one uses the object. */
+TARVO_API tarvo_object* tarvo_object_retain(tarvo_object* object);
+TARVO_API void tarvo_object_release(tarvo_object* object);
+
+/* --- calls -------------------------------------------------------------------------------------------------------------- */
+
+typedef enum tarvo_type {
+    TARVO_NIL = 0,     /* no picture, no rectangle, ... */
+    TARVO_INTEGER = 1, /* as.integer */
+    TARVO_REAL = 2,    /* as.real */
+    TARVO_BOOLEAN = 3, /* as.boolean: 0 or not */
+    TARVO_COLOR = 4,   /* as.color: 0x00RRGGBB */
+    TARVO_BYTES = 5,   /* as.bytes: a string, or a block of memory; a zero byte follows those that the library gives */
+    TARVO_PICTURE = 6, /* as.picture */
+    TARVO_OBJECT = 7,  /* as.object */
+    TARVO_INTEGERS = 8 /* as.integers: an array */
+} tarvo_type;
+
+typedef struct tarvo_bytes {
+    const void* data;
+    size_t length;
+} tarvo_bytes;
+
+typedef struct tarvo_integers {
+    const int32_t* data;
+    size_t count;
+} tarvo_integers;
+
+/* Owns nothing: what it points to must live as long as it is used. */
+typedef struct tarvo_value {
+    tarvo_type type;
+    union {
+        int32_t integer;
+        double real;
+        int32_t boolean;
+        uint32_t color;
+        tarvo_bytes bytes;
+        tarvo_picture* picture;
+        tarvo_object* object;
+        tarvo_integers integers;
+    } as;
+} tarvo_value;
+
+/* Without a name an argument goes to the next place; named ones come behind those. Names are those of the declaration.
+ */
+typedef struct tarvo_argument {
+    const char* name;
+    tarvo_value value;
+} tarvo_argument;
+
+typedef struct tarvo_call_options {
+    size_t size;
+    int32_t yield_pixels;        /* `yield` is called about every so many pixels; 0: every 1,048,576 */
+    int (*yield)(void* context); /* not 0 stops with TARVO_CANCELLED; NULL: nobody is asked. It may call the library. */
+    void* context;
+    int32_t threads;     /* the most threads for one large picture; 0: one a processor. Without options: 1 */
+    int32_t read_files;  /* not 0: file names in the text of tarvo_apply are read; otherwise they are TARVO_USE */
+    uint64_t max_pixels; /* as for reading, of each picture that the call makes */
+    uint64_t max_memory;
+} tarvo_call_options;
+
+/* What a call gives. Never changes. */
+typedef struct tarvo_result tarvo_result;
+
+/* Calls an operation by its name ("TRV_Stretch", or "Stretch") on `self`, or without: NULL. The method or property of a
+ * class has the class in front: "TRV_ColorMatrix.Multiply" on a TARVO_OBJECT; a property is read without arguments and
+ * set with one; a method that can be assigned to takes the new value as one argument more ("TRV_ColorMatrix.Value":
+ * row, column, value). Of several forms the one that the arguments fit best is called. Arguments with a default may be
+ * left out, and so may what is only given back; a nil result without a reason is a failure. An operation that would
+ * change its picture works on a copy, and that is the result. */
+TARVO_API tarvo_status tarvo_call(const char* operation, const tarvo_value* self, const tarvo_argument* arguments,
+                                  size_t count, const tarvo_call_options* options, tarvo_result** result,
+                                  tarvo_error** error);
+/* Calls what a text says, as the tool's `apply` does: "Stretch(fit(800, 600))". `picture` may be NULL for an operation
+ * that makes one. */
+TARVO_API tarvo_status tarvo_apply(const char* text, tarvo_picture* picture, const tarvo_call_options* options,
+                                   tarvo_result** result, tarvo_error** error);
+
+/* What the operation returns; TARVO_NIL for one that returns nothing. NULL only for NULL. To keep a picture or object
+ * longer than the result, retain it. */
+TARVO_API const tarvo_value* tarvo_result_value(const tarvo_result* result);
+/* What came back in an argument; NULL when there is none of that name. */
+TARVO_API const tarvo_value* tarvo_result_output(const tarvo_result* result, const char* name);
+/* The code of a result with a defect (a mask that could not be kept); 0 for a good one. */
+TARVO_API int32_t tarvo_result_code(const tarvo_result* result);
+/* NULL is allowed. */
+TARVO_API void tarvo_result_release(tarvo_result* result);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

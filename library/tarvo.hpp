@@ -1,0 +1,455 @@
+#ifndef TARVO_HPP
+#define TARVO_HPP
+
+// Tarvo Graphics for C++17 and later: tarvo.h with values and exceptions. Nothing here is in the library itself.
+//
+//     tarvo::Picture photo = tarvo::Picture::open("photo.jpg");
+//     photo.call("TRV_AdjustContrast", nullptr, tarvo::Color{0x808080}, 1.6, 1.6, 1.6).picture().save("out.png");
+//     tarvo::apply("Stretch(fit(200))", photo).picture().save("small.png");
+//
+// What fails throws tarvo::Error. All values move, and copies share what they hold. An object that was moved from, or
+// that was made empty, holds nothing. The rules of tarvo.h hold.
+
+#include <cstddef>
+#include <cstdint>
+#include <exception>
+#include <functional>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "tarvo.h"
+
+namespace tarvo {
+
+class Error : public std::runtime_error {
+public:
+    // Takes the error over.
+    explicit Error(tarvo_error* error)
+        : std::runtime_error(tarvo_error_message(error)),
+          status_(tarvo_error_status(error)),
+          code_(tarvo_error_code(error)),
+          operation_(tarvo_error_operation(error)),
+          argument_(tarvo_error_argument(error)) {
+        tarvo_error_free(error);
+    }
+    Error(tarvo_status status, const std::string& message) : std::runtime_error(message), status_(status) {}
+
+    tarvo_status status() const { return status_; }
+    std::int32_t code() const { return code_; }
+    const std::string& operation() const { return operation_; }
+    const std::string& argument() const { return argument_; }
+
+private:
+    tarvo_status status_;
+    std::int32_t code_ = 0;
+    std::string operation_, argument_;
+};
+
+namespace detail {
+
+// `work(&error)` calls a function of the library.
+template <class Work>
+void check(Work work) {
+    tarvo_error* error = nullptr;
+    const tarvo_status status = work(&error);
+    if (error) throw Error(error);
+    if (status != TARVO_OK) throw Error(status, "failed");
+}
+
+// A callback of a program, which may throw: the exception waits until the library has returned.
+class Yield {
+public:
+    explicit Yield(std::function<bool()> stops) : stops_(std::move(stops)) {}
+
+    template <class Options>
+    void put_into(Options& options) {
+        if (!stops_) return;
+        options.yield = &ask;
+        options.context = this;
+    }
+    template <class Work>
+    void check(Work work) {
+        try {
+            detail::check(work);
+        } catch (...) {
+            if (thrown_) std::rethrow_exception(thrown_);
+            throw;
+        }
+    }
+
+private:
+    static int ask(void* context) {
+        auto* self = static_cast<Yield*>(context);
+        try {
+            return self->stops_() ? 1 : 0;
+        } catch (...) {
+            self->thrown_ = std::current_exception();
+            return 1;
+        }
+    }
+
+    std::function<bool()> stops_;
+    std::exception_ptr thrown_;
+};
+
+// A counted reference.
+template <class Counted, Counted* (*retain)(Counted*), void (*release)(Counted*)>
+class Reference {
+public:
+    Reference() = default;
+    explicit Reference(Counted* owned) : counted_(owned) {}
+    Reference(const Reference& other) : counted_(other.counted_ ? retain(other.counted_) : nullptr) {}
+    Reference(Reference&& other) noexcept : counted_(std::exchange(other.counted_, nullptr)) {}
+    Reference& operator=(Reference other) noexcept {
+        std::swap(counted_, other.counted_);
+        return *this;
+    }
+    ~Reference() { release(counted_); }
+
+    Counted* get() const { return counted_; }
+    explicit operator bool() const { return counted_ != nullptr; }
+
+private:
+    Counted* counted_ = nullptr;
+};
+
+}  // namespace detail
+
+struct Color {
+    std::uint32_t rgb = 0;  // 0x00RRGGBB
+};
+
+// The library's options; `yield` stops the work by returning true, or by throwing what then leaves the call.
+struct ReadOptions {
+    bool keep_depth = false;
+    std::uint64_t max_pixels = 0, max_memory = 0;
+    std::function<bool()> yield = {};
+};
+
+struct WriteOptions {
+    int jpeg_quality = 0;
+    std::function<bool()> yield = {};
+};
+
+struct CallOptions {
+    int yield_pixels = 0;
+    std::function<bool()> yield = {};
+    int threads = 1;
+    bool read_files = false;
+    std::uint64_t max_pixels = 0, max_memory = 0;
+};
+
+class Result;
+class Value;
+
+class Picture {
+public:
+    Picture() = default;
+    // Takes one reference over.
+    explicit Picture(tarvo_picture* owned) : reference_(owned) {}
+
+    static Picture from_rows(const void* pixels, std::ptrdiff_t stride, int width, int height, tarvo_layout layout) {
+        return made([&](tarvo_picture** picture, tarvo_error** error) {
+            return tarvo_picture_from_rows(pixels, stride, width, height, layout, picture, error);
+        });
+    }
+    // Without a copy. `release` is called once, when nothing needs the memory any more, and must not throw.
+    static Picture wrap(const void* xrgb, std::ptrdiff_t stride, int width, int height,
+                        std::function<void()> release = {}) {
+        // The library has it as soon as it is called, and calls it on every way.
+        auto context = std::make_unique<std::function<void()>>(std::move(release));
+        return made([&](tarvo_picture** picture, tarvo_error** error) {
+            return tarvo_picture_wrap(xrgb, stride, width, height, &call_release, context.release(), picture, error);
+        });
+    }
+    static Picture open(const std::string& path, const ReadOptions& options = {}) {
+        return read(options, [&](const tarvo_read_options* how, tarvo_picture** picture, tarvo_error** error) {
+            return tarvo_picture_open(path.c_str(), how, picture, error);
+        });
+    }
+    static Picture decode(const void* bytes, std::size_t length, const ReadOptions& options = {}) {
+        return read(options, [&](const tarvo_read_options* how, tarvo_picture** picture, tarvo_error** error) {
+            return tarvo_picture_decode(bytes, length, how, picture, error);
+        });
+    }
+
+    void save(const std::string& path, const WriteOptions& options = {}) const {
+        write(options, [&](const tarvo_write_options* how, tarvo_error** error) {
+            return tarvo_picture_save(get(), path.c_str(), how, error);
+        });
+    }
+    std::vector<std::uint8_t> encode(const std::string& format, const WriteOptions& options = {}) const {
+        std::uint8_t* bytes = nullptr;
+        std::size_t length = 0;
+        write(options, [&](const tarvo_write_options* how, tarvo_error** error) {
+            return tarvo_picture_encode(get(), format.c_str(), how, &bytes, &length, error);
+        });
+        const std::unique_ptr<std::uint8_t, void (*)(void*)> owned(bytes, &tarvo_free);
+        return {bytes, bytes + length};
+    }
+
+    int width() const { return tarvo_picture_width(get()); }
+    int height() const { return tarvo_picture_height(get()); }
+    int depth() const { return tarvo_picture_depth(get()); }
+    bool has_mask() const { return tarvo_picture_has_mask(get()) != 0; }
+
+    void to_rows(void* pixels, std::ptrdiff_t stride, tarvo_layout layout) const {
+        detail::check([&](tarvo_error** error) { return tarvo_picture_to_rows(get(), pixels, stride, layout, error); });
+    }
+    // The stored pixels, x, R, G, B, as long as the picture lives; null unless it is 32 bits deep.
+    const std::uint8_t* pixels(std::ptrdiff_t* stride = nullptr) const { return tarvo_picture_pixels(get(), stride); }
+    std::string sha256() const {
+        char hex[65];
+        detail::check([&](tarvo_error**) { return tarvo_picture_sha256(get(), hex); });
+        return hex;
+    }
+
+    // Calls an operation on the picture.
+    template <class... Arguments>
+    Result call(const std::string& operation, Arguments&&... arguments) const;
+
+    tarvo_picture* get() const { return reference_.get(); }
+    explicit operator bool() const { return static_cast<bool>(reference_); }
+
+private:
+    static void call_release(void* context) {
+        const std::unique_ptr<std::function<void()>> release(static_cast<std::function<void()>*>(context));
+        if (*release) (*release)();
+    }
+
+    template <class Make>
+    static Picture made(Make make) {
+        tarvo_picture* picture = nullptr;
+        detail::check([&](tarvo_error** error) { return make(&picture, error); });
+        return Picture(picture);
+    }
+    template <class Read>
+    static Picture read(const ReadOptions& options, Read work) {
+        tarvo_read_options how = {};
+        how.size = sizeof how;
+        how.keep_depth = options.keep_depth ? 1 : 0;
+        how.max_pixels = options.max_pixels;
+        how.max_memory = options.max_memory;
+        detail::Yield yield(options.yield);
+        yield.put_into(how);
+        tarvo_picture* picture = nullptr;
+        yield.check([&](tarvo_error** error) { return work(&how, &picture, error); });
+        return Picture(picture);
+    }
+    template <class Write>
+    static void write(const WriteOptions& options, Write work) {
+        tarvo_write_options how = {};
+        how.size = sizeof how;
+        how.jpeg_quality = options.jpeg_quality;
+        detail::Yield yield(options.yield);
+        yield.put_into(how);
+        yield.check([&](tarvo_error** error) { return work(&how, error); });
+    }
+
+    detail::Reference<tarvo_picture, tarvo_picture_retain, tarvo_picture_release> reference_;
+};
+
+// An instance of a class. Copies are the same instance.
+class Object {
+public:
+    Object() = default;
+    // Takes one reference over.
+    explicit Object(tarvo_object* owned) : reference_(owned) {}
+    explicit Object(const std::string& class_name) : class_name_(class_name) {
+        tarvo_object* object = nullptr;
+        detail::check([&](tarvo_error** error) { return tarvo_object_new(class_name.c_str(), &object, error); });
+        reference_ = Reference(object);
+    }
+
+    // Calls a method, reads a property, or sets it with an argument. The name has its class in front, "TRV_Rectangle.Area",
+    // unless the object was made by its class's name.
+    template <class... Arguments>
+    Result call(const std::string& member, Arguments&&... arguments) const;
+
+    tarvo_object* get() const { return reference_.get(); }
+    explicit operator bool() const { return static_cast<bool>(reference_); }
+
+private:
+    using Reference = detail::Reference<tarvo_object, tarvo_object_retain, tarvo_object_release>;
+    Reference reference_;
+    std::string class_name_;
+};
+
+class Rectangle : public Object {
+public:
+    Rectangle(int left, int top, int width, int height);
+};
+
+// An argument's value. It keeps what it points to.
+class Value {
+public:
+    Value() = default;
+    Value(std::nullptr_t) {}
+    Value(int integer) {
+        value_.type = TARVO_INTEGER;
+        value_.as.integer = integer;
+    }
+    Value(double real) {
+        value_.type = TARVO_REAL;
+        value_.as.real = real;
+    }
+    Value(bool boolean) {
+        value_.type = TARVO_BOOLEAN;
+        value_.as.boolean = boolean ? 1 : 0;
+    }
+    Value(Color color) {
+        value_.type = TARVO_COLOR;
+        value_.as.color = color.rgb;
+    }
+    Value(Picture picture) : picture_(std::move(picture)) {
+        value_.type = picture_ ? TARVO_PICTURE : TARVO_NIL;
+        value_.as.picture = picture_.get();
+    }
+    Value(Object object) : object_(std::move(object)) {
+        value_.type = object_ ? TARVO_OBJECT : TARVO_NIL;
+        value_.as.object = object_.get();
+    }
+    Value(std::string bytes) : bytes_(std::make_shared<const std::string>(std::move(bytes))) {
+        value_.type = TARVO_BYTES;
+        value_.as.bytes = {bytes_->data(), bytes_->size()};
+    }
+    Value(const char* text) : Value(std::string(text)) {}
+    Value(std::vector<std::int32_t> integers)
+        : integers_(std::make_shared<const std::vector<std::int32_t>>(std::move(integers))) {
+        value_.type = TARVO_INTEGERS;
+        value_.as.integers = {integers_->data(), integers_->size()};
+    }
+
+    const tarvo_value& get() const { return value_; }
+
+private:
+    tarvo_value value_ = {};
+    Picture picture_;
+    Object object_;
+    std::shared_ptr<const std::string> bytes_;
+    std::shared_ptr<const std::vector<std::int32_t>> integers_;
+};
+
+// A value for the next place, or, with a name, for the parameter of that name.
+class Argument {
+public:
+    template <class Given, class = std::enable_if_t<std::is_constructible_v<Value, Given>>>
+    Argument(Given&& given) : value_(std::forward<Given>(given)) {}
+    Argument(std::string name, Value value) : name_(std::move(name)), value_(std::move(value)) {}
+
+    // Points into this.
+    tarvo_argument get() const { return {name_.empty() ? nullptr : name_.c_str(), value_.get()}; }
+
+private:
+    std::string name_;
+    Value value_;
+};
+
+// What a call gives.
+class Result {
+public:
+    // Takes the result over.
+    explicit Result(tarvo_result* owned) : result_(owned, &tarvo_result_release) {}
+
+    // Return what the operation returns, or throw when it is of another type.
+    Picture picture() const { return Picture(tarvo_picture_retain(returned(TARVO_PICTURE).picture)); }
+    Object object() const { return Object(tarvo_object_retain(returned(TARVO_OBJECT).object)); }
+    std::int32_t integer() const { return returned(TARVO_INTEGER).integer; }
+    double real() const { return returned(TARVO_REAL).real; }
+    bool boolean() const { return returned(TARVO_BOOLEAN).boolean != 0; }
+    Color color() const { return {returned(TARVO_COLOR).color}; }
+    // As long as the result lives.
+    std::string_view bytes() const {
+        const tarvo_bytes& bytes = returned(TARVO_BYTES).bytes;
+        return {static_cast<const char*>(bytes.data), bytes.length};
+    }
+    bool is_nil() const { return value().type == TARVO_NIL; }
+
+    const tarvo_value& value() const { return *tarvo_result_value(result_.get()); }
+    // What came back in an argument; null when there is none of that name.
+    const tarvo_value* output(const std::string& name) const {
+        return tarvo_result_output(result_.get(), name.c_str());
+    }
+    std::int32_t code() const { return tarvo_result_code(result_.get()); }
+    tarvo_result* get() const { return result_.get(); }
+
+private:
+    decltype(tarvo_value::as) returned(tarvo_type type) const {
+        if (value().type != type) throw Error(TARVO_USE, "the result is of another type");
+        return value().as;
+    }
+
+    std::unique_ptr<tarvo_result, void (*)(tarvo_result*)> result_;
+};
+
+namespace detail {
+
+template <class Call>
+Result called(const CallOptions& options, Call call) {
+    tarvo_call_options how = {};
+    how.size = sizeof how;
+    how.yield_pixels = options.yield_pixels;
+    how.threads = options.threads;
+    how.read_files = options.read_files ? 1 : 0;
+    how.max_pixels = options.max_pixels;
+    how.max_memory = options.max_memory;
+    Yield yield(options.yield);
+    yield.put_into(how);
+    tarvo_result* result = nullptr;
+    yield.check([&](tarvo_error** error) { return call(&how, &result, error); });
+    return Result(result);
+}
+
+}  // namespace detail
+
+// Calls an operation on `self`, which may be nullptr: call("TRV_MakeGradient", nullptr, {300, 200, Color{0}, Color{0xFF}}).
+inline Result call(const std::string& operation, const Value& self, const std::vector<Argument>& arguments = {},
+                   const CallOptions& options = {}) {
+    std::vector<tarvo_argument> plain;
+    for (const Argument& argument : arguments) plain.push_back(argument.get());
+    return detail::called(options, [&](const tarvo_call_options* how, tarvo_result** result, tarvo_error** error) {
+        return tarvo_call(operation.c_str(), &self.get(), plain.data(), plain.size(), how, result, error);
+    });
+}
+
+// Calls what a text says, on a picture that may be empty.
+inline Result apply(const std::string& text, const Picture& picture = {}, const CallOptions& options = {}) {
+    return detail::called(options, [&](const tarvo_call_options* how, tarvo_result** result, tarvo_error** error) {
+        return tarvo_apply(text.c_str(), picture.get(), how, result, error);
+    });
+}
+
+template <class... Arguments>
+Result Picture::call(const std::string& operation, Arguments&&... arguments) const {
+    return tarvo::call(operation, *this, {Argument(std::forward<Arguments>(arguments))...});
+}
+
+template <class... Arguments>
+Result Object::call(const std::string& member, Arguments&&... arguments) const {
+    return tarvo::call(class_name_.empty() ? member : class_name_ + "." + member, *this,
+                       {Argument(std::forward<Arguments>(arguments))...});
+}
+
+inline Rectangle::Rectangle(int left, int top, int width, int height) : Object("TRV_Rectangle") {
+    call("left", left);
+    call("top", top);
+    call("width", width);
+    call("height", height);
+}
+
+inline std::string version() { return tarvo_version(); }
+// All operations, classes and errors as JSON.
+inline std::string description() {
+    const char* text = tarvo_description();
+    if (!text) throw Error(TARVO_MEMORY, "not enough memory");
+    return text;
+}
+
+}  // namespace tarvo
+
+#endif
