@@ -7,7 +7,6 @@ endif()
 set(CMAKE_CXX_FLAGS_RELEASE "-O3")  # NDEBUG stays off: checks are part of the program
 set(CMAKE_CXX_FLAGS_SANITIZED "-O1 -g1")
 set(CMAKE_CXX_EXTENSIONS OFF)
-set(CMAKE_POSITION_INDEPENDENT_CODE ON)  # all of it can become part of a shared library
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib")
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")

@@ -22,8 +22,8 @@ struct tarvo_error {
 namespace tarvo::library {
 namespace {
 
-// Stands for every error that there is no memory for.
-tarvo_error no_memory = {TARVO_MEMORY, 0, "not enough memory", "", ""};
+// Stands for every error that there is no memory for. Nobody writes to an error.
+constexpr tarvo_error kNoMemory = {TARVO_MEMORY, 0, "not enough memory", "", ""};
 
 // A text may hold a zero byte, at which it ends for the caller.
 const char* put(char*& place, std::string_view text) {
@@ -40,7 +40,7 @@ tarvo_status give(tarvo_error** error, tarvo_status status, std::string_view mes
     const std::size_t texts = message.size() + operation.size() + argument.size() + 3;
     void* const block = std::malloc(sizeof(tarvo_error) + texts);
     if (!block) {
-        *error = &no_memory;
+        *error = const_cast<tarvo_error*>(&kNoMemory);
         return TARVO_MEMORY;
     }
     char* place = static_cast<char*>(block) + sizeof(tarvo_error);
@@ -77,10 +77,10 @@ tarvo_status report(tarvo_error** error) noexcept {
     } catch (const cli::PlacedError& failure) {
         return give(error, TARVO_USE, failure.what());
     } catch (const std::bad_alloc&) {
-        if (error) *error = &no_memory;
+        if (error) *error = const_cast<tarvo_error*>(&kNoMemory);
         return TARVO_MEMORY;
     } catch (const std::length_error&) {
-        if (error) *error = &no_memory;
+        if (error) *error = const_cast<tarvo_error*>(&kNoMemory);
         return TARVO_MEMORY;
     } catch (const std::exception& failure) {
         return give(error, TARVO_OPERATION, failure.what());
@@ -91,7 +91,7 @@ tarvo_status report(tarvo_error** error) noexcept {
 
 }  // namespace tarvo::library
 
-using tarvo::library::no_memory;
+using tarvo::library::kNoMemory;
 
 tarvo_status tarvo_error_status(const tarvo_error* error) { return error ? error->status : TARVO_OK; }
 int32_t tarvo_error_code(const tarvo_error* error) { return error ? error->code : 0; }
@@ -100,5 +100,5 @@ const char* tarvo_error_operation(const tarvo_error* error) { return error ? err
 const char* tarvo_error_argument(const tarvo_error* error) { return error ? error->argument : ""; }
 
 void tarvo_error_free(tarvo_error* error) {
-    if (error != &no_memory) std::free(error);
+    if (error != &kNoMemory) std::free(error);
 }

@@ -9,6 +9,7 @@
 #include "kept_picture.h"
 #include "options.h"
 #include "picture_file.h"
+#include "shown_text.h"
 
 namespace tarvo::library {
 namespace {
@@ -42,9 +43,15 @@ void write_with(const tarvo_picture& picture, const tarvo_write_options* given, 
     write(dynamic_cast<const host::Picture&>(*written.get()), how);
 }
 
-// A name of a file, of which the ending tells the format.
+// Returns the name of a file with an ending that tells the format. Throws Failure.
 std::string name_of_format(const char* format) {
-    return *format == '.' ? std::string("picture") + format : std::string("picture.") + format;
+    const std::string name = (*format == '.' ? "picture" : "picture.") + std::string(format);
+    try {
+        host::check_writable_name(name);
+    } catch (const host::FileError&) {
+        throw wrong_use("there is no format " + host::quoted(format) + " to write");
+    }
+    return name;
 }
 
 }  // namespace
@@ -98,8 +105,9 @@ tarvo_status tarvo_picture_encode(const tarvo_picture* picture, const char* form
         require(format, "format");
         require(bytes, "bytes");
         require(length, "length");
+        const std::string name = name_of_format(format);
         write_with(*picture, options, [&](const host::Picture& written, const host::WriteOptions& how) {
-            const host::Bytes file = host::encode_picture(written, name_of_format(format), how);
+            const host::Bytes file = host::encode_picture(written, name, how);
             auto* const copy = static_cast<std::uint8_t*>(std::malloc(file.size()));
             if (!copy) throw std::bad_alloc();
             std::memcpy(copy, file.data(), file.size());

@@ -44,6 +44,13 @@ extern "C" {
 #define TARVO_API
 #endif
 
+/* Any number is a value of an enumeration, in C++ as in C. */
+#ifdef __cplusplus
+#define TARVO_INT : int
+#else
+#define TARVO_INT
+#endif
+
 #define TARVO_VERSION_MAJOR 1
 #define TARVO_VERSION_MINOR 0
 #define TARVO_VERSION_PATCH 0
@@ -56,7 +63,7 @@ TARVO_API const char* tarvo_description(void);
 
 /* --- errors ------------------------------------------------------------------------------------------------------------- */
 
-typedef enum tarvo_status {
+typedef enum tarvo_status TARVO_INT {
     TARVO_OK = 0,
     TARVO_OPERATION = 1, /* an operation refused what it was given: the error has its code */
     TARVO_USE = 2,       /* the call is wrong: its name, its arguments, its text, its options */
@@ -88,7 +95,7 @@ typedef struct tarvo_picture tarvo_picture;
 
 /* How the bytes of a pixel follow each other in memory, on every machine. A is straight (colours are not multiplied by
  * it): 255 is opaque, 0 is clear. */
-typedef enum tarvo_layout {
+typedef enum tarvo_layout TARVO_INT {
     TARVO_GREY8 = 1,  /* one byte */
     TARVO_RGB24 = 2,  /* R, G, B */
     TARVO_RGBA32 = 3, /* R, G, B, A */
@@ -183,7 +190,7 @@ TARVO_API void tarvo_object_release(tarvo_object* object);
 
 /* --- calls -------------------------------------------------------------------------------------------------------------- */
 
-typedef enum tarvo_type {
+typedef enum tarvo_type TARVO_INT {
     TARVO_NIL = 0,     /* no picture, no rectangle, ... */
     TARVO_INTEGER = 1, /* as.integer */
     TARVO_REAL = 2,    /* as.real */
