@@ -23,7 +23,8 @@ constexpr const char* kLibraryName = "libTarvoGraphics.so";
 std::string library_of_this_tool() {
     std::error_code error;
     const fs::path folder = fs::read_symlink("/proc/self/exe", error).parent_path();
-    const fs::path candidates[] = {folder / ".." / "lib" / kLibraryName, folder / kLibraryName};
+    const fs::path candidates[] = {folder / ".." / "lib" / kLibraryName, folder / TARVO_PLUGIN_FOLDER / kLibraryName,
+                                   folder / kLibraryName};
     // Without its own place a candidate would be looked for where the tool is run, and found there if somebody put it.
     if (folder.is_absolute())
         for (const fs::path& candidate : candidates)
