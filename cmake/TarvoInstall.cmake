@@ -6,7 +6,8 @@ set(package "${CMAKE_INSTALL_LIBDIR}/cmake/Tarvo")
 set(plugins "${CMAKE_INSTALL_LIBDIR}/tarvo")
 set(generated "${PROJECT_BINARY_DIR}/install")
 
-install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT development)
+# Packages have their own way to tell it.
+install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/tarvo" COMPONENT licence)
 
 if(TARGET libtarvo)
   install(TARGETS libtarvo EXPORT TarvoTargets

@@ -6,6 +6,7 @@
 
 #include "engine.h"
 #include "failure.h"
+#include "format.h"
 #include "kept_picture.h"
 #include "options.h"
 #include "picture_file.h"
@@ -47,7 +48,7 @@ void write_with(const tarvo_picture& picture, const tarvo_write_options* given, 
 std::string name_of_format(const char* format) {
     const std::string name = (*format == '.' ? "picture" : "picture.") + std::string(format);
     try {
-        host::check_writable_name(name);
+        host::format_of_name(name);
     } catch (const host::FileError&) {
         throw wrong_use("there is no format " + host::quoted(format) + " to write");
     }
@@ -89,7 +90,6 @@ tarvo_status tarvo_picture_save(const tarvo_picture* picture, const char* path, 
     return guarded(error, [&] {
         require(picture, "picture");
         require(path, "path");
-        host::check_writable_name(path);
         write_with(*picture, options, [&](const host::Picture& written, const host::WriteOptions& how) {
             host::write_picture_file(written, path, how);
         });
