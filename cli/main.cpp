@@ -62,9 +62,9 @@ ExitStatus run(int argc, char** argv) {
         return end_of_output(ExitStatus::fine);
     } catch (const CLI::ParseError& error) {
         std::ostringstream message;
-        const bool helped = tool.exit(error, std::cout, message) == 0;
-        std::cerr << tarvo::cli::readable(message.str());
-        return end_of_output(helped ? ExitStatus::fine : ExitStatus::wrong_usage);
+        if (tool.exit(error, std::cout, message) == 0) return end_of_output(ExitStatus::fine);
+        std::cerr << "tarvo: " << tarvo::cli::readable(message.str());
+        return ExitStatus::wrong_usage;
     } catch (const CommandError& error) {
         return fail(error.status(), error.what());
     } catch (const tarvo::host::FileError& error) {

@@ -5,6 +5,7 @@
 
 #include <cstdlib>
 
+#include "png_samples.h"
 #include "tool.h"
 
 namespace tarvo::cli {
@@ -100,13 +101,6 @@ TEST_F(ApplyTest, WorksOnClientPictures) {
 
 // --- what files are, and come back as -------------------------------------------------------------------------------
 
-// 2 x 1 pixels of 2 bits: the first and the second of three colours.
-const std::string kPalettePng(
-    "\x89PNG\r\n\x1A\n\0\0\0\x0DIHDR\0\0\0\x02\0\0\0\x01\x02\x03\0\0\0\x89\x4C\x97\x19"
-    "\0\0\0\x09PLTE\xFF\x80\0\0\x40\x80\x01\x02\x03\x86\x40\xD7\x2C"
-    "\0\0\0\x0AIDAT\x78\xDA\x63\x10\0\0\0\x12\0\x11\x08\xDE\xBD\xC3\0\0\0\0IEND\xAE\x42\x60\x82",
-    88);
-
 class Kinds : public ApplyTest {
 protected:
     // What the lines say of the file that is read and of the one that is written, in the format of that ending.
@@ -144,7 +138,14 @@ TEST_F(Kinds, OfGreysComeBackWhereAllAreGrey) {
 }
 
 TEST_F(Kinds, OfPalettesComeBackWhereTheColorsAreFew) {
-    const std::string source = text_file("palette.png", kPalettePng), kept = "palette, 2 bits a pixel";
+    const std::vector<std::uint8_t> bytes = host::png_file({.width = 2,
+                                                            .height = 1,
+                                                            .bit_depth = 2,
+                                                            .color_type = 3,
+                                                            .rows = {0, 0x10},
+                                                            .palette = {255, 128, 0, 0, 64, 128, 1, 2, 3}});
+    const std::string source = text_file("palette.png", {bytes.begin(), bytes.end()});
+    const std::string kept = "palette, 2 bits a pixel";
     EXPECT_EQ(told(source, kNothing, ".png"), (Texts{kept, "palette, 1 bit a pixel"}));
     EXPECT_EQ(colors_of(file("out.png")), (Colors{0xFF8000, 0x004080}));
     EXPECT_EQ(told(source, "MakeDoubleGradient(2, 1000, &c000000, &cFF0080, &cFFFFFF)", ".png"),

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "jpeg_samples.h"
 #include "tool.h"
 #include "watched_memory.h"
 
@@ -88,6 +89,22 @@ TEST_F(ToolLimits, ConversionsTakeAPictureAndLittleElse) {
     EXPECT_LT(taken({"convert", file("out.jpg"), "-o", file("out.ppm")}), kPicture * 12 / 10 + kSlack);
     EXPECT_LT(taken({"apply", file("large.ppm"), nothing, nothing, "-o", file("out.ppm")}),
               2 * kPicture * 12 / 10 + kSlack);
+}
+
+// A file in several scans is held as coefficients, two bytes each.
+TEST_F(ToolLimits, ProgressiveFilesTakeTheirCoefficientsBesides) {
+#ifdef WATCHED_MEMORY
+    GTEST_SKIP() << "AddressSanitizer keeps what is free";
+#endif
+    constexpr unsigned kSide = 3000;
+    constexpr std::size_t kPixels = std::size_t{kSide} * kSide, kSlack = std::size_t{32} << 20;
+    const std::size_t empty = tool({"convert", picture(), "-o", file("out.ppm")}).peak;
+    host::JpegSample sample{kSide, kSide, host::JpegColors::ycc, std::vector<std::uint8_t>(kPixels * 3, 99)};
+    sample.progressive = true;
+    const std::vector<std::uint8_t> bytes = host::jpeg_file(sample);
+    const Ending run = tool({"convert", text_file("a.jpg", {bytes.begin(), bytes.end()}), "-o", file("out.ppm")});
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_LT(run.peak - empty, kPixels * 4 * 12 / 10 + kPixels * 3 * 2 + kSlack);
 }
 
 // A file's claim costs nothing before its pixels come.

@@ -64,11 +64,6 @@ const std::vector<std::string>& form_names() {
 
 // --- ranges ---------------------------------------------------------------------------------------------------------
 
-double next_number(const Parameter& parameter, double number, int step) {
-    if (parameter.type.kind == TypeKind::integer) return number + step;
-    return std::nextafter(number, step * std::numeric_limits<double>::infinity());
-}
-
 std::vector<Range> ranges_of(const DescribedForm& form, const std::vector<Value>& arguments) {
     std::vector<Range> ranges;
     const auto add = [&](std::size_t i, const Bound& bound, int outward) {

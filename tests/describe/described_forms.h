@@ -34,9 +34,6 @@ std::vector<DescribedForm> all_forms(const reference::Reference& reference);
 // A name for each, fit for parameterised tests.
 const std::vector<std::string>& form_names();
 
-// One beyond the bound, or the next number that there is, in the direction of `step` (1 or -1).
-double next_number(const host::Parameter& parameter, double number, int step);
-
 struct Range {
     std::size_t parameter;  // of the callable's
     double nearest_outside, last_inside;

@@ -4,6 +4,8 @@
 #include <limits>
 #include <stdexcept>
 
+#include "good_arguments.h"
+
 namespace tarvo::test {
 namespace {
 
@@ -76,6 +78,23 @@ double RandomArguments::real() {
     if (one_in(3)) return std::uniform_real_distribution(-1.0, 2.0)(random_);
     if (one_in(3)) return std::uniform_real_distribution(-10.0, 400.0)(random_);
     return one_of(kReals);
+}
+
+Value RandomArguments::number(const Callable& method, const Parameter& parameter, const std::vector<Value>& before) {
+    const describe::Argument* const about = description_of(method, parameter);
+    std::vector<double> ends;
+    if (about && !parameter.by_ref)
+        for (const describe::Bound& bound : {about->minimum, about->maximum})
+            if (bound.given()) ends.push_back(test::value_of(bound, method, before));
+    if (ends.empty() || wild_one_in(3)) return value_of(parameter.type, parameter.name);
+    if (!tame_ && one_in(2)) {
+        const double end = one_of(ends);
+        return number_of(parameter, one_in(3) ? end : next_number(parameter, end, one_in(2) ? 1 : -1));
+    }
+    constexpr double kReach = 40;  // where there is one end
+    const double low = about->minimum.given() ? ends.front() : ends.front() - kReach;
+    const double high = about->maximum.given() ? ends.back() : ends.back() + kReach;
+    return number_of(parameter, low + std::uniform_real_distribution(0.0, 1.0)(random_) * (high - low));
 }
 
 // --- pictures -------------------------------------------------------------------------------------------------------
@@ -221,7 +240,7 @@ std::vector<Value> RandomArguments::for_method(const Callable& method) {
     tame_ = one_in(2);
     usual_size_ = wild_one_in(4) ? odd_size() : picture_size();
     std::vector<Value> arguments;
-    for (const Parameter& parameter : method.parameters) arguments.push_back(value_of(parameter.type, parameter.name));
+    for (const Parameter& parameter : method.parameters) arguments.push_back(number(method, parameter, arguments));
     keep_small(arguments, method);
     pictures_.clear();
     return arguments;

@@ -1,7 +1,7 @@
 #pragma once
 
-// Arguments of the declared types, and apart from that anything: values at and around bounds, nil, pictures of every
-// size, depth and kind, good ones and bad ones.
+// Arguments of the declared types, and apart from that anything: values within the ranges that are described, at their
+// ends and beyond, nil, pictures of every size, depth and kind, good ones and bad ones.
 
 #include <span>
 #include <vector>
@@ -36,6 +36,8 @@ private:
     int integer();
     int side();
     double real();
+    // Of a parameter whose range is described: within it, about its ends, or anything.
+    Value number(const host::Callable& method, const host::Parameter& parameter, const std::vector<Value>& before);
     Size picture_size();
     Size odd_size();
     ObjectRef bare_picture(Size size, bool deep);

@@ -56,8 +56,13 @@ double number_within(const Parameter& parameter, double low, double high) {
 }  // namespace
 
 Value number_of(const Parameter& parameter, double number) {
-    if (parameter.type.kind == TypeKind::integer) return static_cast<std::int32_t>(number);
+    if (parameter.type.kind == TypeKind::integer) return host::truncated(number);
     return number;
+}
+
+double next_number(const Parameter& parameter, double number, int step) {
+    if (parameter.type.kind == TypeKind::integer) return number + step;
+    return std::nextafter(number, step * std::numeric_limits<double>::infinity());
 }
 
 double value_of(const Bound& bound, const Callable& method, const std::vector<Value>& arguments) {

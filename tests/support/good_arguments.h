@@ -51,6 +51,8 @@ bool is_of(const describe::Forms& forms, const host::Callable& method);
 
 // A number as the parameter takes it.
 Value number_of(const host::Parameter& parameter, double number);
+// The integer beside this one, or the double, in the direction of `step` (1 or -1).
+double next_number(const host::Parameter& parameter, double number, int step);
 // A bound's value, given the other arguments of the call.
 double value_of(const describe::Bound& bound, const host::Callable& method, const std::vector<Value>& arguments);
 
