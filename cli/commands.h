@@ -8,7 +8,7 @@
 namespace tarvo::cli {
 
 void add_apply_command(CLI::App& tool);
-void add_capture_command(CLI::App& tool);  // in builds that can see a screen
+void add_capture_command(CLI::App& tool);   // in builds that can see a screen
 void add_complete_command(CLI::App& tool);  // for shells
 void add_convert_command(CLI::App& tool);
 void add_help_command(CLI::App& tool);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 
 #include "registry.h"
 
@@ -103,7 +104,11 @@ void ObjectStore::destroy(Object& object) {
     bytes_ -= object.held_bytes_;
     auto node = live_.extract(object.handle());
     if (most_dead == 0) return;
-    dead_.push_back(std::move(node.mapped()));
+    try {
+        dead_.push_back(std::move(node.mapped()));
+    } catch (const std::bad_alloc&) {
+        return;  // without memory nothing keeps the address from being given out again
+    }
     if (dead_.size() > most_dead) dead_.pop_front();
 }
 

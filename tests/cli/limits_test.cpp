@@ -87,6 +87,8 @@ TEST_F(ToolLimits, ConversionsTakeAPictureAndLittleElse) {
     EXPECT_LT(taken({"convert", file("large.ppm"), "-o", file("out.png")}), kPicture * 12 / 10 + kSlack);
     EXPECT_LT(taken({"convert", file("out.png"), "-o", file("out.jpg")}), kPicture * 12 / 10 + kSlack);
     EXPECT_LT(taken({"convert", file("out.jpg"), "-o", file("out.ppm")}), kPicture * 12 / 10 + kSlack);
+    EXPECT_LT(taken({"convert", file("large.ppm"), "-o", file("out.trv")}), kPicture * 12 / 10 + kSlack);
+    EXPECT_LT(taken({"convert", file("out.trv"), "-o", file("out.ppm")}), kPicture * 12 / 10 + kSlack);
     EXPECT_LT(taken({"apply", file("large.ppm"), nothing, nothing, "-o", file("out.ppm")}),
               2 * kPicture * 12 / 10 + kSlack);
 }

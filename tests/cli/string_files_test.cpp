@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <random>
+
 #include "tool.h"
 #include "watched_memory.h"
 
@@ -53,6 +56,52 @@ TEST_F(StringFiles, KeepDepthAndMask) {
     const Ending without = tool({"convert", source, "-o", file("out.ppm")});
     EXPECT_EQ(without.status, 0);
     EXPECT_EQ(without.err, "note: " + file("out.ppm") + " has no transparency: the mask is left out\n");
+}
+
+// They are made and read a few rows at a time.
+TEST_F(StringFiles, OfLargePicturesAreWhole) {
+    constexpr int kWidth = 1500, kHeight = 1300;
+    std::mt19937 random(1);
+    const auto noise = [&](std::size_t count) {
+        std::string bytes(count, 0);
+        for (char& each : bytes) each = static_cast<char>(random() & 255);
+        return bytes;
+    };
+    const std::string colors = noise(std::size_t{kWidth} * kHeight * 3), levels = noise(std::size_t{kWidth} * kHeight);
+    for (const char depth : {'\x18', '\x20'})
+        for (const bool masked : {false, true}) {
+            std::string string("\0\0\x05\xDC\0\0\x05\x14\0", 9);
+            string += depth;
+            string += static_cast<char>(masked);
+            string += colors + (masked ? levels : "");
+            const std::string source = text_file("large.trv", string);
+            ASSERT_EQ(tool({"convert", source, "-o", file("out.trv")}).status, 0);
+            EXPECT_TRUE(bytes_of(file("out.trv")) == string);
+            // The operation itself, which compares them whole.
+            const Ending made =
+                tool({"apply", "-q", source, "ConvertToString()", "Compare(" + file("out.trv") + ", nil)"});
+            EXPECT_EQ(made.out, "TRV_ConvertToString = a string of " + std::to_string(string.size()) +
+                                    " bytes\nTRV_Compare = true\n");
+            ASSERT_EQ(tool({"convert", source, "-o", file("out.pam")}).status, 0);
+            const std::string pam = bytes_of(file("out.pam"));
+            const std::size_t planes = masked ? 4 : 3, begin = pam.find("ENDHDR\n") + 7;
+            ASSERT_EQ(pam.size() - begin, planes * kWidth * kHeight);
+            bool same = true;
+            for (std::size_t i = 0; i < levels.size(); ++i) {
+                const char* const pixel = pam.data() + begin + i * planes;
+                same = same && std::equal(pixel, pixel + 3, colors.data() + 3 * i);
+                same = same && (!masked || pixel[3] == static_cast<char>(255 - static_cast<unsigned char>(levels[i])));
+            }
+            EXPECT_TRUE(same);
+            for (const std::string& bytes : {string.substr(0, string.size() - 1), string + "x"}) {
+                text_file("pipe.bin", bytes);
+                const Ending bad = shell("mkfifo in.trv; cat pipe.bin >in.trv & tarvo convert in.trv -o none.ppm");
+                EXPECT_EQ(bad.status, 3);
+                EXPECT_EQ(bad.err, "tarvo: in.trv: this is no string that a picture can be made of\n");
+                EXPECT_FALSE(exists("none.ppm"));
+                std::filesystem::remove(file("in.trv"));
+            }
+        }
 }
 
 TEST_F(StringFiles, OfOtherBytesAreToldAndNothingIsWritten) {
@@ -139,7 +188,8 @@ TEST_F(StringFiles, ThatTheSystemHasNoMemoryForAreTold) {
     std::filesystem::resize_file(file("large.trv"), 300000011);
     const Ending run = shell("ulimit -v 200000 && tarvo convert large.trv -o out.ppm");
     EXPECT_EQ(run.status, 3);
-    EXPECT_EQ(run.err, "tarvo: large.trv: not enough memory (--max-memory)\n");
+    EXPECT_EQ(run.err,
+              "tarvo: large.trv: not enough memory for a picture of 10000 x 10000 pixels, 32 bits (--max-memory)\n");
 }
 
 TEST_F(StringFiles, ThatCannotBeReadAgainAreNoted) {

@@ -82,6 +82,22 @@ TEST_F(FileFaults, OfMemoryLeaveNothingWhenAFileIsRead) {
     }
 }
 
+TEST_F(FileFaults, OfMemoryLetObjectsDieAllTheSame) {
+#ifdef WATCHED_MEMORY
+    GTEST_SKIP() << "AddressSanitizer has allocations of its own";
+#endif
+    const Accounts before = host.accounts();
+    int happened = 0;
+    for (int i = 0; i < 500; ++i) {
+        ObjectRef shown = host.new_picture({.width = 1, .height = 1});
+        test::fail_call(SystemCall::allocate, 1, ENOMEM);
+        shown = {};
+        happened += test::stop_faults();
+    }
+    EXPECT_GT(happened, 0);
+    EXPECT_EQ(host.accounts(), before);
+}
+
 TEST_F(FileFaults, OfMemoryLeaveTheOldFileWhenOneIsWritten) {
 #ifdef WATCHED_MEMORY
     GTEST_SKIP() << "AddressSanitizer has allocations of its own";
