@@ -41,6 +41,7 @@
 #include <string_view>
 #include <vector>
 
+#include "arithmetic_state.h"
 #include "object.h"
 #include "picture_value.h"
 #include "real_interface.h"
@@ -144,7 +145,7 @@ public:
     // HostError when the plugin refuses to.
     static Registry registry_of(REALpluginMain entry);
 
-    // Makes a host, and its platform state, the calling thread's while this lives.
+    // Makes a host, and its platform state, the calling thread's while this lives, with the usual arithmetic.
     class Entered {
     public:
         explicit Entered(Host& host);
@@ -155,6 +156,7 @@ public:
     private:
         Host* host_before_;
         PlatformState* platform_before_;
+        UsualArithmetic arithmetic_;
     };
 
     // The calling thread's host; null when it has none.

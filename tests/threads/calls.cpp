@@ -1,6 +1,7 @@
 #include "calls.h"
 
 #include "call_frame.h"
+#include "error_state.h"
 #include "holdings.h"
 #include "plugin_entry.h"
 
@@ -73,6 +74,7 @@ void PrintTo(const Seen& seen, std::ostream* out) {
 }
 
 Seen see(Session& session, const Callable& method, std::vector<Value>& arguments) {
+    gTRV_Error = 0;  // not every method clears the code that the thread's last call left
     const Value result = call(session, method, arguments);
     return see_result(session, result, arguments);
 }
