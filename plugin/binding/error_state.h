@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "band_check.h"
 #include "real_interface.h"
 
 // The code that the most recent operation of the calling thread left.
@@ -75,8 +76,11 @@ enum class ErrorCode : std::int32_t {
 };
 
 // Each operation that reports errors begins with clear_error.
-inline void clear_error() { gTRV_Error = 0; }
-inline void set_error(ErrorCode code) { gTRV_Error = static_cast<std::int32_t>(code); }
+inline void set_error(ErrorCode code) {
+    check_outside_bands();
+    gTRV_Error = static_cast<std::int32_t>(code);
+}
+inline void clear_error() { set_error(ErrorCode::none); }
 
 // `return fail(code);` sets the code and returns nil.
 inline std::nullptr_t fail(ErrorCode code) {

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <limits>
 
+#include "band_check.h"
 #include "host_reference.h"
 
 namespace tarvo::plugin {
@@ -21,6 +22,7 @@ public:
 
     bool found() { return entry() != nullptr; }
     Result operator()(Arguments... arguments) {
+        check_outside_bands();
         const Entry known = entry();
         return known ? known(arguments...) : Result();
     }

@@ -12,6 +12,7 @@
 #include <span>
 #include <utility>
 
+#include "bands.h"
 #include "numbers.h"
 #include "picture.h"
 #include "pixel_blocks.h"
@@ -96,17 +97,16 @@ void map_region_and_rest(const TRV_Picture& source, TRV_Picture& result, const R
     YieldBudget budget(yield);
     const std::int32_t width = result.width();
     const std::int32_t end = region.right + 1;
-    for (std::int32_t row = 0; row < result.height(); ++row) {
-        budget.before_row(width);
-        if (region.empty() || !region.has_row(row)) {
-            rest(row, 0, width);
-            continue;
-        }
+    const auto map_row = [&](std::int32_t row) {
+        if (region.empty() || !region.has_row(row)) return rest(row, 0, width);
         if (region.left > 0) rest(row, 0, region.left);
         map_run(result, row, region.left, static_cast<std::size_t>(end - region.left), caller, kernel,
                 RunSource{source, row, region.left}, overlays.run(row, region.left)...);
         if (end < width) rest(row, end, width - end);
-    }
+    };
+    in_bands_between_yields(result.height(), width, kSingleRows, budget, [&](std::int32_t first, std::int32_t last) {
+        for (std::int32_t row = first; row < last; ++row) map_row(row);
+    });
 }
 
 // result = kernel(source, overlays...) in the region and source around it.
@@ -139,9 +139,12 @@ void map_pictures(const TRV_Picture& source, TRV_Picture& result, int yield, con
 // Applies `kernel(colors)` to the region of the picture itself. Nothing else is written.
 template <class Kernel>
 void map_in_place(TRV_Picture& picture, const Region& region, const char* caller, const Kernel& kernel) {
-    const auto count = static_cast<std::size_t>(region.right - region.left + 1);
-    for (std::int32_t row = region.top; row <= region.bottom; ++row)
-        map_run(picture, row, region.left, count, caller, kernel, RunSource{picture, row, region.left});
+    const std::int32_t width = region.right - region.left + 1;
+    in_bands(region.top, region.bottom + 1, width, kSingleRows, [&](std::int32_t first, std::int32_t end) {
+        for (std::int32_t row = first; row < end; ++row)
+            map_run(picture, row, region.left, static_cast<std::size_t>(width), caller, kernel,
+                    RunSource{picture, row, region.left});
+    });
 }
 
 }  // namespace tarvo::plugin

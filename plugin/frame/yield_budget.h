@@ -24,6 +24,16 @@ public:
         worked_ += width;
     }
 
+    // The same for the rows that follow until the host is due, whole units of them or all that are `left`: returns how
+    // many they are.
+    std::int32_t before_rows_until_due(std::int32_t width, std::int32_t left, std::int32_t unit) {
+        if (yield_ <= 0 || width <= 0) return left;
+        const std::int64_t due = worked_ < yield_ ? (yield_ - worked_ + width - 1) / width : 0;
+        const auto rows = static_cast<std::int32_t>(due >= left ? left : due / unit * unit);
+        worked_ += std::int64_t{rows} * width;
+        return rows;
+    }
+
 private:
     std::int32_t yield_;
     std::int64_t worked_ = 0;

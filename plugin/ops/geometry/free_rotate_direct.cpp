@@ -9,6 +9,7 @@
 #include <span>
 
 #include "back_mapping.h"
+#include "bands.h"
 #include "flip_rotate.h"
 #include "forms.h"
 #include "free_rotation.h"
@@ -230,9 +231,10 @@ public:
           caller_(caller),
           window_(source, frame_, caller) {}
 
-    void run() {
-        for (std::int32_t row = 0; row < result_.height(); row += kTile) {
-            const std::int32_t rows = std::min(kTile, result_.height() - row);
+    // Draws the rows from `first` to before `end`.
+    void run(std::int32_t first, std::int32_t end) {
+        for (std::int32_t row = first; row < end; row += kTile) {
+            const std::int32_t rows = std::min(kTile, end - row);
             for (std::int32_t i = 0; i < rows; ++i) walks_[i] = mapping_.walk_of(row + i);
             for_each_chunk(0, result_.width() - 1, [&](std::int32_t column, std::size_t columns) {
                 for (std::int32_t i = 0; i < rows; ++i) std::fill_n(band_[i].begin(), columns, frame_);
@@ -315,6 +317,13 @@ private:
 // These are on the stack together, about 150 KiB.
 static_assert(sizeof(Rotator) + sizeof(FootprintRun) <= kMostStackBytes);
 
+void rotate_in_bands(const TRV_Picture& source, TRV_Picture& result, double angle, int frame_color, int unit_bits,
+                     const char* caller) {
+    in_bands(0, result.height(), result.width(), kTile, [&](std::int32_t first, std::int32_t end) {
+        Rotator(source, result, angle, frame_color, unit_bits, caller).run(first, end);
+    });
+}
+
 // --- both forms ------------------------------------------------------------------------------------------------------
 
 constexpr bool kUnflipped = false;
@@ -345,12 +354,12 @@ using namespace tarvo::plugin;
 
 void PrivRotateDirect(const TRV_Picture& source, TRV_Picture& result, double angle, int frame_color) {
     constexpr int kSixteenths = 4;
-    Rotator(source, result, angle, frame_color, kSixteenths, "TRV_FreeRotateDirect").run();
+    rotate_in_bands(source, result, angle, frame_color, kSixteenths, "TRV_FreeRotateDirect");
 }
 
 void PrivRotateFast(const TRV_Picture& source, TRV_Picture& result, double angle, int frame_color) {
     constexpr int kNoFraction = 0;
-    Rotator(source, result, angle, frame_color, kNoFraction, "TRV_FreeRotateFast").run();
+    rotate_in_bands(source, result, angle, frame_color, kNoFraction, "TRV_FreeRotateFast");
 }
 
 REALpictureStruct* PrivFreeRotateDirect_NonVector(REALpictureStruct* p, double rotation, int frame_color) {

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 
+#include "bands.h"
 #include "pixel_runs.h"
 #include "rows.h"
 #include "stored_words.h"
@@ -25,14 +26,16 @@ void mirror(const Mirroring& how, const TRV_Picture& source, TRV_Picture& result
     const std::int32_t height = std::min(source.height(), result.height());
     YieldBudget budget(yield);
     const std::int32_t column = how.flips.horizontal ? source.width() - width : 0;
-    for (std::int32_t i = 0; i < height; ++i) {
-        budget.before_row(result.width());
+    const auto mirror_row = [&](std::int32_t i) {
         // The source is walked downwards, because processors read ahead so.
         const Place from = {how.flips.vertical ? source.height() - height + i : i, column};
         const Place to = {how.flips.vertical ? height - 1 - i : i, 0};
         const auto move = how.flips.horizontal ? mirror_run : copy_run;
         move(source, from, result, to, width, how.caller, how.access);
-    }
+    };
+    in_bands_between_yields(height, result.width(), kSingleRows, budget, [&](std::int32_t first, std::int32_t end) {
+        for (std::int32_t i = first; i < end; ++i) mirror_row(i);
+    });
 }
 
 // --- columns become rows ---------------------------------------------------------------------------------------------
@@ -61,8 +64,8 @@ struct Turning {
     bool last_row_first = false;                           // whether the result is walked upwards
 };
 
-// A band of the result: `count` rows from `row` on.
-struct Band {
+// A strip of the result: `count` rows from `row` on.
+struct Strip {
     const Turning& how;
     const TRV_Picture& source;
     TRV_Picture& result;
@@ -81,28 +84,28 @@ struct Band {
 // Turns any pictures, as colours, in square tiles: rows are read, transposed and written.
 class ColorTurner {
 public:
-    static constexpr std::int32_t kRows = 64;  // in a band
+    static constexpr std::int32_t kRows = 64;  // in a strip
 
-    void turn(const Band& band, std::int32_t width) {
+    void turn(const Strip& strip, std::int32_t width) {
         for (std::int32_t column = 0; column < width; column += kRows)
-            turn_tile(band, column, std::min(kRows, width - column));
+            turn_tile(strip, column, std::min(kRows, width - column));
     }
 
 private:
     using TileColors = std::array<std::array<PixelColor, kRows>, kRows>;
 
-    void turn_tile(const Band& band, std::int32_t column, std::int32_t width) {
+    void turn_tile(const Strip& strip, std::int32_t column, std::int32_t width) {
         for (std::int32_t x = 0; x < width; ++x) {
-            const std::span run(rows_[x].data(), static_cast<std::size_t>(band.count));
-            band.how.read(band.source, band.source_row(column + x), band.source_column(), run, band.how.caller);
+            const std::span run(rows_[x].data(), static_cast<std::size_t>(strip.count));
+            strip.how.read(strip.source, strip.source_row(column + x), strip.source_column(), run, strip.how.caller);
         }
         const auto row_of = [](TileColors& tile) {
             return [&tile](std::size_t row) { return reinterpret_cast<std::uint8_t*>(tile[row].data()); };
         };
-        transpose<Coding::kept>(width, band.count, row_of(rows_), row_of(columns_));
-        for (std::int32_t y = 0; y < band.count; ++y) {
+        transpose<Coding::kept>(width, strip.count, row_of(rows_), row_of(columns_));
+        for (std::int32_t y = 0; y < strip.count; ++y) {
             const std::span run(columns_[y].data(), static_cast<std::size_t>(width));
-            (band.result.*band.how.write)(band.result_row(y), column, run, band.how.caller);
+            (strip.result.*strip.how.write)(strip.result_row(y), column, run, strip.how.caller);
         }
     }
 
@@ -110,31 +113,31 @@ private:
 };
 
 // Turns pictures of 32 bits, as their pixels are stored. A tile is a cache line of each of kColumns rows of the source,
-// and becomes kRows rows of a band, each of which a PieceWriter writes behind the tile before:
+// and becomes kRows rows of a strip, each of which a PieceWriter writes behind the tile before:
 //
 //     source    |  16 pixels  |               result    |  128 pixels  |  128 pixels  |
-//               |     ...     | 128 rows      (band)    |     ...      |     ...      | 16 rows
+//               |     ...     | 128 rows     (strip)    |     ...      |     ...      | 16 rows
 class WordTurner {
 public:
-    static constexpr std::int32_t kRows = 16;  // in a band
+    static constexpr std::int32_t kRows = 16;  // in a strip
     static_assert(kRows == std::int32_t{kCacheLinePixels});
 
     static bool fits(const TRV_Picture& picture) { return rows_are_words(picture, 0, picture.height()); }
 
-    void turn(const Band& band, std::int32_t width) {
-        find_rows(band, 0, width);
+    void turn(const Strip& strip, std::int32_t width) {
+        find_rows(strip, 0, width);
         for (std::int32_t column = 0; column < width; column += kColumns) {
             const std::int32_t columns = std::min(kColumns, width - column);
             // The tile is transposed as a whole. Where it has fewer columns, what is too much is not written.
             transpose<Coding::kept>(
-                kColumns, static_cast<std::size_t>(band.count), [this](std::size_t x) { return from_[x]; },
+                kColumns, static_cast<std::size_t>(strip.count), [this](std::size_t x) { return from_[x]; },
                 [this](std::size_t y) { return pieces_[y].bytes(); });
             const PieceEnd end = column + columns == width ? PieceEnd::at_row_end : PieceEnd::inside_row;
-            if (end == PieceEnd::inside_row) find_rows(band, column + columns, width);
-            for (std::int32_t y = 0; y < band.count; ++y) {
-                std::uint8_t* const to = band.result.words_at(band.result_row(y), column);
+            if (end == PieceEnd::inside_row) find_rows(strip, column + columns, width);
+            for (std::int32_t y = 0; y < strip.count; ++y) {
+                std::uint8_t* const to = strip.result.words_at(strip.result_row(y), column);
                 const auto count = static_cast<std::size_t>(columns);
-                writers_[y].write(pieces_[y], count, to, band.result.store_mode(), end);
+                writers_[y].write(pieces_[y], count, to, strip.result.store_mode(), end);
             }
         }
     }
@@ -145,11 +148,11 @@ private:
 
     // Finds the source's rows for a tile and asks for all of their memory at once. Behind the source's last row, that
     // one is repeated; what comes of it is not written.
-    void find_rows(const Band& band, std::int32_t column, std::int32_t width) {
+    void find_rows(const Strip& strip, std::int32_t column, std::int32_t width) {
         for (std::int32_t x = 0; x < kColumns; ++x) {
-            from_[x] = band.source.words_at(band.source_row(std::min(column + x, width - 1)), band.source_column());
+            from_[x] = strip.source.words_at(strip.source_row(std::min(column + x, width - 1)), strip.source_column());
             __builtin_prefetch(from_[x]);
-            __builtin_prefetch(from_[x] + (band.count - 1) * kWord);
+            __builtin_prefetch(from_[x] + (strip.count - 1) * kWord);
         }
     }
 
@@ -159,22 +162,23 @@ private:
 };
 
 template <class Turner>
-void turn_bands(const Turning& how, const TRV_Picture& source, TRV_Picture& result, int yield) {
+void turn_strips(const Turning& how, const TRV_Picture& source, TRV_Picture& result, int yield) {
     const std::int32_t width = std::min(source.height(), result.width());
     const std::int32_t height = std::min(source.width(), result.height());
     YieldBudget budget(yield);
-    static_assert(sizeof(Turner) <= kMostStackBytes);  // up to 32 KiB
-    Turner turner;
-    for (std::int32_t done = 0; done < height; done += Turner::kRows) {
-        const std::int32_t count = std::min(Turner::kRows, height - done);
-        for (std::int32_t i = 0; i < count; ++i) budget.before_row(result.width());
-        turner.turn({how, source, result, how.last_row_first ? height - done - count : done, count}, width);
-    }
+    in_bands_between_yields(height, result.width(), Turner::kRows, budget, [&](std::int32_t first, std::int32_t end) {
+        static_assert(sizeof(Turner) <= kMostStackBytes);  // up to 32 KiB
+        Turner turner;
+        for_each_piece(first, end - 1, Turner::kRows, [&](std::int32_t top, std::int32_t bottom) {
+            const std::int32_t count = bottom - top + 1;
+            turner.turn({how, source, result, how.last_row_first ? height - top - count : top, count}, width);
+        });
+    });
 }
 
 void turn(const Turning& how, const TRV_Picture& source, TRV_Picture& result, int yield) {
     const bool as_stored = WordTurner::fits(source) && WordTurner::fits(result);
-    (as_stored ? turn_bands<WordTurner> : turn_bands<ColorTurner>)(how, source, result, yield);
+    (as_stored ? turn_strips<WordTurner> : turn_strips<ColorTurner>)(how, source, result, yield);
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <array>
 #include <utility>
 
+#include "bands.h"
 #include "forms.h"
 #include "pixel_maps.h"
 #include "pixel_runs.h"
@@ -83,10 +84,10 @@ void shear_rows(const TRV_Picture& source, const TRV_Picture& result, double she
                 const Layer<Edges>&... layers) {
     const ShearPlan plan({source.height(), source.width()}, {result.height(), result.width()}, shear);
     YieldBudget budget(yield);
-    for (std::int32_t row = 0; row < result.height(); ++row) {
-        budget.before_row(result.width());
-        (shear_row(plan, layers, row), ...);
-    }
+    in_bands_between_yields(result.height(), result.width(), kSingleRows, budget,
+                            [&](std::int32_t first, std::int32_t end) {
+                                for (std::int32_t row = first; row < end; ++row) (shear_row(plan, layers, row), ...);
+                            });
 }
 
 // --- columns ---------------------------------------------------------------------------------------------------------
