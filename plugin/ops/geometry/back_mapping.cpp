@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "angles.h"
 #include "free_rotation.h"
 
 namespace tarvo::plugin::free_rotation {
@@ -20,18 +21,18 @@ std::int64_t truncated(double value) { return static_cast<std::int64_t>(value); 
 
 BackMapping::BackMapping(Size source, Size result, double angle, int unit_bits)
     : angle_(angle),
-      sine_(std::sin(angle)),
-      cosine_(std::cos(angle)),
+      sine_(sine(angle)),
+      cosine_(cosine(angle)),
       half_width_(source.width / 2.0),
       half_height_(source.height / 2.0),
       result_half_width_(result.width / 2.0),
       result_half_height_(result.height / 2.0),
       result_width_(result.width),
       fixed_unit_(static_cast<double>(1 << unit_bits) * (1 << kFractionBits)),
-      steps_{.next_x = step(std::cos(kPi - angle)),
-             .next_y = step(std::sin(kPi - angle)),
-             .down_y = step(std::sin(kHalfPi3 - angle)),
-             .corner_x = step(std::cos(kQuarterPi5 - angle) * kDiagonal)} {}
+      steps_{.next_x = step(cosine(kPi - angle)),
+             .next_y = step(sine(kPi - angle)),
+             .down_y = step(sine(kHalfPi3 - angle)),
+             .corner_x = step(cosine(kQuarterPi5 - angle) * kDiagonal)} {}
 
 std::int32_t BackMapping::step(double pixels) const { return static_cast<std::int32_t>(pixels * fixed_unit_); }
 
@@ -54,11 +55,11 @@ RowWalk BackMapping::walk_of(std::int32_t row) const {
 
     const double left = column - result_half_width_;
     const double radius = std::sqrt(left * left + top * top);
-    double direction = radius > 0.0 ? std::asin(top / radius) : 0.0;
+    double direction = radius > 0.0 ? arc_sine(top / radius) : 0.0;
     if (left < 0.0) direction = (top < 0.0 ? kThreePi : kPi) - direction;
     return {.column = column,
-            .position = {.x = truncated((radius * std::cos(direction - angle_) + half_width_) * fixed_unit_),
-                         .y = truncated((radius * std::sin(direction - angle_) + half_height_) * fixed_unit_)}};
+            .position = {.x = truncated((radius * cosine(direction - angle_) + half_width_) * fixed_unit_),
+                         .y = truncated((radius * sine(direction - angle_) + half_height_) * fixed_unit_)}};
 }
 
 }  // namespace tarvo::plugin::free_rotation

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <limits>
 
+#include "angles.h"
 #include "forms.h"
 #include "free_rotation.h"
 #include "host_reference.h"
@@ -26,8 +27,8 @@ struct SplitRotation {
         degrees = rotation - 90.0 * turns;
         angle = degrees * free_rotation::kPi / 180.0;
     }
-    double row_shear() const { return std::tan(angle / 2.0); }
-    double column_shear() const { return std::sin(-angle); }
+    double row_shear() const { return tangent(angle / 2.0); }
+    double column_shear() const { return sine(-angle); }
 };
 
 // Returns the length of lines after a shear: `length` and what a shear of `lines` lines adds to it.

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "angles.h"
 #include "error_state.h"
 #include "numbers.h"
 
@@ -23,15 +24,15 @@ double in_circle(double angle) {
 Diagonal::Diagonal(std::int32_t width, std::int32_t height) {
     const double w = width, h = height;
     half = std::sqrt((w * w + h * h) * 0.25);
-    angle = std::atan(h / w);
+    angle = arc_tangent(h / w);
 }
 
 std::int32_t Diagonal::width_at(double angle_of_corner) const {
-    return truncate_to_int32(std::ceil(2.0 * half * std::cos(in_circle(angle_of_corner))));
+    return truncate_to_int32(std::ceil(2.0 * half * cosine(in_circle(angle_of_corner))));
 }
 
 std::int32_t Diagonal::height_at(double angle_of_corner) const {
-    return truncate_to_int32(std::ceil(2.0 * half * std::sin(in_circle(angle_of_corner))));
+    return truncate_to_int32(std::ceil(2.0 * half * sine(in_circle(angle_of_corner))));
 }
 
 }  // namespace tarvo::plugin::free_rotation
