@@ -14,7 +14,7 @@ int known_index(std::string_view service) {
 
 Faults::Record& Faults::record(int service_index) {
     const auto index = static_cast<std::size_t>(service_index);
-    if (records_.size() <= index) records_.resize(index + 1);
+    if (records_.size() <= index) records_.resize(all_services().size());
     return records_[index];
 }
 

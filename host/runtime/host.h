@@ -115,7 +115,7 @@ private:
     Record& record(int service_index);
     const Record* find_record(int service_index) const;
 
-    std::vector<Record> records_;  // one for each service, by index, up to the last that was used
+    std::vector<Record> records_;  // one for each service, by index, once one was used
     bool happened_ = false;
 };
 
