@@ -7,6 +7,7 @@
 #include "error_state.h"
 #include "holdings.h"
 #include "random_arguments.h"
+#include "search.h"
 #include "services.h"
 #include "snapshot.h"
 
@@ -175,7 +176,7 @@ TEST_P(EveryMethod, CanBeCancelledWheneverItYields) {
             ++cancelled;
         }
     }
-    const describe::Operation* const told = description_of(method());
+    const describe::Operation* const told = reference::description_of(method());
     EXPECT_EQ(cancelled > 0, told && is_of(told->yields, method()));
 }
 
