@@ -407,7 +407,7 @@ TEST_F(ExpressionsTest, WhatIsDescribedAsACautionIsNoted) {
     const std::string wraps =
         "_factor: its product with the centre does not fit in 32 bits and wraps: values above the centre come out "
         "wrong\n";
-    EXPECT_EQ(notes("AdjustGamma(nil, &c8080FF, 2, 2.5, 2.5)"), "note: TRV_AdjustGamma: green" + wraps);
+    EXPECT_EQ(notes("AdjustGamma(nil, &c2880FF, 2.5, 2.5, 2.5)"), "note: TRV_AdjustGamma: green" + wraps);
     EXPECT_EQ(notes("AdjustGamma(nil, &c808080, 2.5, 1, width * 2)"),
               "note: TRV_AdjustGamma: red" + wraps + "note: TRV_AdjustGamma: blue" + wraps);
     EXPECT_EQ(notes("AdjustGamma(nil, &c808080, 2, 2, 2)"), "");
