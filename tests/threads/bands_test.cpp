@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "calls.h"
+#include "error_state.h"
 #include "host_services.h"
 #include "side_by_side.h"
 
