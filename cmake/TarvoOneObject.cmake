@@ -3,9 +3,9 @@
 # other names into a program, and needs no other library of this project.
 function(tarvo_one_object out)
   cmake_parse_arguments(arg "" "EXPORTS" "OF" ${ARGN})
-  set(objects)
+  set(objects $<TARGET_OBJECTS:TarvoPlatform>)  # which a shared library of the project has otherwise
   set(seen)
-  set(waiting ${arg_OF} tarvo_platform_objects)
+  set(waiting ${arg_OF})
   while(waiting)
     list(POP_FRONT waiting target)
     if(NOT TARGET ${target} OR target IN_LIST seen)
