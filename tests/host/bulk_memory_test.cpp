@@ -5,6 +5,7 @@
 #include <cstring>
 #include <limits>
 #include <new>
+#include <thread>
 #include <vector>
 
 #include "watched_memory.h"
@@ -107,6 +108,45 @@ TEST(BulkMemory, IsWatchedWhileNobodyUsesIt) {
     EXPECT_TRUE(__asan_address_is_poisoned(bytes + kSize));
 }
 #endif
+
+TEST(BulkMemory, KeepsAsMuchIdleAsItIsTold) {
+    struct UsualLimit {
+        ~UsualLimit() { BulkMemory::keep_idle(BulkMemory::kMostIdle); }
+    } at_the_end;
+    const auto use = [](std::size_t size) { const BulkMemory memory(size); };
+    BulkMemory::release_idle();
+    use(20 * kMegabyte);
+    BulkMemory::keep_idle(30 * kMegabyte);
+    EXPECT_EQ(BulkMemory::idle(), 20 * kMegabyte);
+    use(6 * kMegabyte);
+    EXPECT_EQ(BulkMemory::idle(), 26 * kMegabyte);
+    use(8 * kMegabyte);
+    EXPECT_EQ(BulkMemory::idle(), 14 * kMegabyte) << "what has been idle longest goes";
+    use(40 * kMegabyte);
+    EXPECT_EQ(BulkMemory::idle(), 0u) << "more than all that may be idle";
+    use(10 * kMegabyte);
+    BulkMemory::keep_idle(0);
+    EXPECT_EQ(BulkMemory::idle(), 0u);
+    use(2 * kMegabyte);
+    EXPECT_EQ(BulkMemory::idle(), 0u);
+}
+
+TEST(BulkMemory, IsGivenBackOnAnyThread) {
+    constexpr std::size_t kSize = 3 * kMegabyte;
+    BulkMemory::release_idle();
+    std::vector<std::jthread> threads;
+    for (int thread = 0; thread < 4; ++thread)
+        threads.emplace_back([thread] {
+            for (int i = 0; i < 50; ++i) {
+                const BulkMemory memory(kSize);
+                std::memset(memory.data(), thread, kSize);
+                EXPECT_EQ(memory.data()[kSize / 2], thread) << "nobody else has it";
+            }
+        });
+    threads.clear();
+    EXPECT_GE(BulkMemory::idle(), kSize);
+    EXPECT_LE(BulkMemory::idle(), 4 * 4 * kMegabyte);
+}
 
 TEST(BulkMemory, MovesWithItsBytes) {
     BulkMemory first(10);

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <memory>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -251,6 +252,68 @@ TEST_F(Platform, LiveObjectsAreCounted) {
     EXPECT_EQ(PlatformLiveObjects().worlds, before.worlds);
     EXPECT_EQ(PlatformLiveObjects().contexts, before.contexts);
     EXPECT_EQ(PlatformLiveObjects().pixelLocks, before.pixelLocks);
+}
+
+// --- states ----------------------------------------------------------------------------------------------------------
+
+class OwnState {
+public:
+    OwnState() : state_(PlatformNewState()), before_(PlatformUseState(state_)) {}
+    ~OwnState() {
+        EXPECT_EQ(PlatformUseState(before_), state_);
+        PlatformDisposeState(state_);
+    }
+    OwnState(const OwnState&) = delete;
+    OwnState& operator=(const OwnState&) = delete;
+
+private:
+    PlatformState *state_, *before_;
+};
+
+TEST_F(Platform, AStateOfItsOwnHasNothingOfOthers) {
+    const World outside = new_world(32);
+    SetGWorld(outside.get(), nullptr);
+    const PlatformCounts before = PlatformLiveObjects();
+    {
+        const OwnState state;
+        GWorldPtr current = outside.get();
+        GetGWorld(&current, nullptr);
+        EXPECT_EQ(current, nullptr);
+        EXPECT_EQ(PlatformLiveObjects().worlds, 0);
+        const World inside = new_world(16);
+        SetGWorld(inside.get(), nullptr);
+        PlatformSetMainDevice(inside.get(), 0, 0);
+        EXPECT_NE(GetMainDevice(), nullptr);
+    }
+    GWorldPtr current = nullptr;
+    GetGWorld(&current, nullptr);
+    EXPECT_EQ(current, outside.get());
+    EXPECT_EQ(GetMainDevice(), nullptr);
+    EXPECT_EQ(PlatformLiveObjects().worlds, before.worlds);
+    SetGWorld(nullptr, nullptr);
+}
+
+TEST_F(Platform, AStateIsItsThreadsChoice) {
+    const OwnState state;
+    const World inside = new_world(16);
+    SetGWorld(inside.get(), nullptr);
+    std::thread([] {
+        GWorldPtr current = nullptr;
+        GetGWorld(&current, nullptr);
+        EXPECT_EQ(current, nullptr);
+    }).join();
+}
+
+TEST_F(Platform, AStateEndsWithItsObjects) {
+    PlatformState* const state = PlatformNewState();
+    PlatformState* const before = PlatformUseState(state);
+    const PixelLayout asked = layout(32);
+    EXPECT_NE(PlatformNewGWorld(&asked, nullptr, 0), nullptr);
+    EXPECT_NE(PlatformNewBitmapContext(&asked), nullptr);
+    EXPECT_NE(NewPtr(10), nullptr);
+    PlatformUseState(before);
+    PlatformDisposeState(state);  // a leak checker sees whether they went
+    PlatformDisposeState(nullptr);
 }
 
 }  // namespace
