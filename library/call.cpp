@@ -14,6 +14,7 @@
 #include "excerpt.h"
 #include "failure.h"
 #include "failure_reason.h"
+#include "helpers.h"
 #include "names.h"
 #include "options.h"
 #include "picture_file.h"
@@ -94,7 +95,7 @@ public:
         auto [values, notes] =
             cli::make_values(caller(), call, binding, self, [&](const std::string& path) { return read(path); });
         ask_for_yields(binding, values);
-        const Value returned = caller().invoke(method, values);
+        const Value returned = invoke(method, values);
         const std::int32_t code = host_.code();
         check(method, values, returned, code);
 
@@ -160,6 +161,14 @@ private:
         if (options_.read_files == 0)
             throw wrong_use("the text names a file, " + host::quoted(path) + ", and read_files is not set");
         return host::read_picture_file(host(), path, {.max_pixels = limits_.max_pixels, .on_block = host().on_yield});
+    }
+
+    // The outer call's helpers, if this one is made while it yields, are not this one's.
+    Value invoke(const Callable& method, std::vector<Value>& values) {
+        std::optional<Helpers> helpers;
+        if (options_.threads != 1) helpers.emplace(options_.threads);
+        const plugin::UsedRunner used(helpers ? &*helpers : nullptr);
+        return caller().invoke(method, values);
     }
 
     // Lets an operation yield that the caller has not told when to.

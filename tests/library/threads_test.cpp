@@ -79,6 +79,7 @@ TEST(LibraryThreads, EndWithPicturesAlive) {
     EXPECT_EQ(again.sha256(), noisy_picture(300, 300).sha256());
 }
 
+#ifndef TARVO_PLAIN_ROWS  // sanitizers take several times as much stack
 void* call_all(void* argument) {
     const Photos& photos = *static_cast<Photos*>(argument);
     static const char* const wrong = "";
@@ -87,7 +88,6 @@ void* call_all(void* argument) {
     return nullptr;
 }
 
-#ifndef TARVO_PLAIN_ROWS  // sanitizers take several times as much
 TEST(LibraryThreads, NeedNoMoreThan256KiBOfStack) {
     Photos photos;
     pthread_attr_t small;
@@ -155,6 +155,57 @@ TEST(LibraryYields, ComeAsOftenAsTold) {
     };
     EXPECT_GT(yields(1000), yields(10000));
     EXPECT_EQ(yields(0), 0) << "the picture is smaller than what 0 stands for";
+}
+
+// Large enough for several bands, with a row too many and a yield among them.
+TEST(LibraryBands, GiveTheSamePixelsCodesAndYields) {
+    const Picture photo = noisy_picture(1031, 1019), masked = noisy_picture(1031, 1019, TARVO_RGBA32);
+    for (int i = 0; i < kCalls; ++i) {
+        std::string results[3];
+        int yields[3] = {};
+        for (const int threads : {1, 2, 5}) {
+            const std::size_t place = threads / 2;
+            CallOptions options;
+            options.threads = threads;
+            options.yield_pixels = 600000;
+            options.yield = [&] {
+                ++yields[place];
+                return false;
+            };
+            results[place] = result_of(i, photo, masked, options);
+        }
+        EXPECT_EQ(results[1], results[0]) << i;
+        EXPECT_EQ(results[2], results[0]) << i;
+        EXPECT_EQ(yields[1], yields[0]) << i;
+        EXPECT_EQ(yields[2], yields[0]) << i;
+    }
+}
+
+TEST(LibraryBands, MayBeAsManyAsThereAreProcessors) {
+    const Picture photo = noisy_picture(1031, 1019);
+    CallOptions options;
+    options.threads = 0;
+    EXPECT_EQ(result_of(0, photo, photo, options), result_of(0, photo, photo));
+    options.yield = [] { return true; };
+    options.yield_pixels = 1;
+    EXPECT_EQ(result_of(0, photo, photo, options).substr(0, 2), "6:");
+}
+
+TEST(LibraryBands, AreWorkedOnByOtherThreads) {
+    const auto threads_now = [] { return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {}); };
+    const Picture photo = noisy_picture(1031, 1019);
+    const auto before = threads_now();
+    std::ptrdiff_t most = 0;
+    CallOptions options;
+    options.threads = 3;
+    options.yield_pixels = 700000;
+    options.yield = [&] {
+        most = std::max(most, threads_now());
+        return false;
+    };
+    apply("AdjustContrast(nil, &c808080, 1.6, 1.6, 1.6)", photo, options);
+    EXPECT_EQ(most, before + 2);
+    EXPECT_EQ(threads_now(), before) << "they end with the call";
 }
 
 TEST(LibraryForks, LeaveBothSidesWorking) {
