@@ -65,19 +65,28 @@ protected:
         const pid_t process =
             start({"/bin/sh", "-c", "cd \"$0\" && PATH=\"$1:$PATH\" && eval \"exec $2\"", folder(), programs, line});
         for (int calm = 0, tries = 0; calm < 20 && tries < 5000; ++tries) {
-            calm = sleeps(process) ? calm + 1 : 0;
+            calm = state_of(process) == "S" ? calm + 1 : 0;
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
         return process;
     }
 
+    // How a signal ends the tool. One that does not end it in ten seconds is killed.
+    Ending ending_by(int signal, pid_t process) const {
+        ::kill(process, signal);
+        for (int tries = 0; tries < 10000 && state_of(process) != "Z"; ++tries)
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        ::kill(process, SIGKILL);
+        return wait(process);
+    }
+
 private:
-    // Whether the process is the tool and waits for something.
-    static bool sleeps(pid_t process) {
+    // "S" for a tool that waits, "Z" for one that has ended; empty for another program.
+    static std::string state_of(pid_t process) {
         std::ifstream stat("/proc/" + std::to_string(process) + "/stat");
         std::string number, name, state;
         stat >> number >> name >> state;
-        return name == "(tarvo)" && state == "S";
+        return name == "(tarvo)" ? state : "";
     }
 
     int full_ = -1;
@@ -105,9 +114,7 @@ TEST_F(Signals, EndEveryCommand) {
         if (!commands.contains(name)) continue;  // a build without a screen
         tried.insert(name);
         for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-            const pid_t process = start_waiting(line);
-            ::kill(process, signal);
-            EXPECT_EQ(wait(process).status, -signal) << line;
+            EXPECT_EQ(ending_by(signal, start_waiting(line)).status, -signal) << line;
             EXPECT_EQ(entries(), (std::vector<std::string>{"full", "never.ppm"})) << line;
         }
     }
@@ -116,9 +123,9 @@ TEST_F(Signals, EndEveryCommand) {
 }
 
 TEST_F(Signals, AreAStatusOf130InAShell) {
-    const Ending run = shell("timeout --preserve-status -s INT 0.5 tarvo convert never.ppm -o out.png; exit $?");
+    const Ending run = shell("timeout --preserve-status -k 9 -s INT 0.5 tarvo convert never.ppm -o out.png; exit $?");
     EXPECT_EQ(run.status, 130);
-    EXPECT_EQ(shell("timeout --preserve-status -s INT 0.5 tarvo list >full; exit $?").status, 130);
+    EXPECT_EQ(shell("timeout --preserve-status -k 9 -s INT 0.5 tarvo list >full; exit $?").status, 130);
 }
 
 }  // namespace
