@@ -61,7 +61,7 @@ Repeated repeat(int threads, const Work& work) {
     constexpr double kSeconds = 0.05;
     std::atomic<std::int64_t> done = 0, nanoseconds = 0;
     const double start = seconds_now();
-    host::side_by_side(threads, threads, [&](int) {
+    test::side_by_side(threads, threads, [&](int) {
         const double own_start = seconds_of_thread();
         std::int64_t own = 0;
         for (; seconds_now() - start < kSeconds; ++own) work();
@@ -106,7 +106,7 @@ public:
     int threads() const override { return 2; }
     void run(int count, const std::function<void(int)>& band) override {
         const std::thread::id caller = std::this_thread::get_id();
-        host::side_by_side(2, count, [&](int index) {
+        test::side_by_side(2, count, [&](int index) {
             const double start = seconds_of_thread();
             band(index);
             const auto taken = static_cast<std::int64_t>(1e9 * (seconds_of_thread() - start));

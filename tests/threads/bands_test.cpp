@@ -28,7 +28,7 @@ public:
     void run(int count, const std::function<void(int)>& band) override {
         EXPECT_GT(count, 1);
         bands += count;
-        host::side_by_side(threads_, count, band);
+        side_by_side(threads_, count, band);
     }
 
     int bands = 0;

@@ -1,17 +1,13 @@
 #include "side_by_side.h"
 
-#include <pthread.h>
-#include <signal.h>
-
 #include <algorithm>
 #include <atomic>
 #include <exception>
 #include <mutex>
-#include <system_error>
 #include <thread>
 #include <vector>
 
-namespace tarvo::host {
+namespace tarvo::test {
 namespace {
 
 // What all threads of one call share.
@@ -47,38 +43,16 @@ private:
     std::exception_ptr thrown_;
 };
 
-// Holds back all signals, so that threads that are made meanwhile never take one.
-class SignalsHeldBack {
-public:
-    SignalsHeldBack() {
-        sigset_t all;
-        sigfillset(&all);
-        pthread_sigmask(SIG_SETMASK, &all, &before_);
-    }
-    ~SignalsHeldBack() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
-    SignalsHeldBack(const SignalsHeldBack&) = delete;
-    SignalsHeldBack& operator=(const SignalsHeldBack&) = delete;
-
-private:
-    sigset_t before_;
-};
-
 }  // namespace
 
 void side_by_side(int threads, int count, const std::function<void(int)>& work) {
     Shared shared(count, work);
     std::vector<std::jthread> helpers;
-    {
-        const SignalsHeldBack held_back;
-        try {
-            for (int i = 1; i < std::min(threads, count); ++i)
-                helpers.emplace_back([&shared] { shared.work_on_what_is_left(); });
-        } catch (const std::system_error&) {
-        }
-    }
+    for (int i = 1; i < std::min(threads, count); ++i)
+        helpers.emplace_back([&shared] { shared.work_on_what_is_left(); });
     shared.work_on_what_is_left();
     helpers.clear();
     shared.throw_what_was_thrown();
 }
 
-}  // namespace tarvo::host
+}  // namespace tarvo::test
