@@ -1,5 +1,9 @@
 #include "calls.h"
 
+#include <gtest/gtest.h>
+
+#include <sstream>
+
 #include "call_frame.h"
 #include "error_state.h"
 #include "holdings.h"
