@@ -116,9 +116,9 @@ private:
         std::string in_hand = has_input_ ? (options_.client ? kClientPicture : kPicture) : "";
         bool known = true;
         for (const Operation& operation : operations) {
-            const Binding binding = bind_operation(*session_, operation, in_hand, ExitStatus::wrong_usage);
+            const language::Binding binding = bind_operation(*session_, operation, in_hand, ExitStatus::wrong_usage);
             const std::optional<host::Type>& result = binding.method->declaration.result;
-            if (!result || !is_picture_class(result->name)) continue;
+            if (!result || !language::is_picture_class(result->name)) continue;
             known = known && (!binding.has_object() || !options_.client);
             in_hand = known ? result->name : kClientPicture;
         }
@@ -136,7 +136,7 @@ private:
     // Makes one call and returns the picture, or other value, that the next call is made on.
     Value apply(const Operation& operation, const Value& picture) {
         const std::string in_hand = is_nil(picture) ? "" : host::type_name(picture);
-        const Binding binding = bind_operation(*session_, operation, in_hand, ExitStatus::operation_failed);
+        const language::Binding binding = bind_operation(*session_, operation, in_hand, ExitStatus::operation_failed);
         const std::string& name = binding.method->declaration.name;
         const std::string label = operation.label(name);
         session_->host().clear_refusal();
@@ -150,9 +150,10 @@ private:
         char time[32];
         std::snprintf(time, sizeof time, "%.1f ms", outcome.milliseconds);
         say(name + ": " + (is_nil(now) ? "" : describe(now) + ", ") + time);
-        if (outcome.declares_result && !gave_picture) std::cout << name << " = " << value_text(outcome.result) << '\n';
+        if (outcome.declares_result && !gave_picture)
+            std::cout << name << " = " << language::value_text(outcome.result) << '\n';
         for (const Outcome::Output& output : outcome.outputs)
-            std::cout << output.name << " = " << value_text(output.value) << '\n';
+            std::cout << output.name << " = " << language::value_text(output.value) << '\n';
         return now;
     }
 
@@ -200,12 +201,12 @@ private:
     std::string describe(const Value& value) {
         const Picture* picture = as_picture(value);
         const int depth = picture ? picture->depth() : std::get<std::int32_t>(session_->caller().get(value, "depth"));
-        return (picture ? "" : "client picture ") + size_text(value) + ", " + depth_text(depth) +
+        return (picture ? "" : "client picture ") + size_text(value) + ", " + language::depth_text(depth) +
                (picture && picture->mask() ? ", mask" : "");
     }
 
     std::string size_text(const Value& value) {
-        const Size size = size_of(session_->caller(), value);
+        const language::Size size = language::size_of(session_->caller(), value);
         return std::to_string(size.width) + " x " + std::to_string(size.height);
     }
 

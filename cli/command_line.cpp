@@ -18,8 +18,9 @@ void check_command(const CLI::App& tool, int argc, const char* const* argv) {
     const auto* const end = argv + argc;
     const auto* const word = std::find_if(argv + std::min(argc, 1), end, is_word);
     if (word == end || std::ranges::find(names, std::string_view(*word)) != names.end()) return;
-    throw CommandError(ExitStatus::wrong_usage, "there is no command " + host::quoted(*word) +
-                                                    did_you_mean({std::string(closest_name(*word, names))}));
+    throw CommandError(ExitStatus::wrong_usage,
+                       "there is no command " + host::quoted(*word) +
+                           language::did_you_mean({std::string(language::closest_name(*word, names))}));
 }
 
 std::string readable(const std::string& message) {

@@ -132,8 +132,8 @@ void help(const HelpOptions& options) {
     const reference::Reference all(session.caller());
     if (const auto* const operation = reference::find_operation(all, options.name)) return print_operation(*operation);
     if (const auto* const cls = reference::find_class(all, options.name)) return print_class(*cls);
-    throw CommandError(ExitStatus::wrong_usage,
-                       "there is no operation named " + host::quoted(options.name) + suggestions(all, options.name));
+    throw CommandError(ExitStatus::wrong_usage, "there is no operation named " + host::quoted(options.name) +
+                                                    language::suggestions(all, options.name));
 }
 
 }  // namespace

@@ -162,7 +162,7 @@ void list(const ListOptions& options) {
         if (groups.empty())
             throw CommandError(ExitStatus::wrong_usage, "nothing has " + host::quoted(options.word) +
                                                             " in its name or goes by it" +
-                                                            suggestions(all, options.word));
+                                                            language::suggestions(all, options.word));
     }
     show(groups);
 }

@@ -19,7 +19,7 @@ namespace {
 CommandError call_error(ExitStatus status, const Operation& operation, std::string_view name,
                         const std::string& message, std::size_t position) {
     const std::string label = operation.label(name);
-    return {status, label + (label.empty() ? "" : ": ") + message + '\n' + excerpt(operation.text, position)};
+    return {status, label + (label.empty() ? "" : ": ") + message + '\n' + language::excerpt(operation.text, position)};
 }
 
 }  // namespace
@@ -33,33 +33,35 @@ std::string Operation::label(std::string_view name) const {
 Operation parse_operation(const std::string& text, std::size_t number) {
     Operation operation{text, {}, number};
     try {
-        operation.call = parse_call(text);
+        operation.call = language::parse_call(text);
         return operation;
-    } catch (const ExpressionError& error) {
+    } catch (const language::ExpressionError& error) {
         throw call_error(ExitStatus::wrong_usage, operation, "", error.what(), error.position());
     }
 }
 
-Binding bind_operation(PluginSession& session, const Operation& operation, std::string_view in_hand,
-                       ExitStatus if_wrong) {
+language::Binding bind_operation(PluginSession& session, const Operation& operation, std::string_view in_hand,
+                                 ExitStatus if_wrong) {
     try {
-        return bind_call(session.caller(), operation.call, operation.text, in_hand);
-    } catch (const PlacedError& error) {
-        const std::vector<const host::Callable*> methods = methods_named(session.caller(), operation.call.name);
+        return language::bind_call(session.caller(), operation.call, operation.text, in_hand);
+    } catch (const language::PlacedError& error) {
+        const std::vector<const host::Callable*> methods =
+            language::methods_named(session.caller(), operation.call.name);
         std::string message = error.what();
-        if (methods.empty()) message += suggestions(reference::Reference(session.caller()), operation.call.name);
+        if (methods.empty())
+            message += language::suggestions(reference::Reference(session.caller()), operation.call.name);
         const std::string_view known_name = methods.empty() ? "" : std::string_view(methods.front()->declaration.name);
         throw call_error(if_wrong, operation, known_name, message, error.position());
     }
 }
 
-Outcome run_operation(PluginSession& session, const Operation& operation, const Binding& binding,
+Outcome run_operation(PluginSession& session, const Operation& operation, const language::Binding& binding,
                       const Value& in_hand) {
     const std::string& name = binding.method->declaration.name;
     try {
         auto [values, notes] =
-            make_values(session.caller(), operation.call, binding, in_hand,
-                        [&](const std::string& path) { return read_picture(session, path).picture; });
+            language::make_values(session.caller(), operation.call, binding, in_hand,
+                                  [&](const std::string& path) { return read_picture(session, path).picture; });
         Outcome outcome;
         outcome.notes = std::move(notes);
         outcome.declares_result = binding.method->declaration.result.has_value();
@@ -69,13 +71,13 @@ Outcome run_operation(PluginSession& session, const Operation& operation, const 
             std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count();
         outcome.code = session.last_error();
         if (outcome.code != 0 || (outcome.declares_result && host::is_nil(outcome.result)))
-            outcome.reason = failure_reason(session.caller(), *binding.method, values, outcome.code);
+            outcome.reason = language::failure_reason(session.caller(), *binding.method, values, outcome.code);
         for (std::size_t i = 0; i < values.size(); ++i) {
             const Parameter& parameter = binding.method->parameters[i];
             if (parameter.by_ref) outcome.outputs.push_back({parameter.name, values[i]});
         }
         return outcome;
-    } catch (const PlacedError& error) {
+    } catch (const language::PlacedError& error) {
         throw call_error(ExitStatus::operation_failed, operation, name, error.what(), error.position());
     } catch (const host::CallError& error) {
         throw call_error(ExitStatus::operation_failed, operation, name, error.what(), operation.call.name_begin);

@@ -18,7 +18,7 @@ namespace tarvo::cli {
 // A call with the text it was read from, which messages show.
 struct Operation {
     std::string text;
-    CallExpression call;
+    language::CallExpression call;
     std::size_t number = 0;  // its place in a chain of calls, from 1; 0 for a single call
 
     // Returns what messages begin with: "call 2, TRV_Stretch" in a chain, else "TRV_Stretch". The name may be empty.
@@ -29,8 +29,8 @@ struct Operation {
 Operation parse_operation(const std::string& text, std::size_t number);
 
 // Finds what the call means on a picture of a class, as bind_call does. Throws CommandError with the given status.
-Binding bind_operation(PluginSession& session, const Operation& operation, std::string_view in_hand,
-                       ExitStatus if_wrong);
+language::Binding bind_operation(PluginSession& session, const Operation& operation, std::string_view in_hand,
+                                 ExitStatus if_wrong);
 
 struct Outcome {
     struct Output {
@@ -48,7 +48,7 @@ struct Outcome {
 
 // Makes the call on `in_hand`, which is nil if there is no picture. Files among the arguments are read. Throws
 // CommandError, and FileError for such a file.
-Outcome run_operation(PluginSession& session, const Operation& operation, const Binding& binding,
+Outcome run_operation(PluginSession& session, const Operation& operation, const language::Binding& binding,
                       const host::Value& in_hand);
 
 }  // namespace tarvo::cli

@@ -40,7 +40,7 @@ public:
     bool has_mask() const { return bytes_[10] != 0; }
     std::span<const std::uint8_t> bytes() const { return bytes_; }
     std::string in_words() const {
-        return "string, " + depth_text(static_cast<int>(number_at(8, 2))) + (has_mask() ? ", mask" : "");
+        return "string, " + language::depth_text(static_cast<int>(number_at(8, 2))) + (has_mask() ? ", mask" : "");
     }
     std::size_t length() const { return kHeaderBytes + width() * height() * (kColorBytes + (has_mask() ? 1 : 0)); }
 

@@ -11,7 +11,7 @@
 #include "real_interface.h"
 #include "shown_text.h"
 
-using namespace tarvo::cli;
+using namespace tarvo::language;
 namespace host = tarvo::host;
 
 namespace {

@@ -88,12 +88,12 @@ public:
 
     // --- calls ---
 
-    tarvo_result* run(const cli::CallExpression& call, const cli::Binding& binding, const Value& in_hand) {
+    tarvo_result* run(const language::CallExpression& call, const language::Binding& binding, const Value& in_hand) {
         const Callable& method = *binding.method;
         operation_ = name_of(method);
         const Value self = method.changes_its_picture() ? copied(in_hand) : in_hand;
         auto [values, notes] =
-            cli::make_values(caller(), call, binding, self, [&](const std::string& path) { return read(path); });
+            language::make_values(caller(), call, binding, self, [&](const std::string& path) { return read(path); });
         ask_for_yields(binding, values);
         const Value returned = invoke(method, values);
         const std::int32_t code = host_.code();
@@ -112,7 +112,7 @@ public:
 
     // Calls a member of a class: a property, a method, or a method that is assigned to.
     tarvo_result* run_member(std::string_view class_name, std::string_view member, const Value& self,
-                             cli::CallExpression call) {
+                             language::CallExpression call) {
         const host::RegisteredClass* cls = host().registry().find_class(class_name);
         if (!cls) throw wrong_use("there is no class " + host::quoted(class_name));
         operation_ = cls->name + "." + std::string(member);
@@ -127,7 +127,7 @@ public:
         for (const Callable* method : methods)
             if (method->assignable() && call.arguments.size() == method->declaration.parameters.size() + 1)
                 return run_assignment(*method, self, call);
-        return run(call, cli::bind_to(caller(), methods, call, call.name, cls->name), self);
+        return run(call, language::bind_to(caller(), methods, call, call.name, cls->name), self);
     }
 
     // Ends the call with an error that tells the operation.
@@ -172,16 +172,16 @@ private:
     }
 
     // Lets an operation yield that the caller has not told when to.
-    void ask_for_yields(const cli::Binding& binding, std::vector<Value>& values) const {
+    void ask_for_yields(const language::Binding& binding, std::vector<Value>& values) const {
         if (!options_.yield) return;
         for (std::size_t i = 0; i < values.size(); ++i)
-            if (binding.fillings[i].source == cli::Filling::Source::default_value &&
+            if (binding.fillings[i].source == language::Filling::Source::default_value &&
                 same_name(binding.method->parameters[i].name, "yield"))
                 values[i] = options_.yield_pixels != 0 ? options_.yield_pixels : kUsualYield;
     }
 
     tarvo_result* run_property(const host::RegisteredProperty& property, const Value& self,
-                               const cli::CallExpression& call) {
+                               const language::CallExpression& call) {
         auto result = std::make_unique<tarvo_result>();
         Value got;
         if (call.arguments.empty())
@@ -194,9 +194,9 @@ private:
         return result.release();
     }
 
-    tarvo_result* run_assignment(const Callable& method, const Value& self, const cli::CallExpression& call) {
+    tarvo_result* run_assignment(const Callable& method, const Value& self, const language::CallExpression& call) {
         std::vector<Value> values;
-        for (const cli::ArgumentExpression& argument : call.arguments) {
+        for (const language::ArgumentExpression& argument : call.arguments) {
             if (!argument.name.empty()) throw wrong_use(operation_ + ": arguments of an assignment have no names");
             values.push_back(given_value(argument));
         }
@@ -208,8 +208,8 @@ private:
         return result.release();
     }
 
-    static Value given_value(const cli::ArgumentExpression& argument) {
-        return std::get<cli::Given>(argument.value).value;
+    static Value given_value(const language::ArgumentExpression& argument) {
+        return std::get<language::Given>(argument.value).value;
     }
 
     // --- what comes out ---
@@ -223,12 +223,13 @@ private:
         Failure failure(TARVO_OPERATION, "");
         std::string message = operation_ + ": ";
         message += code != 0 ? message_of_code(code) : "no result";
-        failure.argument = cli::failed_argument(caller(), method, values, code);
+        failure.argument = language::failed_argument(caller(), method, values, code);
         const auto& refusal = host().refusal();
         if (refusal && nothing && failure.argument.empty()) {
             failure.status = refusal->limit() == host::Limit::memory ? TARVO_MEMORY : TARVO_LIMIT;
             message += ": " + std::string(refusal->what());
-        } else if (const std::string reason = cli::failure_reason(caller(), method, values, code); !reason.empty()) {
+        } else if (const std::string reason = language::failure_reason(caller(), method, values, code);
+                   !reason.empty()) {
             message += ": " + reason;
         }
         for (const std::string& box : host().message_boxes()) message += "; " + box;
@@ -323,16 +324,16 @@ void check_object(const std::vector<const Callable*>& methods, const Value& self
 
 std::string type_in_hand(const Value& self) { return host::is_nil(self) ? "" : host::type_name(self); }
 
-cli::CallExpression expression_of(Call& call, const char* operation, std::span<const tarvo_argument> arguments) {
-    cli::CallExpression expression{operation, 0, {}};
+language::CallExpression expression_of(Call& call, const char* operation, std::span<const tarvo_argument> arguments) {
+    language::CallExpression expression{operation, 0, {}};
     bool named = false;
     for (const tarvo_argument& argument : arguments) {
-        cli::ArgumentExpression& made = expression.arguments.emplace_back();
+        language::ArgumentExpression& made = expression.arguments.emplace_back();
         if (argument.name) made.name = argument.name;
         if (argument.name && made.name.empty()) throw wrong_use("an argument's name is empty");
         if (named && made.name.empty()) throw wrong_use("an argument without a name is behind one with a name");
         named = !made.name.empty();
-        made.value = cli::Given{call.value_of(argument.value)};
+        made.value = language::Given{call.value_of(argument.value)};
         made.begin = made.value_begin = made.value_end = 0;
     }
     return expression;
@@ -343,7 +344,7 @@ template <class Work, class Placed>
 tarvo_result* told_by(const Call& call, Placed placed, Work work) {
     try {
         return work();
-    } catch (const cli::PlacedError& error) {
+    } catch (const language::PlacedError& error) {
         call.fail(TARVO_USE, placed(error), error.parameter());
     } catch (const host::CallError& error) {
         call.fail(TARVO_USE, error.what());
@@ -356,18 +357,19 @@ tarvo_result* call_by_name(const char* operation, const tarvo_value* given_self,
                            std::span<const tarvo_argument> arguments, const tarvo_call_options* given_options) {
     const tarvo_call_options options = call_options(given_options);
     Call call(options);
-    const auto message = [](const cli::PlacedError& error) { return std::string(error.what()); };
+    const auto message = [](const language::PlacedError& error) { return std::string(error.what()); };
     return told_by(call, message, [&] {
         const Value self = given_self ? call.value_of(*given_self) : Value();
-        const cli::CallExpression expression = expression_of(call, operation, arguments);
+        const language::CallExpression expression = expression_of(call, operation, arguments);
         const std::string_view name = operation;
         const std::size_t dot = name.find('.');
         if (dot != std::string_view::npos)
             return call.run_member(name.substr(0, dot), name.substr(dot + 1), self, expression);
-        const auto methods = cli::methods_named(call.caller(), name);
+        const auto methods = language::methods_named(call.caller(), name);
         check_object(methods, self);
         call.name_operation(methods);
-        const cli::Binding binding = cli::bind_call(call.caller(), expression, expression.name, type_in_hand(self));
+        const language::Binding binding =
+            language::bind_call(call.caller(), expression, expression.name, type_in_hand(self));
         return call.run(expression, binding, self);
     });
 }
@@ -376,16 +378,16 @@ tarvo_result* call_by_text(const std::string& text, const tarvo_picture* picture
                            const tarvo_call_options* given_options) {
     const tarvo_call_options options = call_options(given_options);
     Call call(options);
-    const auto message = [&](const cli::PlacedError& error) {
-        return error.what() + ("\n" + cli::excerpt(text, error.position()));
+    const auto message = [&](const language::PlacedError& error) {
+        return error.what() + ("\n" + language::excerpt(text, error.position()));
     };
     return told_by(call, message, [&] {
-        const cli::CallExpression expression = cli::parse_call(text);
+        const language::CallExpression expression = language::parse_call(text);
         const Value in_hand = picture ? call.picture(*picture) : Value();
-        const auto methods = cli::methods_named(call.caller(), expression.name);
+        const auto methods = language::methods_named(call.caller(), expression.name);
         check_object(methods, in_hand);
         call.name_operation(methods);
-        const cli::Binding binding = cli::bind_call(call.caller(), expression, text, type_in_hand(in_hand));
+        const language::Binding binding = language::bind_call(call.caller(), expression, text, type_in_hand(in_hand));
         return call.run(expression, binding, in_hand);
     });
 }

@@ -74,7 +74,7 @@ tarvo_status report(tarvo_error** error) noexcept {
         return give(error, status_of(failure, TARVO_LIMIT), failure.what());
     } catch (const host::CallError& failure) {
         return give(error, TARVO_USE, failure.what());
-    } catch (const cli::PlacedError& failure) {
+    } catch (const language::PlacedError& failure) {
         return give(error, TARVO_USE, failure.what());
     } catch (const std::bad_alloc&) {
         if (error) *error = const_cast<tarvo_error*>(&kNoMemory);

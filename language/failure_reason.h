@@ -7,7 +7,7 @@
 #include "call_binding.h"
 #include "caller.h"
 
-namespace tarvo::cli {
+namespace tarvo::language {
 
 // Returns why a call failed, as far as that is known: which argument has a value beyond its range, or else the sizes of
 // the pictures and rectangles that did not go together, with what the code means for this operation. `values` are those
@@ -19,4 +19,4 @@ std::string failure_reason(host::Caller& caller, const host::Callable& method, s
 std::string failed_argument(host::Caller& caller, const host::Callable& method, std::span<const host::Value> values,
                             std::int32_t code);
 
-}  // namespace tarvo::cli
+}  // namespace tarvo::language

@@ -8,7 +8,7 @@
 #include "excerpt.h"
 #include "suggestions.h"
 
-namespace tarvo::cli {
+namespace tarvo::language {
 namespace {
 
 TEST(Excerpt, ShortTextsAreShownWhole) {
@@ -62,4 +62,4 @@ TEST(Suggestion, IsTheNearestName) {
 }
 
 }  // namespace
-}  // namespace tarvo::cli
+}  // namespace tarvo::language

@@ -9,7 +9,7 @@
 #include "scanner.h"
 #include "shown_text.h"
 
-namespace tarvo::cli {
+namespace tarvo::language {
 namespace {
 
 using host::same_name;
@@ -220,4 +220,4 @@ CallExpression parse_call(std::string_view text) {
     }
 }
 
-}  // namespace tarvo::cli
+}  // namespace tarvo::language

@@ -11,7 +11,7 @@
 #include "call_expression.h"
 #include "caller.h"
 
-namespace tarvo::cli {
+namespace tarvo::language {
 
 // What a parameter gets.
 struct Filling {
@@ -50,4 +50,4 @@ Binding bind_call(const host::Caller& caller, const CallExpression& call, std::s
 Binding bind_to(const host::Caller& caller, const std::vector<const host::Callable*>& methods,
                 const CallExpression& call, std::string_view text, std::string_view in_hand);
 
-}  // namespace tarvo::cli
+}  // namespace tarvo::language

@@ -7,7 +7,7 @@
 
 #include "shown_text.h"
 
-namespace tarvo::cli {
+namespace tarvo::language {
 
 namespace {
 
@@ -59,4 +59,4 @@ std::string value_text(const host::Value& value) { return std::visit(ValueText{}
 
 std::string depth_text(int depth) { return std::to_string(depth) + (depth == 1 ? " bit" : " bits"); }
 
-}  // namespace tarvo::cli
+}  // namespace tarvo::language

@@ -7,7 +7,7 @@
 
 #include "placed_error.h"
 
-namespace tarvo::cli {
+namespace tarvo::language {
 namespace {
 
 using Kind = Term::Kind;
@@ -108,4 +108,4 @@ Size fitted(std::span<const Number> limits, const Size& picture) {
     return {scaled(picture.width, height, picture.height), height};
 }
 
-}  // namespace tarvo::cli
+}  // namespace tarvo::language

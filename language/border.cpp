@@ -5,7 +5,7 @@
 
 #include "pixels.h"
 
-namespace tarvo::cli {
+namespace tarvo::language {
 namespace {
 
 class Border {
@@ -67,4 +67,4 @@ std::optional<Area> inside_border(const host::Picture& picture, std::int32_t lev
     return Area{left, top, right - left, bottom - top};
 }
 
-}  // namespace tarvo::cli
+}  // namespace tarvo::language

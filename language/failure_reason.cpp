@@ -11,7 +11,7 @@
 #include "value_text.h"
 #include "wording.h"
 
-namespace tarvo::cli {
+namespace tarvo::language {
 
 using host::Callable;
 using host::Caller;
@@ -134,4 +134,4 @@ std::string failed_argument(Caller& caller, const Callable& method, std::span<co
     return argument ? std::string(argument->name) : std::string();
 }
 
-}  // namespace tarvo::cli
+}  // namespace tarvo::language

@@ -2,7 +2,7 @@
 
 #include "names.h"
 
-namespace tarvo::cli {
+namespace tarvo::language {
 
 std::string_view closest_name(std::string_view written, std::span<const std::string_view> names) {
     const std::string wanted = host::folded(written);
@@ -28,4 +28,4 @@ std::string suggestions(const reference::Reference& all, std::string_view name) 
     return did_you_mean(reference::near_names(all, name));
 }
 
-}  // namespace tarvo::cli
+}  // namespace tarvo::language

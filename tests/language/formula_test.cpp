@@ -5,7 +5,7 @@
 #include "call_expression.h"
 #include "placed_error.h"
 
-namespace tarvo::cli {
+namespace tarvo::language {
 namespace {
 
 constexpr Size kPicture{300, 200};
@@ -81,4 +81,4 @@ TEST(Formula, FitNeedsSides) {
 }
 
 }  // namespace
-}  // namespace tarvo::cli
+}  // namespace tarvo::language

@@ -9,7 +9,7 @@
 #include "call_expression.h"
 #include "caller.h"
 
-namespace tarvo::cli {
+namespace tarvo::language {
 
 // Returns how well an expression fits the type of a parameter that is not ByRef; none when it does not. A form
 // fit(...), which stands for two values, fits nothing.
@@ -21,4 +21,4 @@ std::string wanted_for(const host::Type& type);
 // Returns what an argument is, in words: `the file name "white"`. `text` is the call's.
 std::string found_in(const ArgumentExpression& argument, std::string_view text);
 
-}  // namespace tarvo::cli
+}  // namespace tarvo::language

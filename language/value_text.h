@@ -4,7 +4,7 @@
 
 #include "value.h"
 
-namespace tarvo::cli {
+namespace tarvo::language {
 
 // Returns a value as people read it: 12, 0.5, true, &c00FF00, or a text. Other objects are described: "a MemoryBlock of
 // 12 bytes".
@@ -13,4 +13,4 @@ std::string value_text(const host::Value& value);
 // Returns "32 bits" or "1 bit".
 std::string depth_text(int depth);
 
-}  // namespace tarvo::cli
+}  // namespace tarvo::language

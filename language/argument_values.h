@@ -11,7 +11,7 @@
 #include "call_expression.h"
 #include "caller.h"
 
-namespace tarvo::cli {
+namespace tarvo::language {
 
 // Returns the picture in a file that an argument names.
 using PictureReader = std::function<host::Value(const std::string& path)>;
@@ -30,4 +30,4 @@ Size size_of(host::Caller& caller, const host::Value& picture);
 // Whether objects of the class are pictures, of the host or of the plugin.
 bool is_picture_class(std::string_view name);
 
-}  // namespace tarvo::cli
+}  // namespace tarvo::language

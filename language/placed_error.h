@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <string>
 
-namespace tarvo::cli {
+namespace tarvo::language {
 
 // An error at a place in the text of a call. `position` counts bytes from 0; `parameter` is the one whose argument is
 // wrong, empty if that is not known.
@@ -20,4 +20,4 @@ private:
     std::string parameter_;
 };
 
-}  // namespace tarvo::cli
+}  // namespace tarvo::language

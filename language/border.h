@@ -7,7 +7,7 @@
 
 #include "object.h"
 
-namespace tarvo::cli {
+namespace tarvo::language {
 
 struct Area {
     std::int32_t left, top, width, height;
@@ -18,4 +18,4 @@ struct Area {
 // pixel's by more than `levels`. Returns none when nothing is left, or when the picture has no pixels to read.
 std::optional<Area> inside_border(const host::Picture& picture, std::int32_t levels);
 
-}  // namespace tarvo::cli
+}  // namespace tarvo::language

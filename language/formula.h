@@ -11,7 +11,7 @@
 #include <variant>
 #include <vector>
 
-namespace tarvo::cli {
+namespace tarvo::language {
 
 // The size of the picture in hand.
 struct Size {
@@ -56,4 +56,4 @@ std::int32_t integer_value(const Number& number, const Size& picture);
 // or two for width and height. Small pictures grow, and no side becomes shorter than 1. Throws PlacedError.
 Size fitted(std::span<const Number> limits, const Size& picture);
 
-}  // namespace tarvo::cli
+}  // namespace tarvo::language

@@ -4,7 +4,7 @@
 
 #include "shown_text.h"
 
-namespace tarvo::cli {
+namespace tarvo::language {
 namespace {
 
 // Bytes that are shown before and behind the place. A text that is hardly longer than that is shown whole.
@@ -27,4 +27,4 @@ std::string excerpt(std::string_view text, std::size_t position) {
     return "  " + before + host::shown(kept) + end + "\n  " + std::string(characters(before), ' ') + '^';
 }
 
-}  // namespace tarvo::cli
+}  // namespace tarvo::language

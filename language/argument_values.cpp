@@ -12,7 +12,7 @@
 #include "placed_error.h"
 #include "value_text.h"
 
-namespace tarvo::cli {
+namespace tarvo::language {
 
 using host::Caller;
 using host::Literal;
@@ -218,4 +218,4 @@ ArgumentValues make_values(Caller& caller, const CallExpression& call, const Bin
     return {std::move(values), maker.take_notes()};
 }
 
-}  // namespace tarvo::cli
+}  // namespace tarvo::language

@@ -5,7 +5,7 @@
 
 #include "names.h"
 
-namespace tarvo::cli {
+namespace tarvo::language {
 namespace {
 
 using host::same_name;
@@ -148,4 +148,4 @@ bool reads_as_formula(std::string_view word) {
     }
 }
 
-}  // namespace tarvo::cli
+}  // namespace tarvo::language

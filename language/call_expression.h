@@ -19,7 +19,7 @@
 #include "placed_error.h"
 #include "value.h"
 
-namespace tarvo::cli {
+namespace tarvo::language {
 
 // A bare word, such as photo.png or ../mask.pgm. (A text in quotes is a literal, which names a file where a picture is
 // wanted.)
@@ -85,4 +85,4 @@ private:
 // Throws ExpressionError.
 CallExpression parse_call(std::string_view text);
 
-}  // namespace tarvo::cli
+}  // namespace tarvo::language

@@ -6,7 +6,7 @@
 #include "names.h"
 #include "shown_text.h"
 
-namespace tarvo::cli {
+namespace tarvo::language {
 
 using host::Caller;
 using host::Fit;
@@ -103,4 +103,4 @@ std::string found_in(const ArgumentExpression& argument, std::string_view text) 
     return host::shown(kept) + (kept.size() < source.size() ? "..." : "");
 }
 
-}  // namespace tarvo::cli
+}  // namespace tarvo::language

@@ -7,7 +7,7 @@
 #include "formula.h"
 #include "scanner.h"
 
-namespace tarvo::cli {
+namespace tarvo::language {
 
 // Takes a number, be it a literal or a formula. Throws host::ScanError; `expected` says what to tell of when no number
 // begins here.
@@ -17,4 +17,4 @@ Number take_number(host::Scanner& scanner, const char* expected);
 // none.
 bool reads_as_formula(std::string_view word);
 
-}  // namespace tarvo::cli
+}  // namespace tarvo::language

@@ -12,7 +12,7 @@
 #include "shown_text.h"
 #include "suggestions.h"
 
-namespace tarvo::cli {
+namespace tarvo::language {
 
 using host::Callable;
 using host::Caller;
@@ -333,4 +333,4 @@ Binding bind_to(const Caller& caller, const std::vector<const Callable*>& method
     return best->binding;
 }
 
-}  // namespace tarvo::cli
+}  // namespace tarvo::language

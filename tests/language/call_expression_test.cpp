@@ -4,7 +4,7 @@
 
 #include <limits>
 
-namespace tarvo::cli {
+namespace tarvo::language {
 namespace {
 
 using host::Color;
@@ -302,4 +302,4 @@ TEST(CallExpression, EveryBeginningIsRefused) {
 }
 
 }  // namespace
-}  // namespace tarvo::cli
+}  // namespace tarvo::language

@@ -9,7 +9,7 @@
 
 #include "search.h"
 
-namespace tarvo::cli {
+namespace tarvo::language {
 
 // Returns the name that was probably meant: one letter in three may be wrong, missing, too many or in its neighbour's
 // place. Returns an empty text when no name is so near. Names are compared without regard to case.
@@ -21,4 +21,4 @@ std::string did_you_mean(const std::vector<std::string>& names);
 // Returns the same for the operations and classes that are near to a name.
 std::string suggestions(const reference::Reference& all, std::string_view name);
 
-}  // namespace tarvo::cli
+}  // namespace tarvo::language
