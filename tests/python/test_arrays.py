@@ -191,3 +191,26 @@ def test_other_modes() -> None:
         picture_of(2, 2).to_array("BGR")  # type: ignore[arg-type]
     as_float = np.asarray(picture_of(2, 2), dtype=np.float32)
     assert as_float.dtype == np.float32 and as_float.flags.writeable
+
+
+@pytest.mark.parametrize("mask", [False, True])
+@pytest.mark.parametrize("depth", [16, 24])
+def test_pictures_of_fewer_bits(depth: int, mask: bool) -> None:
+    """They come from picture strings alone; their pixels are always copied."""
+    string = bytearray(picture_of(7, 5, mask).convert_to_string())
+    string[8:10] = depth.to_bytes(2, "big")
+    picture = tarvo.convert_to_picture(string)
+    assert picture.has_mask == mask and f"depth: {depth}" in picture.info()
+    colors = picture.to_array(copy=True)
+    given = random_array(7, 5, 4 if mask else 3)[..., :3]
+    # Five bits, of which the upper ones are repeated below.
+    np.testing.assert_array_equal(colors, given & 0xF8 | given >> 5 if depth == 16 else given)
+    array = np.asarray(picture)
+    assert array.shape == (5, 7, 4 if mask else 3) and array.flags.c_contiguous and not array.flags.writeable
+    np.testing.assert_array_equal(array[..., :3], colors)
+    np.testing.assert_array_equal(picture.to_array("XRGB")[..., 1:], colors)
+    assert tarvo.from_array(array) == picture
+    with pytest.raises(ValueError, match="copy"):
+        picture.to_array(copy=False)
+    with pytest.raises(BufferError):
+        memoryview(picture)

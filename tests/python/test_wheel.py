@@ -56,4 +56,5 @@ def test_wheel_is_for_more_than_this_machine() -> None:
         names = files.namelist()
     for needed in ("tarvo/py.typed", "tarvo/_operations.py", "tarvo/_operations.pyi", "tarvo/_native.pyi"):
         assert needed in names
+    assert sum("libtarvo" in name for name in names) == 1
     assert any(name.endswith("licenses/LICENSE") for name in names)
