@@ -105,6 +105,42 @@ def downsample(x: Array, bits: int) -> Array:
     return np.minimum(step * ((wide(x[..., :3]) * 2 + step) // (2 * step)), 255).astype(np.uint8)
 
 
+def to_hsv(x: Array) -> tuple[npt.NDArray[np.int64], npt.NDArray[np.int64], npt.NDArray[np.int64]]:
+    """Hue in 1024ths of 60 degrees (-1 for greys), saturation in 1024ths, value."""
+    r, g, b = np.moveaxis(wide(x[..., :3]), -1, 0)
+    value = np.maximum(np.maximum(r, g), b)
+    delta = value - np.minimum(np.minimum(r, g), b)
+    grey = delta == 0
+    by = np.where(grey, 1, delta)
+    hue = np.where(
+        value == r,
+        cut((g - b) * 1024, by),
+        np.where(value == g, cut((b - r) * 1024, by) + 2048, cut((r - g) * 1024, by) + 4096),
+    )
+    hue = np.where(grey, -1, np.where(hue < 0, hue + 6144, hue))
+    return hue, np.where(grey, 0, delta * 1024 // np.where(grey, 1, value)), value
+
+
+def from_hsv(h: npt.NDArray[np.int64], s: npt.NDArray[np.int64], v: npt.NDArray[np.int64]) -> Array:
+    sector, f = h // 1024, h % 1024
+    p = (1024 - s) * v // 1024
+    q = v * (1048576 - s * f) // 1048576
+    t = v * (1048576 - s * (1024 - f)) // 1048576
+    colors = [np.stack(c, -1) for c in ((v, t, p), (q, v, p), (p, v, t), (p, q, v), (t, p, v), (v, p, q))]
+    made = np.choose(sector[..., np.newaxis], colors)
+    return np.where((s == 0)[..., np.newaxis], v[..., np.newaxis], made).astype(np.uint8)
+
+
+def hsv(x: Array, degrees: float, saturation: float, brightness: float) -> Array:
+    h, s, v = to_hsv(x)
+    h = h + int(np.floor(degrees * 1024 / 60))
+    h = np.where(h < 0, h + 6144, h)
+    h = np.where(h > 6143, h - 6144, h)
+    s = np.clip(int(saturation * 1024) * s // 1024, 0, 1023)
+    v = np.clip(int(brightness * 1024) * v // 1024, 0, 255)
+    return from_hsv(h, s, v)
+
+
 # --- combine ---
 
 

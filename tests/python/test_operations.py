@@ -116,6 +116,38 @@ def test_threshold(
     expect(p.threshold_with_mask(mask, **told), mixed)
 
 
+degrees = st.one_of(st.sampled_from([0.0, 120.0, -359.9, 359.9]), st.floats(-359.9, 359.9))
+scales = st.one_of(st.sampled_from([0.0, 1.0, 9.99]), st.floats(0, 9.99))
+
+
+@given(arrays(), rects, degrees, scales, scales, st.booleans(), seeds)
+def test_hsv(a: Array, rect: Rect, turn: float, s: float, v: float, negative: bool, seed: int) -> None:
+    p = tarvo.from_array(a)
+    changed = models.hsv(a, turn, s, v)
+    told = {"hue_degrees": turn, "saturation_factor": s, "brightness_factor": v}
+    expected = models.in_rect(a, rect, changed)
+    expect(p.adjust_hsv(rect, **told, negative=negative), 255 - expected if negative else expected, a)
+    m, mask = mask_for(a, seed)
+    expect(p.adjust_hsv_with_mask(mask, **told), models.mixed_in_255ths(a[..., :3], changed, m))
+
+
+@given(arrays(), rects)
+def test_average_hsv(a: Array, rect: Rect) -> None:
+    pixels = models.wide(a[models.part(a, rect)][..., :3]).reshape(-1, 3)
+    most, least = pixels.max(axis=1), pixels.min(axis=1)
+    measured = tarvo.from_array(a).get_average_hsv(rect)
+    saturation = np.where(most == 0, 0, (most - least) / np.where(most == 0, 1, most))
+    # The order of a sum of doubles is not told.
+    assert measured.saturation == pytest.approx(saturation.mean(), rel=1e-12)
+    assert measured.brightness == pytest.approx((most / 256).mean(), rel=1e-12)
+    r, g, b = (int(c) for c in pixels.sum(axis=0) // len(pixels))
+    high, delta = max(r, g, b), max(r, g, b) - min(r, g, b)
+    if delta == 0:
+        return
+    sixths = (g - b) / delta if high == r else 2 + (b - r) / delta if high == g else 4 + (r - g) / delta
+    assert measured.hue_degrees == pytest.approx(sixths * 60 % 360, abs=1e-9)
+
+
 @pytest.mark.parametrize(("size", "mask", "bits"), list(itertools.product(SIZES, MASKS, range(1, 9))))
 def test_downsample(size: tuple[int, int], mask: bool, bits: int) -> None:
     a = random_array(*size, 4 if mask else 3)
