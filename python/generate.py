@@ -77,7 +77,7 @@ class Parameter:
         return None if told is None else LITERALS.get(told, told)
 
     @property
-    def spec(self) -> str:
+    def row(self) -> str:
         return repr((self.name, self.type, self.default == "None"))
 
     @property
@@ -176,7 +176,7 @@ class Operation:
         return made + [(output["name"], RESULT_TYPES[output["type"]]) for output in self.outputs]
 
     @property
-    def self_spec(self) -> str:
+    def self_row(self) -> str:
         if self.owner:
             return repr(("self", self.owner, False))
         if self.self_type == "none":
@@ -230,11 +230,11 @@ def docstring(text: str, indent: str) -> str:
 
 
 def method_object(operation: Operation) -> str:
-    forms = ", ".join(f"[{', '.join(p.spec for p in form)}]" for form in operation.forms)
+    forms = ", ".join(f"[{', '.join(p.row for p in form)}]" for form in operation.forms)
     outputs = [output["name"] for output in operation.outputs]
     gathered = operation.gathered if outputs else "None"
     return (
-        f"{operation.variable} = Method({operation.full_name!r}, {operation.name!r}, [{forms}], {operation.self_spec}, "
+        f"{operation.variable} = Method({operation.full_name!r}, {operation.name!r}, [{forms}], {operation.self_row}, "
         f"{operation.result_type!r}, {outputs!r}, {gathered})"
     )
 
@@ -276,10 +276,10 @@ def function(operation: Operation, indent: str) -> str:
 
 def setter_object(operation: Operation) -> str:
     value = ("value", operation.first["result"], False)
-    forms = ", ".join([p.spec for p in operation.forms[0]] + [repr(value)])
+    forms = ", ".join([p.row for p in operation.forms[0]] + [repr(value)])
     return (
         f"{operation.variable}_set = Method({operation.full_name!r}, 'set_{operation.name}', [[{forms}]], "
-        f"{operation.self_spec}, '', [], None)"
+        f"{operation.self_row}, '', [], None)"
     )
 
 

@@ -18,7 +18,7 @@ nb::object error_function(const char* name);
 
 // Raises what the library has told, and frees it. `error` is NULL where there was no memory for one.
 [[noreturn]] void raise(tarvo_status status, tarvo_error* error);
-// Raises a TypeError or a ValueError of the given arguments, which is a tarvo.Error, too.
+// Raises a tarvo.OutOfRangeError.
 [[noreturn]] void raise_out_of_range(const std::string& operation, const std::string& argument,
                                      const std::string& message);
 [[noreturn]] void raise_type_error(const std::string& message);

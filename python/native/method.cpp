@@ -86,9 +86,9 @@ void warn_of(const tarvo_result* result, const std::string& operation) {
 
 class Method {
 public:
-    // `parameters`: one form's or, of several, a list of each one's; a parameter is its name, its type, and whether
-    // None leaves it out. `result` is a type, "text", or "" for none. `outputs` are the names of what comes back in
-    // arguments, which `gathered` makes one value of, behind the result.
+    // A form is a list of parameters, and a parameter its name, its type, and whether None leaves it out. So is `self`,
+    // which is None for what is called on nothing. `result` is a type, "text", or "" for none. `outputs` are the names
+    // of what comes back in arguments, which `gathered` makes one value of, behind the result.
     Method(std::string operation, std::string name, const nb::list& forms, nb::handle self, std::string result,
            std::vector<std::string> outputs, nb::object gathered)
         : operation_(std::move(operation)),
