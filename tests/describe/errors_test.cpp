@@ -51,9 +51,7 @@ private:
 };
 
 void Errors::spoil_object(std::size_t i, std::vector<Spoil>& all) {
-    const auto put = [&](auto make) {
-        all.push_back([i, make](std::vector<Value>& values) { values[i] = make(); });
-    };
+    const auto put = [&](auto make) { all.push_back([i, make](std::vector<Value>& values) { values[i] = make(); }); };
     const std::string& type = form.callable().parameters[i].type.name;
     const auto [width, height] = kUsualSize;
     const host::PictureOptions spoilt[] = {{.width = width + 1, .height = height},
