@@ -283,14 +283,22 @@ def setter_object(operation: Operation) -> str:
     )
 
 
+def functions_and_gathered(operations: list[Operation]) -> tuple[list[Operation], list[Operation]]:
+    """The operations that are functions of the module, and those whose outputs come as named tuples."""
+    return [o for o in operations if not o.is_method], [o for o in operations if o.outputs]
+
+
+def exports(functions: list[Operation], gathered: list[Operation]) -> str:
+    names = [n for o in functions for n in (o.name, o.registered)] + [o.gathered for o in gathered]
+    return f"__all__ = {sorted(names)!r}"
+
+
 def module(operations: list[Operation], classes: list[dict[str, Any]]) -> Iterator[str]:
     yield "# Made by the build of what the library tells of its operations."
     yield "from typing import NamedTuple"
     yield "from ._native import Method, Object, required"
-    functions = [o for o in operations if not o.is_method]
-    gathered = [o for o in operations if o.outputs]
-    names = [n for o in functions for n in (o.name, o.registered)] + [o.gathered for o in gathered]
-    yield f"__all__ = {sorted(names)!r}"
+    functions, gathered = functions_and_gathered(operations)
+    yield exports(functions, gathered)
     for operation in gathered:
         yield f"class {operation.gathered}(NamedTuple):"
         yield docstring(f"What {operation.name} gives.", "    ")
@@ -389,10 +397,8 @@ def stub(operations: list[Operation], classes: list[dict[str, Any]]) -> Iterator
     yield "from ._native import Object"
     yield "from ._picture import Picture"
     yield "from ._types import ColorLike, ColorMatrixLike, ConvolutionLike, Progress, RectangleLike"
-    functions = [o for o in operations if not o.is_method]
-    gathered = [o for o in operations if o.outputs]
-    names = [n for o in functions for n in (o.name, o.registered)] + [o.gathered for o in gathered]
-    yield f"__all__ = {sorted(names)!r}"
+    functions, gathered = functions_and_gathered(operations)
+    yield exports(functions, gathered)
     for operation in gathered:
         yield f"class {operation.gathered}(NamedTuple):"
         yield "\n".join(f"    {name}: {kind}" for name, kind in operation.fields)

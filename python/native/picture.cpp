@@ -87,31 +87,32 @@ PyType_Slot kSlots[] = {{Py_bf_getbuffer, reinterpret_cast<void*>(&get_buffer)},
                         {Py_bf_releasebuffer, reinterpret_cast<void*>(&release_buffer)},
                         {0, nullptr}};
 
-nb::object open(const nb::bytes& path, std::uint64_t max_pixels) {
+// What `read(options, &made, error)` has made.
+template <class Read>
+nb::object read_with(std::uint64_t max_pixels, Read read) {
     tarvo_read_options options = {};
     options.size = sizeof options;
     options.max_pixels = max_pixels;
     Watch watch{nb::none()};
     watch.put_into(options);
     tarvo_picture* made = nullptr;
-    watch.run([&](tarvo_error** error) { return tarvo_picture_open(path.c_str(), &options, &made, error); });
+    watch.run([&](tarvo_error** error) { return read(options, &made, error); });
     return new_picture(made);
+}
+
+nb::object open(const nb::bytes& path, std::uint64_t max_pixels) {
+    return read_with(max_pixels, [&](const tarvo_read_options& options, tarvo_picture** made, tarvo_error** error) {
+        return tarvo_picture_open(path.c_str(), &options, made, error);
+    });
 }
 
 nb::object decode(nb::handle bytes, std::uint64_t max_pixels) {
     const Buffer buffer(bytes, PyBUF_SIMPLE);
-    tarvo_read_options options = {};
-    options.size = sizeof options;
-    options.max_pixels = max_pixels;
-    Watch watch{nb::none()};
-    watch.put_into(options);
-    tarvo_picture* made = nullptr;
     // An empty buffer may have no address.
     const void* begin = buffer->buf ? buffer->buf : "";
-    watch.run([&](tarvo_error** error) {
-        return tarvo_picture_decode(begin, static_cast<std::size_t>(buffer->len), &options, &made, error);
+    return read_with(max_pixels, [&](const tarvo_read_options& options, tarvo_picture** made, tarvo_error** error) {
+        return tarvo_picture_decode(begin, static_cast<std::size_t>(buffer->len), &options, made, error);
     });
-    return new_picture(made);
 }
 
 tarvo_layout layout_of(int channels) {

@@ -10,7 +10,6 @@
 #include <iostream>
 #include <utility>
 
-#include "call_frame.h"
 #include "fake_screen.h"
 #include "holdings.h"
 #include "random_arguments.h"
@@ -43,20 +42,6 @@ std::string describe(const Callable& method, const std::vector<Value>& arguments
     std::string text = full_declaration(method) + " with";
     for (const Value& argument : arguments) text += "\n  " + describe(argument);
     return text;
-}
-
-// Passes the arguments as they are. The host's own caller would look at them first.
-Value call(Session& session, const Callable& method, std::vector<Value>& arguments) {
-    host::CallFrame frame;
-    for (std::size_t i = 0; i < arguments.size(); ++i) {
-        if (method.parameters[i].by_ref)
-            frame.pass_by_ref(arguments[i], arguments[i]);
-        else
-            frame.pass(arguments[i]);
-    }
-    const Value result = frame.call(method.function, method.declaration.result, session.host.objects());
-    frame.write_back();
-    return result;
 }
 
 class RandomCalls : public testing::TestWithParam<std::size_t> {
@@ -94,7 +79,7 @@ private:
         session.host.clear_complaints();
         bool changed = false;
         in_use_ = {&arguments, &changed};
-        const Value result = call(session, called, arguments);
+        const Value result = session.invoke_as_given(called, arguments);
         in_use_ = {};
         if (!misuse) {
             EXPECT_EQ(session.host.complaints(), std::vector<std::string>());

@@ -2,6 +2,8 @@
 
 #include <stdexcept>
 
+#include "call_frame.h"
+
 namespace tarvo::test {
 
 std::string plugin_path() { return TARVO_PLUGIN_PATH; }
@@ -23,6 +25,19 @@ Session::Session(host::HostOptions options, bool private_copy)
 
 Session::Session(const SharedPlugin& plugin, host::HostOptions options)
     : host(plugin.registry, options), entered(host), caller(host, plugin.callables) {}
+
+Value Session::invoke_as_given(const host::Callable& method, std::vector<Value>& arguments) {
+    host::CallFrame frame;
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        if (method.parameters[i].by_ref)
+            frame.pass_by_ref(arguments[i], arguments[i]);
+        else
+            frame.pass(arguments[i]);
+    }
+    const Value result = frame.call(method.function, method.declaration.result, host.objects());
+    frame.write_back();
+    return result;
+}
 
 const host::Callable& Session::callable(std::string_view declaration) const {
     const auto& methods = host.registry().methods();

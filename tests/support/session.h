@@ -62,6 +62,8 @@ public:
         std::array<Value, sizeof...(Arguments)> values = {value(std::forward<Arguments>(arguments))...};
         return caller.invoke(callable(declaration), values);
     }
+    // Passes the arguments as they are; the host's own caller would look at them first. ByRef ones get what came back.
+    Value invoke_as_given(const host::Callable& method, std::vector<Value>& arguments);
     const host::Callable& callable(std::string_view declaration) const;
 
     int last_error();

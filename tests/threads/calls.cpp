@@ -4,7 +4,6 @@
 
 #include <sstream>
 
-#include "call_frame.h"
 #include "error_state.h"
 #include "holdings.h"
 #include "plugin_entry.h"
@@ -46,19 +45,6 @@ void append_object(Seen& seen, Session& session, const ObjectRef& object) {
     }
 }
 
-Value call(Session& session, const Callable& method, std::vector<Value>& arguments) {
-    host::CallFrame frame;
-    for (std::size_t i = 0; i < arguments.size(); ++i) {
-        if (method.parameters[i].by_ref)
-            frame.pass_by_ref(arguments[i], arguments[i]);
-        else
-            frame.pass(arguments[i]);
-    }
-    const Value result = frame.call(method.function, method.declaration.result, session.host.objects());
-    frame.write_back();
-    return result;
-}
-
 }  // namespace
 
 const SharedPlugin& linked_plugin() {
@@ -79,7 +65,7 @@ void PrintTo(const Seen& seen, std::ostream* out) {
 
 Seen see(Session& session, const Callable& method, std::vector<Value>& arguments) {
     gTRV_Error = 0;  // not every method clears the code that the thread's last call left
-    const Value result = call(session, method, arguments);
+    const Value result = session.invoke_as_given(method, arguments);
     return see_result(session, result, arguments);
 }
 
