@@ -218,7 +218,7 @@ private:
     PluginSession* session_ = nullptr;  // null unless the command runs
     bool has_input_ = false;
     bool made_picture_ = false;
-    std::optional<host::FilePixels> like_;  // what the file's pixels were
+    std::optional<host::Carried> like_;  // what the file's pixels were
 };
 
 }  // namespace

@@ -22,9 +22,10 @@ std::function<void()> note_of_waiting(const std::string& path) {
 }
 
 WrittenFile write_file(const host::ObjectRef& picture, const std::string& path,
-                       const std::optional<host::FilePixels>& like) {
-    host::WriteReport report = host::write_picture_file(dynamic_cast<const host::Picture&>(*picture.get()), path,
-                                                        {.watch = &part_file_watch(), .like = like});
+                       const std::optional<host::Carried>& like) {
+    host::WriteReport report =
+        host::write_picture_file(dynamic_cast<const host::Picture&>(*picture.get()), path,
+                                 {.watch = &part_file_watch(), .carried = like ? &*like : nullptr});
     if (report.mask_left_out) report.not_kept.emplace_back("has no transparency: the mask is left out");
     return {host::in_words(report.pixels), std::move(report.not_kept)};
 }
@@ -36,13 +37,13 @@ PictureFile read_picture(PluginSession& session, const std::string& path, bool k
         return host::about_file(path, [&] { return read_string_file(session, path, note_of_waiting(path)); });
     const host::ReadOptions options = {
         .keep_depth = keep_depth, .max_pixels = session.limits().max_pixels, .on_wait = note_of_waiting(path)};
-    host::FilePixels pixels;
-    const host::ObjectRef picture = host::read_picture_file(session.host(), path, options, &pixels);
-    return {picture, host::in_words(pixels), pixels};
+    host::Carried carried;
+    const host::ObjectRef picture = host::read_picture_file(session.host(), path, options, &carried);
+    return {picture, host::in_words(carried.pixels), carried};
 }
 
 WrittenFile write_picture(PluginSession& session, const host::ObjectRef& picture, const std::string& path,
-                          const std::optional<host::FilePixels>& like) {
+                          const std::optional<host::Carried>& like) {
     WrittenFile written = holds_string(path)
                               ? host::about_file(path, [&] { return write_string_file(session, picture, path); })
                               : write_file(picture, path, like);

@@ -7,15 +7,15 @@
 #include <string>
 #include <vector>
 
-#include "image.h"
+#include "carried.h"
 #include "plugin_session.h"
 
 namespace tarvo::cli {
 
 struct PictureFile {
     host::ObjectRef picture;
-    std::string pixels;                    // what the file's are, in words: "grey, 16 bits a channel, mask"
-    std::optional<host::FilePixels> like;  // the same for `write_picture`; none for a picture string
+    std::string pixels;                 // what the file's are, in words: "grey, 16 bits a channel, mask"
+    std::optional<host::Carried> like;  // the same for `write_picture`; none for a picture string
 };
 
 // Throws FileError. `keep_depth` is as in host::ReadOptions.
@@ -26,9 +26,9 @@ struct WrittenFile {
     std::vector<std::string> lost;  // lines that say what is not kept, of the picture and of a file that was replaced
 };
 
-// `like` is as in host::WriteOptions. Throws FileError, or CommandError when the plugin makes no string of the picture.
+// `like` is what the picture carries. Throws FileError, or CommandError when the plugin makes no string of the picture.
 [[nodiscard]] WrittenFile write_picture(PluginSession& session, const host::ObjectRef& picture, const std::string& path,
-                                        const std::optional<host::FilePixels>& like = {});
+                                        const std::optional<host::Carried>& like = {});
 
 // Finds, before any work, what would keep a picture from being written to a file. Throws CommandError for wrong use.
 void check_output(const std::string& path);

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <variant>
 
+#include "names.h"
 #include "shown_text.h"
 
 namespace tarvo::language {
@@ -19,6 +20,10 @@ std::string with_line_ends(std::string_view text) {
         if (!half_of_pair) result += text[i] == '\r' ? '\n' : text[i];
     }
     return result;
+}
+
+std::string count_text(std::string_view class_name, std::size_t count) {
+    return object_text(class_name) + " of " + std::to_string(count) + " bytes";
 }
 
 struct ValueText {
@@ -41,21 +46,23 @@ struct ValueText {
     std::string operator()(const host::ObjectRef& object) const {
         if (!object) return "nil";
         if (const auto* text = dynamic_cast<const host::StringObject*>(object.get()))
-            return host::is_plain_text(text->bytes()) ? with_line_ends(text->bytes())
-                                                      : bytes("string", text->bytes().size());
+            return bytes_text(host::class_name(*text), text->bytes());
         if (const auto* block = dynamic_cast<const host::MemoryBlock*>(object.get()))
-            return bytes("MemoryBlock", block->bytes.size());
-        return "a " + host::class_name(*object.get());
-    }
-
-    static std::string bytes(const char* what, std::size_t count) {
-        return std::string("a ") + what + " of " + std::to_string(count) + " bytes";
+            return count_text(host::class_name(*block), block->bytes.size());
+        return object_text(host::class_name(*object.get()));
     }
 };
 
 }  // namespace
 
 std::string value_text(const host::Value& value) { return std::visit(ValueText{}, value); }
+
+std::string bytes_text(std::string_view class_name, std::string_view bytes) {
+    const bool is_text = host::same_name(class_name, "string") && host::is_plain_text(bytes);
+    return is_text ? with_line_ends(bytes) : count_text(class_name, bytes.size());
+}
+
+std::string object_text(std::string_view class_name) { return "a " + std::string(class_name); }
 
 std::string depth_text(int depth) { return std::to_string(depth) + (depth == 1 ? " bit" : " bits"); }
 

@@ -28,3 +28,5 @@ const char* tarvo_description() {
 }
 
 void tarvo_free(void* bytes) { std::free(bytes); }
+
+const char* tarvo_code_message(int32_t code) { return code == 0 ? "" : tarvo::library::message_of_code(code); }

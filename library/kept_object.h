@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "caller.h"
+#include "kept_picture.h"
 #include "picture_value.h"
 #include "tarvo.h"
 
@@ -17,6 +18,7 @@ struct tarvo_object {
     const tarvo::host::RegisteredClass& cls;
     std::vector<std::byte> data;
     std::optional<tarvo::host::PictureValue> picture;
+    tarvo::library::SharedCarried carried;  // of that picture
     std::atomic<std::int64_t> references = 1;
 };
 

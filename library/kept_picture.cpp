@@ -141,10 +141,10 @@ void write_row(const Rgba* colors, tarvo_layout layout, const std::uint8_t* stor
 
 }  // namespace
 
-tarvo_picture* new_picture(const host::Picture& picture) {
+tarvo_picture* new_picture(const host::Picture& picture, SharedCarried carried) {
     PictureValue value = PictureValue::of(picture);
     if (!value.pixels.bytes) throw Failure(TARVO_OPERATION, "the picture has no pixels");
-    return new tarvo_picture(std::move(value));
+    return new tarvo_picture(std::move(value), std::move(carried));
 }
 
 int channels_of(const PictureValue& picture) { return picture.mask ? 4 : 3; }

@@ -4,23 +4,33 @@
 #include <cstdint>
 #include <memory>
 
+#include "carried.h"
 #include "failure.h"
 #include "host.h"
 #include "image.h"
 #include "picture_value.h"
 #include "tarvo.h"
 
+namespace tarvo::library {
+
+// Null for a picture that comes of no file.
+using SharedCarried = std::shared_ptr<const host::Carried>;
+
+}  // namespace tarvo::library
+
 struct tarvo_picture {
-    explicit tarvo_picture(tarvo::host::PictureValue of) : value(std::move(of)) {}
+    explicit tarvo_picture(tarvo::host::PictureValue of, tarvo::library::SharedCarried its = nullptr)
+        : value(std::move(of)), carried(std::move(its)) {}
 
     const tarvo::host::PictureValue value;
+    const tarvo::library::SharedCarried carried;
     std::atomic<std::int64_t> references = 1;
 };
 
 namespace tarvo::library {
 
 // Throws Failure for a picture without pixels.
-tarvo_picture* new_picture(const host::Picture& picture);
+tarvo_picture* new_picture(const host::Picture& picture, SharedCarried carried);
 
 // Returns 3 channels, or 4 with a mask.
 int channels_of(const host::PictureValue& picture);

@@ -1,8 +1,11 @@
 #include "result.h"
 
+#include <cstdlib>
+#include <cstring>
 #include <utility>
 
 #include "names.h"
+#include "value_text.h"
 
 namespace tarvo::library {
 
@@ -43,6 +46,18 @@ void KeptValue::set_integers(std::vector<std::int32_t> integers) {
     value_.as.integers = {integers_.data(), integers_.size()};
 }
 
+std::string KeptValue::text() const {
+    switch (value_.type) {
+        case TARVO_NIL: return language::value_text({});
+        case TARVO_INTEGER: return language::value_text(value_.as.integer);
+        case TARVO_REAL: return language::value_text(value_.as.real);
+        case TARVO_BOOLEAN: return language::value_text(value_.as.boolean != 0);
+        case TARVO_COLOR: return language::value_text(host::color_of(value_.as.color));
+        case TARVO_BYTES: return language::bytes_text(class_, bytes_);
+        default: return language::object_text(class_);
+    }
+}
+
 void KeptValue::set_picture(tarvo_picture* picture) {
     value_.type = TARVO_PICTURE;
     value_.as.picture = picture;
@@ -57,12 +72,42 @@ void KeptValue::set_object(tarvo_object* object) {
 
 const tarvo_value* tarvo_result_value(const tarvo_result* result) { return result ? &result->value.value() : nullptr; }
 
-const tarvo_value* tarvo_result_output(const tarvo_result* result, const char* name) {
-    if (!result || !name) return nullptr;
-    for (const tarvo_result::Output& output : result->outputs)
-        if (tarvo::host::same_name(output.name, name)) return &output.value.value();
+namespace {
+
+// Null when there is none of that name; the operation's own without a name.
+const tarvo::library::KeptValue* value_named(const tarvo_result& result, const char* name) {
+    if (!name) return &result.value;
+    for (const tarvo_result::Output& output : result.outputs)
+        if (tarvo::host::same_name(output.name, name)) return &output.value;
     return nullptr;
 }
 
+}  // namespace
+
+const tarvo_value* tarvo_result_output(const tarvo_result* result, const char* name) {
+    if (!result || !name) return nullptr;
+    const auto* const value = value_named(*result, name);
+    return value ? &value->value() : nullptr;
+}
+
+const char* tarvo_result_output_name(const tarvo_result* result, size_t place) {
+    return result && place < result->outputs.size() ? result->outputs[place].name.c_str() : nullptr;
+}
+
+char* tarvo_result_text(const tarvo_result* result, const char* output) {
+    const auto* const value = result ? value_named(*result, output) : nullptr;
+    char* copy = nullptr;
+    if (value)
+        tarvo::library::guarded(nullptr, [&] {
+            const std::string text = value->text();
+            copy = static_cast<char*>(std::malloc(text.size() + 1));
+            if (copy) std::memcpy(copy, text.c_str(), text.size() + 1);
+        });
+    return copy;
+}
+
+const tarvo_error* tarvo_result_defect(const tarvo_result* result) { return result ? result->defect.get() : nullptr; }
+const char* tarvo_result_operation(const tarvo_result* result) { return result ? result->operation.c_str() : ""; }
+double tarvo_result_milliseconds(const tarvo_result* result) { return result ? result->milliseconds : 0; }
 int32_t tarvo_result_code(const tarvo_result* result) { return result ? result->code : 0; }
 void tarvo_result_release(tarvo_result* result) { delete result; }

@@ -3,9 +3,10 @@
 #include <cstdint>
 #include <deque>
 #include <string>
-#include <string_view>
+#include <utility>
 #include <vector>
 
+#include "failure.h"
 #include "kept_object.h"
 #include "kept_picture.h"
 #include "tarvo.h"
@@ -21,7 +22,11 @@ public:
     KeptValue& operator=(const KeptValue&) = delete;
 
     const tarvo_value& value() const { return value_; }
+    // As people read it.
+    std::string text() const;
 
+    // What objects are called.
+    void set_class(std::string name) { class_ = std::move(name); }
     void set(std::int32_t integer);
     void set(double real);
     void set(bool boolean);
@@ -34,6 +39,7 @@ public:
 
 private:
     tarvo_value value_ = {};
+    std::string class_;
     std::string bytes_;
     std::vector<std::int32_t> integers_;
 };
@@ -48,4 +54,7 @@ struct tarvo_result {
     tarvo::library::KeptValue value;
     std::deque<Output> outputs;
     std::int32_t code = 0;
+    tarvo::library::KeptError defect;
+    std::string operation;
+    double milliseconds = 0;
 };

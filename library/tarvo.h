@@ -79,12 +79,35 @@ typedef struct tarvo_error tarvo_error;
 TARVO_API tarvo_status tarvo_error_status(const tarvo_error* error);
 /* The operation's own code, as docs/errors.md lists them; 0 for none. */
 TARVO_API int32_t tarvo_error_code(const tarvo_error* error);
-/* What went wrong, for people. */
+/* What went wrong, for people: all that is known. */
 TARVO_API const char* tarvo_error_message(const tarvo_error* error);
 /* The operation as it is registered, "TRV_Stretch", and the argument that was wrong, "width"; "" where that is not
  * known. */
 TARVO_API const char* tarvo_error_operation(const tarvo_error* error);
 TARVO_API const char* tarvo_error_argument(const tarvo_error* error);
+
+/* The message's parts, for programs with words of their own; "" where there is nothing to tell. Why an operation
+ * refused, in lines. */
+TARVO_API const char* tarvo_error_reason(const tarvo_error* error);
+/* What there was no room for: what was asked and what is allowed. */
+TARVO_API const char* tarvo_error_refusal(const tarvo_error* error);
+/* The file that cannot be read or written. */
+TARVO_API const char* tarvo_error_file(const tarvo_error* error);
+
+/* The bounds that pictures may come up against. */
+typedef enum tarvo_limit TARVO_INT {
+    TARVO_NO_LIMIT = 0,
+    TARVO_MAX_PIXELS = 1, /* max_pixels of the options */
+    TARVO_MAX_MEMORY = 2, /* max_memory of the options */
+    TARVO_MAX_SIDES = 3   /* TARVO_LONGEST_SIDE, and the most bytes of a picture: no option raises it */
+} tarvo_limit;
+
+/* The bound that was in the way. */
+TARVO_API tarvo_limit tarvo_error_limit(const tarvo_error* error);
+
+/* What an operation's code means, in words; "" for 0. */
+TARVO_API const char* tarvo_code_message(int32_t code);
+
 /* NULL is allowed. */
 TARVO_API void tarvo_error_free(tarvo_error* error);
 
@@ -117,37 +140,79 @@ TARVO_API tarvo_status tarvo_picture_wrap(const void* xrgb, ptrdiff_t stride, in
                                           void (*release)(void* context), void* context, tarvo_picture** picture,
                                           tarvo_error** error);
 
+/* What a call tells besides its result: what is lost, and what is remarkable. None of it is a failure. */
+typedef enum tarvo_note TARVO_INT {
+    /* Losses. The text is a sentence that begins with the file's name or the operation's. */
+    TARVO_NOTE_MASK = 1,     /* the mask, by a format without transparency or by an operation */
+    TARVO_NOTE_DEPTH = 2,    /* 16 bits a channel are cut to 8 */
+    TARVO_NOTE_COLORS = 3,   /* colours are cut to fewer bits */
+    TARVO_NOTE_METADATA = 4, /* what the file told of itself */
+    TARVO_NOTE_PROFILE = 5,  /* the colour profile */
+    TARVO_NOTE_FILE = 6,     /* owner, links and the like of a file that was replaced */
+    /* No losses. */
+    TARVO_NOTE_CAUTION = 32,  /* arguments may not mean what their writer thinks: "write 330" */
+    TARVO_NOTE_WAITING = 33,  /* the file is a pipe that nobody writes to yet */
+    TARVO_NOTE_PIXELS = 34,   /* what the pixels of the file are: "grey, 16 bits a channel, mask" */
+    TARVO_NOTE_MESSAGE = 35,  /* an operation shows a message: its text */
+    TARVO_NOTE_COMPLAINT = 36 /* an operation wanted what cannot be, and went on */
+} tarvo_note;
+
+/* True of a loss. */
+#define TARVO_IS_LOSS(note) ((note) < TARVO_NOTE_CAUTION)
+
 /* Bounds, and a stop, for reading a file. */
 typedef struct tarvo_read_options {
     size_t size;
     int32_t keep_depth;  /* not 0: black-and-white files give 1 bit, grey and palette files 8; otherwise 32 bits */
-    uint64_t max_pixels; /* more are TARVO_LIMIT, however few bytes the file has; 0: 268,435,456 */
+    uint64_t max_pixels; /* more are TARVO_LIMIT, however few bytes the file has; 0: TARVO_USUAL_MAX_PIXELS */
     uint64_t max_memory; /* bytes for pictures and decoder; more are TARVO_MEMORY; 0: half of the machine's memory */
     int (*yield)(void* context); /* called every few kilobytes: not 0 stops the work; NULL: nobody is asked */
-    void* context;
+    void* context;               /* of `yield` and `note` */
+    /* Called on the thread of the call, for each thing to tell; the text lives until it returns. NULL: nobody is told.
+     */
+    void (*note)(void* context, tarvo_note kind, const char* text);
 } tarvo_read_options;
 
-/* Reads PNG, JPEG, PBM, PGM, PPM or PAM, told by the content. Transparency becomes the picture's mask. */
+#define TARVO_USUAL_MAX_PIXELS 268435456
+
+/* Reads PNG, JPEG, PBM, PGM, PPM or PAM, told by the content; and of a name that ends with .trv the string that
+ * TRV_ConvertToString makes. Transparency becomes the picture's mask.
+ *
+ * A picture carries what its file was. So do results of operations that are called on it, and it is written as its file
+ * was where that loses nothing: a grey picture is a grey file again. */
 TARVO_API tarvo_status tarvo_picture_open(const char* path, const tarvo_read_options* options, tarvo_picture** picture,
                                           tarvo_error** error);
 TARVO_API tarvo_status tarvo_picture_decode(const void* bytes, size_t length, const tarvo_read_options* options,
                                             tarvo_picture** picture, tarvo_error** error);
 
+/* Where the part file is that the bytes go to. */
+typedef enum tarvo_part_file TARVO_INT {
+    TARVO_PART_FILE_MAKING = 1, /* one is going to be made */
+    TARVO_PART_FILE_MADE = 2,   /* it is `name` in the open `folder`; both are valid until it is gone */
+    TARVO_PART_FILE_GONE = 3    /* it has the file's name now, or was removed, or never came to be */
+} tarvo_part_file;
+
 typedef struct tarvo_write_options {
     size_t size;
-    int32_t jpeg_quality;        /* 1 to 100; 0: 92 */
-    int (*yield)(void* context); /* as for reading; an old file stays as it was */
-    void* context;
+    int32_t jpeg_quality;                                           /* 1 to 100; 0: 92 */
+    int (*yield)(void* context);                                    /* as for reading; an old file stays as it was */
+    void* context;                                                  /* of all functions here */
+    void (*note)(void* context, tarvo_note kind, const char* text); /* as for reading */
+    /* For programs whose signals are to remove what is half written: unlinkat(folder, name, 0). The library leaves
+     * signals alone. */
+    void (*part_file)(void* context, tarvo_part_file now, int folder, const char* name);
 } tarvo_write_options;
 
-/* Writes the format that the name's ending tells: .png .jpg .jpeg .pbm .pgm .ppm .pam. The file appears whole or not at
- * all. PNG and PAM keep the mask; the others show the picture without it. */
+/* Writes the format that the name's ending tells: .png .jpg .jpeg .pbm .pgm .ppm .pam .trv. The file appears whole or
+ * not at all. PNG, PAM and TRV keep the mask; the others show the picture without it. */
 TARVO_API tarvo_status tarvo_picture_save(const tarvo_picture* picture, const char* path,
                                           const tarvo_write_options* options, tarvo_error** error);
 /* The same in memory. `format` is an ending, with its dot or without: "png". The bytes are freed with tarvo_free. */
 TARVO_API tarvo_status tarvo_picture_encode(const tarvo_picture* picture, const char* format,
                                             const tarvo_write_options* options, uint8_t** bytes, size_t* length,
                                             tarvo_error** error);
+/* Finds, before any work, what would keep a picture from being saved under that name, as far as that shows. */
+TARVO_API tarvo_status tarvo_check_output(const char* path, tarvo_error** error);
 /* NULL is allowed. */
 TARVO_API void tarvo_free(void* bytes);
 
@@ -243,6 +308,8 @@ typedef struct tarvo_call_options {
     int32_t read_files;  /* not 0: file names in the text of tarvo_apply are read; otherwise they are TARVO_USE */
     uint64_t max_pixels; /* as for reading, of each picture that the call makes */
     uint64_t max_memory;
+    void (*note)(void* context, tarvo_note kind, const char* text); /* as for reading */
+    int32_t client_pictures; /* not 0: a TRV_ClientPicture comes back as a TARVO_OBJECT; otherwise as a picture */
 } tarvo_call_options;
 
 /* What a call gives. Never changes. */
@@ -261,14 +328,33 @@ TARVO_API tarvo_status tarvo_call(const char* operation, const tarvo_value* self
  * that makes one. */
 TARVO_API tarvo_status tarvo_apply(const char* text, tarvo_picture* picture, const tarvo_call_options* options,
                                    tarvo_result** result, tarvo_error** error);
+/* The same on any value: a picture, an object such as a TRV_ClientPicture; NULL stands for nothing. */
+TARVO_API tarvo_status tarvo_apply_on(const char* text, const tarvo_value* self, const tarvo_call_options* options,
+                                      tarvo_result** result, tarvo_error** error);
+/* Finds what is wrong with such a text before any work: nothing is read, made or called. `on` is the class of what it
+ * is to be called on, "picture" or "TRV_ClientPicture"; NULL for nothing. `gives` may be NULL; it gets the class of the
+ * picture that comes of it, for the text that follows in a chain, and NULL when no picture does. It lives as long as
+ * the library. */
+TARVO_API tarvo_status tarvo_check(const char* text, const char* on, const char** gives, tarvo_error** error);
 
 /* What the operation returns; TARVO_NIL for one that returns nothing. NULL only for NULL. To keep a picture or object
  * longer than the result, retain it. */
 TARVO_API const tarvo_value* tarvo_result_value(const tarvo_result* result);
 /* What came back in an argument; NULL when there is none of that name. */
 TARVO_API const tarvo_value* tarvo_result_output(const tarvo_result* result, const char* name);
+/* The name of the argument that comes back at this place, from 0; NULL behind the last one. */
+TARVO_API const char* tarvo_result_output_name(const tarvo_result* result, size_t place);
+/* A value as people read it: "12", "0.5", "&c00FF00", "a MemoryBlock of 12 bytes". `output` is as above; NULL stands
+ * for what the operation returns. NULL when there is none of that name or no memory. Freed with tarvo_free. */
+TARVO_API char* tarvo_result_text(const tarvo_result* result, const char* output);
 /* The code of a result with a defect (a mask that could not be kept); 0 for a good one. */
 TARVO_API int32_t tarvo_result_code(const tarvo_result* result);
+/* The defect as an error that belongs to the result; NULL for a good one. */
+TARVO_API const tarvo_error* tarvo_result_defect(const tarvo_result* result);
+/* What was called, as it is registered: "TRV_Stretch". */
+TARVO_API const char* tarvo_result_operation(const tarvo_result* result);
+/* How long the operation took, without what was done to its arguments and its result. */
+TARVO_API double tarvo_result_milliseconds(const tarvo_result* result);
 /* NULL is allowed. */
 TARVO_API void tarvo_result_release(tarvo_result* result);
 

@@ -33,8 +33,12 @@ public:
         : std::runtime_error(tarvo_error_message(error)),
           status_(tarvo_error_status(error)),
           code_(tarvo_error_code(error)),
+          limit_(tarvo_error_limit(error)),
           operation_(tarvo_error_operation(error)),
-          argument_(tarvo_error_argument(error)) {
+          argument_(tarvo_error_argument(error)),
+          reason_(tarvo_error_reason(error)),
+          refusal_(tarvo_error_refusal(error)),
+          file_(tarvo_error_file(error)) {
         tarvo_error_free(error);
     }
     Error(tarvo_status status, const std::string& message) : std::runtime_error(message), status_(status) {}
@@ -43,11 +47,17 @@ public:
     std::int32_t code() const { return code_; }
     const std::string& operation() const { return operation_; }
     const std::string& argument() const { return argument_; }
+    // Parts of the message.
+    const std::string& reason() const { return reason_; }
+    const std::string& refusal() const { return refusal_; }
+    const std::string& file() const { return file_; }
+    tarvo_limit limit() const { return limit_; }
 
 private:
     tarvo_status status_;
     std::int32_t code_ = 0;
-    std::string operation_, argument_;
+    tarvo_limit limit_ = TARVO_NO_LIMIT;
+    std::string operation_, argument_, reason_, refusal_, file_;
 };
 
 namespace detail {
@@ -61,15 +71,19 @@ void check(Work work) {
     if (status != TARVO_OK) throw Error(status, "failed");
 }
 
-// A callback of a program, which may throw: the exception waits until the library has returned.
-class Yield {
+using Note = std::function<void(tarvo_note, const std::string&)>;
+
+// What a program wants to be asked and told. Its functions may throw: the exception waits until the library has
+// returned.
+class Callbacks {
 public:
-    explicit Yield(std::function<bool()> stops) : stops_(std::move(stops)) {}
+    template <class Given>
+    explicit Callbacks(const Given& given) : stops_(given.yield), note_(given.note) {}
 
     template <class Options>
     void put_into(Options& options) {
-        if (!stops_) return;
-        options.yield = &ask;
+        if (stops_) options.yield = &ask;
+        if (note_) options.note = &tell;
         options.context = this;
     }
     template <class Work>
@@ -77,23 +91,36 @@ public:
         try {
             detail::check(work);
         } catch (...) {
-            if (thrown_) std::rethrow_exception(thrown_);
+            rethrow();
             throw;
         }
+    }
+    void rethrow() const {
+        if (thrown_) std::rethrow_exception(thrown_);
     }
 
 private:
     static int ask(void* context) {
-        auto* self = static_cast<Yield*>(context);
+        auto* const self = static_cast<Callbacks*>(context);
+        bool stops = true;
+        if (!self->thrown_) self->guarded([&] { stops = self->stops_(); });
+        return stops ? 1 : 0;
+    }
+    static void tell(void* context, tarvo_note kind, const char* text) {
+        auto* const self = static_cast<Callbacks*>(context);
+        if (!self->thrown_) self->guarded([&] { self->note_(kind, text); });
+    }
+    template <class Work>
+    void guarded(Work work) {
         try {
-            return self->stops_() ? 1 : 0;
+            work();
         } catch (...) {
-            self->thrown_ = std::current_exception();
-            return 1;
+            thrown_ = std::current_exception();
         }
     }
 
-    std::function<bool()> stops_;
+    const std::function<bool()> stops_;
+    const Note note_;
     std::exception_ptr thrown_;
 };
 
@@ -124,16 +151,18 @@ struct Color {
     std::uint32_t rgb = 0;  // 0x00RRGGBB
 };
 
-// The library's options; `yield` stops the work by returning true, or by throwing what then leaves the call.
+// The library's options; `yield` stops the work by returning true. What `yield` and `note` throw leaves the call.
 struct ReadOptions {
     bool keep_depth = false;
     std::uint64_t max_pixels = 0, max_memory = 0;
     std::function<bool()> yield = {};
+    detail::Note note = {};
 };
 
 struct WriteOptions {
     int jpeg_quality = 0;
     std::function<bool()> yield = {};
+    detail::Note note = {};
 };
 
 struct CallOptions {
@@ -142,6 +171,8 @@ struct CallOptions {
     int threads = 1;
     bool read_files = false;
     std::uint64_t max_pixels = 0, max_memory = 0;
+    detail::Note note = {};
+    bool client_pictures = false;
 };
 
 class Result;
@@ -235,20 +266,23 @@ private:
         how.keep_depth = options.keep_depth ? 1 : 0;
         how.max_pixels = options.max_pixels;
         how.max_memory = options.max_memory;
-        detail::Yield yield(options.yield);
-        yield.put_into(how);
+        detail::Callbacks callbacks(options);
+        callbacks.put_into(how);
         tarvo_picture* picture = nullptr;
-        yield.check([&](tarvo_error** error) { return work(&how, &picture, error); });
-        return Picture(picture);
+        callbacks.check([&](tarvo_error** error) { return work(&how, &picture, error); });
+        Picture made(picture);
+        callbacks.rethrow();
+        return made;
     }
     template <class Write>
     static void write(const WriteOptions& options, Write work) {
         tarvo_write_options how = {};
         how.size = sizeof how;
         how.jpeg_quality = options.jpeg_quality;
-        detail::Yield yield(options.yield);
-        yield.put_into(how);
-        yield.check([&](tarvo_error** error) { return work(&how, error); });
+        detail::Callbacks callbacks(options);
+        callbacks.put_into(how);
+        callbacks.check([&](tarvo_error** error) { return work(&how, error); });
+        callbacks.rethrow();
     }
 
     detail::Reference<tarvo_picture, tarvo_picture_retain, tarvo_picture_release> reference_;
@@ -266,8 +300,8 @@ public:
         reference_ = Reference(object);
     }
 
-    // Calls a method, reads a property, or sets it with an argument. The name has its class in front, "TRV_Rectangle.Area",
-    // unless the object was made by its class's name.
+    // Calls a method, reads a property, or sets it with an argument. The name has its class in front,
+    // "TRV_Rectangle.Area", unless the object was made by its class's name.
     template <class... Arguments>
     Result call(const std::string& member, Arguments&&... arguments) const;
 
@@ -375,10 +409,28 @@ public:
     const tarvo_value* output(const std::string& name) const {
         return tarvo_result_output(result_.get(), name.c_str());
     }
+    // The names of the arguments that came back, in order.
+    std::vector<std::string> outputs() const {
+        std::vector<std::string> names;
+        while (const char* const name = tarvo_result_output_name(result_.get(), names.size())) names.push_back(name);
+        return names;
+    }
+    // What the operation returns, or what came back in an argument of that name, as people read it.
+    std::string text() const { return text_of(nullptr); }
+    std::string text(const std::string& output) const { return text_of(output.c_str()); }
     std::int32_t code() const { return tarvo_result_code(result_.get()); }
+    // As long as the result lives; null for a good one.
+    const tarvo_error* defect() const { return tarvo_result_defect(result_.get()); }
+    std::string operation() const { return tarvo_result_operation(result_.get()); }
+    double milliseconds() const { return tarvo_result_milliseconds(result_.get()); }
     tarvo_result* get() const { return result_.get(); }
 
 private:
+    std::string text_of(const char* output) const {
+        const std::unique_ptr<char, void (*)(void*)> text(tarvo_result_text(result_.get(), output), &tarvo_free);
+        if (!text) throw Error(TARVO_USE, "there is no such output");
+        return text.get();
+    }
     decltype(tarvo_value::as) returned(tarvo_type type) const {
         if (value().type != type) throw Error(TARVO_USE, "the result is of another type");
         return value().as;
@@ -398,16 +450,20 @@ Result called(const CallOptions& options, Call call) {
     how.read_files = options.read_files ? 1 : 0;
     how.max_pixels = options.max_pixels;
     how.max_memory = options.max_memory;
-    Yield yield(options.yield);
-    yield.put_into(how);
+    how.client_pictures = options.client_pictures ? 1 : 0;
+    Callbacks callbacks(options);
+    callbacks.put_into(how);
     tarvo_result* result = nullptr;
-    yield.check([&](tarvo_error** error) { return call(&how, &result, error); });
-    return Result(result);
+    callbacks.check([&](tarvo_error** error) { return call(&how, &result, error); });
+    Result made(result);
+    callbacks.rethrow();
+    return made;
 }
 
 }  // namespace detail
 
-// Calls an operation on `self`, which may be nullptr: call("TRV_MakeGradient", nullptr, {300, 200, Color{0}, Color{0xFF}}).
+// Calls an operation on `self`, which may be nullptr: call("TRV_MakeGradient", nullptr, {300, 200, Color{0},
+// Color{0xFF}}).
 inline Result call(const std::string& operation, const Value& self, const std::vector<Argument>& arguments = {},
                    const CallOptions& options = {}) {
     std::vector<tarvo_argument> plain;
@@ -417,11 +473,31 @@ inline Result call(const std::string& operation, const Value& self, const std::v
     });
 }
 
-// Calls what a text says, on a picture that may be empty.
-inline Result apply(const std::string& text, const Picture& picture = {}, const CallOptions& options = {}) {
+// Calls what a text says, on a value that may be empty.
+inline Result apply_on(const std::string& text, const Value& self, const CallOptions& options = {}) {
     return detail::called(options, [&](const tarvo_call_options* how, tarvo_result** result, tarvo_error** error) {
-        return tarvo_apply(text.c_str(), picture.get(), how, result, error);
+        return tarvo_apply_on(text.c_str(), &self.get(), how, result, error);
     });
+}
+
+// The same on a picture that may be empty.
+inline Result apply(const std::string& text, const Picture& picture = {}, const CallOptions& options = {}) {
+    return apply_on(text, picture, options);
+}
+
+// Finds what is wrong with such a text, before any work, on an object of that class, or on nothing. Returns the class
+// of the picture that comes of it, or "".
+inline std::string check(const std::string& text, const std::string& on = "picture") {
+    const char* gives = nullptr;
+    detail::check([&](tarvo_error** error) {
+        return tarvo_check(text.c_str(), on.empty() ? nullptr : on.c_str(), &gives, error);
+    });
+    return gives ? gives : "";
+}
+
+// Finds what would keep a picture from being saved under that name.
+inline void check_output(const std::string& path) {
+    detail::check([&](tarvo_error** error) { return tarvo_check_output(path.c_str(), error); });
 }
 
 template <class... Arguments>
@@ -441,6 +517,9 @@ inline Rectangle::Rectangle(int left, int top, int width, int height) : Object("
     call("width", width);
     call("height", height);
 }
+
+// What an operation's code means; "" for 0.
+inline std::string code_message(std::int32_t code) { return tarvo_code_message(code); }
 
 inline std::string version() { return tarvo_version(); }
 // All operations, classes and errors as JSON.

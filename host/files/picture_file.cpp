@@ -12,16 +12,16 @@ namespace tarvo::host {
 
 namespace {
 
-ObjectRef decode(Host& host, ByteSource& file, const ReadOptions& options, FilePixels* pixels = nullptr) {
+ObjectRef decode(Host& host, ByteSource& file, const ReadOptions& options, Carried* carried) {
     if (options.on_block) {
         ReadOptions unwatched = options;
         unwatched.on_block = nullptr;
         WatchedSource watched(file, options.on_block);
-        return decode(host, watched, unwatched, pixels);
+        return decode(host, watched, unwatched, carried);
     }
     PictureBuilder builder(host, options.keep_depth);
     format_of_bytes(file.ahead()).decode(file, options.max_pixels, builder);
-    if (pixels) *pixels = builder.file_pixels();
+    if (carried) carried->pixels = builder.file_pixels();
     return builder.finish();
 }
 
@@ -35,29 +35,37 @@ FilePixels encode_watched(const PixelSource& image, const Format& format, const 
     return pixels;
 }
 
-FilePixels encode(const PictureSource& source, const Format& format, const WriteOptions& options, ByteSink& file) {
-    FilePixels pixels = encode_watched(source, format, options, file);
-    pixels.alpha = format.keeps_alpha && has_alpha(source.form());
-    return pixels;
+PictureSource source_of(const Picture& picture, const WriteOptions& options) {
+    return PictureSource(picture, options.carried ? &options.carried->pixels : nullptr);
+}
+
+WriteReport encode(const PictureSource& source, const Format& format, const WriteOptions& options, ByteSink& file) {
+    WriteReport report;
+    report.pixels = encode_watched(source, format, options, file);
+    report.mask_left_out = source.has_mask() && !format.keeps_alpha;
+    report.pixels.alpha = format.keeps_alpha && has_alpha(source.form());
+    return report;
 }
 
 }  // namespace
 
-ObjectRef decode_picture(Host& host, std::span<const std::uint8_t> file, const ReadOptions& options) {
+ObjectRef decode_picture(Host& host, std::span<const std::uint8_t> file, const ReadOptions& options, Carried* carried) {
     MemorySource source(file);
-    return decode(host, source, options);
+    return decode(host, source, options, carried);
 }
 
-ObjectRef read_picture_file(Host& host, const std::string& path, const ReadOptions& options, FilePixels* pixels) {
+ObjectRef read_picture_file(Host& host, const std::string& path, const ReadOptions& options, Carried* carried) {
     return about_file(path, [&] {
         FileSource file(path, options.on_wait);
-        return decode(host, file, options, pixels);
+        return decode(host, file, options, carried);
     });
 }
 
-Bytes encode_picture(const Picture& picture, const std::string& name, const WriteOptions& options) {
+Bytes encode_picture(const Picture& picture, const std::string& name, const WriteOptions& options,
+                     WriteReport* report) {
     MemorySink file;
-    encode(PictureSource(picture, options.like), format_of_name(name), options, file);
+    const WriteReport told = encode(source_of(picture, options), format_of_name(name), options, file);
+    if (report) *report = told;
     file.flush();
     return std::move(file.bytes);
 }
@@ -65,11 +73,11 @@ Bytes encode_picture(const Picture& picture, const std::string& name, const Writ
 WriteReport write_picture_file(const Picture& picture, const std::string& path, const WriteOptions& options) {
     return about_file(path, [&] {
         const Format& format = format_of_name(path);
-        const PictureSource source(picture, options.like);
+        const PictureSource source = source_of(picture, options);
         FileWriter file(path, options.watch);
-        const FilePixels pixels = encode(source, format, options, file);
-        return WriteReport{
-            .pixels = pixels, .mask_left_out = picture.mask() && !format.keeps_alpha, .not_kept = file.commit()};
+        WriteReport report = encode(source, format, options, file);
+        report.not_kept = file.commit();
+        return report;
     });
 }
 

@@ -4,16 +4,15 @@
 
 #include <cstdint>
 #include <functional>
-#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "carried.h"
 #include "file_error.h"
 #include "file_writer.h"
 #include "host.h"
-#include "image.h"
 
 namespace tarvo::host {
 
@@ -30,19 +29,21 @@ struct ReadOptions {
 };
 
 struct WriteOptions {
-    int jpeg_quality = 92;                // 1 to 100
-    PartFileWatch* watch = nullptr;       // told of the part file
-    std::optional<FilePixels> like = {};  // the pixels that a file is to have, if that loses nothing: see PictureSource
+    int jpeg_quality = 92;             // 1 to 100
+    PartFileWatch* watch = nullptr;    // told of the part file
+    const Carried* carried = nullptr;  // what the picture's file had; its pixels are to be so again, if that loses
+                                       // nothing: see PictureSource
     // Called for every row, and every few kilobytes. What it throws ends the writing, as an error would.
     std::function<void()> on_block = {};
 };
 
 // A graphics world. Transparency becomes its mask: 0 where the file is opaque, 255 where it is clear. The format is
-// told by the content; `pixels` gets what the file's are. Throws FileError.
+// told by the content; `carried` gets what else the file had. Throws FileError.
 ObjectRef read_picture_file(Host& host, const std::string& path, const ReadOptions& options = {},
-                            FilePixels* pixels = nullptr);
+                            Carried* carried = nullptr);
 // As `read_picture_file`; the message of a FileError names no file.
-ObjectRef decode_picture(Host& host, std::span<const std::uint8_t> file, const ReadOptions& options = {});
+ObjectRef decode_picture(Host& host, std::span<const std::uint8_t> file, const ReadOptions& options = {},
+                         Carried* carried = nullptr);
 
 struct WriteReport {
     FilePixels pixels;                  // the file's
@@ -54,8 +55,9 @@ struct WriteReport {
 // new one is complete; after an error it is as it was. PNG and PAM keep the mask as alpha, PNG depths up to 8 bits,
 // JPEG and PAM greys. Throws FileError.
 WriteReport write_picture_file(const Picture& picture, const std::string& path, const WriteOptions& options = {});
-// The bytes of such a file; of `name` only the ending counts.
-Bytes encode_picture(const Picture& picture, const std::string& name, const WriteOptions& options = {});
+// The bytes of such a file; of `name` only the ending counts. `report` gets what is to be told of it.
+Bytes encode_picture(const Picture& picture, const std::string& name, const WriteOptions& options = {},
+                     WriteReport* report = nullptr);
 
 // Throws FileError when no picture can be written to that path, because of its ending or of what is there, as far as
 // that shows before anything is written. `own_ending`: one that the caller knows how to write.

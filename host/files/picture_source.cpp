@@ -36,7 +36,7 @@ int index_bits_for(std::size_t colors) {
 
 }  // namespace
 
-PictureSource::PictureSource(const Picture& picture, const std::optional<FilePixels>& like) : picture_(picture) {
+PictureSource::PictureSource(const Picture& picture, const FilePixels* like) : picture_(picture) {
     using Colors = FilePixels::Colors;
     check_readable(picture);
     form_.width = picture.width();

@@ -2,8 +2,6 @@
 
 // The host's pictures as encoders take them.
 
-#include <optional>
-
 #include "color_indices.h"
 #include "host.h"
 #include "image.h"
@@ -18,8 +16,9 @@ namespace tarvo::host {
 class PictureSource final : public PixelSource {
 public:
     // Throws FileError for a picture that has no pixels, or pixels of an unknown depth.
-    explicit PictureSource(const Picture& picture, const std::optional<FilePixels>& like = {});
+    explicit PictureSource(const Picture& picture, const FilePixels* like = nullptr);
 
+    bool has_mask() const { return mask_ != nullptr; }
     const ImageForm& form() const override { return form_; }
     void read(int y, std::uint8_t* row) const noexcept override;
 

@@ -25,9 +25,9 @@ protected:
     // What the pixels of a file of these bytes are, in words.
     std::string words_for(const FileBytes& file) {
         write_bytes(path_, file);
-        FilePixels pixels;
-        read_picture_file(host, path_, {}, &pixels);
-        return in_words(pixels);
+        Carried carried;
+        read_picture_file(host, path_, {}, &carried);
+        return in_words(carried.pixels);
     }
 
     ObjectRef picture(int width, const Colors& colors, const Colors& mask = {}) {
@@ -49,10 +49,11 @@ protected:
     // format has none.
     std::string written_like(const FilePixels& like, const ObjectRef& shown, const char* ending = ".pam") {
         const std::string path = folder_.file(std::string("out") + ending);
-        const WriteReport report = write_picture_file(picture_in(shown), path, {.like = like});
-        FilePixels read;
+        const Carried carried{like};
+        const WriteReport report = write_picture_file(picture_in(shown), path, {.carried = &carried});
+        Carried read;
         const ObjectRef again = read_picture_file(host, path, {}, &read);
-        EXPECT_EQ(read, report.pixels);
+        EXPECT_EQ(read.pixels, report.pixels);
         EXPECT_EQ(colors_of(again), colors_of(shown));
         const bool masked = picture_in(shown).mask() && !report.mask_left_out;
         EXPECT_EQ(static_cast<bool>(picture_in(again).mask()), masked);

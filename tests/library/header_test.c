@@ -6,7 +6,7 @@ int use_header_from_c(void);
 static int never(void* context) { return context != NULL; }
 
 int use_header_from_c(void) {
-    const tarvo_call_options options = {sizeof options, 0, never, NULL, 1, 0, 0, 0};
+    const tarvo_call_options options = {.size = sizeof options, .yield = never, .threads = 1};
     const unsigned char rows[] = {1, 2, 3, 4, 5, 6};
     const tarvo_argument arguments[] = {{NULL, {TARVO_INTEGER, {7}}}, {"height", {TARVO_INTEGER, {9}}}};
     tarvo_picture* picture = NULL;

@@ -37,6 +37,7 @@ public:
     ~Failed() { tarvo_error_free(error_); }
     tarvo_status status() const { return tarvo_error_status(error_); }
     std::int32_t code() const { return tarvo_error_code(error_); }
+    tarvo_limit limit() const { return tarvo_error_limit(error_); }
     std::string message() const { return tarvo_error_message(error_); }
     std::string operation() const { return tarvo_error_operation(error_); }
     std::string argument() const { return tarvo_error_argument(error_); }

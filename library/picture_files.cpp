@@ -1,0 +1,248 @@
+// Pictures from and to files and encoded bytes.
+
+#include "picture_files.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include "about_file.h"
+#include "failure.h"
+#include "file_source.h"
+#include "file_writer.h"
+#include "format.h"
+#include "options.h"
+#include "picture_string.h"
+#include "shown_text.h"
+#include "watched_files.h"
+
+namespace tarvo::library {
+namespace {
+
+using host::ObjectRef;
+
+bool holds_string(std::string_view path) { return host::has_ending(path, kStringEnding); }
+
+ReadPicture read_string(CallHost& call, const std::string& path, const host::ReadOptions& options) {
+    return host::about_file(path, [&] {
+        host::FileSource file(path, options.on_wait);
+        ReadPicture read;
+        if (options.on_block) {
+            host::WatchedSource watched(file, options.on_block);
+            read.picture = read_picture_string(call, watched, options.max_pixels, read.pixels);
+        } else {
+            read.picture = read_picture_string(call, file, options.max_pixels, read.pixels);
+        }
+        return read;
+    });
+}
+
+// What `decode(carried)` returns, and what it puts there.
+template <class Decode>
+ReadPicture decoded(Decode decode) {
+    auto carried = std::make_shared<host::Carried>();
+    ReadPicture read;
+    read.picture = decode(carried.get());
+    read.pixels = host::in_words(carried->pixels);
+    read.carried = std::move(carried);
+    return read;
+}
+
+// Reads with the caller's bounds and stop. `read(call, options, notes)` returns what was read.
+template <class Read>
+tarvo_picture* read_with(const tarvo_read_options* given, Read read) {
+    const auto options = given_options(given);
+    const Notes notes(options);
+    const host::Limits limits = limits_of(options.max_pixels, options.max_memory);
+    CallHost call(limits);
+    call.stop_by(options.yield, options.context);
+    ReadPicture made = read(
+        call,
+        host::ReadOptions{
+            .keep_depth = options.keep_depth != 0, .max_pixels = limits.max_pixels, .on_block = call.host().on_yield},
+        notes);
+    notes.tell(TARVO_NOTE_PIXELS, made.pixels);
+    return new_picture(dynamic_cast<const host::Picture&>(*made.picture.get()), std::move(made.carried));
+}
+
+// Tells a program of its part file.
+class ToldWatch final : public host::PartFileWatch {
+public:
+    explicit ToldWatch(const tarvo_write_options& options) : tell_(options.part_file), context_(options.context) {}
+
+    void making() noexcept override { tell(TARVO_PART_FILE_MAKING, -1, ""); }
+    void made(int folder, const char* name) noexcept override { tell(TARVO_PART_FILE_MADE, folder, name); }
+    void gone() noexcept override { tell(TARVO_PART_FILE_GONE, -1, ""); }
+
+private:
+    void tell(tarvo_part_file now, int folder, const char* name) const {
+        if (tell_) tell_(context_, now, folder, name);
+    }
+
+    void (*tell_)(void*, tarvo_part_file, int, const char*);
+    void* context_;
+};
+
+// One picture on its way to a file, or to bytes, with the caller's options.
+class Writing {
+public:
+    Writing(const tarvo_picture& picture, const tarvo_write_options* given)
+        : carried_(picture.carried), options_(given_options(given)), notes_(options_), watch_(options_) {
+        if (options_.jpeg_quality < 0 || options_.jpeg_quality > 100)
+            throw wrong_use("jpeg_quality is " + std::to_string(options_.jpeg_quality) + ", allowed is 1 to 100");
+        call_.stop_by(options_.yield, options_.context);
+        written_ = call_.host().new_picture(picture.value);
+    }
+
+    void save(const std::string& path) {
+        if (holds_string(path)) {
+            host::about_file(path, [&] {
+                host::FileWriter file(path, &watch_);
+                const std::string pixels = write_picture_string(call_, written_, file);
+                host::WriteReport report;
+                report.not_kept = file.commit();
+                tell(path, report, pixels);
+            });
+            tell_unreadable(path);
+        } else {
+            tell(path, host::write_picture_file(picture(), path, how()));
+        }
+    }
+
+    host::Bytes encode(const std::string& name) {
+        constexpr const char* kFile = "the file";
+        if (!holds_string(name)) {
+            host::WriteReport report;
+            host::Bytes file = host::encode_picture(picture(), name, how(), &report);
+            tell(kFile, report);
+            return file;
+        }
+        host::MemorySink file;
+        const std::string pixels = write_picture_string(call_, written_, file);
+        file.flush();
+        tell(kFile, {}, pixels);
+        tell_unreadable(kFile);
+        return std::move(file.bytes);
+    }
+
+private:
+    const host::Picture& picture() const { return dynamic_cast<const host::Picture&>(*written_.get()); }
+
+    host::WriteOptions how() {
+        host::WriteOptions options{.watch = &watch_, .carried = carried_.get(), .on_block = call_.host().on_yield};
+        if (options_.jpeg_quality != 0) options.jpeg_quality = options_.jpeg_quality;
+        return options;
+    }
+
+    void tell(const std::string& file, const host::WriteReport& report) {
+        tell(file, report, host::in_words(report.pixels));
+    }
+    void tell(const std::string& file, const host::WriteReport& report, const std::string& pixels) {
+        for (const std::string& line : report.not_kept) notes_.tell(TARVO_NOTE_FILE, file + " " + line);
+        if (report.mask_left_out) notes_.tell(TARVO_NOTE_MASK, file + " has no transparency: the mask is left out");
+        if (carried_ && carried_->pixels.bits > 8)
+            notes_.tell(TARVO_NOTE_DEPTH,
+                        file + " has no more than 8 of " + std::to_string(carried_->pixels.bits) + " bits a channel");
+        notes_.tell(TARVO_NOTE_PIXELS, pixels);
+    }
+    void tell_unreadable(const std::string& file) {
+        if (notes_.wanted() && !can_be_read_again(call_, written_))
+            notes_.tell(TARVO_NOTE_CAUTION, file + " holds a string that TRV_ConvertToPicture makes no picture of");
+    }
+
+    const SharedCarried carried_;
+    const tarvo_write_options options_;
+    const Notes notes_;
+    ToldWatch watch_;
+    CallHost call_{host::Limits{}};
+    ObjectRef written_;
+};
+
+// Returns the name of a file with an ending that tells the format. Throws Failure.
+std::string name_of_format(const char* format) {
+    const std::string name = (*format == '.' ? "picture" : "picture.") + std::string(format);
+    try {
+        if (!holds_string(name)) host::format_of_name(name);
+    } catch (const host::FileError&) {
+        throw wrong_use("there is no format " + host::quoted(format) + " to write");
+    }
+    return name;
+}
+
+}  // namespace
+
+ReadPicture read_picture(CallHost& call, const std::string& path, const host::ReadOptions& given, const Notes& notes) {
+    host::ReadOptions options = given;
+    options.on_wait = [&] { notes.tell(TARVO_NOTE_WAITING, path + " is a pipe that nobody writes to: waiting"); };
+    return on_file(path, [&] {
+        if (holds_string(path)) return read_string(call, path, options);
+        return decoded(
+            [&](host::Carried* carried) { return host::read_picture_file(call.host(), path, options, carried); });
+    });
+}
+
+}  // namespace tarvo::library
+
+using namespace tarvo;
+using namespace tarvo::library;
+
+tarvo_status tarvo_picture_open(const char* path, const tarvo_read_options* options, tarvo_picture** picture,
+                                tarvo_error** error) {
+    if (picture) *picture = nullptr;
+    return guarded(error, [&] {
+        require(path, "path");
+        require(picture, "picture");
+        *picture = read_with(options, [&](CallHost& call, const host::ReadOptions& how, const Notes& notes) {
+            return read_picture(call, path, how, notes);
+        });
+    });
+}
+
+tarvo_status tarvo_picture_decode(const void* bytes, size_t length, const tarvo_read_options* options,
+                                  tarvo_picture** picture, tarvo_error** error) {
+    if (picture) *picture = nullptr;
+    return guarded(error, [&] {
+        if (length != 0) require(bytes, "bytes");
+        require(picture, "picture");
+        *picture = read_with(options, [&](CallHost& call, const host::ReadOptions& how, const Notes&) {
+            return decoded([&](host::Carried* carried) {
+                return host::decode_picture(call.host(), {static_cast<const std::uint8_t*>(bytes), length}, how,
+                                            carried);
+            });
+        });
+    });
+}
+
+tarvo_status tarvo_check_output(const char* path, tarvo_error** error) {
+    return guarded(error, [&] {
+        require(path, "path");
+        on_file(path, [&] { host::check_output(path, kStringEnding); });
+    });
+}
+
+tarvo_status tarvo_picture_save(const tarvo_picture* picture, const char* path, const tarvo_write_options* options,
+                                tarvo_error** error) {
+    return guarded(error, [&] {
+        require(picture, "picture");
+        require(path, "path");
+        on_file(path, [&] { Writing(*picture, options).save(path); });
+    });
+}
+
+tarvo_status tarvo_picture_encode(const tarvo_picture* picture, const char* format, const tarvo_write_options* options,
+                                  uint8_t** bytes, size_t* length, tarvo_error** error) {
+    if (bytes) *bytes = nullptr;
+    if (length) *length = 0;
+    return guarded(error, [&] {
+        require(picture, "picture");
+        require(format, "format");
+        require(bytes, "bytes");
+        require(length, "length");
+        const host::Bytes file = Writing(*picture, options).encode(name_of_format(format));
+        auto* const copy = static_cast<std::uint8_t*>(std::malloc(file.size()));
+        if (!copy) throw std::bad_alloc();
+        std::memcpy(copy, file.data(), file.size());
+        *bytes = copy;
+        *length = file.size();
+    });
+}
