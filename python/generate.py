@@ -393,10 +393,11 @@ def stub(operations: list[Operation], classes: list[dict[str, Any]]) -> Iterator
     yield "# Made by the build of what the library tells of its operations."
     yield "from collections.abc import Sequence"
     yield "from typing import Any, NamedTuple, overload"
+    yield "from ._classes import ColorMatrixLike, ConvolutionLike, RectangleLike"
     yield "from ._classes import " + ", ".join(without_prefix(c["name"]) for c in classes)
     yield "from ._native import Object"
     yield "from ._picture import Picture"
-    yield "from ._types import ColorLike, ColorMatrixLike, ConvolutionLike, Progress, RectangleLike"
+    yield "from ._types import ColorLike, Progress"
     functions, gathered = functions_and_gathered(operations)
     yield exports(functions, gathered)
     for operation in gathered:

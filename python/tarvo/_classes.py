@@ -3,16 +3,20 @@
 from __future__ import annotations
 
 from collections.abc import Callable, Iterator, Sequence
-from typing import Any, TypeVar
+from typing import Any, TypeAlias, TypeVar
 
 import numpy as np
 import numpy.typing as npt
 
 from . import _native, _operations
 from ._errors import OutOfRangeError, out_of_range
-from ._types import ColorMatrixLike, ConvolutionLike
 
-__all__ = ["ColorMatrix", "Convolution", "Rectangle"]
+__all__ = ["ColorMatrix", "ColorMatrixLike", "Convolution", "ConvolutionLike", "Rectangle", "RectangleLike"]
+
+# Left, top, width and height.
+RectangleLike: TypeAlias = "Rectangle | Sequence[int]"
+ColorMatrixLike: TypeAlias = "ColorMatrix | Sequence[Sequence[float]] | npt.NDArray[Any]"
+ConvolutionLike: TypeAlias = "Convolution | Sequence[int] | npt.NDArray[Any]"
 
 _SIDE = 3
 

@@ -257,8 +257,10 @@ def along_rows(x: Array, kernel: list[int]) -> Array:
     return clamped(cut(wide(sums), total))
 
 
-def convolute(x: Array, horizontal: list[int], vertical: list[int]) -> Array:
-    return along_rows(along_rows(x[..., :3], horizontal).swapaxes(0, 1), vertical).swapaxes(0, 1)
+def convolute(x: Array, rect: Rect, horizontal: list[int], vertical: list[int]) -> Array:
+    """Taps reach beyond the rectangle, and see there what the pass before has left."""
+    across = in_rect(x, rect, along_rows(x[..., :3], horizontal))
+    return in_rect(across, rect, along_rows(across.swapaxes(0, 1), vertical).swapaxes(0, 1))
 
 
 def stretched_rows(x: Array, width: int) -> Array:
@@ -272,38 +274,9 @@ def stretched_rows(x: Array, width: int) -> Array:
 
 
 def stretch(x: Array, width: int, height: int) -> Array:
-    return stretched_rows(stretched_rows(x[..., :3], width).swapaxes(0, 1), height).swapaxes(0, 1)
-
-
-def blended(previous: npt.NDArray[np.int64], current: npt.NDArray[np.int64], weight: int) -> npt.NDArray[np.int64]:
-    return (previous * weight + current * (65535 - weight)) // 65535
-
-
-def sheared_line(line: npt.NDArray[np.int64], length: int, offset: int, frame: Color) -> Array:
-    """A line of pixels, moved by 65,536ths of one, over a frame."""
-    made = np.tile(np.array(frame, np.int64), (length, 1))
-    shift, weight = offset >> 16, offset & 65535
-    end = min(shift + len(line), length)
-    if shift >= length or end < 0:
-        return made.astype(np.uint8)
-    at, first = max(shift, 0), max(-shift, 0)
-    before = line[first - 1 : first] if first > 0 else np.array([frame])
-    shown = np.concatenate([before, line[first : first + end - at]])
-    made[at:end] = blended(shown[:-1], shown[1:], weight)
-    if end < length and weight > 0:
-        made[end] = (shown[-1] * weight + np.array(frame) * (65535 - weight)) >> 16
-    return made.astype(np.uint8)
-
-
-def shear_rows(x: Array, width: int, height: int, by: float, frame: Color) -> Array:
-    lines, length, _ = x.shape
-    sheared = int(np.floor(length + abs(by * lines)))
-    top, cropped = max(height - lines, 0) // 2, max(lines - height, 0) // 2
-    left, crop = max(width - sheared, 0) // 2, max(sheared - width, 0) // 2
-    step = int(np.floor(by * 65536))
-    first = (step * lines if step > 0 else 0) + (left - crop) * 65536 - step * cropped
-    made = np.tile(np.array(frame, np.uint8), (height, width, 1))
-    for line in range(top, min(lines + top, height)):
-        source = wide(x[line - top + cropped, :, :3])
-        made[line] = sheared_line(source, width, first - step * (line - top), frame)
+    """All channels alike: the mask, which is what a clear pixel has least of, is stretched as a picture."""
+    if x.shape[2] == 4:
+        x = np.concatenate([x[..., :3], 255 - x[..., 3:]], axis=-1)
+    made = stretched_rows(stretched_rows(x, width).swapaxes(0, 1), height).swapaxes(0, 1)
+    made[..., 3:] = 255 - made[..., 3:]
     return made
