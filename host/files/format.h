@@ -8,6 +8,7 @@
 
 #include "byte_sink.h"
 #include "byte_source.h"
+#include "compression.h"
 #include "file_error.h"
 #include "image.h"
 
@@ -15,6 +16,7 @@ namespace tarvo::host {
 
 struct EncodeOptions {
     int jpeg_quality;  // 1 to 100
+    Compression png_compression = Compression::normal;
 };
 
 struct Format {

@@ -26,7 +26,7 @@ ObjectRef decode(Host& host, ByteSource& file, const ReadOptions& options, Carri
 }
 
 FilePixels encode_watched(const PixelSource& image, const Format& format, const WriteOptions& options, ByteSink& file) {
-    const EncodeOptions how{.jpeg_quality = options.jpeg_quality};
+    const EncodeOptions how{.jpeg_quality = options.jpeg_quality, .png_compression = options.png_compression};
     if (!options.on_block) return format.encode(image, how, file);
     const WatchedPixels rows(image, options.on_block);
     WatchedSink blocks(file, rows, options.on_block);

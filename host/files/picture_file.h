@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "carried.h"
+#include "compression.h"
 #include "file_error.h"
 #include "file_writer.h"
 #include "host.h"
@@ -29,7 +30,8 @@ struct ReadOptions {
 };
 
 struct WriteOptions {
-    int jpeg_quality = 92;             // 1 to 100
+    int jpeg_quality = 92;  // 1 to 100
+    Compression png_compression = Compression::normal;
     PartFileWatch* watch = nullptr;    // told of the part file
     const Carried* carried = nullptr;  // what the picture's file had; its pixels are to be so again, if that loses
                                        // nothing: see PictureSource

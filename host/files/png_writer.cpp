@@ -10,6 +10,8 @@
 #include <new>
 #include <string>
 
+#include "png_bands.h"
+
 namespace tarvo::host {
 
 namespace {
@@ -27,8 +29,8 @@ bool is_inverted(const ImageForm& image) {
 // One file being written. As with reading, the functions that call libpng hold nothing that has a destructor.
 class PngWriter {
 public:
-    PngWriter(const PixelSource& image, ByteSink& file)
-        : image_(image), form_(image.form()), file_(file), inverted_(is_inverted(form_)) {
+    PngWriter(const PixelSource& image, Compression compression, ByteSink& file)
+        : image_(image), form_(image.form()), compression_(compression), file_(file), inverted_(is_inverted(form_)) {
         png_ = png_create_write_struct(PNG_LIBPNG_VER_STRING, this, on_error, on_warning);
         info_ = png_ ? png_create_info_struct(png_) : nullptr;
         if (!info_) {
@@ -42,11 +44,11 @@ public:
     PngWriter& operator=(const PngWriter&) = delete;
 
     FilePixels write() {
-        Bytes row(form_.row_bytes());
-        if (write_all(row.data())) return pixels();
-        if (failure_) std::rethrow_exception(failure_);
-        if (std::strstr(message_, "memory")) throw std::bad_alloc();  // in more than one wording
-        throw FileError(std::string("cannot be made: ") + message_);
+        require(begin_file());
+        deflate_png(rows(), compression_,
+                    [this](std::span<const std::uint8_t> chunk) { require(write_chunk("IDAT", chunk)); });
+        require(write_chunk("IEND", {}));
+        return pixels();
     }
 
 private:
@@ -72,18 +74,55 @@ private:
         return !failure_;
     }
 
-    bool write_all(std::uint8_t* row) {
+    void require(bool done) const {
+        if (done) return;
+        if (failure_) std::rethrow_exception(failure_);
+        if (std::strstr(message_, "memory")) throw std::bad_alloc();  // in more than one wording
+        throw FileError(std::string("cannot be made: ") + message_);
+    }
+
+    bool begin_file() {
         if (setjmp(png_jmpbuf(png_))) return false;
         describe();
         png_write_info(png_, info_);
-        png_set_packing(png_);
-        if (inverted_) png_set_invert_mono(png_);
-        for (int y = 0; y < form_.height; ++y) {
-            image_.read(y, row);
-            png_write_row(png_, row);
-        }
-        png_write_end(png_, info_);
         return true;
+    }
+
+    bool write_chunk(const char* name, std::span<const std::uint8_t> data) {
+        if (setjmp(png_jmpbuf(png_))) return false;
+        png_write_chunk(png_, reinterpret_cast<png_const_bytep>(name), data.data(), data.size());
+        return true;
+    }
+
+    // Differences of indices mean nothing, and those of some pixels in a byte little.
+    PngRows rows() const {
+        const std::size_t bits = form_.row_bytes() * static_cast<std::size_t>(bit_depth());
+        return {.height = form_.height,
+                .row_bytes = (bits + 7) / 8,
+                .filter_step = form_.pixel_bytes(),
+                .may_filter = bit_depth() == 8 && color_type() != PNG_COLOR_TYPE_PALETTE,
+                .read = [this](int y, std::uint8_t* row) { read(y, row); }};
+    }
+
+    void read(int y, std::uint8_t* row) const {
+        if (bit_depth() == 8) return image_.read(y, row);
+        Bytes indices(form_.row_bytes());
+        image_.read(y, indices.data());
+        pack(indices, row);
+    }
+
+    // The first index stands in the highest bits.
+    void pack(std::span<const std::uint8_t> indices, std::uint8_t* row) const {
+        const int bits = bit_depth(), flip = inverted_ ? 1 : 0;
+        int byte = 0, used = 0;
+        for (const std::uint8_t index : indices) {
+            byte = byte << bits | (index ^ flip);
+            used += bits;
+            if (used < 8) continue;
+            *row++ = static_cast<std::uint8_t>(byte);
+            byte = used = 0;
+        }
+        if (used > 0) *row = static_cast<std::uint8_t>(byte << (8 - used));
     }
 
     int bit_depth() const { return form_.layout == Layout::indexed ? form_.index_bits : 8; }
@@ -129,6 +168,7 @@ private:
 
     const PixelSource& image_;
     const ImageForm& form_;
+    const Compression compression_;
     ByteSink& file_;
     png_structp png_ = nullptr;
     png_infop info_ = nullptr;
@@ -139,8 +179,8 @@ private:
 
 }  // namespace
 
-FilePixels encode_png(const PixelSource& image, const EncodeOptions&, ByteSink& file) {
-    return PngWriter(image, file).write();
+FilePixels encode_png(const PixelSource& image, const EncodeOptions& options, ByteSink& file) {
+    return PngWriter(image, options.png_compression, file).write();
 }
 
 }  // namespace tarvo::host
