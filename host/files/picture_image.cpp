@@ -7,6 +7,7 @@
 
 #include "file_error.h"
 #include "pixels.h"
+#include "stored_rows.h"
 
 namespace tarvo::host {
 
@@ -127,6 +128,12 @@ void PictureBuilder::put_each(const PixelRun& run, Picture& seen, Word word) noe
 }
 
 void PictureBuilder::put_words(const PixelRun& run) noexcept {
+    const auto count = static_cast<std::size_t>(run.count);
+    const bool as_stored = run.step == 1 && !turn_.turns();
+    if (as_stored && form_.layout == Layout::rgb)
+        return store_row<3>(run.pixels, count, shown_->row(run.y) + 4 * run.x);
+    if (as_stored && form_.layout == Layout::rgba)
+        return store_row<4>(run.pixels, count, shown_->row(run.y) + 4 * run.x);
     put_each(run, *shown_, [](const Rgba& color) { return color; });
 }
 

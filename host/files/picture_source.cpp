@@ -5,6 +5,7 @@
 
 #include "file_error.h"
 #include "pixels.h"
+#include "stored_rows.h"
 
 namespace tarvo::host {
 
@@ -137,6 +138,8 @@ void PictureSource::read(int y, std::uint8_t* row) const noexcept {
         for (int x = 0; x < form_.width; ++x) row[x] = static_cast<std::uint8_t>(load_pixel(in, x, picture_.depth()));
         return;
     }
+    if (form_.layout == Layout::rgb && picture_.depth() == 32)
+        return load_rgb_row(picture_.row(y), static_cast<std::size_t>(form_.width), row);
     take_row(y, [&](const Rgba& color) {
         row = put(color, row);
         return true;
