@@ -28,8 +28,20 @@ bool same_colors(const Picture& a, const Picture& b) {
     return true;
 }
 
-void check_format(Host& host, const Picture& shown, const char* name, bool keeps_all) {
-    const ObjectRef again = decode_picture(host, encode_picture(shown, name), {.max_pixels = kMostPixels});
+// What a file carries goes through every format, and comes back from it as it went in.
+void check_carried(const Carried& carried, const Carried& again, const WriteReport& report) {
+    FUZZ_CHECK(carried.metadata.exif.empty() || !report.losses.empty() ||
+               carried.metadata.exif.size() == again.metadata.exif.size());
+    FUZZ_CHECK(carried.metadata.icc.empty() || !report.losses.empty() || carried.metadata.icc == again.metadata.icc);
+    FUZZ_CHECK(carried.metadata.iptc.empty() || !report.losses.empty() || carried.metadata.iptc == again.metadata.iptc);
+}
+
+void check_format(Host& host, const Picture& shown, const Carried& carried, const char* name, bool keeps_all) {
+    WriteReport report;
+    Carried carried_again;
+    const ObjectRef again = decode_picture(host, encode_picture(shown, name, {.carried = &carried}, &report),
+                                           {.max_pixels = kMostPixels}, &carried_again);
+    check_carried(carried, carried_again, report);
     const Picture& copy = picture_in(again);
     FUZZ_CHECK(copy.width() == shown.width() && copy.height() == shown.height());
     if (!keeps_all) return;
@@ -48,11 +60,13 @@ void check_picture_file(std::span<const std::uint8_t> file) {
     const Accounts before = host.accounts();
     for (const bool keep_depth : {false, true}) {
         try {
-            const ObjectRef picture = decode_picture(host, file, {.keep_depth = keep_depth, .max_pixels = kMostPixels});
+            Carried carried;
+            const ObjectRef picture =
+                decode_picture(host, file, {.keep_depth = keep_depth, .max_pixels = kMostPixels}, &carried);
             const Picture& shown = picture_in(picture);
-            for (const char* name : {"a.png", "a.pam"}) check_format(host, shown, name, true);
-            check_format(host, shown, "a.ppm", !shown.mask());
-            for (const char* name : {"a.pgm", "a.pbm", "a.jpg"}) check_format(host, shown, name, false);
+            for (const char* name : {"a.png", "a.pam"}) check_format(host, shown, carried, name, true);
+            check_format(host, shown, carried, "a.ppm", !shown.mask());
+            for (const char* name : {"a.pgm", "a.pbm", "a.jpg"}) check_format(host, shown, carried, name, false);
         } catch (const FileError& error) {
             FUZZ_CHECK(std::string_view(error.what()).find('\n') == std::string_view::npos);
         }

@@ -7,6 +7,9 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <vector>
+
+#include "metadata.h"
 
 namespace tarvo::host {
 
@@ -36,20 +39,26 @@ struct Exif {
     // The sizes of the picture as it is stored. Its own directory, the one for what cameras add, or both have them.
     std::optional<ExifNumber> width, height;
     std::optional<ExifNumber> camera_width, camera_height;
-    // The preview, and the first directory's link to the directory that tells of it.
-    std::optional<ExifRange> thumbnail;
+    // The preview, in one part or in strips, and the first directory's link to the directory that tells of it.
+    std::vector<ExifRange> thumbnail;
     std::optional<ExifNumber> thumbnail_link;
+    // The other directories that the reader knows, and values that stand outside of them.
+    std::vector<ExifRange> others;
 
     // Returns 1 to 8; 1 if the block has no such number.
     int shown_orientation() const;
 };
 
 // The reader stops after so many bytes, and after so many entries.
-inline constexpr std::size_t kMostExifBytes = std::size_t{1} << 16;
+inline constexpr std::size_t kMostExifBytes = kMostMetadataBytes;
 inline constexpr int kMostExifEntries = 512;
 
 // Reads a block that begins with its TIFF header. Whatever the bytes are, it reads only within them, and no directory
 // twice. What cannot be understood is left out. If a number stands there twice, the first counts.
 Exif read_exif(std::span<const std::uint8_t> block);
+
+// Makes a block true of a picture that is shown upright and of that size. Numbers are changed where they stand, the
+// preview is no longer linked to and its bytes are 0; all else stays as and where it is.
+void make_exif_true(Bytes& block, int width, int height);
 
 }  // namespace tarvo::host

@@ -8,6 +8,8 @@
 #include "pnm.h"
 #ifdef TARVO_PICTURE_LIBRARIES
 #include "jpeg_codec.h"
+#include "jpeg_markers.h"
+#include "png_chunks.h"
 #include "png_codec.h"
 #endif
 
@@ -37,16 +39,16 @@ bool is_pam(std::span<const std::uint8_t> file) { return begins_with(file, "P7\n
 
 constexpr Format kFormats[] = {
 #ifdef TARVO_PICTURE_LIBRARIES
-    {"PNG", kPngEndings, true, is_png, decode_png, encode_png},
-    {"JPEG", kJpegEndings, false, is_jpeg, decode_jpeg, encode_jpeg},
+    {"PNG", kPngEndings, true, kPngRoom, is_png_of_greys, is_png, decode_png, encode_png},
+    {"JPEG", kJpegEndings, false, kJpegRoom, is_grey, is_jpeg, decode_jpeg, encode_jpeg},
 #else
-    {"PNG", kPngEndings, true, is_png, nullptr, nullptr},
-    {"JPEG", kJpegEndings, false, is_jpeg, nullptr, nullptr},
+    {"PNG", kPngEndings, true, {}, is_grey, is_png, nullptr, nullptr},
+    {"JPEG", kJpegEndings, false, {}, is_grey, is_jpeg, nullptr, nullptr},
 #endif
-    {"PBM", kPbmEndings, false, is_pbm, decode_pnm, encode_pbm},
-    {"PGM", kPgmEndings, false, is_pgm, decode_pnm, encode_pgm},
-    {"PPM", kPpmEndings, false, is_ppm, decode_pnm, encode_ppm},
-    {"PAM", kPamEndings, true, is_pam, decode_pam, encode_pam},
+    {"PBM", kPbmEndings, false, {}, is_grey, is_pbm, decode_pnm, encode_pbm},
+    {"PGM", kPgmEndings, false, {}, is_grey, is_pgm, decode_pnm, encode_pgm},
+    {"PPM", kPpmEndings, false, {}, is_grey, is_ppm, decode_pnm, encode_ppm},
+    {"PAM", kPamEndings, true, {}, is_grey, is_pam, decode_pam, encode_pam},
 };
 
 const Format& usable(const Format& format) {

@@ -11,18 +11,22 @@
 #include "compression.h"
 #include "file_error.h"
 #include "image.h"
+#include "metadata.h"
 
 namespace tarvo::host {
 
 struct EncodeOptions {
-    int jpeg_quality;  // 1 to 100
+    JpegMaking jpeg = {};
     Compression png_compression = Compression::normal;
+    Metadata metadata = {};  // all of it fits
 };
 
 struct Format {
     std::string_view name;
     std::span<const std::string_view> endings;  // of file names, in lower case
     bool keeps_alpha;
+    MetadataRoom room;
+    bool (*stores_grey)(const ImageForm& form);  // true when the file's colours would be greys
     bool (*recognises)(std::span<const std::uint8_t> file);
     // Null in a build without the library for it. Both throw FileError, without a file's name, std::bad_alloc, and what
     // they are given throws. `encode` returns what it has written, but for alpha.

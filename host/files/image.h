@@ -64,7 +64,9 @@ struct PixelRun {
     const std::uint8_t* pixels;
 };
 
-// A decoder gives its pixels to this.
+struct Carried;
+
+// A decoder gives its pixels to this, and what else the file has.
 class PixelTarget {
 public:
     virtual ~PixelTarget() = default;
@@ -76,6 +78,8 @@ public:
     // Says how the pixels are to be seen: an Exif orientation of 1 to 8; other numbers mean 1. Comes once, before
     // `begin` if it is known by then, else after the last run. Throws what `begin` throws.
     virtual void turn(int orientation) = 0;
+    // Takes what is not pixels, but for what `begin` was told. Comes once at most, behind all else.
+    virtual void carry(Carried&& /*carried*/) {}
 };
 
 // An encoder takes its pixels from this.

@@ -1,6 +1,6 @@
 #pragma once
 
-// JPEG files, by libjpeg. Colour profiles are ignored; an Exif orientation is applied.
+// JPEG files, by libjpeg. Colour profiles are carried; an Exif orientation is applied.
 
 #include "format.h"
 
@@ -8,7 +8,7 @@ namespace tarvo::host {
 
 // CMYK and YCCK files are converted plainly.
 void decode_jpeg(ByteSource& file, std::uint64_t max_pixels, PixelTarget& target);
-// Alpha is left out. An image of greys is written as such, others with their colours at full resolution.
+// Alpha is left out. An image of greys is written as such.
 FilePixels encode_jpeg(const PixelSource& image, const EncodeOptions& options, ByteSink& file);
 
 }  // namespace tarvo::host

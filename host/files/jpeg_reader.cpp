@@ -1,14 +1,20 @@
 #include "jpeg_codec.h"
 
 #include <algorithm>
-#include <cstring>
 #include <exception>
+#include <iterator>
 #include <new>
+#include <optional>
+#include <span>
 #include <string>
 #include <type_traits>
+#include <utility>
 
+#include "carried.h"
 #include "exif.h"
 #include "jpeg_errors.h"
+#include "jpeg_making.h"
+#include "jpeg_markers.h"
 
 namespace tarvo::host {
 
@@ -17,7 +23,8 @@ namespace {
 // Real files have about ten; each costs as much time as a whole picture.
 constexpr int kMostScans = 200;
 
-constexpr std::uint8_t kExifMark[] = {'E', 'x', 'i', 'f', 0, 0};
+// The segments that hold metadata.
+constexpr int kCollectedSegments[] = {1, 2, 13};
 
 // The library takes the file block by block.
 struct Source {
@@ -55,10 +62,16 @@ void on_skip(j_decompress_ptr info, long count) {
     info->src->bytes_in_buffer -= wanted;
 }
 
-std::uint8_t next_byte(j_decompress_ptr info) {
+// What is left of the block that the library reads from; never nothing.
+std::span<const std::uint8_t> ahead(j_decompress_ptr info) {
     if (info->src->bytes_in_buffer == 0) on_buffer_empty(info);
-    --info->src->bytes_in_buffer;
-    return *info->src->next_input_byte++;
+    return {info->src->next_input_byte, info->src->bytes_in_buffer};
+}
+
+std::uint8_t next_byte(j_decompress_ptr info) {
+    const std::uint8_t byte = ahead(info)[0];
+    on_skip(info, 1);
+    return byte;
 }
 
 void on_progress(j_common_ptr info) {
@@ -109,10 +122,15 @@ public:
         } else if (inks) {
             form.file = {FilePixels::Colors::inks};
         }
-        target.turn(read_exif({exif_.data(), exif_size_}).shown_orientation());
+        target.turn(read_exif(markers_.exif()).shown_orientation());
         target.begin(form, coefficient_bytes());
         Bytes row(form.row_bytes()), ink(inks ? std::size_t{4} * info_.image_width : 0);
+        Carried carried;
+        carried.jpeg = making_of(info_);
         require(read_pixels(form.width, row.data(), inks ? ink.data() : nullptr, target));
+        carried.metadata = markers_.finish(carried.losses);
+        carried.metadata.resolution = resolution();
+        target.carry(std::move(carried));
     }
 
 private:
@@ -132,7 +150,7 @@ private:
 
     bool read_header() {
         if (setjmp(errors_.target)) return false;
-        jpeg_set_marker_processor(&info_, JPEG_APP0 + 1, on_exif_marker);
+        for (const int number : kCollectedSegments) jpeg_set_marker_processor(&info_, JPEG_APP0 + number, on_segment);
         jpeg_read_header(&info_, TRUE);
         switch (info_.jpeg_color_space) {
             case JCS_GRAYSCALE: info_.out_color_space = JCS_GRAYSCALE; break;
@@ -145,18 +163,42 @@ private:
         return true;
     }
 
-    // Keeps the first Exif block alone: a file may have any number.
-    static boolean on_exif_marker(j_decompress_ptr info) {
-        std::size_t left = std::size_t{next_byte(info)} << 8;
-        left |= next_byte(info);
-        left -= std::min<std::size_t>(left, 2);  // its own bytes
-        std::uint8_t mark[sizeof kExifMark] = {};
-        for (std::size_t i = 0; i < sizeof mark && left > 0; ++i, --left) mark[i] = next_byte(info);
+    static boolean on_segment(j_decompress_ptr info) {
+        std::size_t length = std::size_t{next_byte(info)} << 8;
+        length |= next_byte(info);
+        length -= std::min<std::size_t>(length, 2);  // its own bytes
         auto* self = static_cast<JpegReader*>(info->client_data);
-        const bool first = self->exif_size_ == 0 && std::memcmp(mark, kExifMark, sizeof mark) == 0;
-        for (; first && left > 0; --left) self->exif_[self->exif_size_++] = next_byte(info);
-        on_skip(info, static_cast<long>(left));
+        for (std::size_t filled = 0; filled < length;) {
+            const auto block = ahead(info);
+            const std::size_t count = std::min(block.size(), length - filled);
+            std::copy_n(block.data(), count, self->segment_.data() + filled);
+            on_skip(info, static_cast<long>(count));
+            filled += count;
+        }
+        if (!self->collect(info->unread_marker - JPEG_APP0, length))
+            fail_jpeg(reinterpret_cast<j_common_ptr>(info), "cannot be kept");
         return TRUE;
+    }
+
+    // What is thrown waits for the end of the library's call.
+    bool collect(int number, std::size_t length) noexcept {
+        try {
+            markers_.add(number, std::span(segment_).first(length));
+        } catch (...) {
+            source_.failure = std::current_exception();
+        }
+        return !source_.failure;
+    }
+
+    std::optional<Resolution> resolution() const {
+        constexpr Resolution::Unit kUnits[] = {Resolution::Unit::none, Resolution::Unit::inch,
+                                               Resolution::Unit::centimetre};
+        const bool told = info_.saw_JFIF_marker && info_.density_unit < std::size(kUnits) && info_.X_density != 0 &&
+                          info_.Y_density != 0;
+        const bool square = info_.density_unit == 0 && info_.X_density == info_.Y_density;
+        if (!told || square) return {};
+        return Resolution{static_cast<double>(info_.X_density), static_cast<double>(info_.Y_density),
+                          kUnits[info_.density_unit]};
     }
 
     // The library keeps all of a file that comes in several scans.
@@ -196,8 +238,8 @@ private:
     Source source_ = {};
     jpeg_progress_mgr progress_ = {};
     jpeg_decompress_struct info_ = {};
-    Bytes exif_ = Bytes(0x10000);  // more than a marker can hold
-    std::size_t exif_size_ = 0;
+    JpegMarkers markers_;
+    Bytes segment_ = Bytes(0x10000);  // more than one can hold
 };
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "jpeg_codec.h"
 
+#include <cmath>
 #include <exception>
 #include <new>
 #include <string>
@@ -7,6 +8,7 @@
 #include <vector>
 
 #include "jpeg_errors.h"
+#include "jpeg_markers.h"
 
 namespace tarvo::host {
 
@@ -56,8 +58,8 @@ void on_end(j_compress_ptr info) {
 
 class JpegWriter {
 public:
-    JpegWriter(const PixelSource& image, int quality, ByteSink& file)
-        : image_(image), form_(image.form()), quality_(quality), grey_(is_grey(form_)) {
+    JpegWriter(const PixelSource& image, const EncodeOptions& how, ByteSink& file)
+        : image_(image), form_(image.form()), how_(how), markers_(markers_of(how.metadata)), grey_(is_grey(form_)) {
         target_.file = &file;
         info_.err = &errors_.manager;
         if (!create()) {
@@ -96,10 +98,25 @@ private:
         info_.input_components = grey_ ? 1 : 3;
         info_.in_color_space = grey_ ? JCS_GRAYSCALE : JCS_RGB;
         jpeg_set_defaults(&info_);
-        jpeg_set_quality(&info_, quality_, TRUE);
-        info_.comp_info[0].h_samp_factor = info_.comp_info[0].v_samp_factor = 1;
+        jpeg_set_quality(&info_, how_.jpeg.quality, TRUE);
+        info_.comp_info[0].h_samp_factor = grey_ ? 1 : how_.jpeg.across;
+        info_.comp_info[0].v_samp_factor = grey_ ? 1 : how_.jpeg.down;
+        tell_resolution();
         jpeg_start_compress(&info_, TRUE);
+        for (const JpegMarker& marker : markers_)
+            jpeg_write_marker(&info_, JPEG_APP0 + marker.number, marker.contents.data(),
+                              static_cast<unsigned>(marker.contents.size()));
         return true;
+    }
+
+    void tell_resolution() {
+        if (!how_.metadata.resolution) return;
+        const bool centimetres = how_.metadata.resolution->unit == Resolution::Unit::centimetre;
+        const Resolution told =
+            centimetres ? *how_.metadata.resolution : how_.metadata.resolution->in(Resolution::Unit::inch);
+        info_.density_unit = told.unit == Resolution::Unit::none ? 0 : centimetres ? 2 : 1;
+        info_.X_density = static_cast<UINT16>(std::lround(told.x));
+        info_.Y_density = static_cast<UINT16>(std::lround(told.y));
     }
 
     bool write_rows(std::uint8_t* pixels, Rgba* colors, std::uint8_t* row) {
@@ -130,7 +147,8 @@ private:
 
     const PixelSource& image_;
     const ImageForm& form_;
-    const int quality_;
+    const EncodeOptions& how_;
+    const std::vector<JpegMarker> markers_;
     const bool grey_;
     JpegErrors errors_;
     Target target_ = {};
@@ -140,7 +158,7 @@ private:
 }  // namespace
 
 FilePixels encode_jpeg(const PixelSource& image, const EncodeOptions& options, ByteSink& file) {
-    JpegWriter(image, options.jpeg_quality, file).write();
+    JpegWriter(image, options, file).write();
     return {is_grey(image.form()) ? FilePixels::Colors::grey : FilePixels::Colors::rgb};
 }
 

@@ -21,12 +21,24 @@ ObjectRef decode(Host& host, ByteSource& file, const ReadOptions& options, Carri
     }
     PictureBuilder builder(host, options.keep_depth);
     format_of_bytes(file.ahead()).decode(file, options.max_pixels, builder);
-    if (carried) carried->pixels = builder.file_pixels();
-    return builder.finish();
+    ObjectRef picture = builder.finish();
+    if (carried) *carried = builder.carried();
+    return picture;
 }
 
-FilePixels encode_watched(const PixelSource& image, const Format& format, const WriteOptions& options, ByteSink& file) {
-    const EncodeOptions how{.jpeg_quality = options.jpeg_quality, .png_compression = options.png_compression};
+// Returns what of the carried a file of that format has again.
+EncodeOptions encoding(const ImageForm& form, const Format& format, const WriteOptions& options, Losses& losses) {
+    EncodeOptions how{.png_compression = options.png_compression};
+    if (options.carried && options.carried->jpeg) how.jpeg = *options.carried->jpeg;
+    if (options.jpeg_quality) how.jpeg.quality = *options.jpeg_quality;
+    if (!options.carried) return how;
+    how.metadata = fitting(options.carried->metadata, format.room, format.stores_grey(form), losses);
+    make_true(how.metadata, form.width, form.height);
+    return how;
+}
+
+FilePixels encode_watched(const PixelSource& image, const Format& format, const EncodeOptions& how,
+                          const WriteOptions& options, ByteSink& file) {
     if (!options.on_block) return format.encode(image, how, file);
     const WatchedPixels rows(image, options.on_block);
     WatchedSink blocks(file, rows, options.on_block);
@@ -41,8 +53,9 @@ PictureSource source_of(const Picture& picture, const WriteOptions& options) {
 
 WriteReport encode(const PictureSource& source, const Format& format, const WriteOptions& options, ByteSink& file) {
     WriteReport report;
-    report.pixels = encode_watched(source, format, options, file);
     report.mask_left_out = source.has_mask() && !format.keeps_alpha;
+    const EncodeOptions how = encoding(source.form(), format, options, report.losses);
+    report.pixels = encode_watched(source, format, how, options, file);
     report.pixels.alpha = format.keeps_alpha && has_alpha(source.form());
     return report;
 }

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -30,7 +31,7 @@ struct ReadOptions {
 };
 
 struct WriteOptions {
-    int jpeg_quality = 92;  // 1 to 100
+    std::optional<int> jpeg_quality = {};  // 1 to 100; none: that of the JPEG file the picture comes from, or 92
     Compression png_compression = Compression::normal;
     PartFileWatch* watch = nullptr;    // told of the part file
     const Carried* carried = nullptr;  // what the picture's file had; its pixels are to be so again, if that loses
@@ -50,6 +51,7 @@ ObjectRef decode_picture(Host& host, std::span<const std::uint8_t> file, const R
 struct WriteReport {
     FilePixels pixels;                  // the file's
     bool mask_left_out = false;         // the format has no transparency: the picture is as it looks without its mask
+    Losses losses;                      // of what was carried
     std::vector<std::string> not_kept;  // of the file that was replaced, as FileWriter::commit tells it
 };
 

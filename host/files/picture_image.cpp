@@ -156,10 +156,16 @@ void PictureBuilder::put_bits(const PixelRun& run) noexcept {
     }
 }
 
-FilePixels PictureBuilder::file_pixels() const {
-    FilePixels pixels = form_.file;
-    pixels.alpha = has_alpha(form_);
-    return pixels;
+Carried PictureBuilder::carried() {
+    carried_.pixels = form_.file;
+    carried_.pixels.alpha = has_alpha(form_);
+    if (!carried_.metadata.resolution) carried_.metadata.resolution = resolution_of_exif(carried_.metadata.exif);
+    make_true(carried_.metadata, shown_->width(), shown_->height());
+    if (turn_.transposed) {
+        if (auto& resolution = carried_.metadata.resolution) std::swap(resolution->x, resolution->y);
+        if (auto& jpeg = carried_.jpeg) std::swap(jpeg->across, jpeg->down);
+    }
+    return std::move(carried_);
 }
 
 void PictureBuilder::turn(int orientation) {

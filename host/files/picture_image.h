@@ -2,6 +2,7 @@
 
 // The host's pictures of what decoders give.
 
+#include "carried.h"
 #include "host.h"
 #include "image.h"
 #include "orientation.h"
@@ -19,9 +20,11 @@ public:
     void put(const PixelRun& run) noexcept override;
     void turn(int orientation) override;
 
-    // To be called after the last run: the picture, and what the file's pixels were.
+    void carry(Carried&& carried) override { carried_ = std::move(carried); }
+
+    // To be called after the last run: the picture, then what the file had besides, true of it.
     ObjectRef finish() { return std::move(picture_); }
-    FilePixels file_pixels() const;
+    Carried carried();
 
 private:
     template <Layout layout, class Word>
@@ -39,6 +42,7 @@ private:
     const bool keep_depth_;
     ImageForm form_;
     Turn turn_;
+    Carried carried_;
     bool begun_ = false;
     ObjectRef picture_;
     Picture* shown_ = nullptr;

@@ -9,15 +9,23 @@
 #include <new>
 #include <string>
 
+#include "carried.h"
 #include "exif.h"
+#include "png_chunks.h"
 
 namespace tarvo::host {
 
 namespace {
 
-// What the pixels do not depend on, or what is ignored: not even unpacked.
-constexpr png_byte kIgnoredChunks[] = "iCCP\0gAMA\0cHRM\0sRGB\0sPLT\0tEXt\0zTXt\0iTXt";
+// What the pixels do not depend on: not even unpacked.
+constexpr png_byte kIgnoredChunks[] = "gAMA\0cHRM\0sRGB\0sPLT";
 constexpr int kIgnoredChunkCount = sizeof kIgnoredChunks / 5;
+
+// The library checks profiles more strictly than those who only pass them on.
+constexpr png_byte kCollectedChunks[] = "iCCP\0eXIf\0pHYs\0tEXt\0zTXt\0iTXt";
+constexpr int kCollectedChunkCount = sizeof kCollectedChunks / 5;
+// With keywords.
+constexpr png_alloc_size_t kMostChunkBytes = kMostMetadataBytes * 2 + kMostMetadataBytes / 8;
 
 // One file being read. libpng leaves a failed call by a long jump, which runs no destructors: the functions that call
 // it (those that return bool, false after such a failure) hold nothing that has one.
@@ -47,6 +55,9 @@ public:
         Bytes row(form_.row_bytes());
         require(read_pixels(row.data(), target));
         if (turned == kNotTold) target.turn(orientation());
+        Carried carried;
+        carried.metadata = chunks_.finish(carried.losses);
+        target.carry(std::move(carried));
     }
 
 private:
@@ -58,7 +69,27 @@ private:
         png_longjmp(png, 1);
     }
 
-    static void on_warning(png_structp, png_const_charp) {}
+    static void on_warning(png_structp png, png_const_charp message) {
+        auto* self = static_cast<PngReader*>(png_get_error_ptr(png));
+        if (self && std::strstr(message, "exceeds memory limits")) self->chunks_.leave_out();
+    }
+
+    // What it throws waits for `require`.
+    static int on_chunk(png_structp png, png_unknown_chunkp chunk) {
+        auto* self = static_cast<PngReader*>(png_get_user_chunk_ptr(png));
+        if (!self->collect({chunk->data, chunk->size}, reinterpret_cast<const char*>(chunk->name)))
+            png_error(png, "cannot be kept");
+        return 1;
+    }
+
+    bool collect(std::span<const std::uint8_t> data, const char* name) noexcept {
+        try {
+            chunks_.add(name, data);
+        } catch (...) {
+            failure_ = std::current_exception();
+        }
+        return !failure_;
+    }
 
     static void on_read(png_structp png, png_bytep out, std::size_t count) {
         if (!static_cast<PngReader*>(png_get_io_ptr(png))->read_bytes({out, count})) png_error(png, "cut short");
@@ -86,6 +117,9 @@ private:
         if (setjmp(png_jmpbuf(png_))) return false;
         png_set_user_limits(png_, PNG_UINT_31_MAX, PNG_UINT_31_MAX);  // the size is checked with a clearer message
         png_set_keep_unknown_chunks(png_, PNG_HANDLE_CHUNK_NEVER, kIgnoredChunks, kIgnoredChunkCount);
+        png_set_keep_unknown_chunks(png_, PNG_HANDLE_CHUNK_ALWAYS, kCollectedChunks, kCollectedChunkCount);
+        png_set_read_user_chunk_fn(png_, this, on_chunk);
+        png_set_chunk_malloc_max(png_, kMostChunkBytes);
         png_read_info(png_, info_);
         color_type_ = png_get_color_type(png_, info_);
         bit_depth_ = png_get_bit_depth(png_, info_);
@@ -185,10 +219,8 @@ private:
     }
 
     int orientation() const {
-        png_bytep exif = nullptr;
-        png_uint_32 size = 0;
-        if (!png_get_eXIf_1(png_, info_, &size, &exif)) return kNotTold;
-        return read_exif({exif, size}).shown_orientation();
+        const auto exif = chunks_.exif();
+        return exif.empty() ? kNotTold : read_exif(exif).shown_orientation();
     }
 
     ByteSource& file_;
@@ -198,6 +230,7 @@ private:
     int bit_depth_ = 0;
     bool interlaced_ = false;
     ImageForm form_;
+    PngChunks chunks_;
     int rows_ = 0;
     bool ran_out_ = false;
     std::exception_ptr failure_;

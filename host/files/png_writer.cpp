@@ -9,8 +9,10 @@
 #include <exception>
 #include <new>
 #include <string>
+#include <vector>
 
 #include "png_bands.h"
+#include "png_chunks.h"
 
 namespace tarvo::host {
 
@@ -29,8 +31,13 @@ bool is_inverted(const ImageForm& image) {
 // One file being written. As with reading, the functions that call libpng hold nothing that has a destructor.
 class PngWriter {
 public:
-    PngWriter(const PixelSource& image, Compression compression, ByteSink& file)
-        : image_(image), form_(image.form()), compression_(compression), file_(file), inverted_(is_inverted(form_)) {
+    PngWriter(const PixelSource& image, const EncodeOptions& how, ByteSink& file)
+        : image_(image),
+          form_(image.form()),
+          compression_(how.png_compression),
+          chunks_(chunks_of(how.metadata)),
+          file_(file),
+          inverted_(is_inverted(form_)) {
         png_ = png_create_write_struct(PNG_LIBPNG_VER_STRING, this, on_error, on_warning);
         info_ = png_ ? png_create_info_struct(png_) : nullptr;
         if (!info_) {
@@ -84,6 +91,10 @@ private:
     bool begin_file() {
         if (setjmp(png_jmpbuf(png_))) return false;
         describe();
+        png_write_info_before_PLTE(png_, info_);
+        for (const PngChunk& chunk : chunks_)
+            png_write_chunk(png_, reinterpret_cast<png_const_bytep>(chunk.name.data()), chunk.data.data(),
+                            chunk.data.size());
         png_write_info(png_, info_);
         return true;
     }
@@ -134,8 +145,7 @@ private:
             case Layout::rgba: return PNG_COLOR_TYPE_RGB_ALPHA;
             case Layout::indexed: break;
         }
-        const bool grey = inverted_ || same_colors(form_, grey_palette(form_.index_bits));
-        return grey ? PNG_COLOR_TYPE_GRAY : PNG_COLOR_TYPE_PALETTE;
+        return is_png_of_greys(form_) ? PNG_COLOR_TYPE_GRAY : PNG_COLOR_TYPE_PALETTE;
     }
 
     FilePixels pixels() const {
@@ -169,6 +179,7 @@ private:
     const PixelSource& image_;
     const ImageForm& form_;
     const Compression compression_;
+    const std::vector<PngChunk> chunks_;
     ByteSink& file_;
     png_structp png_ = nullptr;
     png_infop info_ = nullptr;
@@ -179,8 +190,13 @@ private:
 
 }  // namespace
 
+bool is_png_of_greys(const ImageForm& form) {
+    if (form.layout != Layout::indexed) return form.layout == Layout::grey_alpha;
+    return is_inverted(form) || same_colors(form, grey_palette(form.index_bits));
+}
+
 FilePixels encode_png(const PixelSource& image, const EncodeOptions& options, ByteSink& file) {
-    return PngWriter(image, options.png_compression, file).write();
+    return PngWriter(image, options, file).write();
 }
 
 }  // namespace tarvo::host

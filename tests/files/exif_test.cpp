@@ -95,9 +95,9 @@ TEST(Exif, TellsItsNumbersAndWhereTheyStand) {
         EXPECT_EQ(exif.y_resolution->numerator, 720u);
         EXPECT_EQ(exif.y_resolution->denominator, 7u);
         EXPECT_EQ(exif.resolution_unit->value, 2u);
-        ASSERT_TRUE(exif.thumbnail && exif.thumbnail_link);
-        EXPECT_EQ(exif.thumbnail->place, 400u);
-        EXPECT_EQ(exif.thumbnail->size, 100u);
+        ASSERT_TRUE(exif.thumbnail.size() == 1 && exif.thumbnail_link);
+        EXPECT_EQ(exif.thumbnail[0].place, 400u);
+        EXPECT_EQ(exif.thumbnail[0].size, 100u);
         EXPECT_EQ(exif.thumbnail_link->place, 8u + 2 + 7 * 12);
         EXPECT_EQ(exif.thumbnail_link->value, 300u);
     }
@@ -118,7 +118,7 @@ TEST(Exif, PlacesAreWhereAPatchIsSeen) {
         EXPECT_EQ(after.camera_width->value, 77u);
         EXPECT_EQ(after.height->value, 78u);
         EXPECT_EQ(after.y_resolution->denominator, 79u);
-        EXPECT_FALSE(after.thumbnail || after.thumbnail_link);
+        EXPECT_TRUE(after.thumbnail.empty() && !after.thumbnail_link);
     }
 }
 
@@ -163,9 +163,9 @@ TEST(Exif, StaysWithinTheBlock) {
     EXPECT_TRUE(read_exif(block.bytes).x_resolution);
     Block thumbnail = photo(false);
     thumbnail.directory(300, {{0x0201, kLong, 1, 400}, {0x0202, kLong, 1, 113}});
-    EXPECT_FALSE(read_exif(thumbnail.bytes).thumbnail);
+    EXPECT_TRUE(read_exif(thumbnail.bytes).thumbnail.empty());
     thumbnail.directory(300, {{0x0201, kLong, 1, 513}, {0x0202, kLong, 1, 0xFFFFFFFF}});
-    EXPECT_FALSE(read_exif(thumbnail.bytes).thumbnail);
+    EXPECT_TRUE(read_exif(thumbnail.bytes).thumbnail.empty());
 }
 
 TEST(Exif, FollowsNoDirectoryTwice) {
@@ -174,7 +174,7 @@ TEST(Exif, FollowsNoDirectoryTwice) {
     const Exif exif = read_exif(block.bytes);
     EXPECT_EQ(exif.shown_orientation(), 5);
     EXPECT_FALSE(exif.camera_width);  // which a second look at the same directory would have found
-    EXPECT_FALSE(exif.thumbnail);
+    EXPECT_TRUE(exif.thumbnail.empty());
 }
 
 TEST(Exif, LooksAtSoManyEntriesAndNoMore) {
@@ -198,6 +198,69 @@ TEST(Exif, LooksAtSoManyBytesAndNoMore) {
     }
 }
 
+// Returns the places whose bytes differ.
+std::vector<std::size_t> differences(const Bytes& a, const Bytes& b) {
+    std::vector<std::size_t> places;
+    for (std::size_t i = 0; i < a.size(); ++i)
+        if (a[i] != b[i]) places.push_back(i);
+    return places;
+}
+
+TEST(Exif, IsMadeTrueOfItsPictureAndChangesNothingElse) {
+    for (const bool big_endian : {true, false}) {
+        Block block = photo(big_endian);
+        std::fill(block.bytes.begin() + 340, block.bytes.end(), 0xAB);  // the preview among others' bytes
+        Bytes expected = block.bytes;
+        make_exif_true(block.bytes, 640, 480);
+        const Exif exif = read_exif(block.bytes);
+        EXPECT_EQ(exif.shown_orientation(), 1);
+        EXPECT_EQ(exif.width->value, 640u);
+        EXPECT_EQ(exif.height->value, 480u);
+        EXPECT_EQ(exif.camera_width->value, 640u);
+        EXPECT_EQ(exif.camera_height->value, 480u);
+        EXPECT_FALSE(exif.thumbnail_link);
+        std::fill_n(expected.begin() + 400, 100, 0);
+        const auto allowed = [&](std::size_t place) {
+            const ExifNumber numbers[] = {*exif.orientation,  *exif.width,         *exif.height,
+                                          *exif.camera_width, *exif.camera_height, {0, 8 + 2 + 7 * 12, 4}};
+            return std::any_of(std::begin(numbers), std::end(numbers), [&](const ExifNumber& number) {
+                return place >= number.place && place < number.place + static_cast<std::size_t>(number.bytes);
+            });
+        };
+        for (const std::size_t place : differences(block.bytes, expected)) EXPECT_TRUE(allowed(place)) << place;
+        const Bytes once = block.bytes;
+        make_exif_true(block.bytes, 640, 480);
+        EXPECT_EQ(block.bytes, once);
+    }
+}
+
+TEST(Exif, PreviewsInStripsGoToo) {
+    Block block = photo(true);
+    block.directory(300, {{0x0111, kLong, 2, 350}, {0x0117, kShort, 2, 10 << 16 | 20}});
+    block.put(350, 400, 4);
+    block.put(354, 440, 4);
+    std::fill(block.bytes.begin() + 400, block.bytes.end(), 0xAB);
+    make_exif_true(block.bytes, 1, 1);
+    EXPECT_EQ(std::count(block.bytes.begin() + 400, block.bytes.begin() + 410, 0), 10);
+    EXPECT_EQ(std::count(block.bytes.begin() + 440, block.bytes.begin() + 460, 0), 20);
+    EXPECT_EQ(std::count(block.bytes.begin() + 400, block.bytes.end(), 0), 30);
+}
+
+// A preview may be said to be anywhere.
+TEST(Exif, WhatAPreviewOverlapsIsNotLost) {
+    constexpr std::uint32_t kMakerNote = 0x927C;
+    Block block = photo(true);
+    block.directory(220, {{0xA002, kShort, 1, 4001}, {0xA003, kLong, 1, 3001}, {kMakerNote, kByte, 50, 420}});
+    block.directory(300, {{0x0201, kLong, 1, 0}, {0x0202, kLong, 1, 512}});
+    std::fill(block.bytes.begin() + 420, block.bytes.begin() + 470, 0xAB);
+    const Bytes before = block.bytes;
+    make_exif_true(block.bytes, 640, 480);
+    EXPECT_EQ(read_exif(block.bytes).width->value, 640u);
+    EXPECT_EQ(read_exif(block.bytes).x_resolution->numerator, 300u);
+    EXPECT_TRUE(std::equal(before.begin() + 420, before.begin() + 470, block.bytes.begin() + 420));
+    EXPECT_EQ(block.bytes[419], 0);
+}
+
 TEST(Exif, OfAnythingElseIsNothing) {
     Bytes block = photo(true).bytes;
     for (const std::size_t wrong : {0, 1, 2, 3}) {
@@ -216,7 +279,11 @@ TEST(Exif, OfAnythingElseIsNothing) {
         const Bytes exact(changed);  // a checker of memory sees a step beyond it
         const Exif exif = read_exif(exact);
         EXPECT_TRUE(!exif.orientation || exif.orientation->place + 2 <= exact.size());
-        EXPECT_TRUE(!exif.thumbnail || exif.thumbnail->place + exif.thumbnail->size <= exact.size());
+        for (const std::vector<ExifRange>* ranges : {&exif.thumbnail, &exif.others})
+            for (const ExifRange& range : *ranges) EXPECT_LE(range.place + range.size, exact.size());
+        Bytes patched(exact);
+        make_exif_true(patched, 32767, 1);
+        EXPECT_EQ(patched.size(), exact.size());
     }
 }
 

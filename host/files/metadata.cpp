@@ -1,0 +1,130 @@
+#include "metadata.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "exif.h"
+#include "icc_profile.h"
+#include "xmp.h"
+
+namespace tarvo::host {
+
+namespace {
+
+constexpr std::uint32_t kInches = 2, kCentimetres = 3;  // as Exif tells the unit
+
+double units_in_a_metre(Resolution::Unit unit) {
+    switch (unit) {
+        case Resolution::Unit::inch: return 1 / 0.0254;
+        case Resolution::Unit::centimetre: return 100;
+        case Resolution::Unit::metre:
+        case Resolution::Unit::none: break;
+    }
+    return 1;
+}
+
+// "Exif", "Exif and XMP", "Exif, XMP and the resolution"
+std::string listed(const std::vector<std::string_view>& names) {
+    std::string text;
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        if (i > 0) text += i + 1 < names.size() ? ", " : " and ";
+        text += names[i];
+    }
+    return text;
+}
+
+const char* name_of(ProfileOf colors) {
+    switch (colors) {
+        case ProfileOf::grey: return "greys";
+        case ProfileOf::rgb: return "RGB";
+        case ProfileOf::inks: return "CMYK";
+        case ProfileOf::nothing_known: break;
+    }
+    return "";
+}
+
+// Returns why a profile can't go into a file, in words that go behind the file's name; empty if it can.
+std::string objection(const Bytes& profile, std::size_t room, bool grey) {
+    if (room == 0) return "has no room for the color profile: it is left out";
+    const ProfileOf colors = colors_of_profile(profile);
+    const ProfileOf wanted = grey ? ProfileOf::grey : ProfileOf::rgb;
+    if (colors == ProfileOf::nothing_known) return "is made without the color profile, which is damaged";
+    if (colors != wanted)
+        return std::string("is made without the color profile, which is one of ") + name_of(colors) +
+               ": the pixels are " + name_of(wanted);
+    if (profile.size() > room)
+        return "has no room for a color profile of " + std::to_string(profile.size()) + " bytes: it is left out";
+    return {};
+}
+
+// XMP in one packet, or in two where the format has a place for the second.
+void fit_xmp(Metadata& metadata, const MetadataRoom& room) {
+    if (metadata.xmp_extension.empty() || room.xmp_extension >= metadata.xmp_extension.size()) return;
+    metadata.xmp = with_extension(metadata.xmp, metadata.xmp_extension);
+    metadata.xmp_extension.clear();
+}
+
+}  // namespace
+
+Resolution Resolution::in(Unit wanted) const {
+    if (unit == Unit::none || wanted == Unit::none || unit == wanted) return *this;
+    const double factor = units_in_a_metre(unit) / units_in_a_metre(wanted);
+    return {x * factor, y * factor, wanted};
+}
+
+std::optional<Resolution> resolution_of_exif(const Bytes& block) {
+    const Exif exif = read_exif(block);
+    if (!exif.x_resolution || !exif.y_resolution) return {};
+    const auto value = [](const ExifFraction& fraction) {
+        return static_cast<double>(fraction.numerator) / fraction.denominator;
+    };
+    if (exif.x_resolution->numerator == 0 || exif.x_resolution->denominator == 0) return {};
+    if (exif.y_resolution->numerator == 0 || exif.y_resolution->denominator == 0) return {};
+    const std::uint32_t unit = exif.resolution_unit ? exif.resolution_unit->value : kInches;
+    if (unit != kInches && unit != kCentimetres) return {};
+    return Resolution{value(*exif.x_resolution), value(*exif.y_resolution),
+                      unit == kInches ? Resolution::Unit::inch : Resolution::Unit::centimetre};
+}
+
+void make_true(Metadata& metadata, int width, int height) {
+    make_exif_true(metadata.exif, width, height);
+    make_xmp_true(metadata.xmp, width, height);
+}
+
+Metadata fitting(const Metadata& metadata, const MetadataRoom& room, bool grey, Losses& losses) {
+    Metadata fits = metadata;
+    std::vector<std::string_view> left_out;
+    const bool has_xmp = !fits.xmp.empty();
+    if (has_xmp && room.xmp > 0) fit_xmp(fits, room);
+    const auto fit = [&](Bytes& bytes, bool is_there, std::size_t most, std::string_view name) {
+        if (!is_there || (!bytes.empty() && bytes.size() <= most)) return;
+        left_out.push_back(name);
+        bytes.clear();
+    };
+    fit(fits.exif, !fits.exif.empty(), room.exif, "Exif");
+    fit(fits.xmp, has_xmp, room.xmp, "XMP");
+    fit(fits.iptc, !fits.iptc.empty(), room.iptc, "IPTC");
+    if (fits.xmp.empty()) fits.xmp_extension.clear();
+    if (fits.resolution) {
+        const Resolution wanted = fits.resolution->in(room.resolution_unit);
+        const double least = std::min(wanted.x, wanted.y), most = std::max(wanted.x, wanted.y);
+        // Both are rounded.
+        if (!room.most_resolution || !(least >= 0.5 && most < *room.most_resolution + 0.5)) {
+            left_out.emplace_back("the resolution");
+            fits.resolution.reset();
+        }
+    }
+    if (!left_out.empty())
+        losses.push_back({Loss::Kind::metadata, "has no room for " + listed(left_out) + ": " +
+                                                    (left_out.size() > 1 ? "they are" : "it is") + " left out"});
+    if (!fits.icc.empty()) {
+        if (std::string words = objection(fits.icc, room.icc, grey); !words.empty()) {
+            losses.push_back({Loss::Kind::profile, std::move(words)});
+            fits.icc.clear();
+        }
+    }
+    return fits;
+}
+
+}  // namespace tarvo::host
