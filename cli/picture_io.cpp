@@ -26,6 +26,7 @@ WrittenFile write_file(const host::ObjectRef& picture, const std::string& path,
     host::WriteReport report =
         host::write_picture_file(dynamic_cast<const host::Picture&>(*picture.get()), path,
                                  {.watch = &part_file_watch(), .carried = like ? &*like : nullptr});
+    for (const host::Loss& loss : report.losses) report.not_kept.push_back(loss.words);
     if (report.mask_left_out) report.not_kept.emplace_back("has no transparency: the mask is left out");
     return {host::in_words(report.pixels), std::move(report.not_kept)};
 }
@@ -39,6 +40,7 @@ PictureFile read_picture(PluginSession& session, const std::string& path, bool k
         .keep_depth = keep_depth, .max_pixels = session.limits().max_pixels, .on_wait = note_of_waiting(path)};
     host::Carried carried;
     const host::ObjectRef picture = host::read_picture_file(session.host(), path, options, &carried);
+    for (const host::Loss& loss : carried.losses) note(path + " " + loss.words);
     return {picture, host::in_words(carried.pixels), carried};
 }
 

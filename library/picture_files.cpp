@@ -21,6 +21,8 @@ namespace {
 
 using host::ObjectRef;
 
+constexpr const char* kTheFile = "the file";  // one that has no name
+
 bool holds_string(std::string_view path) { return host::has_ending(path, kStringEnding); }
 
 ReadPicture read_string(CallHost& call, const std::string& path, const host::ReadOptions& options) {
@@ -37,13 +39,20 @@ ReadPicture read_string(CallHost& call, const std::string& path, const host::Rea
     });
 }
 
+void tell_losses(const Notes& notes, const std::string& file, const host::Losses& losses) {
+    for (const host::Loss& loss : losses)
+        notes.tell(loss.kind == host::Loss::Kind::profile ? TARVO_NOTE_PROFILE : TARVO_NOTE_METADATA,
+                   file + " " + loss.words);
+}
+
 // What `decode(carried)` returns, and what it puts there.
 template <class Decode>
-ReadPicture decoded(Decode decode) {
+ReadPicture decoded(const std::string& file, const Notes& notes, Decode decode) {
     auto carried = std::make_shared<host::Carried>();
     ReadPicture read;
     read.picture = decode(carried.get());
     read.pixels = host::in_words(carried->pixels);
+    tell_losses(notes, file, carried->losses);
     read.carried = std::move(carried);
     return read;
 }
@@ -99,7 +108,7 @@ public:
             host::about_file(path, [&] {
                 host::FileWriter file(path, &watch_);
                 const std::string pixels = write_picture_string(call_, written_, file);
-                host::WriteReport report;
+                host::WriteReport report = report_of_string();
                 report.not_kept = file.commit();
                 tell(path, report, pixels);
             });
@@ -110,18 +119,17 @@ public:
     }
 
     host::Bytes encode(const std::string& name) {
-        constexpr const char* kFile = "the file";
         if (!holds_string(name)) {
             host::WriteReport report;
             host::Bytes file = host::encode_picture(picture(), name, how(), &report);
-            tell(kFile, report);
+            tell(kTheFile, report);
             return file;
         }
         host::MemorySink file;
         const std::string pixels = write_picture_string(call_, written_, file);
         file.flush();
-        tell(kFile, {}, pixels);
-        tell_unreadable(kFile);
+        tell(kTheFile, report_of_string(), pixels);
+        tell_unreadable(kTheFile);
         return std::move(file.bytes);
     }
 
@@ -134,6 +142,13 @@ private:
         return options;
     }
 
+    // A picture string has nothing but pixels.
+    host::WriteReport report_of_string() const {
+        host::WriteReport report;
+        if (carried_) static_cast<void>(host::fitting(carried_->metadata, {}, false, report.losses));
+        return report;
+    }
+
     void tell(const std::string& file, const host::WriteReport& report) {
         tell(file, report, host::in_words(report.pixels));
     }
@@ -143,6 +158,7 @@ private:
         if (carried_ && carried_->pixels.bits > 8)
             notes_.tell(TARVO_NOTE_DEPTH,
                         file + " has no more than 8 of " + std::to_string(carried_->pixels.bits) + " bits a channel");
+        tell_losses(notes_, file, report.losses);
         notes_.tell(TARVO_NOTE_PIXELS, pixels);
     }
     void tell_unreadable(const std::string& file) {
@@ -176,8 +192,9 @@ ReadPicture read_picture(CallHost& call, const std::string& path, const host::Re
     options.on_wait = [&] { notes.tell(TARVO_NOTE_WAITING, path + " is a pipe that nobody writes to: waiting"); };
     return on_file(path, [&] {
         if (holds_string(path)) return read_string(call, path, options);
-        return decoded(
-            [&](host::Carried* carried) { return host::read_picture_file(call.host(), path, options, carried); });
+        return decoded(path, notes, [&](host::Carried* carried) {
+            return host::read_picture_file(call.host(), path, options, carried);
+        });
     });
 }
 
@@ -204,8 +221,8 @@ tarvo_status tarvo_picture_decode(const void* bytes, size_t length, const tarvo_
     return guarded(error, [&] {
         if (length != 0) require(bytes, "bytes");
         require(picture, "picture");
-        *picture = read_with(options, [&](CallHost& call, const host::ReadOptions& how, const Notes&) {
-            return decoded([&](host::Carried* carried) {
+        *picture = read_with(options, [&](CallHost& call, const host::ReadOptions& how, const Notes& notes) {
+            return decoded(kTheFile, notes, [&](host::Carried* carried) {
                 return host::decode_picture(call.host(), {static_cast<const std::uint8_t*>(bytes), length}, how,
                                             carried);
             });

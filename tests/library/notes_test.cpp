@@ -71,6 +71,31 @@ TEST(LibraryNotes, TellWhatAFileLoses) {
     EXPECT_EQ(linked[0].rfind("6 " + path + " ", 0), 0u) << linked[0];
 }
 
+TEST(LibraryNotes, TellMetadataThatAreDamagedOrHaveNoRoom) {
+    const std::string segment(
+        "\xFF\xE1\0\x11"
+        "Exif\0\0MM\0*\0\0\0\0\0",
+        19);
+    const std::string part("\xFF\xE2\0\x11ICC_PROFILE\0\1\2x", 19);
+    const auto jpeg = noisy_picture(8, 8).encode("jpg");
+    const std::string file(jpeg.begin(), jpeg.end());
+    Notebook notes;
+    ReadOptions reading;
+    reading.note = notes.taker();
+    const std::string with = file.substr(0, 2) + segment + part + file.substr(2);
+    const Picture picture = Picture::decode(with.data(), with.size(), reading);
+    EXPECT_EQ(notes.take(), (Lines{"5 the file has a color profile of which parts are missing: it is left out",
+                                   "34 RGB, 8 bits a channel"}));
+    WriteOptions writing;
+    writing.note = notes.taker();
+    picture.encode("png", writing);
+    EXPECT_EQ(notes.take(), Lines{"34 RGB, 8 bits a channel"});
+    for (const char* format : {"ppm", "trv"}) {
+        picture.encode(format, writing);
+        EXPECT_EQ(notes.take().front(), "4 the file has no room for Exif: it is left out");
+    }
+}
+
 TEST(LibraryNotes, TellWhatAnOperationDropsAndWhatToMind) {
     Notebook notes;
     CallOptions options;
