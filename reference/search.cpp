@@ -1,6 +1,7 @@
 #include "search.h"
 
 #include <algorithm>
+#include <map>
 #include <numeric>
 #include <optional>
 
@@ -40,20 +41,15 @@ std::size_t distance(std::string_view a, std::string_view b) {
     return row.back();
 }
 
-struct Near {
-    std::size_t distance;
-    std::string name;
-};
-
 // How far what is asked for is from the name or a word; none when too far.
 template <class Described>
-std::optional<Near> nearness(const Described& about, std::string_view key) {
+std::optional<std::size_t> distance_to(const Described& about, std::string_view key) {
     std::optional<std::size_t> least = spelling_distance(key, key_of(about.name));
     for (const describe::Text word : about.words) {
         const std::optional<std::size_t> distance = spelling_distance(key, word);
         if (distance && (!least || *distance < *least)) least = distance;
     }
-    return least ? std::optional<Near>({*least, std::string(about.name)}) : std::nullopt;
+    return least;
 }
 
 }  // namespace
@@ -107,15 +103,15 @@ bool have_word(std::span<const describe::Text> words, std::string_view text) {
 std::vector<std::string> near_names(const Reference& reference, std::string_view name) {
     constexpr std::size_t kMost = 4;
     const std::string key = key_of(name);
-    std::vector<Near> found;
-    for (const Operation& each : reference.operations())
-        if (const auto near = nearness(*each.about, key)) found.push_back(*near);
-    for (const Class& each : reference.classes())
-        if (const auto near = nearness(*each.about, key)) found.push_back(*near);
-    std::ranges::stable_sort(found, {}, &Near::distance);
+    std::multimap<std::size_t, std::string> found;  // by distance
+    const auto look_at = [&](const auto& about) {
+        if (const auto distance = distance_to(about, key)) found.emplace(*distance, about.name);
+    };
+    for (const Operation& each : reference.operations()) look_at(*each.about);
+    for (const Class& each : reference.classes()) look_at(*each.about);
     std::vector<std::string> names;
-    for (Near& each : found)
-        if (names.size() < kMost && each.distance <= found.front().distance + 1) names.push_back(std::move(each.name));
+    for (const auto& [distance, near] : found)
+        if (names.size() < kMost && distance <= found.begin()->first + 1) names.push_back(near);
     return names;
 }
 

@@ -90,7 +90,7 @@ Bytes JpegMarkers::whole_extension() const {
     std::vector<const Part*> parts;
     for (const Part& part : extension_)
         if (!name.empty() && as_text(part.bytes).starts_with(name)) parts.push_back(&part);
-    std::ranges::stable_sort(parts, {}, &Part::place);
+    std::ranges::sort(parts, {}, &Part::place);
     Bytes whole;
     for (const Part* part : parts) {
         if (part->place != whole.size()) return {};
