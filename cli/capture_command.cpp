@@ -7,11 +7,13 @@
 
 #include "command_error.h"
 #include "commands.h"
+#include "engine.h"
+#include "failure.h"
+#include "kept_picture.h"
 #include "limit_options.h"
 #include "main_screen.h"
 #include "messages.h"
 #include "picture_io.h"
-#include "plugin_session.h"
 
 namespace tarvo::cli {
 namespace {
@@ -24,22 +26,35 @@ constexpr const char* kWhatIsSeen =
 constexpr const char* kCapture = "TRV_ScreenCapture";
 
 struct CaptureOptions {
-    PluginOptions plugin;
+    Limits limits;
     std::string display, output;
 };
 
-void capture(const CaptureOptions& options) {
-    check_output(options.output);
-    PluginSession session(options.plugin);
+CommandError refused(const host::Refusal& refusal) {
+    return {ExitStatus::operation_failed, with_option(refusal.what(), library::limit_of(refusal))};
+}
+
+// The library shows no screen to its callers: the tool makes this call in a host of the library's, while it has one.
+Picture captured(const CaptureOptions& options, Console& console) {
+    host::Limits limits = host::default_limits();
+    options.limits.put_into(limits);
+    library::CallHost call(limits);
     const auto screen = host::MainScreen::open(options.display);
     if (!screen) throw CommandError(ExitStatus::operation_failed, "there is no X display whose pixels can be read");
     host::Value whole_screen[] = {host::Nil{}};
-    const host::Value captured = session.caller().call_on(session.host().new_screen(), kCapture, whole_screen);
-    session.show_complaints(kCapture);
-    const auto* picture = std::get_if<host::ObjectRef>(&captured);
-    if (const auto& refusal = session.host().refusal(); !picture && refusal) throw host::Refusal(*refusal);
+    const host::Value seen = call.caller().call_on(call.host().new_screen(), kCapture, whole_screen);
+    for (const std::string& complaint : call.host().complaints())
+        console.warn(std::string(kCapture) + ": " + complaint);
+    const auto* picture = std::get_if<host::ObjectRef>(&seen);
+    if (const auto& refusal = call.host().refusal(); !picture && refusal) throw refused(*refusal);
     if (!picture) throw CommandError(ExitStatus::operation_failed, "the display does not give its pixels");
-    notes(write_picture(session, *picture, options.output).lost);
+    return Picture(library::new_picture(dynamic_cast<const host::Picture&>(*picture->get()), nullptr));
+}
+
+void capture(const CaptureOptions& options) {
+    check_output(options.output);
+    Console console;
+    write_picture(captured(options, console), options.output, options.limits, console);
 }
 
 }  // namespace
@@ -51,8 +66,7 @@ void add_capture_command(CLI::App& tool) {
     command->add_option("-o,--output", options->output, "the file for the picture")->type_name("OUT")->required();
     command->add_option("--display", options->display, "the X display, instead of the one that DISPLAY names")
         ->type_name("NAME");
-    add_limit_options(*command, options->plugin.limits);
-    add_plugin_options(*command, options->plugin);
+    add_limit_options(*command, options->limits);
     command->callback([options] { capture(*options); });
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 // The tool's commands, each in a file of its own. A command adds itself to the command line, and runs when a line that
-// names it is parsed. What it throws (CommandError, host::FileError) ends the tool.
+// names it is parsed. What it throws (CommandError above all) ends the tool.
 
 #include <CLI/App.hpp>
 

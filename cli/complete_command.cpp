@@ -11,8 +11,8 @@
 #include <vector>
 
 #include "commands.h"
+#include "described.h"
 #include "names.h"
-#include "plugin_session.h"
 #include "reference.h"
 
 namespace tarvo::cli {
@@ -97,8 +97,8 @@ void offer_search_words(const Choices& choices, const reference::Reference& all)
 // What stands where the command line has no option, by the name that the command gives that place.
 void offer_arguments(const Choices& choices, const CLI::App& command, std::string_view place) {
     if (place == "IN") choices.offer_files();
-    PluginSession session({});
-    const reference::Reference all(session.caller());
+    const Described described;
+    const reference::Reference& all = described.all();
     const bool takes_calls = command.get_option_no_throw("CALL") != nullptr;
     if (place == "IN" && takes_calls) offer_names(choices, all, makes_picture_of_nothing);
     if (place == "CALL") offer_names(choices, all, is_called_on_pictures);
@@ -146,8 +146,7 @@ void complete(const CLI::App& tool, Words words) {
             ++arguments;
     }
     if (valued) {
-        const std::string type = valued->get_type_name();
-        if (type == "OUT" || type == "PATH") choices.offer_files();
+        if (valued->get_type_name() == "OUT") choices.offer_files();
     } else if (words.back().starts_with('-')) {
         offer_options(choices, *command);
     } else if (command == &tool) {

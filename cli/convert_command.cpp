@@ -9,7 +9,6 @@
 #include "limit_options.h"
 #include "messages.h"
 #include "picture_io.h"
-#include "plugin_session.h"
 
 namespace tarvo::cli {
 namespace {
@@ -19,16 +18,16 @@ constexpr const char* kFormats =
     "TRV_ConvertToPicture takes.";
 
 struct ConvertOptions {
-    PluginOptions plugin;
+    Limits limits;
     std::string input, output;
     bool keep_depth = false;
 };
 
 void convert(const ConvertOptions& options) {
     check_output(options.output);
-    PluginSession session(options.plugin);
-    const PictureFile input = read_picture(session, options.input, options.keep_depth);
-    notes(write_picture(session, input.picture, options.output, input.like).lost);
+    Console console;
+    const PictureFile input = read_picture(options.input, options.limits, console, options.keep_depth);
+    write_picture(input.picture, options.output, options.limits, console);
 }
 
 }  // namespace
@@ -41,8 +40,7 @@ void add_convert_command(CLI::App& tool) {
     command->add_option("-o,--output", options->output, "the file for the result")->type_name("OUT")->required();
     command->add_flag("--keep-depth", options->keep_depth,
                       "read black-and-white, grey and palette files as pictures of 1 and 8 bits");
-    add_limit_options(*command, options->plugin.limits);
-    add_plugin_options(*command, options->plugin);
+    add_limit_options(*command, options->limits);
     command->callback([options] { convert(*options); });
 }
 

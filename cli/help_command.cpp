@@ -11,7 +11,7 @@
 
 #include "command_error.h"
 #include "commands.h"
-#include "plugin_session.h"
+#include "described.h"
 #include "scanner.h"
 #include "search.h"
 #include "suggestions.h"
@@ -22,11 +22,6 @@ namespace tarvo::cli {
 using describe::Text;
 
 namespace {
-
-struct HelpOptions {
-    PluginOptions plugin;
-    std::string name;
-};
 
 constexpr std::size_t kWidth = 100;
 
@@ -127,24 +122,23 @@ void print_class(const reference::Class& cls) {
     print_list("Good to know", cls.about->notes);
 }
 
-void help(const HelpOptions& options) {
-    PluginSession session(options.plugin);
-    const reference::Reference all(session.caller());
-    if (const auto* const operation = reference::find_operation(all, options.name)) return print_operation(*operation);
-    if (const auto* const cls = reference::find_class(all, options.name)) return print_class(*cls);
-    throw CommandError(ExitStatus::wrong_usage, "there is no operation named " + host::quoted(options.name) +
-                                                    language::suggestions(all, options.name));
+void help(const std::string& name) {
+    const Described described;
+    const reference::Reference& all = described.all();
+    if (const auto* const operation = reference::find_operation(all, name)) return print_operation(*operation);
+    if (const auto* const cls = reference::find_class(all, name)) return print_class(*cls);
+    throw CommandError(ExitStatus::wrong_usage,
+                       "there is no operation named " + host::quoted(name) + language::suggestions(all, name));
 }
 
 }  // namespace
 
 void add_help_command(CLI::App& tool) {
-    const auto options = std::make_shared<HelpOptions>();
+    const auto name = std::make_shared<std::string>();
     CLI::App* command = tool.add_subcommand("help", "Explain an operation or a class");
-    command->add_option("NAME", options->name, "its name, with or without TRV_; TRV_Rectangle.ScaleBy for a method")
+    command->add_option("NAME", *name, "its name, with or without TRV_; TRV_Rectangle.ScaleBy for a method")
         ->required();
-    add_plugin_options(*command, options->plugin);
-    command->callback([options] { help(*options); });
+    command->callback([name] { help(*name); });
 }
 
 }  // namespace tarvo::cli

@@ -1,29 +1,64 @@
 #include "interrupts.h"
 
-#include <signal.h>
+#include <pthread.h>
 #include <unistd.h>
 
+#include <array>
+#include <atomic>
+#include <cstdint>
 #include <cstdio>
+#include <ctime>
 
 namespace tarvo::cli {
 
 namespace {
 
 constexpr int kEndings[] = {SIGINT, SIGTERM, SIGHUP};
+// So many files are watched at a time, which is more than threads write.
+constexpr std::size_t kMostFiles = 256;
 
-// Changes only while these signals are held back.
+}  // namespace
+
+// A file that is being written. Its thread holds the endings back while it changes it.
 struct PartFile {
-    bool exists = false;
+    enum class State : std::uint8_t { none, making, made };
+    std::atomic<State> state = State::none;
     int folder = -1;
     char name[64] = "";
 };
-PartFile part_file;
 
-// This happens once: when it returns the signal comes again, and ends the tool.
-void on_ending(int signal) {
-    if (part_file.exists) ::unlinkat(part_file.folder, part_file.name, 0);
-    ::raise(signal);
-}
+namespace {
+
+using State = PartFile::State;
+
+// What the signals' handler looks at, which may run on another thread than those that write.
+struct PartFiles {
+    std::array<PartFile, kMostFiles> files;
+    std::atomic<bool> ending = false;
+
+    PartFile* take() {
+        for (PartFile& file : files) {
+            State none = State::none;
+            if (file.state.compare_exchange_strong(none, State::making)) return &file;
+        }
+        return nullptr;
+    }
+
+    // For the handler: waits for files that come to be right now, since nobody else could remove them. From now on no
+    // new ones are made.
+    void remove_all() {
+        ending = true;
+        constexpr timespec kMillisecond{0, 1000000};
+        for (PartFile& file : files) {
+            for (int tries = 0; file.state == State::making && tries < 1000; ++tries)
+                ::nanosleep(&kMillisecond, nullptr);
+            if (file.state == State::made) ::unlinkat(file.folder, file.name, 0);
+        }
+    }
+};
+
+constinit PartFiles part_files;
+static_assert(std::atomic<State>::is_always_lock_free && std::atomic<bool>::is_always_lock_free);
 
 sigset_t endings() {
     sigset_t set;
@@ -32,32 +67,45 @@ sigset_t endings() {
     return set;
 }
 
-class Watch final : public host::PartFileWatch {
-public:
-    void making() noexcept override { hold_back(&before_); }
-    void made(int folder, const char* name) noexcept override {
-        part_file.folder = folder;
-        std::snprintf(part_file.name, sizeof part_file.name, "%s", name);
-        part_file.exists = true;
-        let_through();
-    }
-    void gone() noexcept override {
-        hold_back(nullptr);
-        part_file.exists = false;
-        let_through();
-    }
+void hold_back(sigset_t* before) {
+    const sigset_t set = endings();
+    ::pthread_sigmask(SIG_BLOCK, &set, before);
+}
 
-private:
-    static void hold_back(sigset_t* before) {
-        const sigset_t set = endings();
-        ::sigprocmask(SIG_BLOCK, &set, before);
-    }
-    void let_through() { ::sigprocmask(SIG_SETMASK, &before_, nullptr); }
-
-    sigset_t before_{};
-};
+// This happens once: when it returns the signal comes again, and ends the tool.
+void on_ending(int signal) {
+    part_files.remove_all();
+    ::raise(signal);
+}
 
 }  // namespace
+
+void WatchedPart::tell(tarvo_part_file now, int folder, const char* name) noexcept {
+    const auto let_through = [this] { ::pthread_sigmask(SIG_SETMASK, &before_, nullptr); };
+    switch (now) {
+        case TARVO_PART_FILE_MAKING:
+            hold_back(&before_);
+            file_ = part_files.take();
+            // The tool is at its end: this thread is not to begin anything.
+            while (part_files.ending) {
+                if (file_) file_->state = State::none;
+                ::pause();
+            }
+            return;
+        case TARVO_PART_FILE_MADE:
+            if (file_) {
+                file_->folder = folder;
+                std::snprintf(file_->name, sizeof file_->name, "%s", name);
+                file_->state = State::made;
+            }
+            return let_through();
+        case TARVO_PART_FILE_GONE:
+            hold_back(nullptr);
+            if (file_) file_->state = State::none;
+            file_ = nullptr;
+            return let_through();
+    }
+}
 
 void handle_interrupts() {
     ::signal(SIGXFSZ, SIG_IGN);  // the call that writes fails instead
@@ -69,11 +117,6 @@ void handle_interrupts() {
         action.sa_flags = SA_RESETHAND;
         ::sigaction(signal, &action, nullptr);
     }
-}
-
-host::PartFileWatch& part_file_watch() {
-    static Watch watch;
-    return watch;
 }
 
 }  // namespace tarvo::cli

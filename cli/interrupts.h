@@ -1,16 +1,26 @@
 #pragma once
 
-// Removes the file that is being written when a signal ends the tool.
+// Removes the files that are being written when a signal ends the tool.
 
-#include "file_writer.h"
+#include <signal.h>
+
+#include "tarvo.h"
 
 namespace tarvo::cli {
 
-// From now on INT, TERM and HUP remove the part file of `part_file_watch` before they end the tool as they always do,
-// unless they were ignored when it began; and a file that becomes larger than it may is an error of writing.
+// From now on INT, TERM and HUP remove all part files before they end the tool as they always do, unless they were
+// ignored when it began; and a file that becomes larger than it may is an error of writing.
 void handle_interrupts();
 
-// Watches one file at a time.
-host::PartFileWatch& part_file_watch();
+// One file that is being written, on one thread.
+class WatchedPart {
+public:
+    // As tarvo_write_options has it.
+    void tell(tarvo_part_file now, int folder, const char* name) noexcept;
+
+private:
+    struct PartFile* file_ = nullptr;
+    sigset_t before_{};
+};
 
 }  // namespace tarvo::cli

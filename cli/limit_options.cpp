@@ -12,7 +12,7 @@ constexpr const char* kMaxMemory = "--max-memory";
 
 }  // namespace
 
-void add_limit_options(CLI::App& command, host::Limits& limits) {
+void add_limit_options(CLI::App& command, Limits& limits) {
     command.add_option(kMaxPixels, limits.max_pixels, "the most pixels that a picture may have")
         ->type_name("N")
         ->capture_default_str();
@@ -24,10 +24,12 @@ void add_limit_options(CLI::App& command, host::Limits& limits) {
         ->transform(CLI::AsSizeValue(false));
 }
 
-std::string with_option(const host::LimitedError& error) {
-    if (!error.limit() || *error.limit() == host::Limit::sides) return error.what();
-    const char* const option = *error.limit() == host::Limit::pixels ? kMaxPixels : kMaxMemory;
-    return std::string(error.what()) + " (" + option + ")";
+std::string with_option(const std::string& message, tarvo_limit limit) {
+    switch (limit) {
+        case TARVO_MAX_PIXELS: return message + " (" + kMaxPixels + ")";
+        case TARVO_MAX_MEMORY: return message + " (" + kMaxMemory + ")";
+        default: return message;
+    }
 }
 
 }  // namespace tarvo::cli

@@ -11,12 +11,12 @@
 
 #include "command_error.h"
 #include "commands.h"
-#include "json.h"
+#include "described.h"
 #include "names.h"
-#include "plugin_session.h"
 #include "scanner.h"
 #include "search.h"
 #include "suggestions.h"
+#include "tarvo.hpp"
 
 namespace tarvo::cli {
 
@@ -25,7 +25,6 @@ using host::Callable;
 namespace {
 
 struct ListOptions {
-    PluginOptions plugin;
     std::string word;
     bool json = false;
 };
@@ -83,11 +82,11 @@ std::vector<Group> extension_methods(const host::Caller& caller) {
     return groups;
 }
 
-std::vector<Group> all_groups(PluginSession& session) {
-    std::vector<Group> groups = {plain_methods(session.caller())};
-    for (const host::RegisteredClass& cls : session.host().registry().classes())
-        groups.push_back(class_members(session.caller(), cls));
-    for (Group& group : extension_methods(session.caller())) groups.push_back(std::move(group));
+std::vector<Group> all_groups(Described& described) {
+    std::vector<Group> groups = {plain_methods(described.caller())};
+    for (const host::RegisteredClass& cls : described.registry().classes())
+        groups.push_back(class_members(described.caller(), cls));
+    for (Group& group : extension_methods(described.caller())) groups.push_back(std::move(group));
     return groups;
 }
 
@@ -150,14 +149,14 @@ void show(const std::vector<Group>& groups) {
 }
 
 void list(const ListOptions& options) {
-    PluginSession session(options.plugin);
     if (options.json) {
-        std::cout << reference::description_json(reference::Reference(session.caller()));
+        std::cout << tarvo::description();
         return;
     }
-    std::vector<Group> groups = all_groups(session);
+    Described described;
+    std::vector<Group> groups = all_groups(described);
     if (!options.word.empty()) {
-        const reference::Reference all(session.caller());
+        const reference::Reference& all = described.all();
         Search(all, options.word).keep_found(groups);
         if (groups.empty())
             throw CommandError(ExitStatus::wrong_usage, "nothing has " + host::quoted(options.word) +
@@ -176,7 +175,6 @@ void add_list_command(CLI::App& tool) {
         "WORD", options->word,
         "only what has this in its name, goes by this word (resize, crop, blur), or is of this family");
     command->add_flag("--json", options->json, "all that is known of every operation, for programs")->excludes(word);
-    add_plugin_options(*command, options->plugin);
     command->callback([options] { list(*options); });
 }
 

@@ -13,9 +13,8 @@
 #include "command_error.h"
 #include "command_line.h"
 #include "commands.h"
-#include "file_error.h"
 #include "interrupts.h"
-#include "limit_options.h"
+#include "library_errors.h"
 
 namespace {
 
@@ -25,7 +24,7 @@ using tarvo::cli::ExitStatus;
 constexpr const char* kExitStatuses =
     "Exit status:\n"
     "  0    done\n"
-    "  1    an operation failed, or the plugin refused the host; nothing was written\n"
+    "  1    an operation failed; nothing was written\n"
     "  2    wrong use, of the command line or in the text of a call; nothing was read or written\n"
     "  3    a file that cannot be read or written\n"
     "  130  interrupted: what shells say of an end by the signal INT";
@@ -67,10 +66,9 @@ ExitStatus run(int argc, char** argv) {
         return ExitStatus::wrong_usage;
     } catch (const CommandError& error) {
         return fail(error.status(), error.what());
-    } catch (const tarvo::host::FileError& error) {
-        return fail(ExitStatus::file_error, tarvo::cli::with_option(error));
-    } catch (const tarvo::host::LimitedError& error) {
-        return fail(ExitStatus::operation_failed, tarvo::cli::with_option(error));
+    } catch (const tarvo::Error& error) {
+        const CommandError told = tarvo::cli::command_error(error);
+        return fail(told.status(), told.what());
     } catch (const std::bad_alloc&) {
         return fail(ExitStatus::operation_failed, "not enough memory");
     } catch (const std::exception& error) {

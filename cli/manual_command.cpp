@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "commands.h"
-#include "plugin_session.h"
+#include "described.h"
 #include "reference.h"
 
 namespace tarvo::cli {
@@ -128,7 +128,6 @@ void print_footer(const std::string& footer) {
 }
 
 void print_manual(const CLI::App& tool, const std::string& date) {
-    PluginSession session({});
     std::cout << ".TH TARVO 1 " << (date.empty() ? "\"\"" : date) << " \"Tarvo Graphics " TARVO_VERSION "\"\n";
     section("NAME");
     std::cout << "tarvo \\- picture operations on picture files\n";
@@ -145,7 +144,7 @@ void print_manual(const CLI::App& tool, const std::string& date) {
     for (const CLI::App* command : shown_commands(tool)) print_command(*command);
     section("OPERATIONS");
     std::cout << bold("tarvo help") << " \\fINAME\\fR explains one: arguments, ranges, errors, an example.\n";
-    print_operations(reference::Reference(session.caller()));
+    print_operations(Described().all());
     print_footer(tool.get_footer());
 }
 

@@ -1,21 +1,43 @@
 #pragma once
 
-// Lines on the standard error stream that do not end a command.
+// Lines on the standard streams that do not end a command.
 
 #include <iostream>
 #include <string>
-#include <vector>
 
+#include "listener.h"
 #include "shown_text.h"
 
 namespace tarvo::cli {
 
-inline void warn(const std::string& line) { std::cerr << "warning: " << host::shown_lines(line) << '\n'; }
+// Quiet ones print only what calls answer, and what is amiss.
+class Console final : public Listener {
+public:
+    explicit Console(bool quiet = false) : quiet_(quiet) {}
 
-inline void note(const std::string& line) { std::cerr << "note: " << host::shown_lines(line) << '\n'; }
+    void say(const std::string& line) override {
+        if (!quiet_) std::cout << host::shown_lines(line) << '\n';
+    }
+    void answer(const std::string& line) override { std::cout << line << '\n'; }
+    void warn(const std::string& line) override { print("warning: ", line); }
+    void note(tarvo_note kind, const std::string& line) override {
+        switch (kind) {
+            case TARVO_NOTE_PIXELS: return;
+            case TARVO_NOTE_MESSAGE: return print("message box: ", line);
+            case TARVO_NOTE_COMPLAINT: return warn(line);
+            case TARVO_NOTE_WAITING: return print("note: ", line);
+            default: break;
+        }
+        if (!quiet_) print("note: ", line);
+    }
+    void note(const std::string& line) { note(TARVO_NOTE_CAUTION, line); }
 
-inline void notes(const std::vector<std::string>& lines) {
-    for (const std::string& line : lines) note(line);
-}
+private:
+    static void print(const char* head, const std::string& line) {
+        std::cerr << head << host::shown_lines(line) << '\n';
+    }
+
+    const bool quiet_;
+};
 
 }  // namespace tarvo::cli

@@ -1,62 +1,57 @@
 #include "picture_io.h"
 
-#include <string_view>
-
-#include "about_file.h"
 #include "command_error.h"
-#include "format.h"
 #include "interrupts.h"
-#include "messages.h"
-#include "picture_file.h"
-#include "string_file.h"
+#include "library_errors.h"
 
 namespace tarvo::cli {
 namespace {
 
-constexpr std::string_view kStringEnding = ".trv";
-
-bool holds_string(std::string_view path) { return host::has_ending(path, kStringEnding); }
-
-std::function<void()> note_of_waiting(const std::string& path) {
-    return [path] { note(path + " is a pipe that nobody writes to: waiting"); };
-}
-
-WrittenFile write_file(const host::ObjectRef& picture, const std::string& path,
-                       const std::optional<host::Carried>& like) {
-    host::WriteReport report =
-        host::write_picture_file(dynamic_cast<const host::Picture&>(*picture.get()), path,
-                                 {.watch = &part_file_watch(), .carried = like ? &*like : nullptr});
-    for (const host::Loss& loss : report.losses) report.not_kept.push_back(loss.words);
-    if (report.mask_left_out) report.not_kept.emplace_back("has no transparency: the mask is left out");
-    return {host::in_words(report.pixels), std::move(report.not_kept)};
+// Passes on what the library tells, but for what the pixels of the file are.
+detail::Note teller(Listener& listener, std::string& pixels) {
+    return [&](tarvo_note kind, const std::string& text) {
+        if (kind == TARVO_NOTE_PIXELS)
+            pixels = text;
+        else
+            listener.note(kind, text);
+    };
 }
 
 }  // namespace
 
-PictureFile read_picture(PluginSession& session, const std::string& path, bool keep_depth) {
-    if (holds_string(path))
-        return host::about_file(path, [&] { return read_string_file(session, path, note_of_waiting(path)); });
-    const host::ReadOptions options = {
-        .keep_depth = keep_depth, .max_pixels = session.limits().max_pixels, .on_wait = note_of_waiting(path)};
-    host::Carried carried;
-    const host::ObjectRef picture = host::read_picture_file(session.host(), path, options, &carried);
-    for (const host::Loss& loss : carried.losses) note(path + " " + loss.words);
-    return {picture, host::in_words(carried.pixels), carried};
+PictureFile read_picture(const std::string& path, const Limits& limits, Listener& listener, bool keep_depth) {
+    PictureFile file;
+    ReadOptions options;
+    options.keep_depth = keep_depth;
+    options.note = teller(listener, file.pixels);
+    limits.put_into(options);
+    try {
+        file.picture = Picture::open(path, options);
+    } catch (const Error& error) {
+        throw command_error(error);
+    }
+    return file;
 }
 
-WrittenFile write_picture(PluginSession& session, const host::ObjectRef& picture, const std::string& path,
-                          const std::optional<host::Carried>& like) {
-    WrittenFile written = holds_string(path)
-                              ? host::about_file(path, [&] { return write_string_file(session, picture, path); })
-                              : write_file(picture, path, like);
-    for (std::string& line : written.lost) line.insert(0, path + " ");
-    return written;
+std::string write_picture(const Picture& picture, const std::string& path, const Limits& limits, Listener& listener) {
+    std::string pixels;
+    WatchedPart part;
+    WriteOptions options;
+    options.note = teller(listener, pixels);
+    options.part_file = [&](tarvo_part_file now, int folder, const char* name) { part.tell(now, folder, name); };
+    limits.put_memory_into(options);
+    try {
+        picture.save(path, options);
+    } catch (const Error& error) {
+        throw command_error(error);
+    }
+    return pixels;
 }
 
 void check_output(const std::string& path) {
     try {
-        host::check_output(path, kStringEnding);
-    } catch (const host::FileError& error) {
+        tarvo::check_output(path);
+    } catch (const Error& error) {
         throw CommandError(ExitStatus::wrong_usage, error.what());
     }
 }

@@ -1,5 +1,5 @@
 # What `cmake --install` puts where, in parts that packages are made of: runtime (the library), development (what programs are
-# built with), tool (the command, and the plugin that it loads).
+# built with), tool (the command, and the plugin for programs that load it).
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 set(package "${CMAKE_INSTALL_LIBDIR}/cmake/Tarvo")
@@ -55,12 +55,6 @@ install(TARGETS TarvoGraphics TarvoPlatform LIBRARY DESTINATION "${plugins}" COM
 set_target_properties(TarvoGraphics TarvoPlatform PROPERTIES INSTALL_RPATH "\$ORIGIN")
 
 if(TARGET tarvo)
-  # Where the tool finds the plugin, and both the platform: seen from the tool, so that the whole can be moved.
-  cmake_path(ABSOLUTE_PATH CMAKE_INSTALL_BINDIR BASE_DIRECTORY "${CMAKE_INSTALL_PREFIX}" OUTPUT_VARIABLE from)
-  cmake_path(ABSOLUTE_PATH plugins BASE_DIRECTORY "${CMAKE_INSTALL_PREFIX}" OUTPUT_VARIABLE to)
-  file(RELATIVE_PATH to_plugins "${from}" "${to}")
-  target_compile_definitions(tarvo PRIVATE "TARVO_PLUGIN_FOLDER=\"${to_plugins}\"")
-  set_target_properties(tarvo PROPERTIES INSTALL_RPATH "\$ORIGIN/${to_plugins}")
   install(TARGETS tarvo RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT tool)
   install(FILES "${PROJECT_BINARY_DIR}/share/man/man1/tarvo.1" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT tool)
   install(FILES cli/completion/tarvo.bash DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions"

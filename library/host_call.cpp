@@ -252,8 +252,7 @@ KeptError HostCall::check(const Callable& method, const std::vector<Value>& valu
 
 void HostCall::tell(const std::vector<std::string>& cautions) {
     for (const std::string& caution : cautions) notes_.tell(TARVO_NOTE_CAUTION, operation_ + ": " + caution);
-    for (const std::string& complaint : host().complaints())
-        notes_.tell(TARVO_NOTE_COMPLAINT, operation_ + ": " + complaint);
+    notes_.tell_complaints(host(), operation_);
 }
 
 void HostCall::tell_losses(const Value& self, const Value& returned) {

@@ -65,5 +65,6 @@ tarvo_status tarvo_object_new(const char* class_name, tarvo_object** object, tar
     });
 }
 
+const char* tarvo_object_class(const tarvo_object* object) { return object ? object->cls.name.c_str() : ""; }
 tarvo_object* tarvo_object_retain(tarvo_object* object) { return retained(object); }
 void tarvo_object_release(tarvo_object* object) { released(object); }

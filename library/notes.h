@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "host.h"
 #include "tarvo.h"
 
 namespace tarvo::library {
@@ -16,6 +17,11 @@ public:
     bool wanted() const { return note_ != nullptr; }
     void tell(tarvo_note kind, const std::string& text) const {
         if (note_) note_(context_, kind, text.c_str());
+    }
+    // Tells what a host has complained of since this was last asked for.
+    void tell_complaints(host::Host& host, const std::string& operation) const {
+        for (const std::string& complaint : host.complaints()) tell(TARVO_NOTE_COMPLAINT, operation + ": " + complaint);
+        host.clear_complaints();
     }
 
 private:

@@ -25,7 +25,7 @@ constexpr const char* kTheFile = "the file";  // one that has no name
 
 bool holds_string(std::string_view path) { return host::has_ending(path, kStringEnding); }
 
-ReadPicture read_string(CallHost& call, const std::string& path, const host::ReadOptions& options) {
+ReadPicture read_string(CallHost& call, const std::string& path, const host::ReadOptions& options, const Notes& notes) {
     return host::about_file(path, [&] {
         host::FileSource file(path, options.on_wait);
         ReadPicture read;
@@ -35,6 +35,7 @@ ReadPicture read_string(CallHost& call, const std::string& path, const host::Rea
         } else {
             read.picture = read_picture_string(call, file, options.max_pixels, read.pixels);
         }
+        notes.tell_complaints(call.host(), "TRV_ConvertToPicture");
         return read;
     });
 }
@@ -96,7 +97,11 @@ private:
 class Writing {
 public:
     Writing(const tarvo_picture& picture, const tarvo_write_options* given)
-        : carried_(picture.carried), options_(given_options(given)), notes_(options_), watch_(options_) {
+        : carried_(picture.carried),
+          options_(given_options(given)),
+          notes_(options_),
+          watch_(options_),
+          call_(limits()) {
         if (options_.jpeg_quality < 0 || options_.jpeg_quality > 100)
             throw wrong_use("jpeg_quality is " + std::to_string(options_.jpeg_quality) + ", allowed is 1 to 100");
         call_.stop_by(options_.yield, options_.context);
@@ -134,6 +139,9 @@ public:
     }
 
 private:
+    host::Limits limits() const {
+        return options_.max_memory != 0 ? host::Limits{.max_memory = options_.max_memory} : host::Limits{};
+    }
     const host::Picture& picture() const { return dynamic_cast<const host::Picture&>(*written_.get()); }
 
     host::WriteOptions how() {
@@ -170,7 +178,7 @@ private:
     const tarvo_write_options options_;
     const Notes notes_;
     ToldWatch watch_;
-    CallHost call_{host::Limits{}};
+    CallHost call_;
     ObjectRef written_;
 };
 
@@ -191,7 +199,7 @@ ReadPicture read_picture(CallHost& call, const std::string& path, const host::Re
     host::ReadOptions options = given;
     options.on_wait = [&] { notes.tell(TARVO_NOTE_WAITING, path + " is a pipe that nobody writes to: waiting"); };
     return on_file(path, [&] {
-        if (holds_string(path)) return read_string(call, path, options);
+        if (holds_string(path)) return read_string(call, path, options, notes);
         return decoded(path, notes, [&](host::Carried* carried) {
             return host::read_picture_file(call.host(), path, options, carried);
         });

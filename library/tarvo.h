@@ -201,6 +201,7 @@ typedef struct tarvo_write_options {
     /* For programs whose signals are to remove what is half written: unlinkat(folder, name, 0). The library leaves
      * signals alone. */
     void (*part_file)(void* context, tarvo_part_file now, int folder, const char* name);
+    uint64_t max_memory; /* bytes for the picture and the string that it becomes; more are TARVO_MEMORY; 0: no bound */
 } tarvo_write_options;
 
 /* Writes the format that the name's ending tells: .png .jpg .jpeg .pbm .pgm .ppm .pam .trv. The file appears whole or
@@ -249,6 +250,8 @@ typedef struct tarvo_object tarvo_object;
 /* `class_name` is "TRV_Rectangle", "TRV_ColorMatrix", "TRV_Convolution" or "TRV_ClientPicture", in letters of either
  * case. */
 TARVO_API tarvo_status tarvo_object_new(const char* class_name, tarvo_object** object, tarvo_error** error);
+/* The name of its class as it is registered; "" of NULL. */
+TARVO_API const char* tarvo_object_class(const tarvo_object* object);
 /* These two may be called on any thread, also while another one uses the object. */
 TARVO_API tarvo_object* tarvo_object_retain(tarvo_object* object);
 TARVO_API void tarvo_object_release(tarvo_object* object);

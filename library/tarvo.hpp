@@ -15,6 +15,7 @@
 #include <exception>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -29,19 +30,10 @@ namespace tarvo {
 class Error : public std::runtime_error {
 public:
     // Takes the error over.
-    explicit Error(tarvo_error* error)
-        : std::runtime_error(tarvo_error_message(error)),
-          status_(tarvo_error_status(error)),
-          code_(tarvo_error_code(error)),
-          limit_(tarvo_error_limit(error)),
-          operation_(tarvo_error_operation(error)),
-          argument_(tarvo_error_argument(error)),
-          reason_(tarvo_error_reason(error)),
-          refusal_(tarvo_error_refusal(error)),
-          file_(tarvo_error_file(error)) {
-        tarvo_error_free(error);
-    }
+    explicit Error(tarvo_error* error) : Error(error, Parts{}) { tarvo_error_free(error); }
     Error(tarvo_status status, const std::string& message) : std::runtime_error(message), status_(status) {}
+    // What an error tells that belongs to something else.
+    static Error copy_of(const tarvo_error* error) { return Error(error, Parts{}); }
 
     tarvo_status status() const { return status_; }
     std::int32_t code() const { return code_; }
@@ -54,6 +46,18 @@ public:
     tarvo_limit limit() const { return limit_; }
 
 private:
+    struct Parts {};
+    Error(const tarvo_error* error, Parts)
+        : std::runtime_error(tarvo_error_message(error)),
+          status_(tarvo_error_status(error)),
+          code_(tarvo_error_code(error)),
+          limit_(tarvo_error_limit(error)),
+          operation_(tarvo_error_operation(error)),
+          argument_(tarvo_error_argument(error)),
+          reason_(tarvo_error_reason(error)),
+          refusal_(tarvo_error_refusal(error)),
+          file_(tarvo_error_file(error)) {}
+
     tarvo_status status_;
     std::int32_t code_ = 0;
     tarvo_limit limit_ = TARVO_NO_LIMIT;
@@ -86,6 +90,10 @@ public:
         if (note_) options.note = &tell;
         options.context = this;
     }
+    void put_into(tarvo_write_options& options, std::function<void(tarvo_part_file, int, const char*)> part_file) {
+        part_file_ = std::move(part_file);
+        if (part_file_) options.part_file = &tell_of_part_file;
+    }
     template <class Work>
     void check(Work work) {
         try {
@@ -110,6 +118,10 @@ private:
         auto* const self = static_cast<Callbacks*>(context);
         if (!self->thrown_) self->guarded([&] { self->note_(kind, text); });
     }
+    static void tell_of_part_file(void* context, tarvo_part_file now, int folder, const char* name) {
+        auto* const self = static_cast<Callbacks*>(context);
+        self->guarded([&] { self->part_file_(now, folder, name); });
+    }
     template <class Work>
     void guarded(Work work) {
         try {
@@ -121,6 +133,7 @@ private:
 
     const std::function<bool()> stops_;
     const Note note_;
+    std::function<void(tarvo_part_file, int, const char*)> part_file_;
     std::exception_ptr thrown_;
 };
 
@@ -163,6 +176,8 @@ struct WriteOptions {
     int jpeg_quality = 0;
     std::function<bool()> yield = {};
     detail::Note note = {};
+    std::function<void(tarvo_part_file, int, const char*)> part_file = {};
+    std::uint64_t max_memory = 0;
 };
 
 struct CallOptions {
@@ -279,8 +294,10 @@ private:
         tarvo_write_options how = {};
         how.size = sizeof how;
         how.jpeg_quality = options.jpeg_quality;
+        how.max_memory = options.max_memory;
         detail::Callbacks callbacks(options);
         callbacks.put_into(how);
+        callbacks.put_into(how, options.part_file);
         callbacks.check([&](tarvo_error** error) { return work(&how, error); });
         callbacks.rethrow();
     }
@@ -305,6 +322,8 @@ public:
     template <class... Arguments>
     Result call(const std::string& member, Arguments&&... arguments) const;
 
+    // The class's name as it is registered.
+    std::string class_name() const { return tarvo_object_class(get()); }
     tarvo_object* get() const { return reference_.get(); }
     explicit operator bool() const { return static_cast<bool>(reference_); }
 
@@ -419,8 +438,11 @@ public:
     std::string text() const { return text_of(nullptr); }
     std::string text(const std::string& output) const { return text_of(output.c_str()); }
     std::int32_t code() const { return tarvo_result_code(result_.get()); }
-    // As long as the result lives; null for a good one.
-    const tarvo_error* defect() const { return tarvo_result_defect(result_.get()); }
+    // What is wrong with it; nothing for a good one.
+    std::optional<Error> defect() const {
+        const tarvo_error* const error = tarvo_result_defect(result_.get());
+        return error ? std::optional(Error::copy_of(error)) : std::nullopt;
+    }
     std::string operation() const { return tarvo_result_operation(result_.get()); }
     double milliseconds() const { return tarvo_result_milliseconds(result_.get()); }
     tarvo_result* get() const { return result_.get(); }

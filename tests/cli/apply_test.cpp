@@ -108,12 +108,13 @@ protected:
         const std::string path = file("out" + ending);
         const Ending run = tool({"apply", source, call, "-o", path});
         EXPECT_EQ(run.status, 0) << run.err;
-        EXPECT_EQ(run.err, "");
         std::vector<std::string> kinds;
         for (const std::string& name : {source, path}) {
             const std::size_t begin = run.out.find(", ", run.out.find(name + ": ")) + 2;
             kinds.push_back(run.out.substr(begin, run.out.find('\n', begin) - begin));
         }
+        const bool cut = holds(kinds.front(), "16 bits a channel");
+        EXPECT_EQ(run.err, cut ? "note: " + path + " has no more than 8 of 16 bits a channel\n" : "");
         return kinds;
     }
 
@@ -181,26 +182,19 @@ TEST_F(ApplyTest, AnythingCanStandWhereAnAnswerComesBack) {
               "share = 0.75\ncount = -7\nfound = true\n");
 }
 
-TEST_F(ApplyTest, HostThatIsRefusedAppliesNothing) {
-    const Ending run = tool({"apply", "--host-version", "2004", small(), "TRV_Add(nil, 0)", "-o", file("out.ppm")});
-    EXPECT_EQ(run.status, 1);
-    EXPECT_TRUE(holds(run.err, "message box: rb_version: 2004.000000\n")) << run.err;
-    EXPECT_FALSE(exists("out.ppm"));
-}
-
 // --- ways in which a call can end -----------------------------------------------------------------------------------
 
 TEST_F(ApplyTest, CodeWithAResultIsAWarning) {
     const Ending run = apply_sample({small(), "SamePicture(9)", "-o", file("out.ppm")});
     EXPECT_EQ(run.status, 0);
-    EXPECT_EQ(run.err, "warning: SamePicture: error 9: a mask is wrong\n");
+    EXPECT_EQ(run.err, "warning: SamePicture: error 9: General Error: can't lock \"mask\" picture\n");
     EXPECT_EQ(colors_of(file("out.ppm")), kColors);
 }
 
 TEST_F(ApplyTest, NoResultIsAFailure) {
     const Ending with_code = apply_sample({small(), "NoPicture(4)", "-o", file("out.ppm")});
     EXPECT_EQ(with_code.status, 1);
-    EXPECT_EQ(with_code.err, "tarvo: NoPicture: error 4: it went wrong\n");
+    EXPECT_EQ(with_code.err, "tarvo: NoPicture: error 4: General Error: can't lock \"source\" picture\n");
     const Ending without = apply_sample({small(), "NoPicture(0)", "-o", file("out.ppm")});
     EXPECT_EQ(without.status, 1);
     EXPECT_EQ(without.err, "tarvo: NoPicture gave no result and no error code\n");
@@ -272,7 +266,7 @@ TEST_F(ApplyTest, ClassesThatThePluginLacksAreTold) {
     EXPECT_EQ(run.err, "tarvo: Area: the plugin has no class TRV_Rectangle\n  Area(rect(1, 2, 3, 4))\n       ^\n");
     const Ending none = apply_sample({"--client", small(), "Client()"});
     EXPECT_EQ(none.status, 1);
-    EXPECT_EQ(none.err, "tarvo: expected TRV_ClientPicture, found picture\n");
+    EXPECT_EQ(none.err, "tarvo: there is no class \"TRV_ClientPicture\"\n");
     const Ending client = apply_sample({"--client", small(), "SamePicture()"});
     EXPECT_EQ(client.status, 2);
     EXPECT_TRUE(holds(client.err, "it works on a picture, not on a TRV_ClientPicture")) << client.err;

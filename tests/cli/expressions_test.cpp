@@ -468,7 +468,7 @@ TEST_F(ExpressionsTest, ControlCharactersNeverReachTheTerminal) {
         {"apply", small(), "Info()", "-o", bad},
         {"apply", small(), "Info()", "-o", file(bad + "/x.png")},
         {"apply", small(), "Info()", "--" + bad},
-        {"apply", small(), "Info()", "--plugin", bad},
+        {"apply", small(), "Info()", "--max-memory", bad},
         {"convert", bad, "-o", file("out.ppm")},
         {"list", bad},
         {bad},

@@ -1,14 +1,14 @@
-// A plugin whose methods end in every way that the tool tells apart.
+// A plugin whose methods end in every way that the tool tells apart, in the place of the real one.
 
 #include <cstring>
 #include <initializer_list>
 
+#include "error_state.h"
 #include "real_interface.h"
 
 namespace {
 
 REALresolver g_resolver = nullptr;
-std::int32_t g_error = 0;
 
 template <class Function>
 Function* service(const char* name) {
@@ -19,30 +19,28 @@ REALstringStruct* string_of(const char* text) {
     return service<REALstringStruct*(const char*, int)>("REALBuildString")(text, static_cast<int>(std::strlen(text)));
 }
 
-int get_last_error() { return g_error; }
-
 REALstringStruct* get_error_message(int code) { return string_of(code == 9 ? "a mask is wrong" : "it went wrong"); }
 
 REALpictureStruct* same_picture(REALpictureStruct* picture, int code) {
-    g_error = code;
+    gTRV_Error = code;
     service<void(REALobjectStruct*)>("REALLockObject")(reinterpret_cast<REALobjectStruct*>(picture));
     return picture;
 }
 
 REALpictureStruct* no_picture(REALpictureStruct*, int code) {
-    g_error = code;
+    gTRV_Error = code;
     return nullptr;
 }
 
-void in_place(REALpictureStruct*, int code) { g_error = code; }
+void in_place(REALpictureStruct*, int code) { gTRV_Error = code; }
 
 bool truth(REALpictureStruct*, int code) {
-    g_error = code;
+    gTRV_Error = code;
     return code == 0;
 }
 
 void measure(REALpictureStruct*, double* share, int* count, bool* found) {
-    g_error = 0;
+    gTRV_Error = 0;
     *share = *share + 0.5;
     *count = -7;
     *found = true;
@@ -51,28 +49,28 @@ void measure(REALpictureStruct*, double* share, int* count, bool* found) {
 REALpictureStruct* second(REALpictureStruct*, REALpictureStruct* picture) { return same_picture(picture, 0); }
 
 REALstringStruct* echo(REALpictureStruct*, REALstringStruct* text) {
-    g_error = 0;
+    gTRV_Error = 0;
     return service<REALstringStruct*(const char*, int)>("REALBuildString")(REALstringStruct::CString(text),
                                                                            REALstringStruct::Length(text));
 }
 
 REALstringStruct* some_bytes(REALpictureStruct*) {
-    g_error = 0;
+    gTRV_Error = 0;
     return service<REALstringStruct*(const char*, int)>("REALBuildString")("\0\1\2", 3);
 }
 
 REALmemoryBlockStruct* block(REALpictureStruct*, int size) {
-    g_error = 0;
+    gTRV_Error = 0;
     return service<REALmemoryBlockStruct*(int)>("newMemoryBlock")(size);
 }
 
 int color_number(REALpictureStruct*, int color) {
-    g_error = 0;
+    gTRV_Error = 0;
     return color;
 }
 
 void show(REALpictureStruct*) {
-    g_error = 0;
+    gTRV_Error = 0;
     REALstringStruct* text = string_of("look here");
     service<void(REALstringStruct*)>("RuntimeMsgBox")(text);
     service<void(REALstringStruct*)>("REALUnlockString")(text);
@@ -82,20 +80,20 @@ int area(REALpictureStruct*, REALobjectStruct*) { return 0; }
 
 // Two forms that both take `second` alone.
 int twice_a(REALpictureStruct*, int*, int second) {
-    g_error = 0;
+    gTRV_Error = 0;
     return second;
 }
 
 int twice_b(REALpictureStruct*, int, int third) {
-    g_error = 0;
+    gTRV_Error = 0;
     return third;
 }
 
 double halves(int count) { return count * 0.5; }
 
 void misuse(REALpictureStruct*) {
-    g_error = 0;
-    service<void(REALobjectStruct*)>("REALLockObject")(reinterpret_cast<REALobjectStruct*>(&g_error));
+    gTRV_Error = 0;
+    service<void(REALobjectStruct*)>("REALLockObject")(reinterpret_cast<REALobjectStruct*>(&gTRV_Error));
 }
 
 // What the tool calls of its own accord.
@@ -141,7 +139,7 @@ void set_coefficients(REALobjectStruct* object, REALintArrayStruct* coefficients
 }
 
 double matrix_element(REALpictureStruct*, REALobjectStruct* matrix, int i, int j) {
-    g_error = 0;
+    gTRV_Error = 0;
     return get_element(matrix, i, j);
 }
 
@@ -159,7 +157,7 @@ REALmethodDefinition method(Function* function, const char* declaration) {
 }
 
 const REALmethodDefinition g_methods[] = {
-    method(get_last_error, "TRV_GetLastError() as integer"),
+    method(TRV_GetLastError, "TRV_GetLastError() as integer"),
     method(get_error_message, "TRV_GetErrorMessage(error_code as integer) as String"),
     method(same_picture, "SamePicture(extends p as picture, code as integer = 0) as picture"),
     method(no_picture, "NoPicture(extends p as picture, code as integer) as picture"),

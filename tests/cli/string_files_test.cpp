@@ -97,7 +97,9 @@ TEST_F(StringFiles, OfLargePicturesAreWhole) {
                 text_file("pipe.bin", bytes);
                 const Ending bad = shell("mkfifo in.trv; cat pipe.bin >in.trv & tarvo convert in.trv -o none.ppm");
                 EXPECT_EQ(bad.status, 3);
-                EXPECT_EQ(bad.err, "tarvo: in.trv: this is no string that a picture can be made of\n");
+                // The pipe may have been waited for.
+                EXPECT_EQ(bad.err.substr(std::min(bad.err.find("tarvo: "), bad.err.size())),
+                          "tarvo: in.trv: this is no string that a picture can be made of\n");
                 EXPECT_FALSE(exists("none.ppm"));
                 std::filesystem::remove(file("in.trv"));
             }
@@ -202,8 +204,7 @@ TEST_F(StringFiles, ThatCannotBeReadAgainAreNoted) {
 }
 
 TEST_F(StringFiles, MisuseByThePluginIsShown) {
-    const Ending run =
-        tool({"convert", "--plugin", TARVO_SAMPLE_OPERATIONS, text_file("string.trv", kString), "-o", file("out.ppm")});
+    const Ending run = sample_tool({"convert", text_file("string.trv", kString), "-o", file("out.ppm")});
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.err.rfind("warning: TRV_ConvertToPicture: REALLockObject: ", 0), 0u) << run.err;
 }

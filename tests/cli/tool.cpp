@@ -80,8 +80,13 @@ Ending ToolTest::shell(const std::string& line) const {
 }
 
 Ending ToolTest::apply_sample(std::vector<std::string> arguments) const {
-    arguments.insert(arguments.begin(), {"apply", "--plugin", TARVO_SAMPLE_OPERATIONS});
-    return tool(std::move(arguments));
+    arguments.insert(arguments.begin(), "apply");
+    return sample_tool(std::move(arguments));
+}
+
+Ending ToolTest::sample_tool(std::vector<std::string> arguments) const {
+    arguments.insert(arguments.begin(), TARVO_SAMPLE_TOOL);
+    return run(std::move(arguments));
 }
 
 std::vector<std::string> ToolTest::entries() const {

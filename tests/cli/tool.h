@@ -30,7 +30,8 @@ protected:
     Ending tool_with_fault(const std::string& fault, std::vector<std::string> arguments, bool* happened) const;
     // A line as people type it in a shell, in this folder; `tarvo` is the tool.
     Ending shell(const std::string& line) const;
-    // `tarvo apply` with the sample operations as its plugin.
+    // The tool with the sample operations as its plugin, and its `apply`.
+    Ending sample_tool(std::vector<std::string> arguments) const;
     Ending apply_sample(std::vector<std::string> arguments) const;
 
     const std::filesystem::path& folder() const { return folder_.path(); }

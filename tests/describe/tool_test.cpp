@@ -73,7 +73,7 @@ TEST_F(DescribingTool, JsonHoldsRangesFormsAndCodes) {
 }
 
 TEST_F(DescribingTool, JsonHoldsOnlyWhatThePluginHas) {
-    const Json json = Json::parse(out({"list", "--json", "--plugin", TARVO_SAMPLE_OPERATIONS}));
+    const Json json = Json::parse(sample_tool({"list", "--json"}).out);
     std::vector<std::string> names;
     for (const Json& each : json.at("operations")) names.push_back(each.at("name"));
     EXPECT_EQ(names, (std::vector<std::string>{"TRV_ConvertToPicture", "TRV_ScreenCapture", "TRV_GetLastError",

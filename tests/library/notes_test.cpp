@@ -195,6 +195,14 @@ TEST(LibraryPictures, AreWrittenAsTheirFileWas) {
     EXPECT_EQ(written(apply_on("FlipRotate(true, false, 0)", client).picture()), as_grey);
 }
 
+TEST(LibraryFiles, OfStringsHaveALimit) {
+    WriteOptions writing;
+    writing.max_memory = 5 * 4 * 4 + 70;
+    EXPECT_EQ(status_of([&] { noisy_picture(5, 4).encode("trv", writing); }), TARVO_MEMORY);
+    writing.max_memory += 1;
+    EXPECT_EQ(noisy_picture(5, 4).encode("trv", writing).size(), 71u);
+}
+
 TEST(LibraryFiles, OfStringsKeepDepthAndMask) {
     const TemporaryFolder folder;
     const std::string path = folder.file("out.trv");
@@ -285,6 +293,8 @@ TEST(LibraryResults, OfClientPicturesStaySoWhenTold) {
     ASSERT_EQ(flipped.value().type, TARVO_OBJECT);
     EXPECT_EQ(flipped.text(), "a TRV_ClientPicture");
     const Object again = flipped.object();
+    EXPECT_EQ(again.class_name(), "TRV_ClientPicture");
+    EXPECT_STREQ(tarvo_object_class(nullptr), "");
     EXPECT_EQ(call("TRV_ClientPicture.width", again).integer(), 6);
     const Picture twice = apply(kContrast, apply(kContrast, photo).picture()).picture();
     EXPECT_EQ(apply_on(kContrast, again).picture().sha256(), twice.sha256());
@@ -318,6 +328,7 @@ TEST(LibraryErrors, TellTheirParts) {
     EXPECT_EQ(pixels.limit(), TARVO_MAX_PIXELS);
     EXPECT_NE(pixels.refusal().find("200 x 200"), std::string::npos) << pixels.refusal();
     EXPECT_EQ(failed("Stretch(200, 200)", 0, 100000).limit(), TARVO_MAX_MEMORY);
+    EXPECT_EQ(failed("Stretch(40000, 1)", 0, 0).limit(), TARVO_MAX_SIDES);
     Failed wide;
     tarvo_picture* none = nullptr;
     EXPECT_EQ(tarvo_picture_decode("P5 40000 1 255\n", 15, nullptr, &none, &wide), TARVO_LIMIT);
@@ -340,12 +351,13 @@ TEST(LibraryResults, TellTheirDefect) {
     options.max_memory = 3 * 40000 + 20000;
     const Result result = apply("Stretch(100, 100)", photo, options);
     ASSERT_NE(result.code(), 0);
-    ASSERT_NE(result.defect(), nullptr);
-    EXPECT_EQ(tarvo_error_code(result.defect()), result.code());
-    EXPECT_STREQ(tarvo_error_operation(result.defect()), "TRV_Stretch");
-    EXPECT_EQ(tarvo_error_limit(result.defect()), TARVO_MAX_MEMORY);
-    EXPECT_STRNE(tarvo_error_refusal(result.defect()), "");
-    EXPECT_EQ(apply("Stretch(100, 100)", photo).defect(), nullptr);
+    ASSERT_TRUE(result.defect());
+    const Error defect = *result.defect();
+    EXPECT_EQ(defect.code(), result.code());
+    EXPECT_EQ(defect.operation(), "TRV_Stretch");
+    EXPECT_EQ(defect.limit(), TARVO_MAX_MEMORY);
+    EXPECT_NE(defect.refusal(), "");
+    EXPECT_FALSE(apply("Stretch(100, 100)", photo).defect());
 }
 
 }  // namespace

@@ -25,6 +25,10 @@ protected:
         arguments.insert(arguments.begin(), {"capture", "-o", output()});
         return tool(std::move(arguments));
     }
+    // The same with the sample operations.
+    cli::Ending sample_capture(const std::string& display) const {
+        return sample_tool({"capture", "-o", output(), "--display", display});
+    }
 };
 
 TEST_F(CaptureCommand, WritesTheScreenToAFile) {
@@ -52,7 +56,7 @@ TEST_F(CaptureCommand, FailsWithoutADisplay) {
 
 TEST_F(CaptureCommand, ShowsMisuseByThePlugin) {
     const TestServer server(60, 40, 24);
-    const cli::Ending run = capture({"--plugin", TARVO_SAMPLE_OPERATIONS}, server.display());
+    const cli::Ending run = sample_capture(server.display());
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.err.rfind("warning: TRV_ScreenCapture: REALLockObject: ", 0), 0u) << run.err;
 }

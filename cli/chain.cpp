@@ -1,0 +1,34 @@
+#include "chain.h"
+
+#include "command_error.h"
+#include "shown_text.h"
+
+namespace tarvo::cli {
+
+std::string Call::label(std::string_view name) const {
+    const std::string shown_name = host::shown(host::beginning(name, 40));
+    if (number == 0) return shown_name;
+    return "call " + std::to_string(number) + (shown_name.empty() ? "" : ", ") + shown_name;
+}
+
+std::string Call::numbered(const std::string& line, bool names_operation) const {
+    if (number == 0) return line;
+    return "call " + std::to_string(number) + (names_operation ? ", " : ": ") + line;
+}
+
+Chain::Chain(const std::vector<std::string>& texts, std::string on) {
+    for (const std::string& text : texts) {
+        Call call{text, texts.size() > 1 ? calls_.size() + 1 : 0};
+        try {
+            const std::string gives = tarvo::check(text, on);
+            call.makes_picture = !gives.empty();
+            if (call.makes_picture) on = gives;
+        } catch (const Error& error) {
+            throw CommandError(ExitStatus::wrong_usage, call.numbered(error.what(), !error.operation().empty()));
+        }
+        calls_.push_back(std::move(call));
+    }
+    ends_with_picture_ = !on.empty();
+}
+
+}  // namespace tarvo::cli

@@ -1,0 +1,44 @@
+#pragma once
+
+// The calls of the command line.
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tarvo.hpp"
+
+namespace tarvo::cli {
+
+inline constexpr const char* kPicture = "picture";
+inline constexpr const char* kClientPicture = "TRV_ClientPicture";
+
+struct Call {
+    std::string text;
+    std::size_t number = 0;      // its place in a chain, from 1; 0 for a single call
+    bool makes_picture = false;  // by its declaration
+
+    // Returns what messages begin with: "call 2, TRV_Stretch" in a chain, else "TRV_Stretch". The name may be empty.
+    std::string label(std::string_view name) const;
+    // Returns a line of the library that begins with the operation's name, "TRV_Stretch: ...", with the call's number.
+    std::string numbered(const std::string& line, bool names_operation = true) const;
+};
+
+// What the calls are once they are checked, one after the other: a constant, for any number of files and threads.
+class Chain {
+public:
+    // Finds what is wrong with the calls before any work. The first one is made on a picture of that class, or on
+    // nothing if it is empty. Throws CommandError.
+    Chain(const std::vector<std::string>& texts, std::string on);
+
+    const std::vector<Call>& calls() const { return calls_; }
+    // Whether there is a picture behind the last call.
+    bool ends_with_picture() const { return ends_with_picture_; }
+
+private:
+    std::vector<Call> calls_;
+    bool ends_with_picture_ = false;
+};
+
+}  // namespace tarvo::cli

@@ -1,0 +1,24 @@
+#pragma once
+
+// What there is to call, for commands that tell people of it. Programs get it from the library as JSON; the tool has
+// the library's objects in it, and asks them.
+
+#include "engine.h"
+#include "reference.h"
+
+namespace tarvo::cli {
+
+class Described {
+public:
+    Described() : call_({}), all_(call_.caller()) {}
+
+    const host::Registry& registry() const { return library::registry(); }
+    host::Caller& caller() { return call_.caller(); }
+    const reference::Reference& all() const { return all_; }
+
+private:
+    library::CallHost call_;
+    const reference::Reference all_;
+};
+
+}  // namespace tarvo::cli
