@@ -66,7 +66,9 @@ protected:
         if (!written.empty()) fs::remove(file(written));
         const Ending run = shell(example.command);
         EXPECT_EQ(run.status, 0);
-        EXPECT_EQ(run.err, "");
+        // The photographs have a resolution, for which some formats have no room.
+        const std::string note = "note: " + written + " has no room for the resolution: it is left out\n";
+        EXPECT_TRUE(run.err.empty() || run.err == note) << run.err;
         EXPECT_EQ(answers_in(run.out), example.answers);
         if (!written.ends_with(".png")) return;
         EXPECT_TRUE(picture_in(file(written)) == picture_in(kProject / written))
