@@ -35,7 +35,12 @@ CallHost::CallHost(const host::Limits& limits)
       caller_(host_, plugin().callables),
       outer_code_(std::exchange(gTRV_Error, 0)) {}
 
-CallHost::~CallHost() { gTRV_Error = outer_code_; }
+CallHost::~CallHost() {
+#ifdef TARVO_WATCHES_CALLS
+    watch_end(host_);
+#endif
+    gTRV_Error = outer_code_;
+}
 
 std::int32_t CallHost::code() const { return gTRV_Error; }
 

@@ -35,6 +35,11 @@ private:
     const std::int32_t outer_code_;
 };
 
+#ifdef TARVO_WATCHES_CALLS
+// A test's: sees the host of each call at its end, when nothing of the call may be left.
+void watch_end(const host::Host& host);
+#endif
+
 // The text of an operation's code.
 const char* message_of_code(std::int32_t code);
 

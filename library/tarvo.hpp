@@ -230,13 +230,15 @@ public:
         });
     }
     std::vector<std::uint8_t> encode(const std::string& format, const WriteOptions& options = {}) const {
-        std::uint8_t* bytes = nullptr;
-        std::size_t length = 0;
+        struct File {
+            ~File() { tarvo_free(bytes); }
+            std::uint8_t* bytes = nullptr;
+            std::size_t length = 0;
+        } file;
         write(options, [&](const tarvo_write_options* how, tarvo_error** error) {
-            return tarvo_picture_encode(get(), format.c_str(), how, &bytes, &length, error);
+            return tarvo_picture_encode(get(), format.c_str(), how, &file.bytes, &file.length, error);
         });
-        const std::unique_ptr<std::uint8_t, void (*)(void*)> owned(bytes, &tarvo_free);
-        return {bytes, bytes + length};
+        return {file.bytes, file.bytes + file.length};
     }
 
     int width() const { return tarvo_picture_width(get()); }
