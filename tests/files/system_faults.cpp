@@ -1,3 +1,6 @@
+// Hardened headers have definitions of their own of some of these functions.
+#undef _FORTIFY_SOURCE
+
 #include "system_faults.h"
 
 #include <fcntl.h>
