@@ -52,9 +52,11 @@ ExitStatus run(int argc, char** argv) {
 #endif
     tarvo::cli::add_complete_command(tool);
     tarvo::cli::add_convert_command(tool);
+    tarvo::cli::add_hash_command(tool);
     tarvo::cli::add_help_command(tool);
     tarvo::cli::add_list_command(tool);
     tarvo::cli::add_manual_command(tool);
+    tarvo::cli::add_verify_command(tool);
     try {
         tarvo::cli::check_command(tool, argc, argv);
         tool.parse(argc, argv);

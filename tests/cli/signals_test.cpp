@@ -98,8 +98,10 @@ TEST_F(Signals, EndEveryCommand) {
         {"apply", "tarvo apply never.ppm 'Info()' -o out.ppm"},
         {"capture", "tarvo capture --display " + server.display() + " -o out.png"},
         {"convert", "tarvo convert never.ppm -o out.png"},
+        {"hash", "tarvo hash never.ppm"},
         {"help", "tarvo help Stretch >full"},
         {"list", "tarvo list >full"},
+        {"verify", "tarvo verify never.ppm"},
     };
     std::istringstream help(tool({"--help"}).out);
     std::set<std::string> commands, tried;
