@@ -138,7 +138,7 @@ public:
     static std::unique_ptr<Picture> make(const PictureOptions& options, Paper paper = Paper::white);
     // Returns a graphics world or bitmap context over pixels that are there already, and stay as they are as long as
     // nobody writes to this picture. Null for other backings, and when there are too few bytes; padding behind the last
-    // row is not needed.
+    // row is not needed. Throws std::bad_alloc.
     static std::unique_ptr<Picture> of(const PictureOptions& options, SharedPixels pixels);
     ~Picture() override;
 

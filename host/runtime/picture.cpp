@@ -216,14 +216,10 @@ std::unique_ptr<Picture> Picture::of(const PictureOptions& options, SharedPixels
     if (!is_possible(options) || !has_sides || !in_a_block || !pixels.bytes) return nullptr;
     const std::size_t padding = static_cast<std::size_t>(options.row_padding);
     if (pixels.size < bytes_of(options) - padding) return nullptr;
-    try {
-        PictureOptions completed = options;
-        completed.colors = complete_colors(options);
-        auto store = std::make_unique<Store>(completed, std::move(pixels));
-        return std::unique_ptr<Picture>(new Picture(std::move(completed), std::move(store)));
-    } catch (const std::bad_alloc&) {
-        return nullptr;
-    }
+    PictureOptions completed = options;
+    completed.colors = complete_colors(options);
+    auto store = std::make_unique<Store>(completed, std::move(pixels));
+    return std::unique_ptr<Picture>(new Picture(std::move(completed), std::move(store)));
 }
 
 Picture::Picture(PictureOptions options, std::unique_ptr<Store> store)
