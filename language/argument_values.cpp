@@ -178,10 +178,9 @@ private:
     void note_if_odd(const Value& value) {
         const auto* real = std::get_if<double>(&value);
         const bool cut = real && parameter_->type.kind == TypeKind::integer && *real != std::trunc(*real);
-        const auto fitted = host::fit(value, parameter_->type);
-        if (!fitted || fitted->fit != host::Fit::loose || host::is_nil(value) || (real && !cut)) return;
-        note(parameter_->name,
-             value_text(value) + (cut ? " is cut to " : " is taken for ") + value_text(fitted->value));
+        const host::FittedValue fitted = *host::fit(value, parameter_->type);  // or the call would not be bound so
+        if (fitted.fit != host::Fit::loose || host::is_nil(value) || (real && !cut)) return;
+        note(parameter_->name, value_text(value) + (cut ? " is cut to " : " is taken for ") + value_text(fitted.value));
     }
 
     Caller& caller_;

@@ -54,10 +54,6 @@ struct Failure {
     std::string parameter = {}, wanted = {};  // set for an argument of a wrong type; `message` says what was found
     const Callable* method = nullptr;
     bool other_object = false;  // whether the method is for objects of another class
-
-    std::string text() const {
-        return parameter.empty() ? message : parameter + ": expected " + wanted + ", " + message;
-    }
 };
 
 struct BoundCall : host::Match {
@@ -208,7 +204,7 @@ PlacedError no_match(std::vector<Failure> failures) {
     std::erase_if(failures, [&](const Failure& failure) { return failure.rank < furthest; });
 
     const Failure& first = failures.front();
-    if (std::ranges::none_of(failures, [](const Failure& failure) { return failure.parameter.empty(); })) {
+    if (!first.parameter.empty()) {  // the rank tells so of all of them
         std::vector<std::string> parameters, wanted;
         for (const Failure& failure : failures) {
             parameters.push_back(failure.parameter);
@@ -219,7 +215,7 @@ PlacedError no_match(std::vector<Failure> failures) {
     }
     if (failures.size() == 1) return {first.position, first.message + "\n    " + form_of(*first.method)};
     std::string list;
-    for (const Failure& failure : failures) list += "\n    " + form_of(*failure.method) + ": " + failure.text();
+    for (const Failure& failure : failures) list += "\n    " + form_of(*failure.method) + ": " + failure.message;
     return {first.position, "none of these takes the call:" + list};
 }
 
@@ -284,7 +280,7 @@ void check_numbers(const Binding& binding, const CallExpression& call, std::stri
 }  // namespace
 
 std::optional<Literal> default_of(const Callable& method, const Parameter& parameter) {
-    if (parameter.default_value || parameter.by_ref) return parameter.default_value;
+    if (parameter.default_value) return parameter.default_value;
     const describe::Operation* about = reference::description_of(method);
     if (!about) return std::nullopt;
     const auto argument = std::ranges::find(about->arguments, parameter.name, &describe::Argument::name);
@@ -321,7 +317,7 @@ Binding bind_to(const Caller& caller, const std::vector<const Callable*>& method
     }
     if (matches.empty()) throw no_match(std::move(failures));
     // A method that takes the object as it is goes before one for which it would be converted.
-    const auto is_own = [](const BoundCall& match) { return match.fits.empty() || match.fits[0] == Fit::exact; };
+    const auto is_own = [](const BoundCall& match) { return match.fits[0] == Fit::exact; };
     if (!plain && std::ranges::any_of(matches, is_own)) std::erase_if(matches, std::not_fn(is_own));
     const BoundCall* best = host::best_match(matches);
     if (!best) {

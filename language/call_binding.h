@@ -34,8 +34,8 @@ struct Binding {
     bool has_object() const { return !fillings.empty() && fillings[0].source == Filling::Source::object; }
 };
 
-// Returns what a parameter gets that no argument is for, by its declaration or by what is told of the operation; none
-// when there must be an argument.
+// Returns what a parameter, not a ByRef one, gets that no argument is for, by its declaration or by what is told of the
+// operation; none when there must be an argument.
 std::optional<host::Literal> default_of(const host::Callable& method, const host::Parameter& parameter);
 
 // Returns the methods of a name as people write it: with TRV_ in front or without. Members of classes are none.

@@ -100,7 +100,7 @@ std::vector<Argument> arguments_of(const std::vector<Form>& forms, const describ
 Error error_of(const std::vector<Form>& forms, const describe::Operation& about, const describe::Error& error) {
     Error result = {&error, std::string(error.when), {}};
     const auto* const argument = std::ranges::find(about.arguments, error.argument, &describe::Argument::name);
-    if (argument != about.arguments.end() && error.when.empty()) result.when = beyond_text(*argument);
+    if (argument != about.arguments.end()) result.when = beyond_text(*argument);
     for (std::size_t i = 0; i < forms.size(); ++i) {
         const auto declares = declared_by(*forms[i].callable);
         if (error.forms.have(declares) && (error.argument.empty() || declares(error.argument)))

@@ -13,8 +13,8 @@ struct Character {
 
 // Whether a character beyond ASCII is a C1 control, ends a line or turns the direction of the text behind it.
 bool is_control(std::uint32_t code) {
-    return (code >= 0x80 && code <= 0x9F) || code == 0x061C || code == 0x200E || code == 0x200F ||
-           (code >= 0x2028 && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
+    return code <= 0x9F || code == 0x061C || code == 0x200E || code == 0x200F || (code >= 0x2028 && code <= 0x202E) ||
+           (code >= 0x2066 && code <= 0x2069);
 }
 
 Character first_character(std::string_view text) {

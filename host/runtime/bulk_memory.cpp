@@ -28,9 +28,9 @@ Mapping map_aligned(std::size_t capacity) {
     if (mapped == MAP_FAILED) throw std::bad_alloc();
     auto* start = static_cast<std::uint8_t*>(mapped);
     const std::size_t before = (kHugePage - reinterpret_cast<std::uintptr_t>(start) % kHugePage) % kHugePage;
-    const std::size_t behind = kHugePage - before;
+    const std::size_t behind = kHugePage - before;  // never none
     if (before != 0) munmap(start, before);
-    if (behind != 0) munmap(start + before + capacity, behind);
+    munmap(start + before + capacity, behind);
     madvise(start + before, capacity, MADV_HUGEPAGE);  // a system without huge pages refuses, which does no harm
     return {start + before, capacity};
 }
