@@ -182,6 +182,30 @@ TEST(CallExpression, WordsThatAreFormulasAndFiles) {
 }
 
 // Nothing grows with the depth of brackets but memory in proportion to the text.
+TEST(CallExpression, EqualTextsAreEqualExpressions) {
+    const char* const texts[] = {"width",
+                                 "height",
+                                 "width + 1",
+                                 "width + 2",
+                                 "1 + width",
+                                 "rect(1,2,3,4)",
+                                 "rect(1,2,3,5)",
+                                 "matrix(1,0,0,0,1,0,0,0,1)",
+                                 "a.png",
+                                 "b.png",
+                                 "\"a.png\"",
+                                 "fit(10)",
+                                 "border(1)",
+                                 "1",
+                                 "1.0"};
+    for (const char* one : texts)
+        for (const char* other : texts)
+            EXPECT_EQ(argument(one) == argument(other), std::string_view(one) == other) << one << ", " << other;
+    EXPECT_EQ(Expression(Given{1}), Expression(Given{1}));
+    EXPECT_NE(Expression(Given{1}), Expression(Given{2}));
+    EXPECT_NE(Expression(Given{1}), literal(1));
+}
+
 TEST(CallExpression, DeepBracketsAreTaken) {
     const std::string open(200000, '('), close(200000, ')'), minus(200000, '-');
     EXPECT_EQ(argument(open + "7" + close), literal(7));

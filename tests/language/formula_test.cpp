@@ -78,6 +78,8 @@ TEST(Formula, FitNeedsSides) {
     EXPECT_THROW(fit("10, -1", kPicture), PlacedError);
     EXPECT_THROW(fit("width - 300", kPicture), PlacedError);
     EXPECT_THROW(fit("10", {}), PlacedError);
+    EXPECT_THROW(fit("10", {10, 0}), PlacedError);
+    EXPECT_THROW(fit("10", {0, 10}), PlacedError);
 }
 
 }  // namespace

@@ -54,6 +54,8 @@ TEST(Suggestion, IsTheNearestName) {
     EXPECT_EQ(closest_name("ad", names), "Add");
     EXPECT_EQ(closest_name("transitoin", names), "Transition");
     EXPECT_EQ(closest_name("ABC", names), "");
+    EXPECT_EQ(closest_name("Trimm", std::vector<std::string_view>{"Trims", "Trim", "Trimms"}), "Trims");  // the first
+    EXPECT_EQ(closest_name("Trimming", std::vector<std::string_view>{"Trimmxxg", "Trimmin"}), "Trimmin");
     EXPECT_EQ(closest_name("", names), "");
     EXPECT_EQ(closest_name(std::string(100000, 'a'), names), "");
     EXPECT_EQ(did_you_mean({"Trim"}), "; did you mean Trim?");
