@@ -150,6 +150,8 @@ TEST_F(Assignable, MethodsMayExtendAClass) {
 TEST_F(Assignable, OtherMethodsAreRefused) {
     const ObjectRef b = box(6);
     EXPECT_EQ(refusal([&] { assign(b, "Add", 1, 1); }), "FakeBox.Add(integer) cannot be assigned to");
+    EXPECT_EQ(refusal([&] { assign(picture(), "WriteOnly", 1, 1); }),
+              "picture.WriteOnly(integer) cannot be assigned to");
     EXPECT_EQ(refusal([&] { assign(b, "Cell", 1.5, 1); }),
               "no method takes FakeBox.Cell(integer); there is\n"
               "  FakeBox.Cell(i as integer, j as integer) as double");
@@ -159,11 +161,11 @@ TEST_F(Assignable, OtherMethodsAreRefused) {
 
 TEST_F(Members, CallablesAreListedInOrder) {
     const auto& all = caller().callables();
-    ASSERT_EQ(all.size(), host.registry().methods().size() + 6 + 1);
+    ASSERT_EQ(all.size(), host.registry().methods().size() + 6 + 1 + 2);
     EXPECT_EQ(all.front().declaration.name, "Mixed");
     EXPECT_TRUE(all.front().owner.empty());
-    EXPECT_EQ(all[all.size() - 7].declaration.name, "Add");
-    EXPECT_EQ(all[all.size() - 7].owner, "FakeBox");
+    EXPECT_EQ(all[all.size() - 9].declaration.name, "Add");
+    EXPECT_EQ(all[all.size() - 9].owner, "FakeBox");
     EXPECT_EQ(all.back().declaration.name, "Shift");
     EXPECT_EQ(all.back().owner, "picture");
 }

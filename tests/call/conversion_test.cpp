@@ -75,9 +75,14 @@ TEST(Fit, OfArraysIsByTheirElements) {
     integers.array = doubles.array = pictures.array = true;
     EXPECT_TRUE(fit(host.new_integer_array({}), integers));
     EXPECT_FALSE(fit(host.new_integer_array({}), doubles));
+    EXPECT_FALSE(fit(host.new_string("1"), integers));
     EXPECT_FALSE(fit(host.new_picture({.width = 1, .height = 1}), pictures));
     EXPECT_FALSE(fit(1, integers));
     EXPECT_EQ(fit(Nil{}, integers)->fit, Fit::exact);
+    Type strings = type_named("string");
+    EXPECT_EQ(fit(Nil{}, strings)->fit, Fit::loose);
+    strings.array = true;
+    EXPECT_EQ(fit(Nil{}, strings)->fit, Fit::exact);
 }
 
 TEST(TypeName, IsWhatAProgramWouldWrite) {

@@ -285,6 +285,7 @@ REALmethodDefinition global_methods[] = {
     method("OnPicture(extends p as picture, by as integer)", by_picture),
     method(kShift, picture_shift),
     method("Level(extends p as picture, i as integer) as integer", noisy_integer, by_picture),
+    method("WriteOnly(extends p as picture, i as integer)", by_picture, by_picture),
 };
 
 REALmethodDefinition box_methods[] = {
@@ -304,7 +305,13 @@ REALpropertyDefinition box_properties[] = {
     property("secret", "boolean", nullptr, address(box_set_secret), 3),
 };
 
-REALmethodDefinition picture_methods[] = {method(kShift, picture_shift)};
+// No conversion: one gives nothing, the other would need a new picture, which has no name to be made by.
+REALmethodDefinition odd_methods[] = {method("operator_convert()", same)};
+REALmethodDefinition picture_methods[] = {
+    method("operator_convert(odd as FakeOdd)", picture_shift),
+    method(kShift, picture_shift),
+};
+REALpropertyDefinition odd_properties[] = {property("number", "integer", address(picture_area), nullptr, 1)};
 REALpropertyDefinition picture_properties[] = {property("area", "integer", address(picture_area), nullptr, 4)};
 
 template <std::size_t kMethods, std::size_t kProperties>
@@ -329,6 +336,7 @@ REALclassDefinition make_box_class() {
 }
 
 REALclassDefinition box_class = make_box_class();
+REALclassDefinition odd_class = class_of("FakeOdd", odd_methods, odd_properties);
 REALclassDefinition picture_extension = class_of("picture", picture_methods, picture_properties);
 
 }  // namespace
@@ -338,6 +346,7 @@ int plugin_main(REALresolver callback) {
     const auto add_method = service<void(REALmethodDefinition*)>("PluginRegisterMethod");
     for (REALmethodDefinition& definition : global_methods) add_method(&definition);
     service<void(REALclassDefinition*)>("PluginRegisterClass")(&box_class);
+    service<void(REALclassDefinition*)>("PluginRegisterClass")(&odd_class);
     service<void(REALclassDefinition*)>("PluginRegisterClassExtension")(&picture_extension);
     return 1;
 }

@@ -113,6 +113,16 @@ TEST_F(Conversions, ANewInstanceTakesTheObject) {
     EXPECT_EQ(p->references(), 3);
 }
 
+TEST_F(Conversions, ThatGiveNothingAreNone) {
+    const ObjectRef odd = host.new_instance("FakeOdd");
+    EXPECT_EQ(refusal([&] { caller().convert(odd, type_named("FakeBox")); }), "expected FakeBox, found FakeOdd");
+}
+
+TEST_F(Conversions, MakeOnlyWhatHasAName) {
+    const ObjectRef odd = host.new_instance("FakeOdd");
+    EXPECT_EQ(refusal([&] { caller().convert(odd, type_named("picture")); }), "no new picture can be made");
+}
+
 TEST_F(Conversions, ToNilIsNil) { EXPECT_EQ(caller().convert(box(1), type_named("picture")), Value(Nil{})); }
 
 TEST_F(Conversions, ToAnotherClassThanPromisedIsRefused) {
@@ -127,6 +137,9 @@ TEST_F(Conversions, OfVariables) {
     EXPECT_EQ(refusal([&] { caller().convert(true, type_named("integer")); }), "expected integer, found boolean");
     EXPECT_EQ(refusal([&] { caller().convert(picture(), type_named("screen")); }), "expected screen, found picture");
     EXPECT_EQ(refusal([&] { caller().convert(Nil{}, type_named("color")); }), "expected color, found nil");
+    Type pictures = type_named("picture");
+    pictures.array = true;
+    EXPECT_EQ(refusal([&] { caller().convert(box(1), pictures); }), "expected picture(), found FakeBox");
 }
 
 TEST_F(Conversions, OfLiterals) {

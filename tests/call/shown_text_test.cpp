@@ -6,7 +6,8 @@ namespace tarvo::host {
 namespace {
 
 TEST(ShownText, PlainTextStays) {
-    for (const char* text : {"", "F(1)", "\u00E4\u20AC", "\U0001F600", "\u00A0", "\u2026"}) {
+    for (const char* text : {"", "F(1)", "\u00E4\u20AC", "\U0001F600", "\u00A0", "\u2026", "\u061B", "\u061D", "\u200D",
+                             "\u2010", "\u2027", "\u202F", "\u2065", "\u206A"}) {
         EXPECT_EQ(shown(text), text);
         EXPECT_TRUE(is_plain_text(text)) << text;
     }
@@ -17,7 +18,8 @@ TEST(ShownText, WhatControlsATerminalIsSpelledOut) {
     EXPECT_EQ(shown(std::string_view("\0\n\t\r\x7F", 5)), "\\x00\\x0A\\x09\\x0D\\x7F");
     EXPECT_EQ(shown("\u0080\u009F"), "\\xC2\\x80\\xC2\\x9F");  // as one byte they would be controls
     EXPECT_EQ(shown("\u202Eabc\u2066\u200F\u2028"), "\\xE2\\x80\\xAEabc\\xE2\\x81\\xA6\\xE2\\x80\\x8F\\xE2\\x80\\xA8");
-    for (const char* text : {"\x1B", "\x7F", "\u0085", "\u202E"}) EXPECT_FALSE(is_plain_text(text)) << text;
+    for (const char* text : {"\x1B", "\x7F", "\u0085", "\u202E", "\u061C", "\u200E", "\u2069"})
+        EXPECT_FALSE(is_plain_text(text)) << text;
 }
 
 TEST(ShownText, BytesThatAreNoCharactersAreSpelledOut) {

@@ -268,6 +268,11 @@ TEST(Exif, OfAnythingElseIsNothing) {
         changed[wrong] ^= 1;
         EXPECT_EQ(read_exif(changed).shown_orientation(), 1) << wrong;
     }
+    for (const char letter : {'A', 'J', 'i'}) {
+        Bytes changed = block;
+        changed[0] = changed[1] = static_cast<std::uint8_t>(letter);
+        EXPECT_EQ(read_exif(changed).shown_orientation(), 1) << letter;
+    }
     for (std::size_t length = 0; length < 44; ++length)
         EXPECT_EQ(read_exif(std::span(block).first(length)).shown_orientation(), 1) << length;
     EXPECT_EQ(read_exif(std::span(block).first(46)).shown_orientation(), 6);

@@ -1,6 +1,7 @@
 // Every call of the operating system, and every allocation, that reading and writing a file makes, failing in its turn.
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <cerrno>
 #include <functional>
@@ -168,6 +169,33 @@ TEST_F(FileFaults, OfCallsFailOnceWhereTheyMustAndAreTriedAgainWhereTheyCan) {
             write_bytes(path, row.writing ? old : whole);
             EXPECT_GE(fail_each(row.call, error, row.writing ? std::function<void()>(write) : read), row.least);
         }
+}
+
+TEST_F(FileFaults, OfAPipesFirstReadAreErrors) {
+    const std::string path = folder.file("pipe");
+    ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+    test::fail_call(SystemCall::read, 1, EIO);
+    EXPECT_EQ(file_error([&] { read_picture_file(host, path); }), path + ": cannot be read: Input/output error");
+    EXPECT_TRUE(test::stop_faults());
+}
+
+// Encoders write what they have whenever they have enough; large enough for each to do so twice and at the end.
+TEST_F(FileFaults, OfWritingEndEveryEncoder) {
+    const ObjectRef shown = random_picture(host, {.width = 600, .height = 600}, 3);
+    for (const char* name : kNames) {
+        SCOPED_TRACE(name);
+        const std::string path = folder.file(name);
+        const FileBytes old = {1, 2, 3};
+        write_bytes(path, old);
+        const std::size_t entries = folder.entries();
+        after_fault = [&](bool failed, bool limit_fits) {
+            EXPECT_TRUE(failed);
+            EXPECT_TRUE(limit_fits);
+            EXPECT_EQ(folder.entries(), entries);
+            EXPECT_EQ(read_bytes(path), old);
+        };
+        EXPECT_GE(fail_each(SystemCall::write, ENOSPC, [&] { write_picture_file(picture_in(shown), path); }), 1);
+    }
 }
 
 // Nobody knows what became of the bytes, whatever broke it off.

@@ -179,6 +179,8 @@ TEST_F(FilePixelsTest, PalettesComeBackAsOneOfTheFewestBits) {
             colors.push_back(0xFF8000u ^ static_cast<std::uint32_t>(i % count * 0x1003));
         EXPECT_EQ(written_like(kPalette, picture(count, colors), ".png"), words) << count;
     }
+    // White comes first, and what is not black behind it.
+    EXPECT_EQ(written_like(kPalette, picture(2, {0xFFFFFF, 0xFF0000}), ".png"), "palette, 1 bit a pixel");
     // A clear colour is another one than the same without.
     const ObjectRef clear = picture(2, {1, 1, 2, 1}, {0, 0xFFFFFF, 0x808080, 0});
     EXPECT_EQ(written_like(kPalette, clear, ".png"), "palette, 2 bits a pixel, mask");

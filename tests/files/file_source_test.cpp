@@ -86,6 +86,16 @@ TEST(FileSource, TellsOfAPipeWithoutAWriterAndWaits) {
     if (writer.joinable()) writer.join();
 }
 
+TEST(FileSource, OfAPipeThatNobodyAsksAboutWaitsToo) {
+    const Folder folder;
+    const std::string path = folder.file("pipe");
+    ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+    std::thread writer([&] { write_bytes(path, bytes_of("ab")); });  // waits for a reader
+    FileSource file(path);
+    EXPECT_EQ(all_of(file), bytes_of("ab"));
+    writer.join();
+}
+
 TEST(FileSource, SaysNothingOfAPipeWithAWriter) {
     const Folder folder;
     const std::string path = folder.file("pipe");

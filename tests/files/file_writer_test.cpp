@@ -221,11 +221,16 @@ TEST(FileWriter, ChecksAPlaceAndLeavesItAsItIs) {
     for (const char* name : {"old", "new", "link"}) EXPECT_EQ(refusal(folder.file(name)), "") << name;
     EXPECT_EQ(folder.entries(), 2u);
     EXPECT_EQ(read_bytes(folder.file("old")), FileBytes{1});
-    if (::geteuid() == 0) GTEST_SKIP() << "root can write in every folder";
-    fs::permissions(folder.path(), fs::perms::owner_read | fs::perms::owner_exec);
-    EXPECT_EQ(file_error([&] { FileWriter::check(folder.file("old")); }),
-              "its folder cannot be written in: Permission denied");
+    // Root can write in every folder, and becomes somebody else for a while.
+    constexpr uid_t kNobody = 65534;
+    const uid_t user = ::geteuid();
+    fs::permissions(folder.path(), static_cast<fs::perms>(0555));
+    const auto become = [&](uid_t other) { return user != 0 || ::seteuid(other) == 0; };
+    ASSERT_TRUE(become(kNobody));
+    const std::string refused = file_error([&] { FileWriter::check(folder.file("old")); });
+    ASSERT_TRUE(become(user));
     fs::permissions(folder.path(), fs::perms::owner_all);
+    EXPECT_EQ(refused, "its folder cannot be written in: Permission denied");
 }
 
 TEST(FileWriter, TellsWhatItDoesNotKeep) {
@@ -246,7 +251,18 @@ TEST(FileWriter, TellsOfAnotherOwner) {
     write_bytes(folder.file("a"), {1});
     if (::chown(folder.file("a").c_str(), 12345, static_cast<gid_t>(-1)) != 0)
         GTEST_SKIP() << "only root gives files away";
-    EXPECT_EQ(replace_file(folder.file("a"), {2}), Lines{"belonged to another user or group: the new file does not"});
+    const Lines told = {"belonged to another user or group: the new file does not"};
+    EXPECT_EQ(replace_file(folder.file("a"), {2}), told);
+    ASSERT_EQ(::chown(folder.file("a").c_str(), static_cast<uid_t>(-1), 12345), 0);
+    EXPECT_EQ(replace_file(folder.file("a"), {3}), told);
+    EXPECT_EQ(replace_file(folder.file("a"), {4}), Lines());
+}
+
+TEST(FileWriter, RefusesNamesThatNoFileHas) {
+    const Folder folder;
+    EXPECT_EQ(refusal(folder.file(std::string(300, 'a'))), "cannot be made: File name too long");
+    EXPECT_EQ(refusal(folder.file(std::string(300, 'a') + "/b")), "cannot be made: File name too long");
+    EXPECT_EQ(folder.entries(), 0u);
 }
 
 TEST(FileWriter, TellsWhoWatchesOfEachPartFile) {

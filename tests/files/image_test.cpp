@@ -85,6 +85,40 @@ TEST(Image, GreyPalettesGoFromBlackToWhite) {
     EXPECT_EQ(grey_palette(8)[255], kWhite);
 }
 
+TEST(Image, FormsAreOfTheColorsThatTheirIndicesReach) {
+    const auto indexed = [](Rgba first, Rgba second, int bits = 1) {
+        ImageForm form;
+        form.layout = Layout::indexed;
+        form.index_bits = bits;
+        form.palette.fill(Rgba{1, 2, 3, 4});
+        form.palette[0] = first;
+        form.palette[1] = second;
+        return form;
+    };
+    const Rgba clear{0, 0, 0, 0}, grey{128, 128, 128}, red{255, 0, 0};
+    EXPECT_TRUE(is_bilevel(indexed(kBlack, kWhite)));
+    EXPECT_TRUE(is_bilevel(indexed(kWhite, kBlack)));
+    EXPECT_TRUE(is_bilevel(indexed(kWhite, kWhite)));
+    EXPECT_FALSE(is_bilevel(indexed(grey, kWhite)));
+    EXPECT_FALSE(is_bilevel(indexed(kBlack, red)));
+    EXPECT_FALSE(is_bilevel(indexed(kBlack, clear)));
+    EXPECT_FALSE(is_bilevel(indexed(kBlack, kWhite, 2)));
+    EXPECT_TRUE(is_grey(indexed(grey, kWhite)));
+    EXPECT_FALSE(is_grey(indexed(grey, red)));
+    for (const Rgba& other : {Rgba{1, 0, 0}, Rgba{0, 1, 0}, Rgba{0, 0, 1}, clear}) EXPECT_FALSE(other == kBlack);
+    ImageForm colors;
+    colors.layout = Layout::rgb;
+    EXPECT_FALSE(is_bilevel(colors));
+}
+
+TEST(Image, FilePixelsDifferInEachOfTheirParts) {
+    const FilePixels usual;
+    EXPECT_EQ(usual, FilePixels{});
+    EXPECT_FALSE(usual == (FilePixels{.colors = FilePixels::Colors::grey}));
+    EXPECT_FALSE(usual == FilePixels{.bits = 16});
+    EXPECT_FALSE(usual == FilePixels{.alpha = true});
+}
+
 TEST(Image, LumaOfGreysIsTheGrey) {
     for (int v = 0; v < 256; ++v) {
         const auto grey = static_cast<std::uint8_t>(v);

@@ -23,6 +23,7 @@ Spaces spaces_of(JpegColors colors) {
         case JpegColors::cmyk: return {JCS_CMYK, JCS_CMYK, 4, false};
         case JpegColors::adobe_cmyk: return {JCS_CMYK, JCS_CMYK, 4, true};
         case JpegColors::adobe_ycck: return {JCS_CMYK, JCS_YCCK, 4, true};
+        case JpegColors::two_channels: return {JCS_UNKNOWN, JCS_UNKNOWN, 2, false};
     }
     std::abort();
 }

@@ -5,7 +5,7 @@
 
 namespace tarvo::host {
 
-enum class JpegColors { grey, rgb, ycc, cmyk, adobe_cmyk, adobe_ycck };
+enum class JpegColors { grey, rgb, ycc, cmyk, adobe_cmyk, adobe_ycck, two_channels };
 
 // A JPEG file of the best quality. `samples`: one byte a channel, as the file's makers count them.
 struct JpegSample {

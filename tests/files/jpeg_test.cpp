@@ -3,9 +3,15 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdio>  // jpeglib.h needs it
 #include <cstdlib>
 
+#include <jpeglib.h>
+
+#include <jerror.h>  // what it holds depends on the library's
+
 #include "file_samples.h"
+#include "jpeg_errors.h"
 #include "png_samples.h"
 
 namespace tarvo::host {
@@ -80,6 +86,30 @@ TEST_F(JpegTest, InksAreConvertedPlainly) {
     EXPECT_COLOR(colors_of(decode(jpeg_file({1, 1, JpegColors::adobe_ycck, inverted})))[0], kWanted);
     EXPECT_COLOR(colors_of(decode(jpeg_file({1, 1, JpegColors::cmyk, {0, 0, 0, 0}})))[0], kWhite);
     EXPECT_COLOR(colors_of(decode(jpeg_file({1, 1, JpegColors::adobe_cmyk, {255, 255, 255, 255}})))[0], kWhite);
+}
+
+// Whether a warning ends the library's call.
+bool ends(int code, int level) {
+    JpegErrors errors;
+    jpeg_decompress_struct info;
+    info.err = &errors.manager;
+    errors.manager.msg_code = code;
+    if (setjmp(errors.target)) return true;
+    errors.manager.emit_message(reinterpret_cast<j_common_ptr>(&info), level);
+    return false;
+}
+
+TEST(JpegErrorsTest, WarningsOfDamageEndTheCall) {
+    for (const int code : {JWRN_JPEG_EOF, JWRN_HIT_MARKER, JWRN_MUST_RESYNC, JWRN_HUFF_BAD_CODE, JWRN_ARITH_BAD_CODE,
+                           JWRN_BOGUS_PROGRESSION}) {
+        EXPECT_TRUE(ends(code, -1)) << code;
+        EXPECT_FALSE(ends(code, 0)) << code << ": a trace is no warning";
+    }
+    for (const int code : {JWRN_EXTRANEOUS_DATA, JWRN_JFIF_MAJOR, JWRN_ADOBE_XFORM}) EXPECT_FALSE(ends(code, -1));
+}
+
+TEST_F(JpegTest, ColorsThatNobodyKnowsAreRefused) {
+    EXPECT_EQ(error_of(jpeg_file({1, 1, JpegColors::two_channels, {1, 2}})), "damaged: colors of an unknown kind");
 }
 
 TEST_F(JpegTest, EveryOrientationIsApplied) {

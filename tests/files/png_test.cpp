@@ -97,6 +97,10 @@ TEST_F(PngTest, OneBitPaletteKeepsItsDepthWhenBlackAndWhite) {
     sample.palette = {0, 0, 0, 255, 255, 255};
     EXPECT_EQ(stored_bytes(decode_keeping(png_file(sample))), FileBytes{0xA0});
 
+    for (const FileBytes& other : {FileBytes{0, 0, 0, 255, 0, 0}, FileBytes{255, 0, 0, 255, 255, 255}}) {
+        sample.palette = other;
+        EXPECT_EQ(picture_in(decode_keeping(png_file(sample))).depth(), 8);
+    }
     sample.palette = {255, 0, 0, 0, 0, 255};
     const ObjectRef colored = decode_keeping(png_file(sample));
     EXPECT_EQ(picture_in(colored).depth(), 8);

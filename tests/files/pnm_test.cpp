@@ -27,6 +27,8 @@ TEST_F(PnmTest, PlainFilesHaveCommentsAndAnyBlanks) {
     const ObjectRef picture =
         decode(bytes_of("P3 # colours\n2\t# wide\n 2 255 10 20 30  40 50\r\n60 70 80 # not 81\n 90 255 0 1"));
     EXPECT_EQ(stored_bytes(picture), kFourPixels);
+    EXPECT_EQ(stored_bytes(decode(bytes_of("P3#a\r2 2#b\n255#c\r\n10 20 30 40 50 60 70 80 90 255 0 1#d"))),
+              kFourPixels);
 }
 
 TEST_F(PnmTest, RawSamplesFollowOneBlank) {

@@ -57,6 +57,26 @@ TEST_F(Drawing, CommandsAreWhiteUnlessSet) {
     EXPECT_EQ(color(target, 0, 0), 0xFFFFFFu);
 }
 
+// The table of a world may have been let go.
+TEST_F(Drawing, IsBlackWithoutAColourTable) {
+    Picture& target = make({.width = 2, .height = 1, .depth = 8});
+    REALpictureDescription description{};
+    plugin_.lock_description(&target, &description);
+    PixMap& map = **GetGWorldPixMap(static_cast<GWorldPtr>(description.store));
+    const CTabHandle before = map.pmTable;
+    ColorTable* none = nullptr;
+    const Rect all{0, 0, 1, 2};
+    for (const CTabHandle table : {CTabHandle{nullptr}, CTabHandle{&none}}) {
+        target.row(0)[0] = target.row(0)[1] = 77;
+        map.pmTable = table;
+        draw_picture(commands(2, 1), all, GetGWorldPixMap(static_cast<GWorldPtr>(description.store)));
+        EXPECT_EQ(target.row(0)[0], target.row(0)[1]) << "there are no colours to choose from";
+        EXPECT_NE(target.row(0)[0], 77);
+    }
+    map.pmTable = before;
+    plugin_.unlock_description(&target);
+}
+
 TEST_F(Drawing, IsScaledToTheRectangle) {
     Picture& target = make({.width = 8, .height = 4});
     draw_into(target);

@@ -36,6 +36,11 @@ TEST(Library, MayRefuseTheHost) {
     EXPECT_TRUE(host.registry().methods().empty());
 }
 
+TEST(Library, ThatRefusesRegistersNothingForOthersEither) {
+    EXPECT_THROW(Host::registry_of([](REALresolver) { return 0; }), HostError);
+    EXPECT_TRUE(Host::registry_of([](REALresolver) { return 1; }).methods().empty());
+}
+
 TEST(Library, IsTheSameForEveryOpeningAndHost) {
     int last = 0;
     {

@@ -47,6 +47,19 @@ TEST(HostLimits, OfMemoryAreFreeAgainWhenAnObjectDies) {
     EXPECT_EQ(refused(host), "");  // nothing that a plugin wanted
 }
 
+TEST(HostLimits, OfStringsAreTheirRecords) {
+    Host host({.limits = {.max_pixels = 1, .max_memory = std::numeric_limits<std::uint64_t>::max()}});
+    bool filled = false;
+    try {
+        host.new_string(Host::kLongestString + 1, [&](std::span<std::uint8_t>) { filled = true; });
+        FAIL();
+    } catch (const Refusal& refusal) {
+        EXPECT_STREQ(refusal.what(), "a string of 2147483648 bytes is too long");
+        EXPECT_EQ(refusal.limit(), std::nullopt);
+    }
+    EXPECT_FALSE(filled);
+}
+
 TEST(HostLimits, OfPixelsHoldForEveryPicture) {
     Host host({.limits = {.max_pixels = 100}});
     TestPlugin plugin(host);

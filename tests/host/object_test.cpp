@@ -216,7 +216,34 @@ TEST_F(Objects, AccountsCountEverything) {
     EXPECT_EQ(host_.accounts(), expected);
 }
 
+TEST(HostAccounts, DifferInEachCount) {
+    int Accounts::*const counts[] = {&Accounts::pictures,      &Accounts::instances, &Accounts::strings,
+                                     &Accounts::memory_blocks, &Accounts::arrays,    &Accounts::folder_items,
+                                     &Accounts::picture_locks, &Accounts::references};
+    for (const auto count : counts) {
+        Accounts other;
+        EXPECT_EQ(other, Accounts{});
+        other.*count = 1;
+        EXPECT_NE(other, Accounts{});
+    }
+}
+
+TEST(HostObjects, WithoutAnybodyToTellMisuseIsHarmless) {
+    ObjectStore store;
+    const ObjectRef block = store.add(std::make_unique<MemoryBlock>(3));
+    EXPECT_EQ(block->held_bytes(), store.bytes());
+    EXPECT_EQ(ObjectRef::adopt(block.get()), block);
+    EXPECT_EQ(block->references(), 1);
+}
+
 TEST_F(Objects, LiveObjectsAreDescribed) {
+    const ObjectRef block = host_.new_memory_block(3), text = host_.new_string("four");
+    EXPECT_TRUE(contains(host_.describe_live_objects(), "memory block: 3 bytes; references: 1\n"))
+        << host_.describe_live_objects();
+    EXPECT_TRUE(contains(host_.describe_live_objects(), "string: "));
+}
+
+TEST_F(Objects, LivePicturesAreDescribed) {
     const ObjectRef picture = host_.new_picture({.width = 4, .height = 3, .depth = 16});
     const ObjectRef second = picture;
     const ObjectRef string = host_.new_string("four");

@@ -110,6 +110,41 @@ TEST_F(Pictures, ImpossibleOnesCannotBeMade) {
     make({.width = 1, .height = 32767});
 }
 
+TEST(PictureOptionsOf, PossiblePicturesAreBounded) {
+    const auto is_possible = [](const PictureOptions& options) {
+        EXPECT_EQ(Picture::make(options) != nullptr, Picture::is_possible(options));
+        return Picture::is_possible(options);
+    };
+    EXPECT_TRUE(is_possible({.width = 32767, .height = 1}));
+    EXPECT_FALSE(is_possible({.width = 32768, .height = 1}));
+    EXPECT_FALSE(is_possible({.width = 1, .height = 32768}));
+    EXPECT_FALSE(is_possible({.width = 0, .height = 1}));
+    EXPECT_FALSE(is_possible({.width = 32768, .height = 1, .any_sides = true}));
+    EXPECT_TRUE(is_possible({.width = -32767, .height = 1, .any_sides = true}));
+    EXPECT_FALSE(is_possible({.width = -32768, .height = 1, .any_sides = true}));
+    EXPECT_TRUE(is_possible({.width = 1, .height = 1, .row_padding = 4}));
+    EXPECT_FALSE(is_possible({.width = 1, .height = 1, .row_padding = -1}));
+    EXPECT_TRUE(is_possible({.width = 1, .height = 1, .backing = Backing::pixel_buffer}));
+    EXPECT_FALSE(is_possible({.width = 1, .height = 1, .depth = 16, .backing = Backing::pixel_buffer}));
+    EXPECT_FALSE(is_possible({.width = 1, .height = 1, .backing = Backing::pixel_buffer, .row_padding = 4}));
+}
+
+TEST(PixelsOfOthers, MakeWorldsAndContextsAlone) {
+    const auto made = [](const PictureOptions& options, std::size_t bytes) {
+        return Picture::of(options, bytes == 0 ? SharedPixels() : SharedPixels::of_size(bytes)) != nullptr;
+    };
+    EXPECT_TRUE(made({.width = 3, .height = 2}, 24));
+    EXPECT_TRUE(made({.width = 3, .height = 2, .backing = Backing::bitmap_context}, 24));
+    EXPECT_TRUE(made({.width = 3, .height = 2, .row_padding = 4}, 28)) << "behind the last row there is none";
+    EXPECT_FALSE(made({.width = 3, .height = 2}, 23));
+    EXPECT_FALSE(made({.width = 3, .height = 2}, 0));
+    EXPECT_FALSE(made({.width = 3, .height = 2, .backing = Backing::pixel_buffer}, 24));
+    EXPECT_FALSE(made({.width = 3, .height = 2, .backing = Backing::drawing_commands}, 24));
+    EXPECT_FALSE(made({.width = 0, .height = 2, .any_sides = true}, 24));
+    EXPECT_FALSE(made({.width = 3, .height = 0, .any_sides = true}, 24));
+    EXPECT_FALSE(made({.width = 3, .height = 2, .depth = 33}, 24));
+}
+
 TEST_F(Pictures, OfAnySidesSayThemAndHaveNoPixels) {
     for (const auto& [width, height] : {std::pair{0, 5}, {5, 0}, {0, 0}, {-3, 4}, {4, -3}, {-32767, -32767}}) {
         SCOPED_TRACE(std::to_string(width) + " x " + std::to_string(height));

@@ -46,6 +46,32 @@ TEST_F(Registration, EverythingIsLoggedInOrder) {
     EXPECT_EQ(registry.find_class("picture"), nullptr) << "an extension makes no class";
 }
 
+TEST_F(Registration, MissingTextsAreEmpty) {
+    const Registry& registry = start();
+    REALpropertyDefinition property{nullptr, nullptr, nullptr, 0, at(1), nullptr, 0, nullptr, 0, nullptr};
+    cls_.properties = &property;
+    cls_.propertyCount = 1;
+    plugin_->register_class(&cls_);
+    ASSERT_NE(registry.find_class("Shape"), nullptr);
+    ASSERT_EQ(registry.find_class("Shape")->properties.size(), 1u);
+    EXPECT_EQ(registry.find_class("Shape")->properties[0].name, "");
+    EXPECT_EQ(registry.find_class("Shape")->properties[0].group, "");
+}
+
+TEST_F(Registration, CountsThatNoPluginMeansAreRefused) {
+    const Registry& registry = start();
+    for (const int count : {-1, (1 << 16) + 1}) {
+        for (REALword REALclassDefinition::*const each :
+             {&REALclassDefinition::dataSize, &REALclassDefinition::propertyCount, &REALclassDefinition::methodCount}) {
+            REALclassDefinition definition = cls_;
+            definition.*each = count;
+            plugin_->register_class(&definition);
+            EXPECT_EQ(registry.find_class("Shape"), nullptr);
+        }
+    }
+    host_->clear_complaints();
+}
+
 TEST_F(Registration, MethodsKeepTheirRecords) {
     const Registry& registry = start();
     REALmethodDefinition method{at(1), at(2), "Value(i as integer) as double", REALconsoleSafe};

@@ -52,6 +52,19 @@ TEST_F(ServiceTest, MemoryBlocksHaveWritableBytes) {
     EXPECT_EQ(host_.complaints().size(), 1u);
 }
 
+TEST_F(ServiceTest, OfPicturesWantTheirArguments) {
+    const ObjectRef picture = host_.new_picture({.width = 2, .height = 1});
+    plugin_.unlock_description(picture.handle());
+    ASSERT_EQ(host_.complaints().size(), 1u);
+    EXPECT_TRUE(host_.complaints()[0].find("no lock to end of the picture (2 x 1 pixels") != std::string::npos);
+    host_.clear_complaints();
+    plugin_.unlock_description(nullptr);
+    plugin_.draw(picture.handle(), nullptr);
+    EXPECT_EQ(plugin_.lock_description(picture.handle(), nullptr), 0);
+    EXPECT_TRUE(host_.complaints().empty());
+    EXPECT_EQ(host_.accounts().picture_locks, 0);
+}
+
 TEST_F(ServiceTest, ArraysAreReadWithinTheirBounds) {
     const ObjectRef array = host_.new_integer_array({5, -6, 7});
     EXPECT_EQ(plugin_.upper_bound(array.handle()), 2);

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "canvas.h"
 #include "plain_image.h"
 #include "session.h"
@@ -101,6 +103,20 @@ TEST_F(MainScreen, MayChangeItsSize) {
     Canvas again(painter, 100, 80);
     paint_pattern(again);
     expect_capture(again.image());
+}
+
+TEST_F(MainScreen, MayGrowInEitherDirection) {
+    const TestServer server(100, 80, 24);
+    Painter painter(server);
+    painter.resize_screen(60, 40);
+    const auto screen = host::MainScreen::open(server.display());
+    ASSERT_TRUE(screen);
+    for (const auto& [width, height] : {std::pair{60, 40}, {60, 80}, {100, 80}, {100, 40}}) {
+        painter.resize_screen(width, height);
+        Canvas canvas(painter, width, height);
+        paint_pattern(canvas);
+        expect_capture(canvas.image());
+    }
 }
 
 TEST_F(MainScreen, OfNoDisplayIsNil) {

@@ -44,6 +44,12 @@ TEST(ScreenPixels, MayHoldTheirColoursInAnyOrder) {
     EXPECT_EQ(converted({32, true, 0xFF000000, 0xFF0000, 0xFF00}, {0x11, 0x22, 0x33, 0}), (Bytes{0, 0x11, 0x22, 0x33}));
 }
 
+TEST(ScreenPixels, ArePlainOnlyIfEveryColourIs) {
+    EXPECT_EQ(converted({32, false, 0xFF0000, 0xFF, 0xFF00}, {0x33, 0x22, 0x11, 0}), (Bytes{0, 0x11, 0x33, 0x22}));
+    EXPECT_EQ(converted({32, false, 0xFF0000, 0xFF00, 0x7F}, {0x7F, 0x22, 0x11, 0}), (Bytes{0, 0x11, 0x22, 255}));
+    EXPECT_EQ(converted({32, false, 0xFF0000, 0x7F00, 0xFF}, {0x33, 0x7F, 0x11, 0}), (Bytes{0, 0x11, 255, 0x33}));
+}
+
 TEST(ScreenPixels, OfFewerBitsAreScaled) {
     const ScreenPixelLayout layout{16, false, 0xF800, 0x07E0, 0x001F};
     // All, none, and 1 of 31, 63 and 31.
