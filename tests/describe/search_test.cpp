@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "search.h"
 #include "session.h"
 
@@ -69,6 +71,9 @@ TEST_F(Search, NearNamesAreOffered) {
     EXPECT_EQ(reference::near_names(reference, ""), Names{});
     EXPECT_EQ(reference::near_names(reference, std::string(1 << 20, 'x')), Names{});
     EXPECT_LE(reference::near_names(reference, "mask").size(), 4u);
+    // Another of its words is nearly so, and the nearest counts.
+    const Names bright = reference::near_names(reference, "brightness");
+    EXPECT_NE(std::find(bright.begin(), bright.end(), "TRV_AdjustGamma"), bright.end());
 }
 
 }  // namespace

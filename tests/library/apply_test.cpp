@@ -80,6 +80,19 @@ TEST(LibraryFiles, AreWrittenAndRead) {
     EXPECT_FALSE(Picture::decode(masked.encode("ppm").data(), masked.encode("ppm").size()).has_mask());
 }
 
+#ifdef TARVO_PICTURE_LIBRARIES
+TEST(LibraryFiles, HaveTheQualityThatIsAsked) {
+    const Picture photo = noisy_picture(64, 64);
+    const auto size = [&](int quality) {
+        WriteOptions options;
+        options.jpeg_quality = quality;
+        return photo.encode("jpg", options).size();
+    };
+    EXPECT_LT(size(1), size(50));
+    EXPECT_LT(size(50), size(100));
+}
+#endif
+
 TEST(LibraryFiles, KeepDepthsWhenTold) {
     const std::string bits = "P1 3 2\n101 010\n", greys = "P2 2 1 255\n7 250\n";
     ReadOptions keep;

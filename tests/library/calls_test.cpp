@@ -42,6 +42,9 @@ TEST(LibraryCalls, GiveEveryTypeBack) {
     const Picture photo = Picture::from_rows(rgb.data(), 6, 2, 1, TARVO_RGB24);
     EXPECT_EQ(photo.call("TRV_RowBytes").integer(), 8);
     EXPECT_TRUE(photo.call("TRV_Compare", photo, nullptr).boolean());
+    EXPECT_FALSE(photo.call("TRV_Compare", noisy_picture(3, 3), nullptr).boolean());
+    EXPECT_EQ(photo.call("TRV_RowBytes").code(), 0);
+    EXPECT_EQ(status_of([&] { photo.call("TRV_RowBytes").color(); }), TARVO_USE) << "no color";
     const Result info = photo.call("TRV_Info");
     EXPECT_NE(info.bytes().find("width: 2"), std::string_view::npos);
     const char* text = static_cast<const char*>(info.value().as.bytes.data);
@@ -69,6 +72,30 @@ TEST(LibraryCalls, ChangeACopyOfTheirPicture) {
     const Result result = photo.call("TRV_AdjustRGB_InPlace", nullptr, 1, 2, 3);
     EXPECT_EQ(rows_of(result.picture(), TARVO_RGB24), (Bytes{11, 22, 33}));
     EXPECT_EQ(rows_of(photo, TARVO_RGB24), rgb);
+}
+
+TEST(LibraryCalls, MakeEmptyValuesNil) {
+    const Picture photo = noisy_picture(4, 4);
+    EXPECT_EQ(photo.call("TRV_AdjustRGB", Object(), 1, 2, 3).picture().sha256(),
+              photo.call("TRV_AdjustRGB", nullptr, 1, 2, 3).picture().sha256());
+    EXPECT_EQ(status_of([&] { photo.call("TRV_Compare", Picture(), nullptr); }), TARVO_OPERATION);
+}
+
+TEST(LibraryCalls, TakeVariablesAsTheyAre) {
+    const Bytes rgb = {10, 20, 30};
+    const Picture photo = Picture::from_rows(rgb.data(), 3, 1, 1, TARVO_RGB24);
+    const Result average = photo.call("TRV_GetAverageRGB", nullptr, 7, 8, "no number");
+    EXPECT_EQ(average.output("red")->as.integer, 10);
+    EXPECT_EQ(average.output("blue")->as.integer, 30);
+}
+
+TEST(LibraryCalls, OfPlainFunctionsNeedNoSelf) {
+    tarvo_result* result = nullptr;
+    ASSERT_EQ(tarvo_call("TRV_GetLastError", nullptr, nullptr, 0, nullptr, &result, nullptr), TARVO_OK);
+    EXPECT_EQ(tarvo_result_value(result)->as.integer, 0);
+    tarvo_result_release(result);
+    EXPECT_EQ(tarvo_result_code(nullptr), 0);
+    EXPECT_EQ(tarvo_result_value(nullptr), nullptr);
 }
 
 TEST(LibraryCalls, KeepMasks) {
@@ -125,6 +152,54 @@ TEST(LibraryObjects, OfClientPicturesAreTheirPictures) {
         const Picture made = call("TRV_Stretch", client, {5, 5, 0, Argument("as_picture", as_picture)}).picture();
         EXPECT_EQ(made.width(), 5);
         EXPECT_EQ(rows_of(made, TARVO_RGB24), rows_of(photo.call("TRV_Stretch", 5, 5).picture(), TARVO_RGB24));
+    }
+}
+
+TEST(LibraryObjects, OfResultsAreCalledByTheirClass) {
+    const Object matrix("TRV_ColorMatrix");
+    const Object product = matrix.call("Multiply", matrix).object();
+    product.call("TRV_ColorMatrix.Value", 0, 0, 4.0);
+    EXPECT_EQ(product.call("TRV_ColorMatrix.Value", 0, 0).real(), 4.0);
+    EXPECT_EQ(status_of([&] { product.call("Value", 0, 0); }), TARVO_USE) << "whose Value?";
+}
+
+TEST(LibraryObjects, TakeEmptyArrays) {
+    const Object kernel("TRV_Convolution");
+    kernel.call("SetCoefficients", std::vector<std::int32_t>{1, 2, 1});
+    EXPECT_EQ(kernel.call("width").integer(), 3);
+    kernel.call("SetCoefficients", std::vector<std::int32_t>{});
+    EXPECT_EQ(kernel.call("width").integer(), 3) << "no coefficients are no kernel";
+}
+
+// What such an operation changes is the picture that a client picture becomes; the client picture itself comes back.
+TEST(LibraryObjects, OfClientPicturesAreNotChangedInPlace) {
+    const Picture photo = noisy_picture(4, 4);
+    const Object client("TRV_ClientPicture");
+    client.call("operator_convert", photo);
+    const Result result = call("TRV_AdjustRGB_InPlace", client, {nullptr, 1, 2, 3});
+    EXPECT_EQ(result.object().get(), client.get());
+    EXPECT_EQ(client.call("operator_convert").picture().sha256(), photo.sha256());
+}
+
+TEST(LibraryObjects, OfClientPicturesAreArgumentsToo) {
+    const Picture photo = noisy_picture(4, 4), other = noisy_picture(4, 4, TARVO_GREY8);
+    const Object client("TRV_ClientPicture");
+    client.call("operator_convert", other);
+    EXPECT_EQ(photo.call("TRV_Add", client, 0).picture().sha256(), photo.call("TRV_Add", other, 0).picture().sha256());
+    EXPECT_EQ(client.call("operator_convert").picture().sha256(), other.sha256());
+}
+
+TEST(LibraryObjects, OfClientPicturesHaveLimitsAsPictures) {
+    const Object client("TRV_ClientPicture");
+    client.call("operator_convert", noisy_picture(4, 4));
+    CallOptions options;
+    options.max_pixels = 20;
+    try {
+        call("TRV_Stretch", client, {5, 5, 0, Argument("as_picture", false)}, options);
+        FAIL();
+    } catch (const Error& error) {
+        EXPECT_EQ(error.status(), TARVO_LIMIT);
+        EXPECT_STREQ(error.what(), "a picture of 5 x 5 pixels, 32 bits: the limit is 20 pixels");
     }
 }
 
@@ -196,6 +271,13 @@ TEST(LibraryErrors, TellLimits) {
     const auto [status, message] = failure(10, 10, few_pixels);
     EXPECT_EQ(status, TARVO_LIMIT);
     EXPECT_NE(message.find("10 x 10 pixels, 32 bits: the limit is 99 pixels"), std::string::npos) << message;
+    try {
+        call("TRV_ShearHorizontal", photo, {0, 5, 0.5});
+        FAIL();
+    } catch (const Error& error) {
+        EXPECT_EQ(error.status(), TARVO_OPERATION) << error.what();
+        EXPECT_EQ(error.argument(), "width") << "no limit, though no such picture can be made";
+    }
     const auto [short_status, short_message] = failure(20, 20, little_memory);
     EXPECT_EQ(short_status, TARVO_MEMORY);
     EXPECT_NE(short_message.find("1600 bytes"), std::string::npos) << short_message;
@@ -219,6 +301,14 @@ TEST(LibraryErrors, OfWrongUse) {
     EXPECT_EQ(use("TRV_Stretch", photo, {1, 2, Argument("width", 1)}), TARVO_USE);
     EXPECT_EQ(use("TRV_Stretch", photo, {Argument("width", 1), 2}), TARVO_USE);
     EXPECT_EQ(use("TRV_Stretch", photo, {1, Argument("depth", 2)}), TARVO_USE);
+    tarvo_value self = {};
+    self.type = TARVO_PICTURE;
+    self.as.picture = photo.get();
+    const tarvo_argument unnamed = {"", Value(1).get()};
+    tarvo_result* result = nullptr;
+    Failed failed;
+    EXPECT_EQ(tarvo_call("TRV_Stretch", &self, &unnamed, 1, nullptr, &result, &failed), TARVO_USE);
+    EXPECT_EQ(failed.message(), "an argument's name is empty");
     EXPECT_EQ(use("TRV_Stretch", nullptr, {1, 2}), TARVO_USE);
     EXPECT_EQ(use("TRV_Stretch", rectangle, {1, 2}), TARVO_USE);
     EXPECT_EQ(use("TRV_Stretch", 7, {1, 2}), TARVO_USE);
@@ -339,7 +429,10 @@ TEST(LibraryOptions, HaveRanges) {
     writing.jpeg_quality = 101;
     std::uint8_t* bytes = nullptr;
     std::size_t length = 0;
-    EXPECT_EQ(tarvo_picture_encode(photo.get(), "ppm", &writing, &bytes, &length, nullptr), TARVO_USE);
+    for (const int quality : {101, -1}) {
+        writing.jpeg_quality = quality;
+        EXPECT_EQ(tarvo_picture_encode(photo.get(), "ppm", &writing, &bytes, &length, nullptr), TARVO_USE) << quality;
+    }
 }
 
 TEST(Library, TellsItsVersionAndWhatItCanDo) {

@@ -66,6 +66,7 @@ TEST(LibraryPictures, RefuseWrongSizesStridesAndLayouts) {
     EXPECT_EQ(from(12, 4, 4, 0), TARVO_USE);
     EXPECT_EQ(from(12, 4, 4, 77), TARVO_USE);
     EXPECT_EQ(from(PTRDIFF_MAX, 32768, 1, TARVO_GREY8), TARVO_LIMIT);
+    EXPECT_EQ(from(1, 1, 32768, TARVO_GREY8), TARVO_LIMIT);
     EXPECT_EQ(from(PTRDIFF_MAX, 32767, 32767, TARVO_GREY8), TARVO_LIMIT);
     EXPECT_EQ(from(PTRDIFF_MIN, 1, 1, TARVO_GREY8), TARVO_OK) << "the only row is where it is";
     const Picture picture = noisy_picture(4, 4);
@@ -125,6 +126,8 @@ TEST(LibraryPictures, AreReleasedOnceOnEveryPath) {
     const auto count = [](void* context) { ++*static_cast<int*>(context); };
     EXPECT_EQ(tarvo_picture_wrap(rows.data(), 16, 4, 4, count, &released, nullptr, nullptr), TARVO_USE);
     EXPECT_EQ(released, 1);
+    EXPECT_EQ(Picture::wrap(rows.data(), 16, 4, 4, {}).width(), 4) << "nobody waits for its end";
+    EXPECT_EQ(status_of([] { Picture().sha256(); }), TARVO_USE);
     tarvo_picture* unwatched = nullptr;
     ASSERT_EQ(tarvo_picture_wrap(rows.data(), 16, 4, 4, nullptr, nullptr, &unwatched, nullptr), TARVO_OK);
     tarvo_picture_release(unwatched);

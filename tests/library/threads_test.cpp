@@ -157,6 +157,12 @@ TEST(LibraryYields, ComeAsOftenAsTold) {
     };
     EXPECT_GT(yields(1000), yields(10000));
     EXPECT_EQ(yields(0), 0) << "the picture is smaller than what 0 stands for";
+    CallOptions options;
+    options.yield_pixels = 7;
+    options.yield = [] { return false; };
+    constexpr const char* kCall = "AdjustRGB(red_delta = 1, green_delta = 2, blue_delta = 3)";
+    EXPECT_EQ(apply(kCall, photo, options).picture().sha256(), apply(kCall, photo).picture().sha256())
+        << "what else is left out stays as it is";
 }
 
 // Large enough for several bands, with a row too many and a yield among them.

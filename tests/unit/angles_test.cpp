@@ -10,6 +10,7 @@
 #include <random>
 
 #include "careful_angles.h"
+#include "long_fixed.h"
 
 #ifdef TARVO_MPFR
 #include <mpfr.h>
@@ -97,6 +98,50 @@ TEST(Angles, CarefullyTheSame) {
                 ASSERT_EQ(function.carefully(argument, guess), expected) << function.name << " of " << argument;
         });
     }
+}
+
+// Their functions lie so close to the middle between two doubles, on the one side or the other, that twice the
+// precision does not tell which is nearest.
+struct HardArgument {
+    const Function& function;
+    double argument, result;
+};
+const HardArgument kHardArguments[] = {
+    {kFunctions[0], -0x1.389ff8d68844p-5, -0x1.388c8c3052bedp-5},
+    {kFunctions[0], 0x1.f8b4b70501d4p+0, 0x1.d770fa19e979ep-1},
+    {kFunctions[1], -0x1.e4201b230aa8cp+0, -0x1.426d012b2e689p-2},
+    {kFunctions[1], 0x1.53a22b23eef6p+1, -0x1.c42f99c80be6dp-1},
+    {kFunctions[2], 0x1.b3d6f878c5a8p-2, 0x1.d037546800ad9p-2},
+    {kFunctions[2], -0x1.3f143156c0d7ap+1, 0x1.843f441142aaap-1},
+    {kFunctions[4], 0x1.2b926ee3bf768p-1, 0x1.0f0c90b432c46p-1},
+    {kFunctions[4], 0x1.39791e89e916p-1, 0x1.19484ece6362dp-1},
+};
+
+TEST(Angles, OfHardArgumentsAreRoundedCarefully) {
+    for (const HardArgument& hard : kHardArguments) {
+        SCOPED_TRACE(hard.function.name);
+        EXPECT_EQ(hard.function.usual(hard.argument), hard.result);
+        for (const double guess : {std::nextafter(hard.result, 9.0), std::nextafter(hard.result, -9.0)})
+            EXPECT_EQ(hard.function.carefully(hard.argument, guess), hard.result);
+    }
+}
+
+TEST(LongFixed, IsExactAsFarAsItHasBits) {
+    const LongFixed one_and_a_half(1.5), least(0x1p-288);
+    EXPECT_EQ(one_and_a_half.sign(), 1);
+    EXPECT_EQ(LongFixed(-1.5).sign(), -1);
+    EXPECT_EQ((one_and_a_half - one_and_a_half).sign(), 0);
+    EXPECT_EQ((one_and_a_half + LongFixed(-1.5)).sign(), 0);
+    EXPECT_EQ((one_and_a_half + least - one_and_a_half).sign(), 1) << "nothing of the least bit is lost";
+    EXPECT_EQ((one_and_a_half - LongFixed(0x1.8p0 + 0x1p-52)).sign(), -1);
+    EXPECT_EQ((least.divided_by(2)).sign(), 0);
+}
+
+TEST(LongFixed, CutsOffWhatIsSmaller) {
+    EXPECT_EQ(LongFixed(0x1p-289).sign(), 0);
+    EXPECT_EQ(LongFixed(-0x1.fp-300).sign(), 0);
+    EXPECT_EQ((LongFixed(0x1.8p-288) - LongFixed(0x1p-288)).sign(), 0);
+    EXPECT_EQ(LongFixed(0.0).sign(), 0);
 }
 
 TEST(Angles, NoneWhereThereIsNone) {
