@@ -28,6 +28,22 @@ bool same_colors(const Picture& a, const Picture& b) {
     return true;
 }
 
+bool is_all_grey(const Picture& picture) {
+    for (int y = 0; y < picture.height(); ++y)
+        for (int x = 0; x < picture.width(); ++x) {
+            const std::uint32_t color = color_at(picture, x, y);
+            if (color != (color & 255) * 0x010101) return false;
+        }
+    return true;
+}
+
+bool is_opaque(const Picture& mask) {
+    for (int y = 0; y < mask.height(); ++y)
+        for (int x = 0; x < mask.width(); ++x)
+            if (color_at(mask, x, y) != 0) return false;
+    return true;
+}
+
 // What a file carries goes through every format, and comes back from it as it went in.
 void check_carried(const Carried& carried, const Carried& again, const WriteReport& report) {
     FUZZ_CHECK(carried.metadata.exif.empty() || !report.losses.empty() ||
@@ -36,12 +52,8 @@ void check_carried(const Carried& carried, const Carried& again, const WriteRepo
     FUZZ_CHECK(carried.metadata.iptc.empty() || !report.losses.empty() || carried.metadata.iptc == again.metadata.iptc);
 }
 
-void check_format(Host& host, const Picture& shown, const Carried& carried, const char* name, bool keeps_all) {
-    WriteReport report;
-    Carried carried_again;
-    const ObjectRef again = decode_picture(host, encode_picture(shown, name, {.carried = &carried}, &report),
-                                           {.max_pixels = kMostPixels}, &carried_again);
-    check_carried(carried, carried_again, report);
+// A picture that was written and read again.
+void check_copy(const Picture& shown, const ObjectRef& again, bool keeps_all) {
     const Picture& copy = picture_in(again);
     FUZZ_CHECK(copy.width() == shown.width() && copy.height() == shown.height());
     if (!keeps_all) return;
@@ -50,6 +62,43 @@ void check_format(Host& host, const Picture& shown, const Carried& carried, cons
         FUZZ_CHECK(copy.mask() && same_colors(picture_in(shown.mask()), picture_in(copy.mask())));
     } else {
         FUZZ_CHECK(!copy.mask());
+    }
+}
+
+void check_format(Host& host, const Picture& shown, const Carried& carried, const char* name, bool keeps_all) {
+    WriteReport report;
+    Carried carried_again;
+    const ObjectRef again = decode_picture(host, encode_picture(shown, name, {.carried = &carried}, &report),
+                                           {.max_pixels = kMostPixels}, &carried_again);
+    check_carried(carried, carried_again, report);
+    check_copy(shown, again, keeps_all);
+}
+
+// Whatever the picture's file is said to have been, nothing is lost; and greys are greys where they were. A palette
+// without a clear colour has no mask, and a mask that hides nothing may go with it.
+void check_likeness(Host& host, const Picture& shown) {
+    using Colors = FilePixels::Colors;
+    constexpr FilePixels kLikes[] = {{Colors::black_and_white, 1}, {Colors::grey, 2}, {Colors::grey, 8},
+                                     {Colors::grey, 16},           {Colors::palette}, {Colors::inks}};
+    const bool has_stored_indices = !shown.mask() && shown.depth() <= 8;
+    const bool is_grey = is_all_grey(shown);
+    for (const FilePixels& like : kLikes) {
+        const Carried carried{.pixels = like};
+        const bool mask_may_go = like.colors == Colors::palette && shown.mask() && is_opaque(picture_in(shown.mask()));
+        const auto written = [&](const char* name, bool keeps_all) {
+            Bytes file = encode_picture(shown, name, {.carried = &carried});
+            const ObjectRef again = decode_picture(host, file, {.max_pixels = kMostPixels});
+            check_copy(shown, again, keeps_all && !mask_may_go);
+            FUZZ_CHECK(!keeps_all || same_colors(shown, picture_in(again)));
+            return file;
+        };
+        const Bytes png = written("a.png", true);
+        written("a.pam", true);
+        written("a.jpg", false);
+        if (has_stored_indices || (like.colors != Colors::grey && like.colors != Colors::black_and_white)) continue;
+        // PNG's first chunk tells: 2 for colours, 4 for alpha.
+        constexpr std::size_t kColorType = 25;
+        FUZZ_CHECK(png.size() > kColorType && ((png[kColorType] & 2) == 0) == is_grey);
     }
 }
 
@@ -67,6 +116,7 @@ void check_picture_file(std::span<const std::uint8_t> file) {
             for (const char* name : {"a.png", "a.pam"}) check_format(host, shown, carried, name, true);
             check_format(host, shown, carried, "a.ppm", !shown.mask());
             for (const char* name : {"a.pgm", "a.pbm", "a.jpg"}) check_format(host, shown, carried, name, false);
+            check_likeness(host, shown);
         } catch (const FileError& error) {
             FUZZ_CHECK(std::string_view(error.what()).find('\n') == std::string_view::npos);
         }
