@@ -11,7 +11,6 @@
 #include "excerpt.h"
 #include "failure.h"
 #include "host_call.h"
-#include "names.h"
 #include "shown_text.h"
 #include "suggestions.h"
 
@@ -20,8 +19,6 @@ namespace {
 
 using host::Callable;
 using host::Value;
-
-constexpr std::string_view kClientPicture = "TRV_ClientPicture";
 
 // Throws Failure for methods that all need an object, without one.
 void check_object(const std::vector<const Callable*>& methods, const Value& self) {
@@ -118,8 +115,8 @@ public:
             const auto& result = binding.method->declaration.result;
             if (!result || !language::is_picture_class(result->name)) return nullptr;
             // What comes of a client picture is one, or a picture, as it turns out; both do where one is wanted.
-            const bool client = binding.has_object() && host::same_name(on, kClientPicture);
-            return client ? kClientPicture.data() : result->name.c_str();
+            const host::RegisteredClass* const cls = binding.has_object() ? registry().find_class(on) : nullptr;
+            return cls ? cls->name.c_str() : result->name.c_str();
         });
     }
 
