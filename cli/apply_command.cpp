@@ -2,12 +2,13 @@
 
 #include <CLI/App.hpp>
 
-#include <filesystem>
 #include <memory>
 #include <string>
-#include <system_error>
 #include <vector>
 
+#include "apply_words.h"
+#include "batch.h"
+#include "batch_plan.h"
 #include "chain.h"
 #include "command_error.h"
 #include "commands.h"
@@ -15,7 +16,6 @@
 #include "limit_options.h"
 #include "messages.h"
 #include "picture_io.h"
-#include "scanner.h"
 #include "shown_text.h"
 
 namespace tarvo::cli {
@@ -35,62 +35,135 @@ constexpr const char* kCallHelp =
     "Files: .png .jpg .jpeg .pbm .pgm .ppm .pam, and .trv, the string that TRV_ConvertToString makes. Transparency is\n"
     "the picture's mask; formats that have none leave the mask out.";
 
+constexpr const char* kManyHelp =
+    "Many files: inputs come first, then calls; a word is a call when it is NAME(...) and no file has that name.\n"
+    "  tarvo apply photos/*.jpg 'Stretch(fit(800))' --into small\n"
+    "  tarvo apply photos/*.jpg @recipe.txt -o 'out/{name}-{n}.png' --keep-going --json\n"
+    "{name} {ext} {dir} {n} are the input's name, ending and folder, and its number. @FILE is a recipe: a call a line, "
+    "and\n"
+    "lines that begin with #. With several files the status is 0 if all are done, and 1 if any failed.";
+
 struct ApplyOptions {
-    FileWork work;
-    std::vector<std::string> calls;
-    bool quiet = false;
+    std::string first;
+    std::vector<std::string> others;
+    std::string output, files_from, files0_from, shard;
+    OutputRule rule;
+    BatchOptions batch;
+    bool of_many = false;  // an option is there that only several files have
 };
 
 CommandError wrong_usage(const std::string& message) { return {ExitStatus::wrong_usage, message}; }
 
-// Whether the first word is a call and no file. A file may have any name, so that a file that exists is one, and so is
-// what goes on with a dot behind the last bracket.
-bool reads_as_call(const std::string& word) {
-    host::Scanner scanner(word);
-    bool named = !scanner.take_name().empty();
-    if (scanner.take('.')) named = !scanner.take_name().empty();
-    const std::size_t end = word.rfind(')');
-    const bool ends_as_file = end != std::string::npos && word.find('.', end) != std::string::npos;
-    std::error_code error;
-    return named && scanner.take('(') && !ends_as_file && !std::filesystem::exists(word, error);
+void check_calls(const ApplyOptions& options, const ApplyWords& words, bool has_input) {
+    if (words.calls.empty()) throw wrong_usage("there is no call behind the file " + host::quoted(words.inputs.back()));
+    if (!has_input && options.batch.client) throw wrong_usage("--client needs a picture file to begin with");
 }
 
-void apply(const ApplyOptions& options) {
-    FileWork work = options.work;
-    std::vector<std::string> calls = options.calls;
-    const bool has_input = !reads_as_call(work.input);
-    if (!has_input) {
-        calls.insert(calls.begin(), work.input);
-        work.input.clear();
-    }
-    if (calls.empty()) throw wrong_usage("there is no call behind the file " + host::quoted(work.input));
-    if (!has_input && work.client) throw wrong_usage("--client needs a picture file to begin with");
-    const Chain chain(calls, has_input ? (work.client ? kClientPicture : kPicture) : "");
+Chain chain_of(const ApplyOptions& options, const ApplyWords& words, bool has_input) {
+    check_calls(options, words, has_input);
+    return {words.calls, has_input ? (options.batch.client ? kClientPicture : kPicture) : ""};
+}
+
+void apply_to_one(const ApplyOptions& options, const ApplyWords& words) {
+    const bool has_input = !words.inputs.empty();
+    const Chain chain = chain_of(options, words, has_input);
+    const FileWork work{.input = has_input ? words.inputs.front() : "",
+                        .output = options.output,
+                        .limits = options.batch.limits,
+                        .client = options.batch.client,
+                        .hash = options.batch.hash};
     if (!work.output.empty()) check_output(work.output);
     if (!chain.ends_with_picture() && !work.output.empty()) throw wrong_usage("-o: none of the calls makes a picture");
 
-    Console console(options.quiet);
+    Console console(options.batch.quiet);
     const FileRecord record = work_on_file(work, chain, console);
     if (record.status != ExitStatus::fine) throw CommandError(record.status, record.message, record.code);
     if (work.output.empty() && record.made_picture) console.note("no -o: nothing was written");
+}
+
+void apply_to_many(const ApplyOptions& options, const ApplyWords& words) {
+    const Chain chain = chain_of(options, words, true);
+    OutputRule rule = options.rule;
+    rule.pattern = options.output;
+    const bool writes = !rule.into.empty() || !rule.pattern.empty() || rule.in_place;
+    if (writes && !chain.ends_with_picture()) throw wrong_usage("none of the calls makes a picture to be written");
+    if (!writes && options.batch.skip_existing) throw wrong_usage("--skip-existing needs --into or -o");
+    const Shard shard = options.shard.empty() ? Shard{} : shard_of(options.shard);
+    const ExitStatus status = run_batch(plan(words.inputs, rule, shard), chain, options.batch);
+    if (status != ExitStatus::fine)
+        throw CommandError(status, status == ExitStatus::interrupted ? "interrupted" : "not all files were done");
+}
+
+void apply(const ApplyOptions& options) {
+    std::vector<std::string> all = {options.first};
+    all.insert(all.end(), options.others.begin(), options.others.end());
+    ApplyWords words = sort_words(all);
+    const auto add = [&](const std::string& list, char end) {
+        if (list.empty()) return;
+        const std::vector<std::string> names = listed_files(list, end);
+        words.inputs.insert(words.inputs.end(), names.begin(), names.end());
+    };
+    add(options.files_from, '\n');
+    add(options.files0_from, '\0');
+    if (options.of_many || words.inputs.size() > 1 || is_pattern(options.output))
+        apply_to_many(options, words);
+    else
+        apply_to_one(options, words);
+}
+
+void add_options_of_many(CLI::App& command, ApplyOptions& options) {
+    constexpr const char* kGroup = "Many files";
+    std::vector<CLI::Option*> added = {
+        command.add_option("--into", options.rule.into, "the folder for results that keep their names")
+            ->type_name("DIR")
+            ->excludes("--output"),
+        command.add_flag("--in-place", options.rule.in_place, "each result replaces its input")
+            ->excludes("--output")
+            ->excludes("--into"),
+        command
+            .add_option("--files-from", options.files_from,
+                        "a file with the names of inputs, a line each; -: standard input")
+            ->type_name("F"),
+        command.add_option("--files0-from", options.files0_from, "the same, with a zero byte behind each name")
+            ->type_name("F"),
+        command.add_option("--jobs", options.batch.jobs, "so many files at a time; one a processor unless told")
+            ->type_name("N")
+            ->check(CLI::PositiveNumber),
+        command.add_option("--shard", options.shard, "only part I of N of the inputs, as they are sorted")
+            ->type_name("I/N"),
+        command.add_flag("--json", options.batch.json,
+                         "a line of JSON a file, in their order, and one that counts them"),
+        command.add_flag("--skip-existing", options.batch.skip_existing, "leave out files whose output is there")
+            ->excludes("--in-place"),
+        command.add_flag("--dry-run", options.batch.dry_run, "print what would be done"),
+        command.add_flag("--keep-going", options.batch.keep_going, "go on behind a file that failed"),
+    };
+    for (CLI::Option* option : added) {
+        option->group(kGroup);
+        option->each([&options](const std::string&) { options.of_many = true; });
+    }
 }
 
 }  // namespace
 
 void add_apply_command(CLI::App& tool) {
     const auto options = std::make_shared<ApplyOptions>();
-    CLI::App* command = tool.add_subcommand("apply", "Apply operations to a picture, one after the other");
-    command->footer(kCallHelp);
-    command
-        ->add_option("IN", options->work.input,
-                     "the picture file to begin with; a call that makes a picture needs none")
+    CLI::App* command = tool.add_subcommand("apply", "Apply operations to pictures, one after the other");
+    command->footer(std::string(kCallHelp) + '\n' + kManyHelp);
+    command->add_option("IN", options->first, "the picture file to begin with; a call that makes a picture needs none")
         ->required();
-    command->add_option("CALL", options->calls, "the calls, in order");
-    command->add_option("-o,--output", options->work.output, "the file for the result; without it nothing is written")
+    command->add_option("CALL", options->others, "the calls, in order; before them there may be more files");
+    command
+        ->add_option(
+            "-o,--output", options->output,
+            "the file for the result; without it nothing is written. With {name}, {ext}, {dir} or {n}: for each "
+            "file one")
         ->type_name("OUT");
-    command->add_flag("--client", options->work.client, "work on a TRV_ClientPicture");
-    command->add_flag("-q,--quiet", options->quiet, "print only what calls answer");
-    add_limit_options(*command, options->work.limits);
+    command->add_flag("--hash", options->batch.hash, "print the hash of the pixels of the file, and behind each call");
+    command->add_flag("--client", options->batch.client, "work on a TRV_ClientPicture");
+    command->add_flag("-q,--quiet", options->batch.quiet, "print only what calls answer");
+    add_options_of_many(*command, *options);
+    add_limit_options(*command, options->batch.limits);
     command->callback([options] { apply(*options); });
 }
 

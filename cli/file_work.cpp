@@ -5,6 +5,7 @@
 #include <exception>
 #include <new>
 
+#include "hash_line.h"
 #include "library_errors.h"
 #include "picture_io.h"
 #include "value_text.h"
@@ -81,6 +82,7 @@ private:
         const PictureFile file = read_picture(work_.input, work_.limits, listener_);
         in_hand_ = InHand(file.picture);
         listener_.say(work_.input + ": " + in_hand_.size_text() + ", " + file.pixels);
+        tell_hash(work_.input);
         if (!work_.client) return;
         const Object client(kClientPicture);
         convert(kClientPicture, client, {Argument(file.picture)});
@@ -98,6 +100,7 @@ private:
         char time[32];
         std::snprintf(time, sizeof time, "%.1f ms", result.milliseconds());
         listener_.say(name + ": " + (in_hand_ ? in_hand_.text() + ", " : "") + time);
+        if (is_picture) tell_hash(name);
         if (!is_picture && !result.is_nil()) listener_.answer(name + " = " + result.text());
         for (const std::string& output : result.outputs())
             if (output != "message") listener_.answer(output + " = " + result.text(output));
@@ -137,8 +140,21 @@ private:
         return true;
     }
 
+    Picture picture() const {
+        return in_hand_.client() ? convert(kPicture, in_hand_.client()).picture() : in_hand_.picture();
+    }
+
+    // A line as `tarvo hash` prints it, with what has made the picture.
+    void tell_hash(const std::string& maker) {
+        if (!work_.hash) return;
+        record_.sha256 = picture().sha256();
+        std::string line = hash_line(record_.sha256, maker);
+        line.pop_back();
+        listener_.answer(line);
+    }
+
     void write() {
-        const Picture picture = in_hand_.client() ? convert(kPicture, in_hand_.client()).picture() : in_hand_.picture();
+        const Picture picture = this->picture();
         const std::string pixels = write_picture(picture, work_.output, work_.limits, listener_);
         listener_.say(work_.output + ": " + in_hand_.size_text() + ", " + pixels);
     }

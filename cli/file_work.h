@@ -18,6 +18,7 @@ struct FileWork {
     std::string output;  // empty when nothing is to be written
     Limits limits = {};
     bool client = false;  // the calls are made on a TRV_ClientPicture
+    bool hash = false;    // the pixels are hashed when the file is read, and behind each call
 };
 
 struct Loss {
@@ -33,6 +34,7 @@ struct FileRecord {
     int width = 0, height = 0;
     bool made_picture = false;  // by one of the calls
     std::vector<Loss> losses;
+    std::string sha256;       // of the last picture, if it was asked for
     double milliseconds = 0;  // from the first byte to the last
 };
 

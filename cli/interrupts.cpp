@@ -78,6 +78,18 @@ void on_ending(int signal) {
     ::raise(signal);
 }
 
+// Replaces one handler by another, where it is the one that is there.
+void handle_endings(void (*before)(int), void (*handler)(int)) {
+    for (const int signal : kEndings) {
+        struct sigaction action {};
+        if (::sigaction(signal, nullptr, &action) != 0 || action.sa_handler != before) continue;
+        action.sa_handler = handler;
+        action.sa_mask = endings();
+        action.sa_flags = handler == on_ending ? SA_RESETHAND : SA_RESTART;
+        ::sigaction(signal, &action, nullptr);
+    }
+}
+
 }  // namespace
 
 void WatchedPart::tell(tarvo_part_file now, int folder, const char* name) noexcept {
@@ -107,16 +119,26 @@ void WatchedPart::tell(tarvo_part_file now, int folder, const char* name) noexce
     }
 }
 
+namespace {
+
+std::atomic<bool> was_interrupted = false;
+
+void on_first_ending(int) {
+    was_interrupted = true;
+    handle_endings(on_first_ending, on_ending);
+}
+
+}  // namespace
+
 void handle_interrupts() {
     ::signal(SIGXFSZ, SIG_IGN);  // the call that writes fails instead
-    for (const int signal : kEndings) {
-        struct sigaction action {};
-        if (::sigaction(signal, nullptr, &action) != 0 || action.sa_handler != SIG_DFL) continue;
-        action.sa_handler = on_ending;
-        action.sa_mask = endings();
-        action.sa_flags = SA_RESETHAND;
-        ::sigaction(signal, &action, nullptr);
-    }
+    handle_endings(SIG_DFL, on_ending);
 }
+
+InterruptedSoftly::InterruptedSoftly() { handle_endings(on_ending, on_first_ending); }
+
+InterruptedSoftly::~InterruptedSoftly() { handle_endings(on_first_ending, on_ending); }
+
+bool interrupted() { return was_interrupted; }
 
 }  // namespace tarvo::cli

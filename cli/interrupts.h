@@ -12,6 +12,16 @@ namespace tarvo::cli {
 // ignored when it began; and a file that becomes larger than it may is an error of writing.
 void handle_interrupts();
 
+// While this lives, the first of these signals is only told by `interrupted`, and the next one ends the tool.
+class InterruptedSoftly {
+public:
+    InterruptedSoftly();
+    ~InterruptedSoftly();
+    InterruptedSoftly(const InterruptedSoftly&) = delete;
+    InterruptedSoftly& operator=(const InterruptedSoftly&) = delete;
+};
+bool interrupted();
+
 // One file that is being written, on one thread.
 class WatchedPart {
 public:
