@@ -104,6 +104,8 @@ public:
           call_(limits()) {
         if (options_.jpeg_quality < 0 || options_.jpeg_quality > 100)
             throw wrong_use("jpeg_quality is " + std::to_string(options_.jpeg_quality) + ", allowed is 1 to 100");
+        if (options_.strip > TARVO_METADATA_ALL)
+            throw wrong_use("strip is " + std::to_string(options_.strip) + ", allowed is 0 to 31");
         call_.stop_by(options_.yield, options_.context);
         written_ = call_.host().new_picture(picture.value);
     }
@@ -145,7 +147,8 @@ private:
     const host::Picture& picture() const { return dynamic_cast<const host::Picture&>(*written_.get()); }
 
     host::WriteOptions how() {
-        host::WriteOptions options{.watch = &watch_, .carried = carried_.get(), .on_block = call_.host().on_yield};
+        host::WriteOptions options{
+            .watch = &watch_, .strip = options_.strip, .carried = carried_.get(), .on_block = call_.host().on_yield};
         if (options_.jpeg_quality != 0) options.jpeg_quality = options_.jpeg_quality;
         return options;
     }
@@ -153,7 +156,9 @@ private:
     // A picture string has nothing but pixels.
     host::WriteReport report_of_string() const {
         host::WriteReport report;
-        if (carried_) static_cast<void>(host::fitting(carried_->metadata, {}, false, report.losses));
+        if (carried_)
+            static_cast<void>(
+                host::fitting(host::without(carried_->metadata, options_.strip), {}, false, report.losses));
         return report;
     }
 

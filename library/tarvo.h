@@ -192,16 +192,28 @@ typedef enum tarvo_part_file TARVO_INT {
     TARVO_PART_FILE_GONE = 3    /* it has the file's name now, or was removed, or never came to be */
 } tarvo_part_file;
 
+/* What a picture carries of its file besides pixels; results of operations that are called on it carry it too. Values
+ * may be added up. */
+typedef enum tarvo_metadata TARVO_INT {
+    TARVO_METADATA_EXIF = 1, /* from its TIFF header on: upright, of the size that was read, without preview */
+    TARVO_METADATA_XMP = 2,
+    TARVO_METADATA_IPTC = 4, /* its records */
+    TARVO_METADATA_ICC = 8,  /* the colour profile; the pixels are not changed by it */
+    TARVO_METADATA_RESOLUTION = 16,
+    TARVO_METADATA_ALL = 31
+} tarvo_metadata;
+
 typedef struct tarvo_write_options {
     size_t size;
-    int32_t jpeg_quality;                                           /* 1 to 100; 0: 92 */
-    int (*yield)(void* context);                                    /* as for reading; an old file stays as it was */
-    void* context;                                                  /* of all functions here */
+    int32_t jpeg_quality;        /* 1 to 100; 0: that of the JPEG file the picture comes from, or 92 */
+    int (*yield)(void* context); /* as for reading; an old file stays as it was */
+    void* context;               /* of all functions here */
     void (*note)(void* context, tarvo_note kind, const char* text); /* as for reading */
     /* For programs whose signals are to remove what is half written: unlinkat(folder, name, 0). The library leaves
      * signals alone. */
     void (*part_file)(void* context, tarvo_part_file now, int folder, const char* name);
     uint64_t max_memory; /* bytes for the picture and the string that it becomes; more are TARVO_MEMORY; 0: no bound */
+    uint32_t strip; /* kinds of metadata, of tarvo_metadata, that the file is not to have: that is no loss */
 } tarvo_write_options;
 
 /* Writes the format that the name's ending tells: .png .jpg .jpeg .pbm .pgm .ppm .pam .trv. The file appears whole or
@@ -224,6 +236,11 @@ TARVO_API int32_t tarvo_picture_height(const tarvo_picture* picture);
 TARVO_API int32_t tarvo_picture_depth(const tarvo_picture* picture);
 /* 1 or 0. */
 TARVO_API int tarvo_picture_has_mask(const tarvo_picture* picture);
+
+/* The bytes of one kind of the first four, which belong to the picture; NULL for none. `length` may be NULL. */
+TARVO_API const uint8_t* tarvo_picture_metadata(const tarvo_picture* picture, tarvo_metadata kind, size_t* length);
+/* Dots an inch, across and along. Returns 1, or 0 where they are not known. */
+TARVO_API int tarvo_picture_resolution(const tarvo_picture* picture, double* x, double* y);
 
 /* Writes the pixels in a layout. `stride` is as for tarvo_picture_from_rows; bytes between rows are not touched. GREY8
  * is the luma (77 R + 151 G + 28 B + 128) / 256; A is 255 without a mask; x is 0 unless the picture has stored

@@ -174,6 +174,7 @@ struct ReadOptions {
 
 struct WriteOptions {
     int jpeg_quality = 0;
+    std::uint32_t strip = 0;
     std::function<bool()> yield = {};
     detail::Note note = {};
     std::function<void(tarvo_part_file, int, const char*)> part_file = {};
@@ -246,6 +247,13 @@ public:
     int depth() const { return tarvo_picture_depth(get()); }
     bool has_mask() const { return tarvo_picture_has_mask(get()) != 0; }
 
+    // What the file carried of one kind; empty for none.
+    std::vector<std::uint8_t> metadata(tarvo_metadata kind) const {
+        std::size_t length = 0;
+        const std::uint8_t* const bytes = tarvo_picture_metadata(get(), kind, &length);
+        return {bytes, bytes + length};
+    }
+
     void to_rows(void* pixels, std::ptrdiff_t stride, tarvo_layout layout) const {
         detail::check([&](tarvo_error** error) { return tarvo_picture_to_rows(get(), pixels, stride, layout, error); });
     }
@@ -297,6 +305,7 @@ private:
         how.size = sizeof how;
         how.jpeg_quality = options.jpeg_quality;
         how.max_memory = options.max_memory;
+        how.strip = options.strip;
         detail::Callbacks callbacks(options);
         callbacks.put_into(how);
         callbacks.put_into(how, options.part_file);

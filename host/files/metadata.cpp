@@ -92,39 +92,50 @@ void make_true(Metadata& metadata, int width, int height) {
     make_xmp_true(metadata.xmp, width, height);
 }
 
-Metadata fitting(const Metadata& metadata, const MetadataRoom& room, bool grey, Losses& losses) {
-    Metadata fits = metadata;
+Metadata without(Metadata metadata, std::uint32_t kinds) {
+    if (kinds & kExif) metadata.exif.clear();
+    if (kinds & kXmp) {
+        metadata.xmp.clear();
+        metadata.xmp_extension.clear();
+    }
+    if (kinds & kIptc) metadata.iptc.clear();
+    if (kinds & kIcc) metadata.icc.clear();
+    if (kinds & kResolution) metadata.resolution.reset();
+    return metadata;
+}
+
+Metadata fitting(Metadata metadata, const MetadataRoom& room, bool grey, Losses& losses) {
     std::vector<std::string_view> left_out;
-    const bool has_xmp = !fits.xmp.empty();
-    if (has_xmp && room.xmp > 0) fit_xmp(fits, room);
+    const bool has_xmp = !metadata.xmp.empty();
+    if (has_xmp && room.xmp > 0) fit_xmp(metadata, room);
     const auto fit = [&](Bytes& bytes, bool is_there, std::size_t most, std::string_view name) {
         if (!is_there || (!bytes.empty() && bytes.size() <= most)) return;
         left_out.push_back(name);
         bytes.clear();
     };
-    fit(fits.exif, !fits.exif.empty(), room.exif, "Exif");
-    fit(fits.xmp, has_xmp, room.xmp, "XMP");
-    fit(fits.iptc, !fits.iptc.empty(), room.iptc, "IPTC");
-    if (fits.xmp.empty()) fits.xmp_extension.clear();
-    if (fits.resolution) {
-        const Resolution wanted = fits.resolution->in(room.resolution_unit);
+    fit(metadata.exif, !metadata.exif.empty(), room.exif, "Exif");
+    fit(metadata.xmp, has_xmp, room.xmp, "XMP");
+    fit(metadata.iptc, !metadata.iptc.empty(), room.iptc, "IPTC");
+    if (metadata.xmp.empty()) metadata.xmp_extension.clear();
+    if (metadata.resolution) {
+        const Resolution wanted = metadata.resolution->in(room.resolution_unit);
         const double least = std::min(wanted.x, wanted.y), most = std::max(wanted.x, wanted.y);
         // Both are rounded.
         if (!room.most_resolution || !(least >= 0.5 && most < *room.most_resolution + 0.5)) {
             left_out.emplace_back("the resolution");
-            fits.resolution.reset();
+            metadata.resolution.reset();
         }
     }
     if (!left_out.empty())
         losses.push_back({Loss::Kind::metadata, "has no room for " + listed(left_out) + ": " +
                                                     (left_out.size() > 1 ? "they are" : "it is") + " left out"});
-    if (!fits.icc.empty()) {
-        if (std::string words = objection(fits.icc, room.icc, grey); !words.empty()) {
+    if (!metadata.icc.empty()) {
+        if (std::string words = objection(metadata.icc, room.icc, grey); !words.empty()) {
             losses.push_back({Loss::Kind::profile, std::move(words)});
-            fits.icc.clear();
+            metadata.icc.clear();
         }
     }
-    return fits;
+    return metadata;
 }
 
 }  // namespace tarvo::host

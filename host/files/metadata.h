@@ -63,11 +63,17 @@ struct MetadataRoom {
 // Returns the resolution that an Exif block tells, if it does.
 std::optional<Resolution> resolution_of_exif(const Bytes& block);
 
+// The kinds, to be added up.
+inline constexpr int kExif = 1, kXmp = 2, kIptc = 4, kIcc = 8, kResolution = 16, kAllMetadata = 31;
+
+// Returns what is left without those kinds.
+Metadata without(Metadata metadata, std::uint32_t kinds);
+
 // Makes metadata true of a picture that is shown upright and of that size: orientation, sizes, and without the preview,
 // which nobody has changed with the picture.
 void make_true(Metadata& metadata, int width, int height);
 
 // Returns what of it a file can hold whose pixels are greys, or colours. Tells what it can't.
-Metadata fitting(const Metadata& metadata, const MetadataRoom& room, bool grey, Losses& losses);
+Metadata fitting(Metadata metadata, const MetadataRoom& room, bool grey, Losses& losses);
 
 }  // namespace tarvo::host

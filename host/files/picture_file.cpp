@@ -32,7 +32,8 @@ EncodeOptions encoding(const ImageForm& form, const Format& format, const WriteO
     if (options.carried && options.carried->jpeg) how.jpeg = *options.carried->jpeg;
     if (options.jpeg_quality) how.jpeg.quality = *options.jpeg_quality;
     if (!options.carried) return how;
-    how.metadata = fitting(options.carried->metadata, format.room, format.stores_grey(form), losses);
+    how.metadata =
+        fitting(without(options.carried->metadata, options.strip), format.room, format.stores_grey(form), losses);
     make_true(how.metadata, form.width, form.height);
     return how;
 }

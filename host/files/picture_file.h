@@ -34,6 +34,7 @@ struct WriteOptions {
     std::optional<int> jpeg_quality = {};  // 1 to 100; none: that of the JPEG file the picture comes from, or 92
     Compression png_compression = Compression::normal;
     PartFileWatch* watch = nullptr;    // told of the part file
+    std::uint32_t strip = 0;           // kinds of metadata that the file is not to have
     const Carried* carried = nullptr;  // what the picture's file had; its pixels are to be so again, if that loses
                                        // nothing: see PictureSource
     // Called for every row, and every few kilobytes. What it throws ends the writing, as an error would.

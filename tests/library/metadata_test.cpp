@@ -1,0 +1,134 @@
+// What pictures carry of their files, as programs ask for it.
+
+#include <gtest/gtest.h>
+
+#include "samples.h"
+
+namespace tarvo::test {
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+std::string segment(char marker, const std::string& contents) {
+    const std::size_t length = contents.size() + 2;
+    return {'\xFF', marker, static_cast<char>(length >> 8), static_cast<char>(length)};
+}
+
+const std::string kExif("MM\0*\0\0\0\x08\0\1\x01\x12\0\3\0\0\0\1\0\6\0\0\0\0\0\0", 26);
+const std::string kRecords("\x1C\x02Z\0\4Bonn", 9);
+const std::string kPacket = "<x:xmpmeta/>";
+
+std::string profile() {
+    std::string made(148, '\0');
+    made[3] = '\x94';
+    made.replace(16, 4, "RGB ").replace(36, 4, "acsp").replace(131, 1, "\1").replace(132, 4, "desc");
+    made[139] = '\x90';
+    made[143] = 4;
+    return made;
+}
+
+// A JPEG file of quality 61 that carries something of each kind.
+Picture photograph() {
+    WriteOptions options;
+    options.jpeg_quality = 61;
+    const auto plain = noisy_picture(16, 8).encode("jpg", options);
+    std::string file(plain.begin(), plain.end());
+    file[13] = 1;  // dots an inch
+    file[15] = 96;
+    file[17] = 48;
+    std::string segments;
+    const auto add = [&](char marker, const std::string& contents) {
+        segments += segment(marker, contents) + contents;
+    };
+    add('\xE1', std::string("Exif\0\0", 6) + kExif);
+    add('\xE1', std::string("http://ns.adobe.com/xap/1.0/\0", 29) + kPacket);
+    add('\xE2', std::string("ICC_PROFILE\0\1\1", 14) + profile());
+    add('\xED', std::string("Photoshop 3.0\0"
+                            "8BIM\4\4\0\0\0\0\0\x09",
+                            26) +
+                    kRecords + '\0');
+    file.insert(20, segments);
+    return Picture::decode(file.data(), file.size());
+}
+
+std::string text_of(const Picture& picture, tarvo_metadata kind) {
+    const Bytes bytes = picture.metadata(kind);
+    return {bytes.begin(), bytes.end()};
+}
+
+std::string upright() {
+    std::string exif = kExif;
+    exif[19] = 1;
+    return exif;
+}
+
+TEST(LibraryMetadata, BelongToThePictureAndGoOnToResults) {
+    const Picture read = photograph();
+    for (const Picture& picture : {read, apply("Stretch(4, 4)", read).picture()}) {
+        EXPECT_EQ(text_of(picture, TARVO_METADATA_EXIF), upright());
+        EXPECT_EQ(text_of(picture, TARVO_METADATA_XMP), kPacket);
+        EXPECT_EQ(text_of(picture, TARVO_METADATA_IPTC), kRecords);
+        EXPECT_EQ(text_of(picture, TARVO_METADATA_ICC), profile());
+        double x = 0, y = 0;
+        EXPECT_EQ(tarvo_picture_resolution(picture.get(), &x, &y), 1);
+        EXPECT_EQ(x, 48);  // which turned with the picture
+        EXPECT_EQ(y, 96);
+    }
+    EXPECT_EQ(read.width(), 8);
+}
+
+TEST(LibraryMetadata, OfNothingAreNone) {
+    const Picture made = noisy_picture(4, 4);
+    double x = 1, y = 1;
+    std::size_t length = 1;
+    for (const tarvo_picture* picture :
+         {static_cast<const tarvo_picture*>(nullptr), static_cast<const tarvo_picture*>(made.get())})
+        for (const int kind : {0, 1, 2, 3, 4, 8, 16, 31, 99, -1}) {
+            EXPECT_EQ(tarvo_picture_metadata(picture, static_cast<tarvo_metadata>(kind), &length), nullptr);
+            EXPECT_EQ(length, 0u);
+            EXPECT_EQ(tarvo_picture_metadata(picture, static_cast<tarvo_metadata>(kind), nullptr), nullptr);
+            EXPECT_EQ(tarvo_picture_resolution(picture, &x, &y), 0);
+            EXPECT_EQ(x + y, 0);
+            EXPECT_EQ(tarvo_picture_resolution(picture, nullptr, nullptr), 0);
+        }
+    EXPECT_EQ(tarvo_picture_metadata(photograph().get(), TARVO_METADATA_RESOLUTION, nullptr), nullptr);
+}
+
+TEST(LibraryMetadata, WhatIsStrippedIsNotThereAndNoLoss) {
+    const Picture picture = photograph();
+    const tarvo_metadata kinds[] = {TARVO_METADATA_EXIF, TARVO_METADATA_XMP, TARVO_METADATA_IPTC, TARVO_METADATA_ICC};
+    for (const char* format : {"jpg", "png", "ppm"})
+        for (std::uint32_t strip = 0; strip <= TARVO_METADATA_ALL; ++strip) {
+            WriteOptions options;
+            options.strip = strip;
+            int losses = 0;
+            options.note = [&](tarvo_note kind, const std::string&) { losses += TARVO_IS_LOSS(kind); };
+            const Bytes file = picture.encode(format, options);
+            const Picture again = Picture::decode(file.data(), file.size());
+            const bool holds = std::string(format) != "ppm";
+            for (const tarvo_metadata kind : kinds)
+                EXPECT_EQ(again.metadata(kind).empty(), !holds || (strip & kind) != 0) << format << strip << kind;
+            // Exif tells none here, so that nothing else does.
+            EXPECT_EQ(tarvo_picture_resolution(again.get(), nullptr, nullptr),
+                      holds && !(strip & TARVO_METADATA_RESOLUTION));
+            const int wanted = (~strip & ~std::uint32_t{TARVO_METADATA_ICC} & TARVO_METADATA_ALL) != 0;
+            EXPECT_EQ(losses, holds ? 0 : wanted + !(strip & TARVO_METADATA_ICC)) << format << strip;
+        }
+    WriteOptions wrong;
+    wrong.strip = 32;
+    EXPECT_THROW(picture.encode("png", wrong), Error);
+}
+
+TEST(LibraryMetadata, JpegOfJpegHasItsQuality) {
+    const Picture picture = photograph();
+    WriteOptions same, other;
+    same.jpeg_quality = 61;
+    other.jpeg_quality = 92;
+    EXPECT_EQ(picture.encode("jpg"), picture.encode("jpg", same));
+    EXPECT_NE(picture.encode("jpg"), picture.encode("jpg", other));
+    const Picture made = noisy_picture(16, 8);
+    EXPECT_EQ(made.encode("jpg"), made.encode("jpg", other));
+}
+
+}  // namespace
+}  // namespace tarvo::test
