@@ -3,7 +3,7 @@
 option(TARVO_LIBRARY "Build libtarvo, which programs link" ON)
 option(BUILD_SHARED_LIBS "libtarvo as a shared library" ON)
 option(TARVO_TOOL "Build the tarvo command (CLI11)" ON)
-option(TARVO_PICTURE_LIBRARIES "Read and write PNG and JPEG files (libpng, libjpeg; libdeflate where it is)" ON)
+option(TARVO_PICTURE_LIBRARIES "Read and write PNG and JPEG files (libpng, libjpeg; libdeflate and lcms2 where they are)" ON)
 option(TARVO_SCREEN "Capture the screen of an X display, where libxcb and libxcb-shm are" ON)
 option(TARVO_PYTHON "Build the Python package (nanobind)" OFF)
 option(TARVO_TESTS "Build the tests (GoogleTest)" ${PROJECT_IS_TOP_LEVEL})

@@ -66,11 +66,12 @@ tarvo_picture* read_with(const tarvo_read_options* given, Read read) {
     const host::Limits limits = limits_of(options.max_pixels, options.max_memory);
     CallHost call(limits);
     call.stop_by(options.yield, options.context);
-    ReadPicture made = read(
-        call,
-        host::ReadOptions{
-            .keep_depth = options.keep_depth != 0, .max_pixels = limits.max_pixels, .on_block = call.host().on_yield},
-        notes);
+    ReadPicture made = read(call,
+                            host::ReadOptions{.keep_depth = options.keep_depth != 0,
+                                              .srgb = options.srgb != 0,
+                                              .max_pixels = limits.max_pixels,
+                                              .on_block = call.host().on_yield},
+                            notes);
     notes.tell(TARVO_NOTE_PIXELS, made.pixels);
     return new_picture(dynamic_cast<const host::Picture&>(*made.picture.get()), std::move(made.carried));
 }

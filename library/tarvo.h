@@ -171,6 +171,7 @@ typedef struct tarvo_read_options {
     /* Called on the thread of the call, for each thing to tell; the text lives until it returns. NULL: nobody is told.
      */
     void (*note)(void* context, tarvo_note kind, const char* text);
+    int32_t srgb; /* not 0: colours become those of sRGB by the file's profile, which the picture then has no more */
 } tarvo_read_options;
 
 #define TARVO_USUAL_MAX_PIXELS 268435456

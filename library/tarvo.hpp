@@ -170,6 +170,7 @@ struct ReadOptions {
     std::uint64_t max_pixels = 0, max_memory = 0;
     std::function<bool()> yield = {};
     detail::Note note = {};
+    bool srgb = false;
 };
 
 struct WriteOptions {
@@ -289,6 +290,7 @@ private:
         tarvo_read_options how = {};
         how.size = sizeof how;
         how.keep_depth = options.keep_depth ? 1 : 0;
+        how.srgb = options.srgb ? 1 : 0;
         how.max_pixels = options.max_pixels;
         how.max_memory = options.max_memory;
         detail::Callbacks callbacks(options);

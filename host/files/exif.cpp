@@ -24,6 +24,7 @@ enum Tag : std::uint32_t {
     kThumbnailSize = 0x0202,
     kCameraDirectory = 0x8769,
     kPositionDirectory = 0x8825,
+    kColorSpace = 0xA001,
     kPixelWidth = 0xA002,
     kPixelHeight = 0xA003,
     kInteroperabilityDirectory = 0xA005,
@@ -71,6 +72,7 @@ public:
         });
         if (camera)
             directory(camera->value, [&](std::uint32_t tag, std::size_t entry) {
+                if (tag == kColorSpace) keep_first(found_.color_space, short_number(entry));
                 if (tag == kPixelWidth) keep_first(found_.camera_width, number(entry));
                 if (tag == kPixelHeight) keep_first(found_.camera_height, number(entry));
                 if (tag == kInteroperabilityDirectory) keep_first(interoperability, number(entry));
@@ -194,6 +196,11 @@ int Exif::shown_orientation() const {
 }
 
 Exif read_exif(std::span<const std::uint8_t> block) { return Reader(block).read(); }
+
+void make_exif_srgb(Bytes& block) {
+    const Exif exif = read_exif(block);
+    if (exif.color_space) store(block, *exif.color_space, 1, exif.big_endian);
+}
 
 void make_exif_true(Bytes& block, int width, int height) {
     const Exif exif = read_exif(block);

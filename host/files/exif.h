@@ -39,6 +39,7 @@ struct Exif {
     // The sizes of the picture as it is stored. Its own directory, the one for what cameras add, or both have them.
     std::optional<ExifNumber> width, height;
     std::optional<ExifNumber> camera_width, camera_height;
+    std::optional<ExifNumber> color_space;  // 1: sRGB
     // The preview, in one part or in strips, and the first directory's link to the directory that tells of it.
     std::vector<ExifRange> thumbnail;
     std::optional<ExifNumber> thumbnail_link;
@@ -56,6 +57,9 @@ inline constexpr int kMostExifEntries = 512;
 // Reads a block that begins with its TIFF header. Whatever the bytes are, it reads only within them, and no directory
 // twice. What cannot be understood is left out. If a number stands there twice, the first counts.
 Exif read_exif(std::span<const std::uint8_t> block);
+
+// Says of colours that they are those of sRGB, where the block says something of them.
+void make_exif_srgb(Bytes& block);
 
 // Makes a block true of a picture that is shown upright and of that size. Numbers are changed where they stand, the
 // preview is no longer linked to and its bytes are 0; all else stays as and where it is.

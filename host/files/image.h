@@ -5,6 +5,8 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
+#include <span>
 #include <string>
 
 namespace tarvo::host {
@@ -66,6 +68,9 @@ struct PixelRun {
 
 struct Carried;
 
+// Makes `count` pixels of red, green and blue of as many of cyan, magenta, yellow and black.
+using InkConversion = std::function<void(const std::uint8_t* ink, int count, std::uint8_t* rgb)>;
+
 // A decoder gives its pixels to this, and what else the file has.
 class PixelTarget {
 public:
@@ -78,6 +83,11 @@ public:
     // Says how the pixels are to be seen: an Exif orientation of 1 to 8; other numbers mean 1. Comes once, before
     // `begin` if it is known by then, else after the last run. Throws what `begin` throws.
     virtual void turn(int orientation) = 0;
+    // Takes the file's colour profile, before all else, if it has one by then.
+    virtual void profile(std::span<const std::uint8_t> /*bytes*/) {}
+    // Returns what makes colours of the file's inks, which count towards 255, or from it when inverted; nothing for the
+    // plain conversion. May be asked once, before `begin`.
+    virtual InkConversion ink_conversion(bool /*inverted*/) { return {}; }
     // Takes what is not pixels, but for what `begin` was told. Comes once at most, behind all else.
     virtual void carry(Carried&& /*carried*/) {}
 };

@@ -74,7 +74,7 @@ void JpegMarkers::add_extension_part(std::span<const std::uint8_t> part) {
     extension_.push_back({big_endian(part, kDigitsOfName + 4, 4), {part.begin(), part.end()}});
 }
 
-Bytes JpegMarkers::whole_profile() const {
+Bytes JpegMarkers::profile() const {
     Bytes whole;
     for (int i = 1; i <= profile_parts_; ++i) {
         const auto part = profile_.find(i);
@@ -101,7 +101,7 @@ Bytes JpegMarkers::whole_extension() const {
 }
 
 Metadata JpegMarkers::finish(Losses& losses) {
-    found_.icc = whole_profile();
+    found_.icc = profile();
     found_.xmp_extension = whole_extension();
     found_.iptc = resources_in(resources_);
     if (!profile_.empty() && found_.icc.empty())

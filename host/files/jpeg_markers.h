@@ -27,6 +27,9 @@ public:
     // The first Exif block so far; the orientation is needed before the pixels come.
     std::span<const std::uint8_t> exif() const { return found_.exif; }
 
+    // The colour profile, if all of it has come.
+    Bytes profile() const;
+
     // To be called after the last segment. Metadata that is not there whole is left out, and told.
     Metadata finish(Losses& losses);
 
@@ -39,7 +42,6 @@ private:
     bool take_room(std::size_t& taken, std::size_t bytes);
     void add_profile_part(std::span<const std::uint8_t> part);
     void add_extension_part(std::span<const std::uint8_t> part);
-    Bytes whole_profile() const;
     Bytes whole_extension() const;
 
     Metadata found_;

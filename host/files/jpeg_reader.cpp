@@ -122,6 +122,9 @@ public:
         } else if (inks) {
             form.file = {FilePixels::Colors::inks};
         }
+        if (const Bytes profile = markers_.profile(); !profile.empty()) target.profile(profile);
+        // Adobe's programs, which mark their files, write inks inverted.
+        if (inks) ink_conversion_ = target.ink_conversion(info_.saw_Adobe_marker);
         target.turn(read_exif(markers_.exif()).shown_orientation());
         target.begin(form, coefficient_bytes());
         Bytes row(form.row_bytes()), ink(inks ? std::size_t{4} * info_.image_width : 0);
@@ -213,6 +216,13 @@ private:
         return blocks * sizeof(JBLOCK);
     }
 
+    void convert_inks(const std::uint8_t* ink, int width, std::uint8_t* row) const {
+        if (ink_conversion_)
+            ink_conversion_(ink, width, row);
+        else
+            cmyk_to_rgb(ink, info_.saw_Adobe_marker, width, row);
+    }
+
     static std::uint64_t padded(JDIMENSION blocks, int factor) {
         const auto unit = static_cast<std::uint64_t>(factor);
         return (blocks + unit - 1) / unit * unit;
@@ -226,8 +236,7 @@ private:
             const int y = static_cast<int>(info_.output_scanline);
             JSAMPROW samples = ink ? ink : row;
             jpeg_read_scanlines(&info_, &samples, 1);
-            // Adobe's programs, which mark their files, write inks inverted.
-            if (ink) cmyk_to_rgb(ink, info_.saw_Adobe_marker, width, row);
+            if (ink) convert_inks(ink, width, row);
             target.put({.x = 0, .y = y, .step = 1, .count = width, .pixels = row});
         }
         jpeg_finish_decompress(&info_);
@@ -239,6 +248,7 @@ private:
     jpeg_progress_mgr progress_ = {};
     jpeg_decompress_struct info_ = {};
     JpegMarkers markers_;
+    InkConversion ink_conversion_;
     Bytes segment_ = Bytes(0x10000);  // more than one can hold
 };
 

@@ -6,11 +6,24 @@
 #include "format.h"
 #include "picture_image.h"
 #include "picture_source.h"
+#ifdef TARVO_COLOR_PROFILES
+#include "srgb_pixels.h"
+#endif
 #include "watched_files.h"
 
 namespace tarvo::host {
 
 namespace {
+
+void decode_as_srgb([[maybe_unused]] const Format& format, [[maybe_unused]] ByteSource& file,
+                    [[maybe_unused]] const ReadOptions& options, [[maybe_unused]] PixelTarget& target) {
+#ifdef TARVO_COLOR_PROFILES
+    SrgbPixels converted(target);
+    format.decode(file, options.max_pixels, converted);
+#else
+    throw FileError("this build has no library for color profiles");
+#endif
+}
 
 ObjectRef decode(Host& host, ByteSource& file, const ReadOptions& options, Carried* carried) {
     if (options.on_block) {
@@ -20,7 +33,11 @@ ObjectRef decode(Host& host, ByteSource& file, const ReadOptions& options, Carri
         return decode(host, watched, unwatched, carried);
     }
     PictureBuilder builder(host, options.keep_depth);
-    format_of_bytes(file.ahead()).decode(file, options.max_pixels, builder);
+    const Format& format = format_of_bytes(file.ahead());
+    if (options.srgb)
+        decode_as_srgb(format, file, options, builder);
+    else
+        format.decode(file, options.max_pixels, builder);
     ObjectRef picture = builder.finish();
     if (carried) *carried = builder.carried();
     return picture;

@@ -22,6 +22,8 @@ struct ReadOptions {
     // Makes 1-bit and 8-bit pictures of files that are black and white, grey or have a palette. Otherwise every file
     // gives a 32-bit picture.
     bool keep_depth = false;
+    // Makes colours those of sRGB, by the file's profile.
+    bool srgb = false;
     // More are refused, however few bytes they take in the file.
     std::uint64_t max_pixels = std::uint64_t{1} << 28;
     // Called when the file is a pipe that nobody writes to yet, which is then waited for.

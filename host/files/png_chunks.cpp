@@ -187,6 +187,8 @@ void PngChunks::add_resolution(std::span<const std::uint8_t> data) {
 
 std::span<const std::uint8_t> PngChunks::exif() const { return found_.exif.empty() ? raw_.exif : found_.exif; }
 
+std::span<const std::uint8_t> PngChunks::profile() const { return found_.icc.empty() ? raw_.icc : found_.icc; }
+
 Metadata PngChunks::finish(Losses& losses) {
     if (damaged_) losses.push_back({Loss::Kind::metadata, "has metadata that are damaged: they are left out"});
     if (too_large_)

@@ -33,6 +33,9 @@ public:
     // The Exif block so far; the orientation is needed before the pixels come.
     std::span<const std::uint8_t> exif() const;
 
+    // The colour profile so far.
+    std::span<const std::uint8_t> profile() const;
+
     // To be called after the last chunk.
     Metadata finish(Losses& losses);
 

@@ -49,6 +49,7 @@ public:
         check_size(png_get_image_width(png_, info_), png_get_image_height(png_, info_), max_pixels);
         require(choose_layout());
         if (form_.layout == Layout::indexed) form_.palette = palette();
+        if (!chunks_.profile().empty()) target.profile(chunks_.profile());
         const int turned = orientation();
         if (turned != kNotTold) target.turn(turned);
         target.begin(form_, 0);
