@@ -12,8 +12,8 @@
 #include "chain.h"
 #include "command_error.h"
 #include "commands.h"
+#include "file_options.h"
 #include "file_work.h"
-#include "limit_options.h"
 #include "messages.h"
 #include "picture_io.h"
 #include "shown_text.h"
@@ -69,13 +69,13 @@ void apply_to_one(const ApplyOptions& options, const ApplyWords& words) {
     const Chain chain = chain_of(options, words, has_input);
     const FileWork work{.input = has_input ? words.inputs.front() : "",
                         .output = options.output,
-                        .limits = options.batch.limits,
+                        .options = options.batch.file,
                         .client = options.batch.client,
                         .hash = options.batch.hash};
-    if (!work.output.empty()) check_output(work.output);
+    check_output(work.output, work.options);
     if (!chain.ends_with_picture() && !work.output.empty()) throw wrong_usage("-o: none of the calls makes a picture");
 
-    Console console(options.batch.quiet);
+    Console console(options.batch.quiet, work.output == kStandardStream);
     const FileRecord record = work_on_file(work, chain, console);
     if (record.status != ExitStatus::fine) throw CommandError(record.status, record.message, record.code);
     if (work.output.empty() && record.made_picture) console.note("no -o: nothing was written");
@@ -150,20 +150,22 @@ void add_apply_command(CLI::App& tool) {
     const auto options = std::make_shared<ApplyOptions>();
     CLI::App* command = tool.add_subcommand("apply", "Apply operations to pictures, one after the other");
     command->footer(std::string(kCallHelp) + '\n' + kManyHelp);
-    command->add_option("IN", options->first, "the picture file to begin with; a call that makes a picture needs none")
+    command
+        ->add_option("IN", options->first,
+                     "the picture file to begin with, or - for standard input; a call that makes a picture needs none")
         ->required();
     command->add_option("CALL", options->others, "the calls, in order; before them there may be more files");
     command
-        ->add_option(
-            "-o,--output", options->output,
-            "the file for the result; without it nothing is written. With {name}, {ext}, {dir} or {n}: for each "
-            "file one")
+        ->add_option("-o,--output", options->output,
+                     "the file for the result, or - for standard output; without it nothing is written. With {name}, "
+                     "{ext}, {dir} or {n}: for each "
+                     "file one")
         ->type_name("OUT");
     command->add_flag("--hash", options->batch.hash, "print the hash of the pixels of the file, and behind each call");
     command->add_flag("--client", options->batch.client, "work on a TRV_ClientPicture");
     command->add_flag("-q,--quiet", options->batch.quiet, "print only what calls answer");
     add_options_of_many(*command, *options);
-    add_limit_options(*command, options->batch.limits);
+    add_file_options(*command, options->batch.file);
     command->callback([options] { apply(*options); });
 }
 

@@ -56,7 +56,7 @@ private:
             const fs::path folder = fs::path(file.output).parent_path();
             std::error_code error;
             if (!folder.empty() && !fs::is_directory(folder, error)) fs::create_directories(folder, error);
-            check_output(file.output);
+            check_output(file.output, options_.file);
         }
     }
 
@@ -80,7 +80,7 @@ private:
         if (options_.dry_run) return skipped("would be done");
         return work_on_file({.input = file.input,
                              .output = file.output,
-                             .limits = options_.limits,
+                             .options = options_.file,
                              .client = options_.client,
                              .hash = options_.hash},
                             chain_, telling);

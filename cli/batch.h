@@ -8,12 +8,12 @@
 #include "batch_plan.h"
 #include "chain.h"
 #include "command_error.h"
-#include "limit_options.h"
+#include "file_options.h"
 
 namespace tarvo::cli {
 
 struct BatchOptions {
-    Limits limits = {};
+    FileOptions file = {};
     std::size_t jobs = 0;  // 0: one a processor
     bool client = false, hash = false, quiet = false, json = false;
     bool skip_existing = false, dry_run = false, keep_going = false;

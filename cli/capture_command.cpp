@@ -26,7 +26,7 @@ constexpr const char* kWhatIsSeen =
 constexpr const char* kCapture = "TRV_ScreenCapture";
 
 struct CaptureOptions {
-    Limits limits;
+    FileOptions file;
     std::string display, output;
 };
 
@@ -37,7 +37,7 @@ CommandError refused(const host::Refusal& refusal) {
 // The library shows no screen to its callers: the tool makes this call in a host of the library's, while it has one.
 Picture captured(const CaptureOptions& options, Console& console) {
     host::Limits limits = host::default_limits();
-    options.limits.put_into(limits);
+    options.file.limits.put_into(limits);
     library::CallHost call(limits);
     const auto screen = host::MainScreen::open(options.display);
     if (!screen) throw CommandError(ExitStatus::operation_failed, "there is no X display whose pixels can be read");
@@ -52,9 +52,9 @@ Picture captured(const CaptureOptions& options, Console& console) {
 }
 
 void capture(const CaptureOptions& options) {
-    check_output(options.output);
+    check_output(options.output, options.file);
     Console console;
-    write_picture(captured(options, console), options.output, options.limits, console);
+    write_picture(captured(options, console), options.output, options.file, console);
 }
 
 }  // namespace
@@ -66,7 +66,7 @@ void add_capture_command(CLI::App& tool) {
     command->add_option("-o,--output", options->output, "the file for the picture")->type_name("OUT")->required();
     command->add_option("--display", options->display, "the X display, instead of the one that DISPLAY names")
         ->type_name("NAME");
-    add_limit_options(*command, options->limits);
+    add_limit_options(*command, options->file.limits);
     command->callback([options] { capture(*options); });
 }
 

@@ -6,7 +6,8 @@
 #include <string>
 
 #include "commands.h"
-#include "limit_options.h"
+#include "file_options.h"
+#include "loss_rule.h"
 #include "messages.h"
 #include "picture_io.h"
 
@@ -18,16 +19,17 @@ constexpr const char* kFormats =
     "TRV_ConvertToPicture takes.";
 
 struct ConvertOptions {
-    Limits limits;
+    FileOptions file;
     std::string input, output;
     bool keep_depth = false;
 };
 
 void convert(const ConvertOptions& options) {
-    check_output(options.output);
+    check_output(options.output, options.file);
     Console console;
-    const PictureFile input = read_picture(options.input, options.limits, console, options.keep_depth);
-    write_picture(input.picture, options.output, options.limits, console);
+    RuledListener listener(console, options.file.losses);
+    const PictureFile input = read_picture(options.input, options.file, listener, options.keep_depth);
+    write_picture(input.picture, options.output, options.file, listener);
 }
 
 }  // namespace
@@ -36,11 +38,13 @@ void add_convert_command(CLI::App& tool) {
     const auto options = std::make_shared<ConvertOptions>();
     CLI::App* command = tool.add_subcommand("convert", "Write a picture file in another format");
     command->footer(kFormats);
-    command->add_option("IN", options->input, "the picture file")->required();
-    command->add_option("-o,--output", options->output, "the file for the result")->type_name("OUT")->required();
+    command->add_option("IN", options->input, "the picture file, or - for standard input")->required();
+    command->add_option("-o,--output", options->output, "the file for the result, or - for standard output")
+        ->type_name("OUT")
+        ->required();
     command->add_flag("--keep-depth", options->keep_depth,
                       "read black-and-white, grey and palette files as pictures of 1 and 8 bits");
-    add_limit_options(*command, options->limits);
+    add_file_options(*command, options->file);
     command->callback([options] { convert(*options); });
 }
 

@@ -7,6 +7,7 @@
 
 #include "hash_line.h"
 #include "library_errors.h"
+#include "loss_rule.h"
 #include "picture_io.h"
 #include "value_text.h"
 
@@ -47,7 +48,7 @@ private:
 // Keeps the losses of what it passes on.
 class LossKeeper final : public Listener {
 public:
-    LossKeeper(Listener& to, std::vector<Loss>& losses) : to_(to), losses_(losses) {}
+    LossKeeper(Listener& to, LossRule rule, std::vector<Loss>& losses) : to_(to, rule), losses_(losses) {}
 
     void say(const std::string& line) override { to_.say(line); }
     void answer(const std::string& line) override { to_.answer(line); }
@@ -58,14 +59,14 @@ public:
     }
 
 private:
-    Listener& to_;
+    RuledListener to_;
     std::vector<Loss>& losses_;
 };
 
 class Course {
 public:
     Course(const FileWork& work, const Chain& chain, Listener& listener, FileRecord& record)
-        : work_(work), chain_(chain), listener_(listener, record.losses), record_(record) {}
+        : work_(work), chain_(chain), listener_(listener, work.options.losses, record.losses), record_(record) {}
 
     void run() {
         if (!work_.input.empty()) read();
@@ -79,7 +80,7 @@ public:
 
 private:
     void read() {
-        const PictureFile file = read_picture(work_.input, work_.limits, listener_);
+        const PictureFile file = read_picture(work_.input, work_.options, listener_);
         in_hand_ = InHand(file.picture);
         listener_.say(work_.input + ": " + in_hand_.size_text() + ", " + file.pixels);
         tell_hash(work_.input);
@@ -114,7 +115,7 @@ private:
             const bool names_operation = kind != TARVO_NOTE_WAITING && kind != TARVO_NOTE_MESSAGE;
             listener_.note(kind, names_operation ? call.numbered(text) : text);
         };
-        work_.limits.put_into(options);
+        work_.options.limits.put_into(options);
         try {
             return tarvo::apply_on(call.text, in_hand_.value(), options);
         } catch (const Error& error) {
@@ -155,14 +156,14 @@ private:
 
     void write() {
         const Picture picture = this->picture();
-        const std::string pixels = write_picture(picture, work_.output, work_.limits, listener_);
+        const std::string pixels = write_picture(picture, work_.output, work_.options, listener_);
         listener_.say(work_.output + ": " + in_hand_.size_text() + ", " + pixels);
     }
 
     // Makes a client picture of a picture, or the reverse.
     Result convert(const char* wanted, const Object& client, const std::vector<Argument>& arguments = {}) const {
         CallOptions options;
-        work_.limits.put_into(options);
+        work_.options.limits.put_into(options);
         try {
             return tarvo::call(std::string(kClientPicture) + ".operator_convert", client, arguments, options);
         } catch (const Error& error) {

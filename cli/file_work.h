@@ -8,7 +8,7 @@
 
 #include "chain.h"
 #include "command_error.h"
-#include "limit_options.h"
+#include "file_options.h"
 #include "listener.h"
 
 namespace tarvo::cli {
@@ -16,7 +16,7 @@ namespace tarvo::cli {
 struct FileWork {
     std::string input;   // empty when the first call makes the picture
     std::string output;  // empty when nothing is to be written
-    Limits limits = {};
+    FileOptions options = {};
     bool client = false;  // the calls are made on a TRV_ClientPicture
     bool hash = false;    // the pixels are hashed when the file is read, and behind each call
 };

@@ -10,15 +10,17 @@
 
 namespace tarvo::cli {
 
-// Quiet ones print only what calls answer, and what is amiss.
+// Quiet ones print only what calls answer, what is lost and what is amiss.
 class Console final : public Listener {
 public:
-    explicit Console(bool quiet = false) : quiet_(quiet) {}
+    // Where a file goes to the standard output, lines go to the other stream.
+    explicit Console(bool quiet = false, bool beside_a_file = false)
+        : quiet_(quiet), out_(beside_a_file ? std::cerr : std::cout) {}
 
     void say(const std::string& line) override {
-        if (!quiet_) std::cout << host::shown_lines(line) << '\n';
+        if (!quiet_) out_ << host::shown_lines(line) << '\n';
     }
-    void answer(const std::string& line) override { std::cout << line << '\n'; }
+    void answer(const std::string& line) override { out_ << line << '\n'; }
     void warn(const std::string& line) override { print("warning: ", line); }
     void note(tarvo_note kind, const std::string& line) override {
         switch (kind) {
@@ -28,7 +30,7 @@ public:
             case TARVO_NOTE_WAITING: return print("note: ", line);
             default: break;
         }
-        if (!quiet_) print("note: ", line);
+        if (!quiet_ || TARVO_IS_LOSS(kind)) print("note: ", line);
     }
     void note(const std::string& line) { note(TARVO_NOTE_CAUTION, line); }
 
@@ -38,6 +40,7 @@ private:
     }
 
     const bool quiet_;
+    std::ostream& out_;
 };
 
 }  // namespace tarvo::cli

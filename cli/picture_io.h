@@ -1,10 +1,10 @@
 #pragma once
 
-// Pictures from and to files, with what there is to tell of them.
+// Pictures from and to files, or standard streams, with what there is to tell of them.
 
 #include <string>
 
-#include "limit_options.h"
+#include "file_options.h"
 #include "listener.h"
 #include "tarvo.hpp"
 
@@ -16,13 +16,15 @@ struct PictureFile {
 };
 
 // Throws CommandError.
-PictureFile read_picture(const std::string& path, const Limits& limits, Listener& listener, bool keep_depth = false);
+PictureFile read_picture(const std::string& path, const FileOptions& options, Listener& listener,
+                         bool keep_depth = false);
 
 // Returns what the file's pixels are, in words. Signals that end the tool remove what is half written. Throws
 // CommandError.
-std::string write_picture(const Picture& picture, const std::string& path, const Limits& limits, Listener& listener);
+std::string write_picture(const Picture& picture, const std::string& path, const FileOptions& options,
+                          Listener& listener);
 
 // Finds, before any work, what would keep a picture from being written to a file. Throws CommandError for wrong use.
-void check_output(const std::string& path);
+void check_output(const std::string& path, const FileOptions& options);
 
 }  // namespace tarvo::cli

@@ -116,13 +116,15 @@ public:
             host::about_file(path, [&] {
                 host::FileWriter file(path, &watch_);
                 const std::string pixels = write_picture_string(call_, written_, file);
-                host::WriteReport report = report_of_string();
-                report.not_kept = file.commit();
-                tell(path, report, pixels);
+                tell_losses_of(path, report_of_string());
+                tell(path, file.commit(), pixels);
             });
             tell_unreadable(path);
         } else {
-            tell(path, host::write_picture_file(picture(), path, how()));
+            host::WriteOptions options = how();
+            options.on_report = [&](const host::WriteReport& report) { tell_losses_of(path, report); };
+            const host::WriteReport report = host::write_picture_file(picture(), path, options);
+            tell(path, report.not_kept, host::in_words(report.pixels));
         }
     }
 
@@ -130,13 +132,15 @@ public:
         if (!holds_string(name)) {
             host::WriteReport report;
             host::Bytes file = host::encode_picture(picture(), name, how(), &report);
-            tell(kTheFile, report);
+            tell_losses_of(kTheFile, report);
+            tell(kTheFile, {}, host::in_words(report.pixels));
             return file;
         }
         host::MemorySink file;
         const std::string pixels = write_picture_string(call_, written_, file);
         file.flush();
-        tell(kTheFile, report_of_string(), pixels);
+        tell_losses_of(kTheFile, report_of_string());
+        tell(kTheFile, {}, pixels);
         tell_unreadable(kTheFile);
         return std::move(file.bytes);
     }
@@ -163,16 +167,17 @@ private:
         return report;
     }
 
-    void tell(const std::string& file, const host::WriteReport& report) {
-        tell(file, report, host::in_words(report.pixels));
-    }
-    void tell(const std::string& file, const host::WriteReport& report, const std::string& pixels) {
-        for (const std::string& line : report.not_kept) notes_.tell(TARVO_NOTE_FILE, file + " " + line);
+    // Whoever is told may then stop, so that there is no such file.
+    void tell_losses_of(const std::string& file, const host::WriteReport& report) {
         if (report.mask_left_out) notes_.tell(TARVO_NOTE_MASK, file + " has no transparency: the mask is left out");
         if (carried_ && carried_->pixels.bits > 8)
             notes_.tell(TARVO_NOTE_DEPTH,
                         file + " has no more than 8 of " + std::to_string(carried_->pixels.bits) + " bits a channel");
         tell_losses(notes_, file, report.losses);
+        if (call_.host().on_yield) call_.host().on_yield();
+    }
+    void tell(const std::string& file, const std::vector<std::string>& not_kept, const std::string& pixels) {
+        for (const std::string& line : not_kept) notes_.tell(TARVO_NOTE_FILE, file + " " + line);
         notes_.tell(TARVO_NOTE_PIXELS, pixels);
     }
     void tell_unreadable(const std::string& file) {

@@ -3,21 +3,30 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/stat.h>
+#include <unistd.h>
+
+#include <string_view>
 
 namespace tarvo::host {
 
 namespace {
 
 constexpr std::size_t kBlock = std::size_t{1} << 18;
+constexpr std::string_view kStandardInput = "/dev/stdin";
 
 }  // namespace
 
 // Opened in the usual way, a pipe would wait for its writer without a word.
+Descriptor FileSource::opened(const std::string& path) {
+    if (path == kStandardInput) return Descriptor(::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0));
+    return Descriptor(retried([&] { return ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC); }));
+}
+
 FileSource::FileSource(const std::string& path, const std::function<void()>& on_wait)
-    : file_(retried([&] { return ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC); })),
-      buffer_(std::make_unique_for_overwrite<std::uint8_t[]>(kBlock)) {
+    : file_(opened(path)), buffer_(std::make_unique_for_overwrite<std::uint8_t[]>(kBlock)) {
     struct stat known {};
     if (!file_ || ::fstat(file_.get(), &known) != 0) throw system_error("cannot be opened");
+    if (path == kStandardInput) return;  // whoever has opened it may be in the middle, and chose how to wait
     if (S_ISFIFO(known.st_mode)) wait_for_writer(on_wait);
     if (S_ISREG(known.st_mode)) behind_ = static_cast<std::uint64_t>(known.st_size);
     const int flags = ::fcntl(file_.get(), F_GETFL);

@@ -12,12 +12,14 @@ namespace tarvo::host {
 // A file that is being read. Throws FileError; messages do not name the file.
 class FileSource final : public ByteSource {
 public:
-    // `on_wait` is called before the first byte of a pipe that nobody writes to yet, which is then waited for.
+    // "/dev/stdin" is standard input as it is, at the place where it is. `on_wait` is called before the first byte of a
+    // pipe that nobody writes to yet, which is then waited for.
     explicit FileSource(const std::string& path, const std::function<void()>& on_wait = {});
 
 private:
     std::span<const std::uint8_t> next_block() override;
     std::optional<std::uint64_t> behind_block() const override { return behind_; }
+    static Descriptor opened(const std::string& path);
     void wait_for_writer(const std::function<void()>& on_wait);
 
     Descriptor file_;

@@ -107,6 +107,7 @@ WriteReport write_picture_file(const Picture& picture, const std::string& path, 
         const PictureSource source = source_of(picture, options);
         FileWriter file(path, options.watch);
         WriteReport report = encode(source, format, options, file);
+        if (options.on_report) options.on_report(report);
         report.not_kept = file.commit();
         return report;
     });

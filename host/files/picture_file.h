@@ -32,6 +32,13 @@ struct ReadOptions {
     std::function<void()> on_block = {};
 };
 
+struct WriteReport {
+    FilePixels pixels;                  // the file's
+    bool mask_left_out = false;         // the format has no transparency: the picture is as it looks without its mask
+    Losses losses;                      // of what was carried
+    std::vector<std::string> not_kept;  // of the file that was replaced, as FileWriter::commit tells it
+};
+
 struct WriteOptions {
     std::optional<int> jpeg_quality = {};  // 1 to 100; none: that of the JPEG file the picture comes from, or 92
     Compression png_compression = Compression::normal;
@@ -39,7 +46,10 @@ struct WriteOptions {
     std::uint32_t strip = 0;           // kinds of metadata that the file is not to have
     const Carried* carried = nullptr;  // what the picture's file had; its pixels are to be so again, if that loses
                                        // nothing: see PictureSource
-    // Called for every row, and every few kilobytes. What it throws ends the writing, as an error would.
+    // Called when all is written, before the file takes its name; `not_kept` is not known by then. What it throws ends
+    // the writing, as an error would.
+    std::function<void(const WriteReport&)> on_report = {};
+    // Called for every row, and every few kilobytes. What it throws likewise.
     std::function<void()> on_block = {};
 };
 
@@ -50,13 +60,6 @@ ObjectRef read_picture_file(Host& host, const std::string& path, const ReadOptio
 // As `read_picture_file`; the message of a FileError names no file.
 ObjectRef decode_picture(Host& host, std::span<const std::uint8_t> file, const ReadOptions& options = {},
                          Carried* carried = nullptr);
-
-struct WriteReport {
-    FilePixels pixels;                  // the file's
-    bool mask_left_out = false;         // the format has no transparency: the picture is as it looks without its mask
-    Losses losses;                      // of what was carried
-    std::vector<std::string> not_kept;  // of the file that was replaced, as FileWriter::commit tells it
-};
 
 // In the format that the name's ending says: .png .jpg .jpeg .pbm .pgm .ppm .pam. An existing file is replaced when the
 // new one is complete; after an error it is as it was. PNG and PAM keep the mask as alpha, PNG depths up to 8 bits,

@@ -1,0 +1,62 @@
+#include "file_options.h"
+
+#include <CLI/Option.hpp>
+#include <CLI/Validators.hpp>
+
+#include <map>
+#include <vector>
+
+namespace tarvo::cli {
+
+namespace {
+
+const std::map<std::string, LossRule> kLossRules = {
+    {"warn", LossRule::warn}, {"error", LossRule::error}, {"ignore", LossRule::ignore}};
+
+const std::map<std::string, tarvo_metadata> kKinds = {{"exif", TARVO_METADATA_EXIF},
+                                                      {"xmp", TARVO_METADATA_XMP},
+                                                      {"iptc", TARVO_METADATA_IPTC},
+                                                      {"icc", TARVO_METADATA_ICC}};
+
+// Returns what a file loses that keeps these kinds alone; nothing can name the resolution, which it keeps.
+std::uint32_t all_but(const std::vector<tarvo_metadata>& kinds) {
+    std::uint32_t strip = TARVO_METADATA_ALL & ~std::uint32_t{TARVO_METADATA_RESOLUTION};
+    for (const tarvo_metadata kind : kinds) strip &= ~static_cast<std::uint32_t>(kind);
+    return strip;
+}
+
+}  // namespace
+
+void add_file_options(CLI::App& command, FileOptions& options) {
+    CLI::Option* const keep =
+        command
+            .add_option_function<std::vector<tarvo_metadata>>(
+                "--keep", [&options](const std::vector<tarvo_metadata>& kinds) { options.strip = all_but(kinds); },
+                "of what the file carries, keep only these: exif, xmp, iptc, icc, with commas between; all unless told")
+            ->type_name("KINDS")
+            ->delimiter(',')
+            ->expected(1)
+            ->transform(CLI::Transformer(kKinds, CLI::ignore_case).description(""))
+            ->check(CLI::IsMember(kKinds).description(""));
+    command
+        .add_flag_callback(
+            "--strip", [&options] { options.strip = TARVO_METADATA_ALL; },
+            "keep nothing of what the file carries: no Exif, XMP, IPTC, colour profile, resolution")
+        ->excludes(keep);
+    command
+        .add_option("--quality", options.quality,
+                    "of a JPEG file, 1 to 100; unless told that of the JPEG file it is made of, or 92")
+        ->type_name("N")
+        ->check(CLI::Range(1, 100).description(""));
+    command.add_flag("--srgb", options.srgb, "make colours those of sRGB, by the file's colour profile");
+    command
+        .add_option("--losses", options.losses,
+                    "what is lost: warn (a note for each), error (nothing is written), ignore")
+        ->type_name("RULE")
+        ->transform(CLI::CheckedTransformer(kLossRules, CLI::ignore_case).description(""));
+    command.add_option("--format", options.format, "the format of standard output (-o -): png, jpg and so on")
+        ->type_name("F");
+    add_limit_options(command, options.limits);
+}
+
+}  // namespace tarvo::cli
