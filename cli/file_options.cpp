@@ -19,10 +19,16 @@ const std::map<std::string, tarvo_metadata> kKinds = {{"exif", TARVO_METADATA_EX
                                                       {"icc", TARVO_METADATA_ICC}};
 
 // Returns what a file loses that keeps these kinds alone; nothing can name the resolution, which it keeps.
-std::uint32_t all_but(const std::vector<tarvo_metadata>& kinds) {
+std::uint32_t all_but(const std::vector<std::string>& kinds) {
     std::uint32_t strip = TARVO_METADATA_ALL & ~std::uint32_t{TARVO_METADATA_RESOLUTION};
-    for (const tarvo_metadata kind : kinds) strip &= ~static_cast<std::uint32_t>(kind);
+    for (const std::string& kind : kinds) strip &= ~static_cast<std::uint32_t>(kKinds.at(kind));
     return strip;
+}
+
+// Takes one of the table's words.
+template <class Table>
+CLI::Validator one_of(const Table& table) {
+    return CLI::IsMember(&table).description("");
 }
 
 }  // namespace
@@ -30,14 +36,13 @@ std::uint32_t all_but(const std::vector<tarvo_metadata>& kinds) {
 void add_file_options(CLI::App& command, FileOptions& options) {
     CLI::Option* const keep =
         command
-            .add_option_function<std::vector<tarvo_metadata>>(
-                "--keep", [&options](const std::vector<tarvo_metadata>& kinds) { options.strip = all_but(kinds); },
+            .add_option_function<std::vector<std::string>>(
+                "--keep", [&options](const std::vector<std::string>& kinds) { options.strip = all_but(kinds); },
                 "of what the file carries, keep only these: exif, xmp, iptc, icc, with commas between; all unless told")
             ->type_name("KINDS")
             ->delimiter(',')
-            ->expected(1)
-            ->transform(CLI::Transformer(kKinds, CLI::ignore_case).description(""))
-            ->check(CLI::IsMember(kKinds).description(""));
+            ->allow_extra_args(false)  // one word, so that a file may follow
+            ->check(one_of(kKinds));
     command
         .add_flag_callback(
             "--strip", [&options] { options.strip = TARVO_METADATA_ALL; },
@@ -50,10 +55,11 @@ void add_file_options(CLI::App& command, FileOptions& options) {
         ->check(CLI::Range(1, 100).description(""));
     command.add_flag("--srgb", options.srgb, "make colours those of sRGB, by the file's colour profile");
     command
-        .add_option("--losses", options.losses,
-                    "what is lost: warn (a note for each), error (nothing is written), ignore")
+        .add_option_function<std::string>(
+            "--losses", [&options](const std::string& rule) { options.losses = kLossRules.at(rule); },
+            "what is lost: warn (a note for each), error (nothing is written), ignore; warn unless told")
         ->type_name("RULE")
-        ->transform(CLI::CheckedTransformer(kLossRules, CLI::ignore_case).description(""));
+        ->check(one_of(kLossRules));
     command.add_option("--format", options.format, "the format of standard output (-o -): png, jpg and so on")
         ->type_name("F");
     add_limit_options(command, options.limits);
