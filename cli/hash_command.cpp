@@ -33,7 +33,8 @@ void hash(const HashOptions& options) {
     Console console(true);
     std::size_t unread = 0;
     for (const std::string& file : options.files) try {
-            std::cout << hash_line(read_picture(file, options.limits, console).picture.sha256(), file) << std::flush;
+            std::cout << hash_line(read_picture(file, {.limits = options.limits}, console).picture.sha256(), file)
+                      << std::flush;
         } catch (const CommandError& error) {
             std::cerr << "tarvo: " << readable(error.what()) << '\n';
             ++unread;

@@ -34,7 +34,7 @@ std::string in_words(const Difference& difference, const PictureEntry& entry) {
 }
 
 Picture read_from(const std::string& folder, const std::string& name, const Limits& limits, Listener& listener) {
-    return read_picture((std::filesystem::path(folder) / name).string(), limits, listener).picture;
+    return read_picture((std::filesystem::path(folder) / name).string(), {.limits = limits}, listener).picture;
 }
 
 class Verifier {
