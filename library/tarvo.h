@@ -214,7 +214,7 @@ typedef struct tarvo_write_options {
      * signals alone. */
     void (*part_file)(void* context, tarvo_part_file now, int folder, const char* name);
     uint64_t max_memory; /* bytes for the picture and the string that it becomes; more are TARVO_MEMORY; 0: no bound */
-    uint32_t strip; /* kinds of metadata, of tarvo_metadata, that the file is not to have: that is no loss */
+    uint32_t strip;      /* kinds of metadata, of tarvo_metadata, that the file is not to have: that is no loss */
 } tarvo_write_options;
 
 /* Writes the format that the name's ending tells: .png .jpg .jpeg .pbm .pgm .ppm .pam .trv. The file appears whole or
