@@ -243,6 +243,14 @@ TARVO_API const uint8_t* tarvo_picture_metadata(const tarvo_picture* picture, ta
 /* Dots an inch, across and along. Returns 1, or 0 where they are not known. */
 TARVO_API int tarvo_picture_resolution(const tarvo_picture* picture, double* x, double* y);
 
+/* Gives the same pixels, without a copy of them, with other bytes of one of the first four kinds, as
+ * tarvo_picture_metadata tells them; of length 0, without that kind. More than 8 MiB are TARVO_LIMIT. */
+TARVO_API tarvo_status tarvo_picture_with_metadata(const tarvo_picture* picture, tarvo_metadata kind, const void* bytes,
+                                                   size_t length, tarvo_picture** made, tarvo_error** error);
+/* The same with another resolution, in dots an inch above 0; both 0: without one. */
+TARVO_API tarvo_status tarvo_picture_with_resolution(const tarvo_picture* picture, double x, double y,
+                                                     tarvo_picture** made, tarvo_error** error);
+
 /* Writes the pixels in a layout. `stride` is as for tarvo_picture_from_rows; bytes between rows are not touched. GREY8
  * is the luma (77 R + 151 G + 28 B + 128) / 256; A is 255 without a mask; x is 0 unless the picture has stored
  * something else. */

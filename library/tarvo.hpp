@@ -254,6 +254,18 @@ public:
         const std::uint8_t* const bytes = tarvo_picture_metadata(get(), kind, &length);
         return {bytes, bytes + length};
     }
+    // The same pixels with other bytes of one kind; with none, without it.
+    Picture with_metadata(tarvo_metadata kind, const std::vector<std::uint8_t>& bytes) const {
+        return made([&](tarvo_picture** picture, tarvo_error** error) {
+            return tarvo_picture_with_metadata(get(), kind, bytes.data(), bytes.size(), picture, error);
+        });
+    }
+    // In dots an inch; 0 and 0 for none.
+    Picture with_resolution(double x, double y) const {
+        return made([&](tarvo_picture** picture, tarvo_error** error) {
+            return tarvo_picture_with_resolution(get(), x, y, picture, error);
+        });
+    }
 
     void to_rows(void* pixels, std::ptrdiff_t stride, tarvo_layout layout) const {
         detail::check([&](tarvo_error** error) { return tarvo_picture_to_rows(get(), pixels, stride, layout, error); });

@@ -89,10 +89,11 @@ PyType_Slot kSlots[] = {{Py_bf_getbuffer, reinterpret_cast<void*>(&get_buffer)},
 
 // What `read(options, &made, error)` has made.
 template <class Read>
-nb::object read_with(std::uint64_t max_pixels, Read read) {
+nb::object read_with(std::uint64_t max_pixels, bool srgb, Read read) {
     tarvo_read_options options = {};
     options.size = sizeof options;
     options.max_pixels = max_pixels;
+    options.srgb = srgb;
     Watch watch{nb::none()};
     watch.put_into(options);
     tarvo_picture* made = nullptr;
@@ -100,19 +101,21 @@ nb::object read_with(std::uint64_t max_pixels, Read read) {
     return new_picture(made);
 }
 
-nb::object open(const nb::bytes& path, std::uint64_t max_pixels) {
-    return read_with(max_pixels, [&](const tarvo_read_options& options, tarvo_picture** made, tarvo_error** error) {
-        return tarvo_picture_open(path.c_str(), &options, made, error);
-    });
+nb::object open(const nb::bytes& path, std::uint64_t max_pixels, bool srgb) {
+    return read_with(max_pixels, srgb,
+                     [&](const tarvo_read_options& options, tarvo_picture** made, tarvo_error** error) {
+                         return tarvo_picture_open(path.c_str(), &options, made, error);
+                     });
 }
 
-nb::object decode(nb::handle bytes, std::uint64_t max_pixels) {
+nb::object decode(nb::handle bytes, std::uint64_t max_pixels, bool srgb) {
     const Buffer buffer(bytes, PyBUF_SIMPLE);
     // An empty buffer may have no address.
     const void* begin = buffer->buf ? buffer->buf : "";
-    return read_with(max_pixels, [&](const tarvo_read_options& options, tarvo_picture** made, tarvo_error** error) {
-        return tarvo_picture_decode(begin, static_cast<std::size_t>(buffer->len), &options, made, error);
-    });
+    return read_with(
+        max_pixels, srgb, [&](const tarvo_read_options& options, tarvo_picture** made, tarvo_error** error) {
+            return tarvo_picture_decode(begin, static_cast<std::size_t>(buffer->len), &options, made, error);
+        });
 }
 
 tarvo_layout layout_of(int channels) {
@@ -167,28 +170,56 @@ void to_rows(const Picture& self, nb::handle array, const std::string& layout) {
     run([&](tarvo_error** error) { return tarvo_picture_to_rows(self.get(), rows->buf, rows->strides[0], to, error); });
 }
 
+nb::object metadata(const Picture& self, int kind) {
+    std::size_t length = 0;
+    const std::uint8_t* bytes = tarvo_picture_metadata(self.get(), static_cast<tarvo_metadata>(kind), &length);
+    return nb::bytes(bytes, length);
+}
+
+nb::object resolution(const Picture& self) {
+    double x = 0, y = 0;
+    if (!tarvo_picture_resolution(self.get(), &x, &y)) return nb::none();
+    return nb::make_tuple(x, y);
+}
+
+nb::object with_metadata(const Picture& self, int kind, const nb::bytes& bytes) {
+    tarvo_picture* made = nullptr;
+    run([&](tarvo_error** error) {
+        return tarvo_picture_with_metadata(self.get(), static_cast<tarvo_metadata>(kind), bytes.c_str(), bytes.size(),
+                                           &made, error);
+    });
+    return new_picture(made);
+}
+
+nb::object with_resolution(const Picture& self, double x, double y) {
+    tarvo_picture* made = nullptr;
+    run([&](tarvo_error** error) { return tarvo_picture_with_resolution(self.get(), x, y, &made, error); });
+    return new_picture(made);
+}
+
 template <class Write>
-void write(std::optional<int> quality, Write work) {
+void write(std::optional<int> quality, std::uint32_t strip, Write work) {
     if (quality && (*quality < 1 || *quality > 100))
         raise_out_of_range("", "quality", "quality is " + std::to_string(*quality) + ", allowed is 1 to 100");
     tarvo_write_options options = {};
     options.size = sizeof options;
     options.jpeg_quality = quality.value_or(0);
+    options.strip = strip;
     Watch watch{nb::none()};
     watch.put_into(options);
     watch.run([&](tarvo_error** error) { return work(&options, error); });
 }
 
-void save(const Picture& self, const nb::bytes& path, std::optional<int> quality) {
-    write(quality, [&](const tarvo_write_options* options, tarvo_error** error) {
+void save(const Picture& self, const nb::bytes& path, std::optional<int> quality, std::uint32_t strip) {
+    write(quality, strip, [&](const tarvo_write_options* options, tarvo_error** error) {
         return tarvo_picture_save(self.get(), path.c_str(), options, error);
     });
 }
 
-nb::bytes encode(const Picture& self, const std::string& format, std::optional<int> quality) {
+nb::bytes encode(const Picture& self, const std::string& format, std::optional<int> quality, std::uint32_t strip) {
     std::uint8_t* bytes = nullptr;
     std::size_t length = 0;
-    write(quality, [&](const tarvo_write_options* options, tarvo_error** error) {
+    write(quality, strip, [&](const tarvo_write_options* options, tarvo_error** error) {
         return tarvo_picture_encode(self.get(), format.c_str(), options, &bytes, &length, error);
     });
     const std::unique_ptr<std::uint8_t, void (*)(void*)> owned(bytes, &tarvo_free);
@@ -239,8 +270,12 @@ void define_picture(nb::module_& module) {
              })
         .def("_part", &part)
         .def("_to_rows", &to_rows)
-        .def("_save", &save, nb::arg("path"), nb::arg("quality").none())
-        .def("_encode", &encode, nb::arg("format"), nb::arg("quality").none());
+        .def("_metadata", &metadata)
+        .def("_resolution", &resolution)
+        .def("_with_metadata", &with_metadata)
+        .def("_with_resolution", &with_resolution)
+        .def("_save", &save, nb::arg("path"), nb::arg("quality").none(), nb::arg("strip"))
+        .def("_encode", &encode, nb::arg("format"), nb::arg("quality").none(), nb::arg("strip"));
     module.def("open", &open);
     module.def("decode", &decode);
     module.def("from_rows", &from_rows);

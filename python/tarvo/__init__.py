@@ -13,9 +13,10 @@ Pictures never change; operations are their methods, and those that need no pict
 import json as _json
 from typing import Any as _Any
 
-from . import _classes, _errors, _native, _operations, _picture, _types
+from . import _classes, _errors, _metadata, _native, _operations, _picture, _types
 from ._classes import *
 from ._errors import *
+from ._metadata import *
 from ._operations import *
 from ._picture import *
 from ._types import *
@@ -23,6 +24,7 @@ from ._types import *
 __all__ = ["__version__", "operations"]
 __all__ += _classes.__all__
 __all__ += _errors.__all__
+__all__ += _metadata.__all__
 __all__ += _operations.__all__
 __all__ += _picture.__all__
 __all__ += _types.__all__

@@ -4,7 +4,7 @@ from __future__ import annotations
 
 import os
 import pickle
-from collections.abc import Callable
+from collections.abc import Callable, Iterable
 from typing import Any, Literal, NoReturn, TypeAlias, TypeVar
 
 import numpy as np
@@ -12,6 +12,7 @@ import numpy.typing as npt
 
 from . import _native, _operations
 from ._errors import CopyNeeded, Error, Status, cannot_read, cannot_write
+from ._metadata import BYTES_KINDS, Metadata, MetadataKind, added_up
 from ._types import Pixels, Progress
 
 __all__ = ["Mode", "Picture", "apply", "decode", "from_array", "open"]
@@ -42,18 +43,32 @@ class Picture(_operations.PictureOperations, _native.Picture):
 
     # --- files ---
 
-    def save(self, path: _Path, quality: int | None = None) -> None:
-        """Writes the format that the name's ending tells: .png .jpg .jpeg .pbm .pgm .ppm .pam. The file appears whole or
-        not at all. PNG and PAM keep the mask. `quality` is that of JPEG, 1 to 100; 92 unless given."""
+    def save(self, path: _Path, quality: int | None = None, strip: Iterable[MetadataKind] = ()) -> None:
+        """Writes the format that the name's ending tells: .png .jpg .jpeg .pbm .pgm .ppm .pam .trv. The file appears whole
+        or not at all. PNG and PAM keep the mask. `quality` is that of JPEG, 1 to 100; unless given, that of the JPEG file
+        the picture comes from, or 92. Of the metadata, what is in `strip` is left out."""
         name = os.fsencode(path)
-        _of_file(name, lambda: self._save(name, quality), cannot_write)
+        _of_file(name, lambda: self._save(name, quality, added_up(strip)), cannot_write)
 
-    def encode(self, format: str, quality: int | None = None) -> bytes:
-        """The bytes of a file: "png", "jpg", "pbm", "pgm", "ppm" or "pam"."""
-        return self._encode(format, quality)
+    def encode(self, format: str, quality: int | None = None, strip: Iterable[MetadataKind] = ()) -> bytes:
+        """The bytes of a file: "png", "jpg", "pbm", "pgm", "ppm", "pam" or "trv"."""
+        return self._encode(format, quality, added_up(strip))
 
     def _repr_png_(self) -> bytes:
-        return self._encode("png", None)
+        return self.encode("png")
+
+    @property
+    def metadata(self) -> Metadata:
+        """What the picture's file carried besides pixels. Results of operations have it, too, and files get it. Exif is that
+        of the picture as it was read: upright, with its size, without a preview."""
+        return Metadata(*(self._metadata(kind) for kind in BYTES_KINDS.values()), resolution=self._resolution())
+
+    def with_metadata(self, metadata: Metadata) -> Picture:
+        """The same pixels with other metadata: tarvo.from_array(changed).with_metadata(photo.metadata)."""
+        made = self
+        for name, kind in BYTES_KINDS.items():
+            made = made._with_metadata(kind, getattr(metadata, name))
+        return made._with_resolution(*(metadata.resolution or (0, 0)))
 
     # --- arrays ---
 
@@ -137,9 +152,8 @@ class Picture(_operations.PictureOperations, _native.Picture):
 
     def __reduce_ex__(self, protocol: Any) -> tuple[Any, ...]:
         pixels = self._usual(copy=True)
-        if protocol >= 5:
-            return _unpickled, (pixels.shape, pickle.PickleBuffer(pixels))
-        return _unpickled, (pixels.shape, pixels.tobytes())
+        memory = pickle.PickleBuffer(pixels) if protocol >= 5 else pixels.tobytes()
+        return _unpickled, (pixels.shape, memory, *self.metadata)
 
 
 class _Memory:
@@ -156,8 +170,9 @@ class _Memory:
         }
 
 
-def _unpickled(shape: tuple[int, int, int], pixels: Any) -> Picture:
-    return _copied(np.frombuffer(pixels, np.uint8).reshape(shape))
+def _unpickled(shape: tuple[int, int, int], pixels: Any, *metadata: Any) -> Picture:
+    made = _copied(np.frombuffer(pixels, np.uint8).reshape(shape))
+    return made.with_metadata(Metadata(*metadata)) if any(metadata) else made
 
 
 def _of_file(path: bytes, work: Callable[[], _Done], reason: Callable[[bytes], OSError | None]) -> _Done:
@@ -182,16 +197,17 @@ def _bound(max_pixels: int | None) -> int:
     return max_pixels
 
 
-def open(path: _Path, max_pixels: int | None = None) -> Picture:
-    """Reads a PNG, JPEG, PBM, PGM, PPM or PAM file, told by its content; transparency becomes the picture's mask. A file
-    of more than `max_pixels`, 268,435,456 unless given, is refused."""
+def open(path: _Path, max_pixels: int | None = None, srgb: bool = False) -> Picture:
+    """Reads a PNG, JPEG, PBM, PGM, PPM or PAM file, told by its content, or a .trv file; transparency becomes the picture's
+    mask. A file of more than `max_pixels`, 268,435,456 unless given, is refused. With `srgb` the colours become those of
+    sRGB by the file's profile, which the picture then has no more."""
     name, bound = os.fsencode(path), _bound(max_pixels)
-    return _of_file(name, lambda: _native.open(name, bound), cannot_read)
+    return _of_file(name, lambda: _native.open(name, bound, srgb), cannot_read)
 
 
-def decode(data: Any, max_pixels: int | None = None) -> Picture:
+def decode(data: Any, max_pixels: int | None = None, srgb: bool = False) -> Picture:
     """Reads the bytes of a file, as open() reads it."""
-    return _native.decode(data, _bound(max_pixels))
+    return _native.decode(data, _bound(max_pixels), srgb)
 
 
 def apply(call: str, *calls: str, progress: Progress | None = None) -> Any:

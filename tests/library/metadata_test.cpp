@@ -2,6 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+#include <numeric>
+#include <utility>
+#include <vector>
+
 #include "samples.h"
 
 namespace tarvo::test {
@@ -128,6 +133,72 @@ TEST(LibraryMetadata, JpegOfJpegHasItsQuality) {
     EXPECT_NE(picture.encode("jpg"), picture.encode("jpg", other));
     const Picture made = noisy_picture(16, 8);
     EXPECT_EQ(made.encode("jpg"), made.encode("jpg", other));
+}
+
+TEST(LibraryMetadata, MayBeGivenToAnyPicture) {
+    const Picture read = photograph(), plain = noisy_picture(8, 16);
+    Picture made = plain;
+    for (const tarvo_metadata kind :
+         {TARVO_METADATA_EXIF, TARVO_METADATA_XMP, TARVO_METADATA_IPTC, TARVO_METADATA_ICC}) {
+        made = made.with_metadata(kind, read.metadata(kind));
+        EXPECT_EQ(made.metadata(kind), read.metadata(kind));
+        EXPECT_TRUE(plain.metadata(kind).empty());
+        EXPECT_TRUE(made.with_metadata(kind, {}).metadata(kind).empty());
+    }
+    made = made.with_resolution(48, 96);
+    EXPECT_EQ(made.pixels(), plain.pixels());  // the same memory
+    for (const char* format : {"jpg", "png"}) {
+        const Bytes file = made.encode(format);
+        const Picture again = Picture::decode(file.data(), file.size());
+        for (const tarvo_metadata kind :
+             {TARVO_METADATA_EXIF, TARVO_METADATA_XMP, TARVO_METADATA_IPTC, TARVO_METADATA_ICC})
+            EXPECT_EQ(again.metadata(kind), read.metadata(kind)) << format << kind;
+        double x = 0, y = 0;
+        EXPECT_EQ(tarvo_picture_resolution(again.get(), &x, &y), 1);
+        EXPECT_NEAR(x, 48, 0.02);
+        EXPECT_NEAR(y, 96, 0.02);
+    }
+    EXPECT_EQ(tarvo_picture_resolution(made.with_resolution(0, 0).get(), nullptr, nullptr), 0);
+}
+
+TEST(LibraryMetadata, ThatCannotBeIsRefused) {
+    const Picture plain = noisy_picture(4, 4);
+    const auto status_of = [](const auto& work) {
+        try {
+            work();
+        } catch (const Error& error) {
+            return error.status();
+        }
+        return TARVO_OK;
+    };
+    for (const int kind : {0, 3, 16, 31, 99})
+        EXPECT_EQ(status_of([&] { plain.with_metadata(static_cast<tarvo_metadata>(kind), {1}); }), TARVO_USE) << kind;
+    const Bytes most(std::size_t{8} << 20), more(most.size() + 1);
+    EXPECT_EQ(status_of([&] { plain.with_metadata(TARVO_METADATA_XMP, most); }), TARVO_OK);
+    EXPECT_EQ(status_of([&] { plain.with_metadata(TARVO_METADATA_XMP, more); }), TARVO_LIMIT);
+    const double huge = std::numeric_limits<double>::infinity(), none = std::numeric_limits<double>::quiet_NaN();
+    for (const auto& [x, y] : {std::pair{1.0, 0.0}, {0.0, 1.0}, {-1.0, 1.0}, {1.0, huge}, {none, 1.0}, {none, none}})
+        EXPECT_EQ(status_of([&, x = x, y = y] { plain.with_resolution(x, y); }), TARVO_USE) << x << " " << y;
+    tarvo_picture* made = nullptr;
+    EXPECT_EQ(tarvo_picture_with_metadata(nullptr, TARVO_METADATA_XMP, "", 0, &made, nullptr), TARVO_USE);
+    EXPECT_EQ(tarvo_picture_with_metadata(plain.get(), TARVO_METADATA_XMP, nullptr, 1, &made, nullptr), TARVO_USE);
+    EXPECT_EQ(tarvo_picture_with_metadata(plain.get(), TARVO_METADATA_XMP, "", 0, nullptr, nullptr), TARVO_USE);
+    EXPECT_EQ(tarvo_picture_with_resolution(nullptr, 1, 1, &made, nullptr), TARVO_USE);
+    EXPECT_EQ(tarvo_picture_with_resolution(plain.get(), 1, 1, nullptr, nullptr), TARVO_USE);
+}
+
+// Bytes that are no Exif, no packet and no profile do no harm; what cannot be in the file is left out.
+TEST(LibraryMetadata, MayBeAnyBytes) {
+    Bytes noise(300);
+    std::iota(noise.begin(), noise.end(), std::uint8_t{7});
+    for (const char* format : {"jpg", "png", "ppm"}) {
+        Picture made = noisy_picture(5, 4);
+        for (const tarvo_metadata kind :
+             {TARVO_METADATA_EXIF, TARVO_METADATA_XMP, TARVO_METADATA_IPTC, TARVO_METADATA_ICC})
+            made = made.with_metadata(kind, noise);
+        const Bytes file = made.encode(format);
+        EXPECT_EQ(Picture::decode(file.data(), file.size()).width(), 5);
+    }
 }
 
 }  // namespace
