@@ -177,8 +177,10 @@ TEST(LibraryMetadata, ThatCannotBeIsRefused) {
     EXPECT_EQ(status_of([&] { plain.with_metadata(TARVO_METADATA_XMP, most); }), TARVO_OK);
     EXPECT_EQ(status_of([&] { plain.with_metadata(TARVO_METADATA_XMP, more); }), TARVO_LIMIT);
     const double huge = std::numeric_limits<double>::infinity(), none = std::numeric_limits<double>::quiet_NaN();
-    for (const auto& [x, y] : {std::pair{1.0, 0.0}, {0.0, 1.0}, {-1.0, 1.0}, {1.0, huge}, {none, 1.0}, {none, none}})
-        EXPECT_EQ(status_of([&, x = x, y = y] { plain.with_resolution(x, y); }), TARVO_USE) << x << " " << y;
+    const std::pair<double, double> wrong[] = {{1, 0}, {0, 1}, {-1, 1}, {1, huge}, {none, 1}, {none, none}};
+    for (const auto& resolution : wrong)
+        EXPECT_EQ(status_of([&] { plain.with_resolution(resolution.first, resolution.second); }), TARVO_USE)
+            << resolution.first << " " << resolution.second;
     tarvo_picture* made = nullptr;
     EXPECT_EQ(tarvo_picture_with_metadata(nullptr, TARVO_METADATA_XMP, "", 0, &made, nullptr), TARVO_USE);
     EXPECT_EQ(tarvo_picture_with_metadata(plain.get(), TARVO_METADATA_XMP, nullptr, 1, &made, nullptr), TARVO_USE);

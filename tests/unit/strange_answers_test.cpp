@@ -22,6 +22,10 @@
 namespace tarvo::test {
 namespace {
 
+struct Size {
+    int width, height;
+};
+
 using NewPicture = REALpictureStruct*(long width, long height, long depth);
 using LockDescription = int(REALpictureStruct* picture, REALpictureDescription* description);
 using UnlockDescription = void(REALpictureStruct* picture);
@@ -252,8 +256,9 @@ TEST_F(StrangeAnswers, ADrawingNeedsAWorldToBeRenderedIn) {
 TEST_F(StrangeAnswers, ADrawingOfSidesTooLargeToBeDrawnDoesNotLock) {
     const ObjectRef drawing = host.new_picture({.width = 6, .height = 5, .backing = Backing::drawing_commands});
     const auto before = host.accounts();
-    for (const auto& [width, height] : {std::pair{32768, 5}, std::pair{6, 32768}}) {
-        on_description = [&, width = width, height = height](REALpictureDescription& description) {
+    for (const Size size : {Size{32768, 5}, Size{6, 32768}}) {
+        const int width = size.width, height = size.height;
+        on_description = [&, width, height](REALpictureDescription& description) {
             if (description.kind != pictureDrawingCommands) return;
             description.width = width;
             description.height = height;
@@ -271,7 +276,8 @@ TEST_F(StrangeAnswers, ADrawingOfSidesTooLargeToBeDrawnDoesNotLock) {
 
 // Kernels walk all pictures by the sizes that were checked.
 TEST_F(StrangeAnswers, ANewPictureOfAnotherSizeDoesNotLock) {
-    for (const auto& [width, height] : {std::pair{8, 3}, std::pair{7, 2}, std::pair{6, 3}, std::pair{7, 4}}) {
+    for (const Size size : {Size{8, 3}, Size{7, 2}, Size{6, 3}, Size{7, 4}}) {
+        const int width = size.width, height = size.height;
         make_all({.width = width, .height = height});
         const auto before = host.accounts();
         {
@@ -298,11 +304,12 @@ TEST_F(StrangeAnswers, AResultOfAnotherSizeIsCode6InThePictureForm) {
 
 TEST_F(StrangeAnswers, AResultOfAnotherSizeIsCode6AndStaysUnpaintedInTheClientForm) {
     const ObjectRef source = client_of(make({.width = 7, .height = 3}));
-    for (const auto& [width, height] : {std::pair{7, 2}, std::pair{8, 3}}) {
+    for (const Size size : {Size{7, 2}, Size{8, 3}}) {
+        const int width = size.width, height = size.height;
         SCOPED_TRACE(::testing::Message() << width << " x " << height);
         ObjectRef backing;
         std::vector<std::uint8_t> before;
-        on_new_picture = [&, width = width, height = height](long, long, long) {
+        on_new_picture = [&, width, height](long, long, long) {
             backing = make({.width = width, .height = height});
             before.assign(of(backing).row(1), of(backing).row(1) + 4 * width);
             return static_cast<REALpictureStruct*>(ObjectRef(backing).hand_over());
@@ -336,8 +343,9 @@ TEST_F(StrangeAnswers, AResultOfAnotherDepthIsComposedWithoutTheOverlaysMask) {
 TEST_F(StrangeAnswers, AResultsMaskOfAnotherSizeIsFilledAllTheSame) {
     const ObjectRef source = make({.width = 4, .height = 3});
     of(source).set_mask(plain({.width = 4, .height = 3}, 0x404040));
-    for (const auto& [width, height] : {std::pair{9, 6}, std::pair{8, 5}, std::pair{3, 2}}) {
-        on_new_picture = [&, width = width, height = height](long asked_width, long asked_height, long) {
+    for (const Size size : {Size{9, 6}, Size{8, 5}, Size{3, 2}}) {
+        const int width = size.width, height = size.height;
+        on_new_picture = [&, width, height](long asked_width, long asked_height, long) {
             const auto side = [](long length) { return static_cast<int>(length); };
             ObjectRef made = make({.width = side(asked_width), .height = side(asked_height)});
             of(made).set_mask(host.new_picture({.width = width, .height = height}));
