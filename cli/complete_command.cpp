@@ -97,7 +97,7 @@ void offer_search_words(const Choices& choices, const reference::Reference& all)
 // What stands where the command line has no option, by the name that the command gives that place.
 void offer_arguments(const Choices& choices, const CLI::App& command, std::string_view place) {
     if (place == "IN") choices.offer_files();
-    const Described described;
+    Described described;
     const reference::Reference& all = described.all();
     const bool takes_calls = command.get_option_no_throw("CALL") != nullptr;
     if (place == "IN" && takes_calls) offer_names(choices, all, makes_picture_of_nothing);

@@ -3,6 +3,8 @@
 // What there is to call, for commands that tell people of it. Programs get it from the library as JSON; the tool has
 // the library's objects in it, and asks them.
 
+#include <optional>
+
 #include "engine.h"
 #include "reference.h"
 
@@ -10,15 +12,19 @@ namespace tarvo::cli {
 
 class Described {
 public:
-    Described() : call_({}), all_(call_.caller()) {}
+    Described() : call_({}) {}
 
     const host::Registry& registry() const { return library::registry(); }
     host::Caller& caller() { return call_.caller(); }
-    const reference::Reference& all() const { return all_; }
+    // Made when it is first asked for.
+    const reference::Reference& all() {
+        if (!all_) all_.emplace(call_.caller());
+        return *all_;
+    }
 
 private:
     library::CallHost call_;
-    const reference::Reference all_;
+    std::optional<reference::Reference> all_;
 };
 
 }  // namespace tarvo::cli

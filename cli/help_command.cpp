@@ -123,7 +123,7 @@ void print_class(const reference::Class& cls) {
 }
 
 void help(const std::string& name) {
-    const Described described;
+    Described described;
     const reference::Reference& all = described.all();
     if (const auto* const operation = reference::find_operation(all, name)) return print_operation(*operation);
     if (const auto* const cls = reference::find_class(all, name)) return print_class(*cls);
