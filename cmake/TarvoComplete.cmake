@@ -20,11 +20,12 @@ function(tarvo_built_sources out folder)
 endfunction()
 
 tarvo_built_sources(built "${PROJECT_SOURCE_DIR}")
-# The second machine's; programs that a test builds against an installed libtarvo; the Python package, whose sources are
+# Other machines'; programs that a test builds against an installed libtarvo; the Python package, whose sources are
 # those of its folder.
 file(GLOB python_sources "${PROJECT_SOURCE_DIR}/python/native/*.cpp")
 list(APPEND built ${python_sources}
   "${PROJECT_SOURCE_DIR}/tests/powerpc/rounding_instruction.cpp"
+  "${PROJECT_SOURCE_DIR}/web/native/layout.cpp"
   "${PROJECT_SOURCE_DIR}/examples/library/contrast.cpp"
   "${PROJECT_SOURCE_DIR}/examples/library/server.cpp")
 list(JOIN built "\n" built)

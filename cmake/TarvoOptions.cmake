@@ -2,6 +2,7 @@
 
 option(TARVO_LIBRARY "Build libtarvo, which programs link" ON)
 option(BUILD_SHARED_LIBS "libtarvo as a shared library" ON)
+option(TARVO_STATIC_PLUGIN "One image of all: no plugin to load, and no library for programs to link" OFF)
 option(TARVO_TOOL "Build the tarvo command (CLI11)" ON)
 option(TARVO_PICTURE_LIBRARIES "Read and write PNG and JPEG files (libpng, libjpeg; libdeflate and lcms2 where they are)" ON)
 option(TARVO_SCREEN "Capture the screen of an X display, where libxcb and libxcb-shm are" ON)

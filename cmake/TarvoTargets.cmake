@@ -40,7 +40,7 @@ endif()
 # What makes mistakes harder to use: guarded stacks, checked copies, tables that cannot be written once a program runs,
 # and returns and jumps that land where they should. Sanitizers watch more closely, and in their own way.
 add_library(tarvo_hardening INTERFACE)
-if(NOT TARVO_SANITIZE)
+if(NOT TARVO_SANITIZE AND NOT EMSCRIPTEN)  # whose machine checks returns, jumps and tables by itself
   target_compile_options(tarvo_hardening INTERFACE -fstack-protector-strong -fstack-clash-protection)
   target_compile_options(tarvo_hardening INTERFACE $<$<CONFIG:Release>:-U_FORTIFY_SOURCE> $<$<CONFIG:Release>:-D_FORTIFY_SOURCE=2>)
   target_link_options(tarvo_hardening INTERFACE LINKER:-z,relro,-z,now,-z,noexecstack)

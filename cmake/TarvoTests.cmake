@@ -3,6 +3,10 @@
 # The time of a test program goes into compiling it. Most of that is spent on the headers that all share, which are read
 # once, and on optimisation, of which tests get as little as lets them run in a fair time.
 set(tarvo_test_options -Og)
+if(EMSCRIPTEN)
+  set(tarvo_test_options -O1)  # the least that is optimised there
+  add_link_options(-sNODERAWFS=1 -sEXIT_RUNTIME=1 -sALLOW_MEMORY_GROWTH=1 -sENVIRONMENT=node)
+endif()
 set(tarvo_test_headers
   <gtest/gtest.h>
   <algorithm> <array> <cmath> <cstdint> <cstring> <filesystem> <functional> <limits> <map> <memory> <optional> <random>

@@ -41,6 +41,14 @@ enum REALpictureKind : std::int32_t {
     pictureHostPixelBuffer = 10,  // store: REALpixelBuffer*
 };
 
+// How the host calls what a plugin registers, about whose arguments only a declaration tells: integers and addresses in
+// one row, doubles in another, each in order. The calling conventions of processors pass them so, and a function does
+// not see what it does not take. WebAssembly, which calls a function by exactly its type, has entry points of this type
+// alone, but for constructors and destructors.
+template <class Result>
+using REALentry = Result (*)(REALword, REALword, REALword, REALword, REALword, REALword, REALword, REALword,  //
+                             double, double, double, double, double, double, double, double);
+
 // Filled by the host when it locks a picture's description.
 struct REALpictureDescription {
     std::int32_t kind;  // a REALpictureKind, or another number for a store that plugins do not know

@@ -199,7 +199,8 @@ private:
 // Returns what the methods that would take most of the call say. Most operations have a twin for another class of
 // pictures; twins for other classes than the object's are mentioned only when there is nothing else.
 PlacedError no_match(std::vector<Failure> failures) {
-    if (!std::ranges::all_of(failures, &Failure::other_object)) std::erase_if(failures, &Failure::other_object);
+    if (!std::ranges::all_of(failures, &Failure::other_object))
+        std::erase_if(failures, std::mem_fn(&Failure::other_object));
     const std::size_t furthest = std::ranges::max(failures, {}, &Failure::rank).rank;
     std::erase_if(failures, [&](const Failure& failure) { return failure.rank < furthest; });
 

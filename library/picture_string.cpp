@@ -38,7 +38,7 @@ public:
     std::string in_words() const {
         return "string, " + language::depth_text(static_cast<int>(number_at(8, 2))) + (has_mask() ? ", mask" : "");
     }
-    std::size_t length() const { return kHeaderBytes + width() * height() * (kColorBytes + (has_mask() ? 1 : 0)); }
+    std::uint64_t length() const { return kHeaderBytes + width() * height() * (kColorBytes + (has_mask() ? 1 : 0)); }
 
     // The header of as many rows of the picture, with or without the mask's.
     Header of_rows(int count, bool with_mask) const {
@@ -137,7 +137,7 @@ private:
     // The levels are read as those of black pixels. A host that makes no masks leaves the picture without.
     void read_mask(Picture& whole) {
         for_each_piece(whole.width(), whole.height(), [&](int first, int count) {
-            const std::size_t color_bytes = static_cast<std::size_t>(count) * header_.width() * kColorBytes;
+            const auto color_bytes = static_cast<std::size_t>(count * header_.width() * kColorBytes);
             const ObjectRef rows = picture_of(header_.of_rows(count, true), [&](std::span<std::uint8_t> planes) {
                 std::ranges::fill(planes.first(color_bytes), std::uint8_t{0});
                 take(planes.subspan(color_bytes), first + count == whole.height());
@@ -155,10 +155,11 @@ private:
 
     // The picture of a string with that header and what `fill` writes behind it.
     ObjectRef picture_of(const Header& header, const std::function<void(std::span<std::uint8_t>)>& fill) {
-        const ObjectRef string = call_.host().new_string(header.length(), [&](std::span<std::uint8_t> room) {
-            std::ranges::copy(header.bytes(), room.begin());
-            fill(room.subspan(kHeaderBytes));
-        });
+        const ObjectRef string =
+            call_.host().new_string(static_cast<std::size_t>(header.length()), [&](std::span<std::uint8_t> room) {
+                std::ranges::copy(header.bytes(), room.begin());
+                fill(room.subspan(kHeaderBytes));
+            });
         const ObjectRef picture = ask(call_, string, "TRV_ConvertToPicture");
         if (picture) return picture;
         if (const auto& refusal = call_.host().refusal()) throw host::Refusal(*refusal);
@@ -211,7 +212,7 @@ private:
                     file.write(whole.bytes());
                     words = whole.in_words();
                 }
-                const std::size_t color_bytes = static_cast<std::size_t>(count) * Header(bytes).width() * kColorBytes;
+                const auto color_bytes = static_cast<std::size_t>(count * Header(bytes).width() * kColorBytes);
                 const auto planes = bytes.subspan(kHeaderBytes);
                 file.write(of_mask ? planes.subspan(color_bytes) : planes.first(color_bytes));
             });

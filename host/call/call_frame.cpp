@@ -5,6 +5,7 @@
 #include <type_traits>
 
 #include "caller.h"
+#include "real_interface.h"
 
 // Entry points are called by a type that is not their own, on purpose.
 #if defined(__clang__)
@@ -20,14 +21,11 @@ namespace {
 // registers (six and then the stack on the one, eight on the other) and doubles in another (eight on both), each in
 // order. So this one prototype reaches every entry point that takes at most eight of each sort, however they are
 // interleaved. An entry point does not see slots that it does not take, and finds zero in those without an argument.
-using Word = std::intptr_t;
-template <class Result>
-using Entry = Result (*)(Word, Word, Word, Word, Word, Word, Word, Word,  //
-                         double, double, double, double, double, double, double, double);
+using Word = REALword;
 
 template <class Result>
 CALLS_ANY_FUNCTION Result call_entry(void* entry, const std::array<Word, 8>& w, const std::array<double, 8>& d) {
-    const auto function = reinterpret_cast<Entry<Result>>(entry);
+    const auto function = reinterpret_cast<REALentry<Result>>(entry);
     return function(w[0], w[1], w[2], w[3], w[4], w[5], w[6], w[7], d[0], d[1], d[2], d[3], d[4], d[5], d[6], d[7]);
 }
 

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <utility>
 
 namespace tarvo::host {
@@ -26,8 +27,13 @@ public:
     std::uint8_t* data() const { return data_; }
     std::size_t size() const { return size_; }
 
-    // From this size on, the memory is a mapping.
+    // From this size on, the memory is a mapping. WebAssembly has none: its memory only grows, and what is given back
+    // is for whatever comes next.
+#ifdef __wasm__
+    static constexpr std::size_t kLarge = std::numeric_limits<std::size_t>::max();
+#else
     static constexpr std::size_t kLarge = std::size_t{1} << 20;
+#endif
     // The most bytes of idle mappings that are kept, unless told otherwise.
     static constexpr std::size_t kMostIdle = std::size_t{512} << 20;
     // Keeps at most so many, from now on. Throws std::bad_alloc.

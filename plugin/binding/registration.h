@@ -6,6 +6,8 @@
 
 #include <cstddef>
 #include <iterator>
+#include <tuple>
+#include <type_traits>
 
 #include "real_interface.h"
 
@@ -221,11 +223,51 @@ struct Boundary<Function> {
     }
 };
 
+#ifdef __wasm__
+// The same with the one type that entry points have there.
+template <auto Function>
+struct Entry;
+
+template <class Result, class... Arguments, Result (*Function)(Arguments...)>
+struct Entry<Function> {
+    using Returned = std::conditional_t<std::is_same_v<Result, double>, double, REALword>;
+
+    static Returned call(REALword w0, REALword w1, REALword w2, REALword w3, REALword w4, REALword w5, REALword w6,
+                         REALword w7, double d0, double d1, double d2, double d3, double d4, double d5, double d6,
+                         double d7) noexcept {
+        const REALword words[] = {w0, w1, w2, w3, w4, w5, w6, w7};
+        const double doubles[] = {d0, d1, d2, d3, d4, d5, d6, d7};
+        const REALword* word = words;
+        const double* real = doubles;
+        const auto next = [&]<class T>(std::type_identity<T>) {
+            if constexpr (std::is_same_v<T, double>)
+                return *real++;
+            else if constexpr (std::is_pointer_v<T>)
+                return reinterpret_cast<T>(*word++);
+            else
+                return static_cast<T>(*word++);
+        };
+        const std::tuple<Arguments...> arguments{next(std::type_identity<Arguments>())...};  // from left to right
+        if constexpr (std::is_void_v<Result>)
+            return std::apply(Boundary<Function>::call, arguments), 0;
+        else if constexpr (std::is_pointer_v<Result>)
+            return reinterpret_cast<REALword>(std::apply(Boundary<Function>::call, arguments));
+        else
+            return std::apply(Boundary<Function>::call, arguments);
+    }
+};
+#else
+template <auto Function>
+using Entry = Boundary<Function>;
+#endif
+
 }  // namespace tarvo::plugin::registration
 
 // The address that the host calls. This and the rows below are macros because only an initialiser that is written out
 // in place is sure to be constant, and the tables are complete before any code of the library runs.
-#define TRV_ENTRY(function) reinterpret_cast<void*>(&registration::Boundary<&function>::call)
+#define TRV_ENTRY(function) reinterpret_cast<void*>(&registration::Entry<&function>::call)
+// The same of a constructor or destructor, about whose argument no declaration has to tell.
+#define TRV_LIFE_ENTRY(function) reinterpret_cast<void*>(&registration::Boundary<&function>::call)
 
 // The row of a global method.
 #define TRV_METHOD(function, declaration) \

@@ -128,8 +128,8 @@ REALclassDefinition TRV_ColorMatrix_Class = {
     .version = kREALinterfaceVersion,
     .name = "TRV_ColorMatrix",
     .dataSize = sizeof(Matrix),
-    .constructor = TRV_ENTRY(TRV_ColorMatrix_Constructor),
-    .destructor = TRV_ENTRY(TRV_ColorMatrix_Destructor),
+    .constructor = TRV_LIFE_ENTRY(TRV_ColorMatrix_Constructor),
+    .destructor = TRV_LIFE_ENTRY(TRV_ColorMatrix_Destructor),
     .methods = kMethods,
     .methodCount = std::size(kMethods),
 };

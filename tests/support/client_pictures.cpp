@@ -48,6 +48,7 @@ ObjectRef client_in_own_memory(Session& session, Random& random, int width, int 
     data.buffer = random_memory(random, area(data.rowBytes, height) + kSlack);
     const auto misaligned = reinterpret_cast<std::uintptr_t>(data.buffer) % kAlignment;
     data.pixels = misaligned ? data.buffer + (kAlignment - misaligned) : data.buffer;
+    std::memmove(data.pixels, data.buffer, area(data.rowBytes, height));  // the same pixels wherever the memory is
     if (!masked) return client;
     data.hasMask = 1;
     data.maskDepth = 8;

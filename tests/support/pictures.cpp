@@ -66,7 +66,17 @@ const std::vector<Size>& empty_sizes() {
     return sizes;
 }
 
-int any_of(Random& random, int low, int high) { return std::uniform_int_distribution(low, high)(random); }
+// The standard's own distributions differ from library to library; a seed stands for the same numbers everywhere.
+int any_of(Random& random, int low, int high) {
+    const auto range = static_cast<std::uint32_t>(high) - static_cast<std::uint32_t>(low) + 1;
+    if (range == 0) return static_cast<int>(static_cast<std::uint32_t>(low) + static_cast<std::uint32_t>(random()));
+    const auto draw = [&] { return std::uint64_t{static_cast<std::uint32_t>(random())} * range; };
+    // Of 2^32 numbers so many are left over when all of the range are to be equally likely.
+    const std::uint32_t left_over = (0u - range) % range;
+    std::uint64_t drawn = draw();
+    while (static_cast<std::uint32_t>(drawn) < left_over) drawn = draw();
+    return static_cast<int>(static_cast<std::uint32_t>(low) + static_cast<std::uint32_t>(drawn >> 32));
+}
 
 std::uint32_t any_color(Random& random) { return static_cast<std::uint32_t>(random()) & 0xFFFFFF; }
 

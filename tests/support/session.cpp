@@ -3,10 +3,15 @@
 #include <stdexcept>
 
 #include "call_frame.h"
+#ifndef TARVO_PLUGIN_PATH
+#include "plugin_entry.h"
+#endif
 
 namespace tarvo::test {
 
+#ifdef TARVO_PLUGIN_PATH
 std::string plugin_path() { return TARVO_PLUGIN_PATH; }
+#endif
 
 std::string full_declaration(const host::Callable& method) {
     return (method.owner.empty() ? "" : method.owner + ".") + method.declaration.text;
@@ -14,8 +19,13 @@ std::string full_declaration(const host::Callable& method) {
 
 namespace {
 
-void load(host::Host& host, bool private_copy) {
-    if (!host.load_plugin(plugin_path(), private_copy)) throw std::runtime_error("the plugin refused the host");
+void load(host::Host& host, [[maybe_unused]] bool private_copy) {
+#ifdef TARVO_PLUGIN_PATH
+    const bool accepted = host.load_plugin(plugin_path(), private_copy);
+#else
+    const bool accepted = host.start_plugin(REALPluginMain);
+#endif
+    if (!accepted) throw std::runtime_error("the plugin refused the host");
 }
 
 }  // namespace

@@ -19,7 +19,7 @@ using host::ObjectRef;
 using host::Picture;
 using host::Value;
 
-// The shared library under test.
+// The shared library under test, where it is one.
 std::string plugin_path();
 // A method's declaration, a member's class before it: "picture.TRV_Difference(compare as picture) as picture".
 std::string full_declaration(const host::Callable& method);

@@ -1,0 +1,38 @@
+# libjpeg-turbo, without what its kernels are on other machines: their results are the same.
+include_guard(GLOBAL)
+include(TarvoSources)
+get_property(sources GLOBAL PROPERTY TARVO_SOURCES)
+set(folder "${sources}/libjpeg-turbo")
+
+# Its own list of sources, and of its version.
+file(READ "${folder}/CMakeLists.txt" lists)
+string(REGEX MATCH "set\\(JPEG_SOURCES ([^)]*)\\)" found "${lists}")
+string(REGEX REPLACE "[ \n]+" ";" names "${CMAKE_MATCH_1}")
+string(REGEX MATCH "set\\(VERSION ([0-9.]+)\\)" found "${lists}")
+set(VERSION ${CMAKE_MATCH_1})
+string(REGEX REPLACE "^([0-9]+)\\.([0-9]+)\\.([0-9]+)$" "\\1;\\2;\\3" numbers "${VERSION}")
+list(GET numbers 0 major)
+list(GET numbers 1 minor)
+list(GET numbers 2 patch)
+math(EXPR LIBJPEG_TURBO_VERSION_NUMBER "${major} * 1000000 + ${minor} * 1000 + ${patch}")
+
+# What it finds out when it is configured, as Debian configures it.
+set(JPEG_LIB_VERSION 62)
+set(BITS_IN_JSAMPLE 8)
+set(C_ARITH_CODING_SUPPORTED ON)
+set(D_ARITH_CODING_SUPPORTED ON)
+set(MEM_SRCDST_SUPPORTED ON)
+set(BUILD 0)
+set(INLINE "inline __attribute__((always_inline))")
+set(THREAD_LOCAL "")
+set(SIZE_T 4)
+set(HAVE_BUILTIN_CTZL ON)
+set(COPYRIGHT_YEAR 1991-2023)
+foreach(header jconfig.h jconfigint.h jversion.h)
+  configure_file("${folder}/${header}.in" "${PROJECT_BINARY_DIR}/jpeg/${header}")
+endforeach()
+
+list(APPEND names jaricom.c jcarith.c jdarith.c jsimd_none.c)
+list(TRANSFORM names PREPEND "${folder}/")
+tarvo_library_of_sources(jpeg JPEG::JPEG FOLDER "${folder}" SOURCES ${names})
+set(JPEG_FOUND TRUE)

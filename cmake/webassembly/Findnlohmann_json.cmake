@@ -1,0 +1,10 @@
+# Headers alone, and the same on every machine; beside them lie those of this machine's C library, which are not.
+include_guard(GLOBAL)
+find_path(NLOHMANN_JSON_FOLDER nlohmann/json.hpp PATHS /usr/include REQUIRED NO_CMAKE_FIND_ROOT_PATH)
+set(apart "${PROJECT_BINARY_DIR}/nlohmann_json")
+file(MAKE_DIRECTORY "${apart}")
+file(CREATE_LINK "${NLOHMANN_JSON_FOLDER}/nlohmann" "${apart}/nlohmann" SYMBOLIC)
+add_library(nlohmann_json INTERFACE)
+target_include_directories(nlohmann_json SYSTEM INTERFACE "${apart}")
+add_library(nlohmann_json::nlohmann_json ALIAS nlohmann_json)
+set(nlohmann_json_FOUND TRUE)
