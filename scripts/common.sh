@@ -16,12 +16,15 @@ usage() {
 
 # install_packages GROUP...: the Debian packages of scripts/packages.GROUP that are missing.
 install_packages() {
-    local group package missing=() as_root=()
+    local group package installed missing=() as_root=()
     command -v apt-get >/dev/null ||
         die "This sets itself up on Debian 12 only: apt-get is missing. See scripts/packages.* for what is needed."
+    # With what they stand for: one package may bring what another is for.
+    installed=$(dpkg-query -W -f '${db:Status-Status} ${Package} ${Provides}\n' |
+        sed -n 's/([^)]*)//g; s/,/ /g; s/^installed //p' | tr -s ' ' '\n')
     for group in "$@"; do
         for package in $(sed 's/#.*//' "$root/scripts/packages.$group"); do
-            dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null | grep -qx installed || missing+=("$package")
+            grep -qxF "$package" <<<"$installed" || missing+=("$package")
         done
     done
     [ ${#missing[@]} -eq 0 ] && return
