@@ -17,8 +17,10 @@ constexpr std::uint8_t kEnd[] = {3, 0};                     // a last block, of 
 constexpr std::uint8_t kEmptyBlock[] = {0, 0, 0xFF, 0xFF};  // of stored bytes: what is behind its header's three bits
 constexpr std::size_t kMostOfAnEnd = 1 + sizeof kEmptyBlock;
 
+#ifdef TARVO_LIBDEFLATE
 // What zlib calls it that a block has ended, and that it was the last.
 constexpr int kBlockEnded = 128, kLastBlock = 64;
+#endif
 
 void require(int status) {
     if (status == Z_MEM_ERROR) throw std::bad_alloc();

@@ -142,7 +142,9 @@ private:
         found_.others.push_back({entry, std::min(kEntryBytes + 4, bytes_.size() - entry)});
         const std::uint64_t bytes = std::uint64_t{*long_at(entry + 4)} * value_bytes(*short_at(entry + 2));
         const std::size_t place = *long_at(entry + 8);
-        if (bytes > kInlineBytes && holds(place, bytes)) found_.others.push_back({place, bytes});
+        if (bytes <= kInlineBytes || bytes > bytes_.size()) return;
+        const auto size = static_cast<std::size_t>(bytes);
+        if (holds(place, size)) found_.others.push_back({place, size});
     }
 
     // Returns where an entry's first value begins, if the entry has that type and the value is all there.
