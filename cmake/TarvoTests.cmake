@@ -5,7 +5,8 @@
 set(tarvo_test_options -Og)
 if(EMSCRIPTEN)
   set(tarvo_test_options -O1)  # the least that is optimised there
-  add_link_options(-sNODERAWFS=1 -sEXIT_RUNTIME=1 -sALLOW_MEMORY_GROWTH=1 -sENVIRONMENT=node)
+  add_link_options(-sNODERAWFS=1 -sEXIT_RUNTIME=1 -sALLOW_MEMORY_GROWTH=1 -sENVIRONMENT=node
+    "SHELL:--pre-js \"${CMAKE_CURRENT_LIST_DIR}/webassembly/environment.js\"")
 endif()
 set(tarvo_test_headers
   <gtest/gtest.h>
