@@ -13,6 +13,9 @@ namespace {
 const std::map<std::string, LossRule> kLossRules = {
     {"warn", LossRule::warn}, {"error", LossRule::error}, {"ignore", LossRule::ignore}};
 
+const std::map<std::string, tarvo_compression> kCompressions = {
+    {"fast", TARVO_COMPRESSION_FAST}, {"normal", TARVO_COMPRESSION_NORMAL}, {"small", TARVO_COMPRESSION_SMALL}};
+
 const std::map<std::string, tarvo_metadata> kKinds = {{"exif", TARVO_METADATA_EXIF},
                                                       {"xmp", TARVO_METADATA_XMP},
                                                       {"iptc", TARVO_METADATA_IPTC},
@@ -53,6 +56,12 @@ void add_file_options(CLI::App& command, FileOptions& options) {
                     "of a JPEG file, 1 to 100; unless told that of the JPEG file it is made of, or 92")
         ->type_name("N")
         ->check(CLI::Range(1, 100).description(""));
+    command
+        .add_option_function<std::string>(
+            "--compression", [&options](const std::string& word) { options.compression = kCompressions.at(word); },
+            "of a PNG file: fast, normal, small; normal unless told")
+        ->type_name("WORD")
+        ->check(one_of(kCompressions));
     command.add_flag("--srgb", options.srgb, "make colours those of sRGB, by the file's colour profile");
     command
         .add_option_function<std::string>(

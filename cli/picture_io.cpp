@@ -64,6 +64,7 @@ std::string write_picture(const Picture& picture, const std::string& path, const
     WatchedPart part;
     WriteOptions how;
     how.jpeg_quality = options.quality;
+    how.compression = options.compression;
     how.strip = options.strip;
     how.note = teller(listener, pixels);
     how.yield = [] { return false; };  // being asked is what lets a note that throws keep the file from being written

@@ -94,6 +94,15 @@ private:
     void* context_;
 };
 
+host::Compression compression_of(tarvo_compression given) {
+    switch (given) {
+        case TARVO_COMPRESSION_NORMAL: return host::Compression::normal;
+        case TARVO_COMPRESSION_FAST: return host::Compression::fast;
+        case TARVO_COMPRESSION_SMALL: return host::Compression::small;
+    }
+    throw wrong_use("compression is " + std::to_string(given) + ", allowed is 0 to 2");
+}
+
 // One picture on its way to a file, or to bytes, with the caller's options.
 class Writing {
 public:
@@ -152,8 +161,11 @@ private:
     const host::Picture& picture() const { return dynamic_cast<const host::Picture&>(*written_.get()); }
 
     host::WriteOptions how() {
-        host::WriteOptions options{
-            .watch = &watch_, .strip = options_.strip, .carried = carried_.get(), .on_block = call_.host().on_yield};
+        host::WriteOptions options{.png_compression = compression_of(options_.compression),
+                                   .watch = &watch_,
+                                   .strip = options_.strip,
+                                   .carried = carried_.get(),
+                                   .on_block = call_.host().on_yield};
         if (options_.jpeg_quality != 0) options.jpeg_quality = options_.jpeg_quality;
         return options;
     }

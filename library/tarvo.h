@@ -204,6 +204,13 @@ typedef enum tarvo_metadata TARVO_INT {
     TARVO_METADATA_ALL = 31
 } tarvo_metadata;
 
+/* How much time is taken for a smaller PNG file; its pixels are the same. */
+typedef enum tarvo_compression TARVO_INT {
+    TARVO_COMPRESSION_NORMAL = 0,
+    TARVO_COMPRESSION_FAST = 1,
+    TARVO_COMPRESSION_SMALL = 2
+} tarvo_compression;
+
 typedef struct tarvo_write_options {
     size_t size;
     int32_t jpeg_quality;        /* 1 to 100; 0: that of the JPEG file the picture comes from, or 92 */
@@ -215,6 +222,7 @@ typedef struct tarvo_write_options {
     void (*part_file)(void* context, tarvo_part_file now, int folder, const char* name);
     uint64_t max_memory; /* bytes for the picture and the string that it becomes; more are TARVO_MEMORY; 0: no bound */
     uint32_t strip;      /* kinds of metadata, of tarvo_metadata, that the file is not to have: that is no loss */
+    tarvo_compression compression;
 } tarvo_write_options;
 
 /* Writes the format that the name's ending tells: .png .jpg .jpeg .pbm .pgm .ppm .pam .trv. The file appears whole or

@@ -175,6 +175,7 @@ struct ReadOptions {
 
 struct WriteOptions {
     int jpeg_quality = 0;
+    tarvo_compression compression = TARVO_COMPRESSION_NORMAL;
     std::uint32_t strip = 0;
     std::function<bool()> yield = {};
     detail::Note note = {};
@@ -318,6 +319,7 @@ private:
         tarvo_write_options how = {};
         how.size = sizeof how;
         how.jpeg_quality = options.jpeg_quality;
+        how.compression = options.compression;
         how.max_memory = options.max_memory;
         how.strip = options.strip;
         detail::Callbacks callbacks(options);

@@ -320,6 +320,27 @@ TEST_F(BatchTest, ATerminalIsToldHowFarItIs) {
     EXPECT_EQ(apply("in/*.ppm 'Stretch(5, 1, 0)' --into out").err, "");
 }
 
+TEST_F(BatchTest, PngFilesAreCompressedAsIsWished) {
+    std::vector<std::uint32_t> colors(90000);
+    for (std::size_t i = 0; i < colors.size(); ++i) {
+        const auto cell = static_cast<std::uint32_t>(i % 300 % 31 + i / 300 % 37 * 31);
+        colors[i] = cell * cell * 0x9E3779B1u >> 8;
+    }
+    ppm("pattern.ppm", 300, 300, colors);
+    const auto size = [&](const std::string& word) {
+        const std::string name = word + ".png";
+        EXPECT_EQ(shell("tarvo convert --compression " + word + " pattern.ppm -o " + name).status, 0);
+        EXPECT_EQ(colors_of(file(name)), colors_of(file("pattern.ppm")));
+        return fs::file_size(file(name));
+    };
+    EXPECT_LT(size("small"), size("fast"));
+    EXPECT_EQ(size("normal"), [&] {
+        EXPECT_EQ(shell("tarvo convert pattern.ppm -o usual.png").status, 0);
+        return fs::file_size(file("usual.png"));
+    }());
+    EXPECT_EQ(shell("tarvo convert --compression tiny pattern.ppm -o x.png").status, 2);
+}
+
 TEST_F(BatchTest, HashesArePrintedBehindEachStep) {
     const Ending run = apply("-q --hash in/2.ppm 'Stretch(4, 1, 0)' 'Stretch(6, 1, 0)' -o out.ppm");
     std::istringstream lines(run.out);

@@ -433,6 +433,11 @@ TEST(LibraryOptions, HaveRanges) {
         writing.jpeg_quality = quality;
         EXPECT_EQ(tarvo_picture_encode(photo.get(), "ppm", &writing, &bytes, &length, nullptr), TARVO_USE) << quality;
     }
+    writing.jpeg_quality = 0;
+    for (const int compression : {3, -1}) {
+        writing.compression = static_cast<tarvo_compression>(compression);
+        EXPECT_EQ(tarvo_picture_encode(photo.get(), "png", &writing, &bytes, &length, nullptr), TARVO_USE);
+    }
 }
 
 TEST(Library, TellsItsVersionAndWhatItCanDo) {
