@@ -117,7 +117,7 @@ void check_sides(long width, long height) {
     const auto is_side = [](long length) { return length >= 1 && length <= kLongestSide; };
     if (is_side(width) && is_side(height)) return;
     throw Refusal("a picture of " + std::to_string(width) + " x " + std::to_string(height) +
-                  " pixels: a side may have 1 to " + std::to_string(kLongestSide),
+                      " pixels: a side may have 1 to " + std::to_string(kLongestSide),
                   Limit::sides);
 }
 

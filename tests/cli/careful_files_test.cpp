@@ -157,7 +157,8 @@ TEST_F(CarefulFiles, NoPluginIsLoadedWhereverOneIsPlanted) {
         EXPECT_EQ(run.status, 0) << line << ": " << run.err;
         EXPECT_EQ(run.out, tool({"list"}).out) << line;
     }
-    EXPECT_EQ(shell("ASAN_OPTIONS=verify_asan_link_order=0 LD_PRELOAD=bin/libTarvoGraphics.so tarvo list").status, 99) << "it would be seen";
+    EXPECT_EQ(shell("ASAN_OPTIONS=verify_asan_link_order=0 LD_PRELOAD=bin/libTarvoGraphics.so tarvo list").status, 99)
+        << "it would be seen";
 }
 
 TEST_F(CarefulFiles, HelpThatCannotBeWrittenIsAnError) {

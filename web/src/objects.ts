@@ -29,7 +29,7 @@ abstract class Handle {
   }
 
   /** @internal */
-  get library(): Library {
+  get module(): Library {
     return this.#library;
   }
   /** @internal */
@@ -72,22 +72,22 @@ export class Picture extends Handle {
 
   /** What a text of calls says, as the tool's `apply` takes it: "Stretch(fit(800, 600))". Most operations give a picture. */
   apply<T extends Result = Picture>(text: string): T {
-    return this.library.applyTo(this, text) as T;
+    return this.module.applyTo(this, text) as T;
   }
 
   /** Calls an operation by its name: `picture.call("Stretch", { width: 80, height: 60 })`. */
   call<T extends Result = Picture>(name: string, args: Arguments = []): T {
-    return this.library.callOn(this, name, args) as T;
+    return this.module.callOn(this, name, args) as T;
   }
 
   /** Its pixels, row by row from the top: red, green, blue and alpha, which colours are not multiplied by. */
   pixels(): Uint8ClampedArray<ArrayBuffer> {
-    const { engine } = this.library;
+    const { engine } = this.module;
     const { width, height } = this;
     return engine.within((scratch) => {
       const size = 4 * width * height;
       const rows = scratch.room(size);
-      engine.checked(scratch, "tarvo_picture_to_rows", this.addressIn(this.library), rows, 4 * width, rgba32);
+      engine.checked(scratch, "tarvo_picture_to_rows", this.addressIn(this.module), rows, 4 * width, rgba32);
       return new Uint8ClampedArray(engine.bytes(rows, size).slice().buffer);
     });
   }
@@ -98,13 +98,13 @@ export class Picture extends Handle {
   }
   /** The bytes of a file of the format that an ending tells: png, jpg, pbm, pgm, ppm or pam. */
   encode(format: string): Uint8Array<ArrayBuffer> {
-    const { engine } = this.library;
+    const { engine } = this.module;
     return engine.within((scratch) => {
       const place = scratch.room(8);
       engine.checked(
         scratch,
         "tarvo_picture_encode",
-        this.addressIn(this.library),
+        this.addressIn(this.module),
         scratch.text(format),
         0,
         place,
@@ -120,17 +120,17 @@ export class Picture extends Handle {
 
   /** SHA-256 of its sides and pixels, as `tarvo_picture_sha256` of the C interface defines it. */
   sha256(): string {
-    const { engine } = this.library;
+    const { engine } = this.module;
     return engine.within((scratch) => {
       const text = scratch.room(65);
-      const status = engine.call("tarvo_picture_sha256", this.addressIn(this.library), text);
+      const status = engine.call("tarvo_picture_sha256", this.addressIn(this.module), text);
       if (status !== 0) throw new TarvoError("memory", "not enough memory");
       return engine.text(text);
     });
   }
 
   #number(name: string): number {
-    return this.library.engine.call(name, this.addressIn(this.library));
+    return this.module.engine.call(name, this.addressIn(this.module));
   }
 }
 
@@ -146,7 +146,7 @@ export class TarvoObject extends Handle {
 
   /** Calls a method; one that can be assigned to takes the new value as one argument more. */
   call<T extends Result = Result>(name: string, args: Arguments = []): T {
-    return this.library.callOn(this, this.#member(name), args) as T;
+    return this.module.callOn(this, this.#member(name), args) as T;
   }
   /** A property. */
   get<T extends Result = number>(name: string): T {
