@@ -1,37 +1,40 @@
 #pragma once
 
-// Text files that appear whole or not at all.
+// Text files that appear whole or not at all, as pictures do.
 
 #include <string>
 #include <string_view>
 
+#include "file_writer.h"
 #include "interrupts.h"
 
 namespace tarvo::cli {
 
-// Writes beside the file, and gives it its name when all has arrived. Throws CommandError.
+// Throws CommandError.
 class WholeFile {
 public:
-    enum class Old { kept, replaced };  // a file of that name that is there already; kept: that is an error
+    using Old = host::FileWriter::Old;
 
     WholeFile(std::string path, Old old);
-    ~WholeFile();
-    WholeFile(const WholeFile&) = delete;
-    WholeFile& operator=(const WholeFile&) = delete;
 
     void write(std::string_view text);
     void commit();
 
 private:
-    [[noreturn]] void fail(const char* what) const;
+    // Signals that end the tool remove what is half written.
+    class Watch final : public host::PartFileWatch {
+    public:
+        void making() noexcept override { part_.tell(TARVO_PART_FILE_MAKING, -1, ""); }
+        void made(int folder, const char* name) noexcept override { part_.tell(TARVO_PART_FILE_MADE, folder, name); }
+        void gone() noexcept override { part_.tell(TARVO_PART_FILE_GONE, -1, ""); }
+
+    private:
+        WatchedPart part_;
+    };
 
     const std::string path_;
-    const Old old_;
-    std::string part_;
-    int folder_ = -1;
-    int descriptor_ = -1;
-    bool named_ = false;  // the part file has its name
-    WatchedPart watch_;
+    Watch watch_;
+    host::FileWriter file_;
 };
 
 }  // namespace tarvo::cli

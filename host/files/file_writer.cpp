@@ -47,8 +47,12 @@ bool same_file(const struct stat& a, const struct stat& b) { return a.st_dev == 
 
 }  // namespace
 
-FileWriter::FileWriter(const std::string& path, PartFileWatch* watch)
-    : watch_(watch), target_(end_of_links(path)), old_(old_file(target_)) {
+FileWriter::FileWriter(const std::string& path, PartFileWatch* watch, Old old)
+    : watch_(watch), keep_or_replace_(old), target_(end_of_links(path)), old_(old_file(target_)) {
+    if (old_ && keep_or_replace_ == Old::kept) {
+        errno = EEXIST;
+        throw system_error("cannot be made");
+    }
     make_part();
 }
 
@@ -141,15 +145,25 @@ std::vector<std::string> FileWriter::commit() {
         throw system_error("cannot be written");
     if (old_ && retried([&] { return ::fsync(part_.get()); }) != 0) throw system_error("cannot be written");
     if (!part_.close()) throw system_error("cannot be written");
-    const int folder = target_.folder.get();
-    const char* const name = target_.name.c_str();
-    if (retried([&] { return ::renameat(folder, part_name_.c_str(), folder, name); }) != 0)
-        throw system_error("cannot be replaced");
-    part_exists_ = false;
-    if (watch_) watch_->gone();
-    if (::fstatat(folder, name, &placed, AT_SYMLINK_NOFOLLOW) != 0 || !same_file(made, placed))
+    give_name();
+    if (::fstatat(target_.folder.get(), target_.name.c_str(), &placed, AT_SYMLINK_NOFOLLOW) != 0 ||
+        !same_file(made, placed))
         throw FileError("somebody else changed it while it was written");
     return not_kept(made);
+}
+
+void FileWriter::give_name() {
+    const int folder = target_.folder.get();
+    const char* const part = part_name_.c_str();
+    const char* const name = target_.name.c_str();
+    if (keep_or_replace_ == Old::kept) {
+        // A second name cannot be that of a file which came after all checks.
+        if (retried([&] { return ::linkat(folder, part, folder, name, 0); }) != 0) throw system_error("cannot be made");
+        return remove_part();
+    }
+    if (retried([&] { return ::renameat(folder, part, folder, name); }) != 0) throw system_error("cannot be replaced");
+    part_exists_ = false;
+    if (watch_) watch_->gone();
 }
 
 std::vector<std::string> FileWriter::not_kept(const struct stat& made) const {

@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include <cstdint>
 #include <optional>
 #include <span>
 #include <string>
@@ -29,7 +30,9 @@ public:
 // regular file is refused. Throws FileError; messages do not name the file.
 class FileWriter final : public ByteSink {
 public:
-    explicit FileWriter(const std::string& path, PartFileWatch* watch = nullptr);
+    enum class Old : std::uint8_t { replaced, kept };  // a file that is there; kept: it is an error, also at the end
+
+    explicit FileWriter(const std::string& path, PartFileWatch* watch = nullptr, Old old = Old::replaced);
     ~FileWriter() override;
 
     // Throws FileError where no file can be made at that path, as far as that shows before anything is made.
@@ -51,10 +54,12 @@ private:
     static std::optional<struct stat> old_file(const Place& target);
     void make_part();
     void remove_part() noexcept;
+    void give_name();
     void take(std::span<const std::uint8_t> block) override;
     std::vector<std::string> not_kept(const struct stat& made) const;
 
     PartFileWatch* const watch_;
+    const Old keep_or_replace_;
     const Place target_;
     const std::optional<struct stat> old_;
     std::string part_name_;
