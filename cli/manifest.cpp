@@ -130,10 +130,10 @@ Manifest read_manifest(const std::string& path) {
     return manifest;
 }
 
-void write_manifest(const std::string& path, const Manifest& manifest, WholeFile::Old old) {
+void write_manifest(const std::string& path, const Manifest& manifest, WholeFile::Old old, Listener& listener) {
     WholeFile file(path, old);
     file.write(text_of(manifest));
-    file.commit();
+    file.commit(listener);
 }
 
 }  // namespace tarvo::cli

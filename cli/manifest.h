@@ -41,6 +41,6 @@ using Manifest = std::map<std::string, PictureEntry>;
 
 // These throw CommandError.
 Manifest read_manifest(const std::string& path);
-void write_manifest(const std::string& path, const Manifest& manifest, WholeFile::Old old);
+void write_manifest(const std::string& path, const Manifest& manifest, WholeFile::Old old, Listener& listener);
 
 }  // namespace tarvo::cli

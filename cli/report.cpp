@@ -155,7 +155,7 @@ void write_report(const std::string& path, const std::vector<Finding>& findings,
         }
     }
     file.write("</body>\n</html>\n");
-    file.commit();
+    file.commit(listener);
 }
 
 }  // namespace tarvo::cli

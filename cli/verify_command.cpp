@@ -160,7 +160,8 @@ void change(const VerifyOptions& options) {
     Change made(options, console, manifest);
     for (const std::string& name : names) made.take(name, there.count(name) > 0);
     if (options.record || made.any())
-        write_manifest(options.manifest, manifest, options.record ? WholeFile::Old::kept : WholeFile::Old::replaced);
+        write_manifest(options.manifest, manifest, options.record ? WholeFile::Old::kept : WholeFile::Old::replaced,
+                       console);
     console.answer(options.record ? std::to_string(manifest.size()) + " listed" : made.in_words());
 }
 

@@ -28,8 +28,9 @@ void WholeFile::write(std::string_view text) {
     on_file(path_, [&] { file_.write({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()}); });
 }
 
-void WholeFile::commit() {
-    on_file(path_, [&] { static_cast<void>(file_.commit()); });
+void WholeFile::commit(Listener& listener) {
+    for (const std::string& line : on_file(path_, [&] { return file_.commit(); }))
+        listener.note(TARVO_NOTE_FILE, path_ + ' ' + line);
 }
 
 }  // namespace tarvo::cli

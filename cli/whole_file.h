@@ -7,6 +7,7 @@
 
 #include "file_writer.h"
 #include "interrupts.h"
+#include "listener.h"
 
 namespace tarvo::cli {
 
@@ -18,7 +19,8 @@ public:
     WholeFile(std::string path, Old old);
 
     void write(std::string_view text);
-    void commit();
+    // Notes what is not kept of an old file.
+    void commit(Listener& listener);
 
 private:
     // Signals that end the tool remove what is half written.

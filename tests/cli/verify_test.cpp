@@ -229,6 +229,31 @@ TEST_F(VerifyTest, UpdatesAll) {
     EXPECT_EQ(manifest(), before);
 }
 
+// As pictures are: through links, and with a note of what is not kept.
+TEST_F(VerifyTest, ManifestsAndReportsAreReplacedAsPicturesAre) {
+    record();
+    change_by(9);
+    ASSERT_EQ(shell("mkdir far; mv list far/; ln -s far/list list; chmod 444 far/list; ln far/list far/same").err, "");
+    const std::string before = bytes_of(file("far/same"));
+    const Ending updated = verify("--update a.ppm");
+    EXPECT_EQ(updated.status, 0);
+    EXPECT_EQ(updated.err,
+              "note: list had other names: they keep the old file\n"
+              "note: list was read-only: it is replaced all the same\n");
+    EXPECT_TRUE(std::filesystem::is_symlink(file("list")));
+    EXPECT_EQ(bytes_of(file("far/same")), before);
+    EXPECT_NE(manifest(), before);
+    EXPECT_EQ(shell("stat -c %a far/list; ls far").out, "444\nlist\nsame\n");
+
+    text_file("far/page", "old");
+    ASSERT_EQ(shell("ln -s far/page page; ln far/page far/old").err, "");
+    EXPECT_EQ(verify("--expected then --report page").err, "note: page had other names: they keep the old file\n");
+    EXPECT_TRUE(std::filesystem::is_symlink(file("page")));
+    EXPECT_TRUE(holds(bytes_of(file("far/page")), "</html>"));
+    EXPECT_EQ(bytes_of(file("far/old")), "old");
+    EXPECT_EQ(entries(), (std::vector<std::string>{"far", "list", "now", "page", "then"}));
+}
+
 TEST_F(VerifyTest, VerifyingWritesNothing) {
     record();
     change_by(9);

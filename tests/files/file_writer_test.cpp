@@ -265,6 +265,32 @@ TEST(FileWriter, RefusesNamesThatNoFileHas) {
     EXPECT_EQ(folder.entries(), 0u);
 }
 
+TEST(FileWriter, CanKeepAFileThatIsThereOrComes) {
+    const Folder folder;
+    Recorder recorder;
+    write_bytes(folder.file("old"), {1});
+    EXPECT_EQ(file_error([&] { FileWriter(folder.file("old"), &recorder, FileWriter::Old::kept); }),
+              "cannot be made: File exists");
+    EXPECT_EQ(recorder.calls, "");
+    {
+        FileWriter file(folder.file("new"), &recorder, FileWriter::Old::kept);
+        file.write(FileBytes{2});
+        write_bytes(folder.file("new"), {3});  // somebody else's, which came in between
+        EXPECT_EQ(file_error([&] { file.commit(); }), "cannot be made: File exists");
+    }
+    EXPECT_EQ(read_bytes(folder.file("new")), FileBytes{3});
+    EXPECT_EQ(read_bytes(folder.file("old")), FileBytes{1});
+    EXPECT_EQ(folder.entries(), 2u);
+    EXPECT_EQ(recorder.calls, "making made gone ");
+
+    FileWriter file(folder.file("made"), &recorder, FileWriter::Old::kept);
+    file.write(FileBytes{4});
+    EXPECT_EQ(file.commit(), Lines());
+    EXPECT_EQ(read_bytes(folder.file("made")), FileBytes{4});
+    EXPECT_EQ(folder.entries(), 3u);
+    EXPECT_EQ(recorder.calls, "making made gone making made gone ");
+}
+
 TEST(FileWriter, TellsWhoWatchesOfEachPartFile) {
     const Folder folder;
     Recorder recorder;
