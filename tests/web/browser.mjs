@@ -1,0 +1,52 @@
+// What the tests of the site share: the site, served on this machine, and a browser.
+
+import { execFileSync } from "node:child_process";
+import { createRequire } from "node:module";
+import { join } from "node:path";
+
+import { serve } from "../../web/site/tools/serve.mjs";
+import { root } from "./support.mjs";
+
+const require = createRequire(join(root, "build/web/site/"));
+const { chromium } = require("playwright-core");
+
+export const site = join(root, "build/site");
+
+/** The site at another path, as `scripts/site --base` makes it. */
+export function placedAt(base) {
+  const folder = join(root, `build/web/at${base.replaceAll("/", "-")}`);
+  execFileSync(join(root, "scripts/site"), ["--base", base, "--into", folder], { stdio: "ignore" });
+  return folder;
+}
+
+/** Serves the site while `work(address)` goes on. */
+export async function served(folder, work) {
+  const { address, close } = await serve(folder);
+  try {
+    return await work(address);
+  } finally {
+    await close();
+  }
+}
+
+let browser;
+export async function closeBrowser() {
+  await browser?.close();
+}
+
+/** A page that gathers what goes wrong on it: `page.wrong` has what is written to the console as an error, what nobody caught,
+ *  and what could not be loaded. */
+export async function newPage(options = {}) {
+  browser ??= await chromium.launch({ executablePath: "/usr/bin/chromium", args: ["--no-sandbox", "--disable-gpu"] });
+  const context = await browser.newContext({ viewport: { width: 1280, height: 900 }, ...options });
+  const page = await context.newPage();
+  page.wrong = [];
+  page.on("console", (message) => message.type() === "error" && page.wrong.push(message.text()));
+  page.on("pageerror", (error) => page.wrong.push(String(error)));
+  page.on("response", (response) => response.status() >= 400 && page.wrong.push(`${response.status()} ${response.url()}`));
+  page.on("requestfailed", (request) => {
+    // A page that is left stops what it has been loading.
+    if (request.failure()?.errorText !== "net::ERR_ABORTED") page.wrong.push(`${request.failure()?.errorText} ${request.url()}`);
+  });
+  return page;
+}
