@@ -197,13 +197,17 @@ constexpr double kThird = 1.0 / 3.0;
 constexpr double kNotANumber = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-// The identity, a swap, grey, sepia, negative elements, sums that wrap, elements that do not fit in 1024ths of 32 bits.
+// The identity, a swap, grey, sepia, negative elements, elements on both sides of what fits in 1024ths of 16 bits, sums
+// that wrap, elements that do not fit in 1024ths of 32 bits.
 constexpr Matrix kMatrices[] = {
     {{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}},
     {{{0, 0, 1}, {0, 1, 0}, {1, 0, 0}}},
     {{{kThird, kThird, kThird}, {kThird, kThird, kThird}, {kThird, kThird, kThird}}},
     {{{0.393, 0.349, 0.272}, {0.769, 0.686, 0.534}, {0.189, 0.168, 0.131}}},
     {{{1.7, -0.9, 0.4}, {-0.6, 2.1, -1.3}, {-0.01, -0.2, 1.9}}},
+    {{{31.9999, -32, 31.9999}, {31.9999, -32, -32}, {31.9999, 1, 0}}},
+    {{{32, 0, 0}, {0, 1, -32.001}, {0, 0, 1}}},
+    {{{1, 0, 0}, {0, 32.5, 0}, {0, 0, 40}}},
     {{{9000, -9000, 4000}, {8224.5, 1, -8224.6}, {-70000, 3, 12345.678}}},
     {{{kNotANumber, 0, 0}, {0, kInfinity, -kInfinity}, {1e300, -1e300, kNotANumber}}},
 };

@@ -241,6 +241,45 @@ TEST_F(Convolute, EveryWidthOfKernelAgreesWithTheJudge) {
     }
 }
 
+TEST_F(Convolute, EveryWidthOfRegionAgreesWithTheJudge) {
+    constexpr int kWidth = 26, kHeight = 7;
+    const ObjectRef source = random_picture(session, random, {}, kWidth, kHeight);
+    const PlainImage image = read_image(pixels(source));
+    for (const int taps : {3, 7, 21}) {
+        Kernel kernel(static_cast<std::size_t>(taps));
+        for (std::int32_t& c : kernel) c = any_of(random, 1, 6);
+        for (int left = 0; left < kWidth; left += 1 + left / 3) {
+            for (int width = 1; width <= kWidth - left; ++width) {
+                const Value result = convolute(source, session.rectangle(left, 1, width, 5), kernel, kernel);
+                ASSERT_TRUE(picture_in(result));
+                ASSERT_EQ(difference(*picture_in(result),
+                                     plain_convolution(image, kernel, kernel, {left, 1, width, 5}, 32), 32),
+                          "")
+                    << taps << " taps, " << width << " columns from " << left;
+            }
+        }
+    }
+}
+
+// At the bounds of signed numbers of 16 bits, and one beyond.
+TEST_F(Convolute, TheLargestSumsAgreeWithTheJudge) {
+    const ObjectRef source = session.picture(200, 40);
+    for (int y = 0; y < 40; ++y)
+        for (int x = 0; x < 200; ++x)
+            write_pixel(pixels(source), x, y, each_channel([&](int) { return any_of(random, 0, 1) * 255; }));
+    const PlainImage image = read_image(pixels(source));
+    for (const Kernel& kernel :
+         {Kernel{64, 1, 63}, Kernel{1, 127, 0}, Kernel{1, 127, 1}, Kernel{0, 128, 0}, Kernel{0, 127, 0},
+          Kernel{64, -127, 64}, Kernel{127, 1, -127}, Kernel{127, -128, 2}, Kernel{64, -64, 64, -64, 1},
+          Kernel{-128, 1, 0}, Kernel{-64, 1, -64}, Kernel{-64, 1, -65}, Kernel{127, 1, 0, -1, -127, 0, -1}}) {
+        const Value result = convolute(source, {}, kernel, kernel);
+        ASSERT_TRUE(picture_in(result));
+        EXPECT_EQ(difference(*picture_in(result), plain_convolution(image, kernel, kernel, {0, 0, 200, 40}, 32), 32),
+                  "")
+            << ::testing::PrintToString(kernel);
+    }
+}
+
 // Sums of every remainder about every multiple of every small divisor.
 TEST_F(Convolute, QuotientsBySmallSumsAreExact) {
     constexpr int kGroups = 256;

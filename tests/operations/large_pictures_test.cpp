@@ -32,6 +32,11 @@ protected:
                 write_pixel(pixels(made), x, y, (seed + static_cast<std::uint32_t>(y * width + x)) * 2654435761u);
         return made;
     }
+    ObjectRef weights(const std::vector<std::int32_t>& coefficients) {
+        const ObjectRef made = session.host.new_instance("TRV_Convolution");
+        session.call(made, "SetCoefficients", session.host.new_integer_array(coefficients));
+        return made;
+    }
     ObjectRef area() { return session.rectangle(kArea.left, kArea.top, kArea.width, kArea.height); }
     // Every pixel of a 32-bit picture is as `expected(x, y)` says.
     template <class Expected>
@@ -106,11 +111,6 @@ TEST_F(LargePictures, APictureAtAPlaceOnAnother) {
 
 TEST_F(LargePictures, NeighboursOfBothDirections) {
     const ObjectRef source = pattern(12);
-    const auto weights = [&](const std::vector<std::int32_t>& coefficients) {
-        const ObjectRef made = session.host.new_instance("TRV_Convolution");
-        session.call(made, "SetCoefficients", session.host.new_integer_array(coefficients));
-        return made;
-    };
     const Value result = session.call(source, "TRV_Convolute", area(), weights({1, 2, 1}), weights({1, 1, 1}));
     const auto across = [&](int x, int y, int shift) {
         const auto level = [&](int column) { return channel(at(source, column, y), shift); };
@@ -121,6 +121,28 @@ TEST_F(LargePictures, NeighboursOfBothDirections) {
         return each_channel(
             [&](int shift) { return (across(x, y - 1, shift) + across(x, y, shift) + across(x, y + 1, shift)) / 3; });
     });
+}
+
+// Regions of a few cache lines, which begin at every place of one: no row begins where the one above does.
+TEST_F(LargePictures, NeighboursInNarrowRegions) {
+    const ObjectRef source = pattern(13);
+    for (int width = 7; width <= 41; ++width) {
+        const Area area = {100 - width, 3, width, 17};
+        const Value result =
+            session.call(source, "TRV_Convolute", session.rectangle(area.left, area.top, area.width, area.height),
+                         weights({1, 2, 1}), nullptr);
+        ASSERT_TRUE(picture_in(result));
+        for (int y = 2; y <= 20; ++y) {
+            for (int x = 40; x < 120; ++x) {
+                const std::uint32_t mean = each_channel([&](int shift) {
+                    const auto level = [&](int column) { return channel(at(source, column, y), shift); };
+                    return (level(x - 1) + 2 * level(x) + level(x + 1)) / 4;
+                });
+                ASSERT_EQ(read_pixel(*picture_in(result), x, y), area.has(x, y) ? mean : at(source, x, y))
+                    << width << " columns: " << x << ", " << y;
+            }
+        }
+    }
 }
 
 TEST_F(LargePictures, ClientResults) {

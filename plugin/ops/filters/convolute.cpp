@@ -137,6 +137,22 @@ struct PartSize {
     }
 };
 
+// Whether so many columns can be averaged straight from the pictures' rows.
+bool may_average_as_stored(const WeightedMean& mean, const TRV_Picture& source, const TRV_Picture& destination,
+                           const Region& read, std::int32_t columns) {
+    return mean.of_stored().usable() && columns >= std::int32_t{PairMeans::kLeastPixels} &&
+           rows_are_words(source, read.top, read.bottom + 1) && rows_are_words(destination, read.top, read.bottom + 1);
+}
+
+// Writes means of pixels that `tap(k)` is the first of, for each tap.
+template <class Tap>
+void average_as_stored(const WeightedMean& mean, TRV_Picture& destination, Place to, std::int32_t count, Tap tap) {
+    PairMeans::Taps taps;
+    for (std::int32_t k = 0; k < mean.taps(); ++k) taps[static_cast<std::size_t>(k)] = tap(k);
+    mean.of_stored()(taps, destination.words_at(to.row, to.column), destination.store_mode(),
+                     static_cast<std::size_t>(count));
+}
+
 }  // namespace
 }  // namespace tarvo::plugin
 
@@ -149,11 +165,27 @@ void PrivConvoluteHorizontal(const TRV_Picture& source, TRV_Picture& destination
     if (!mean.defined()) return copy_region(source, destination, whole_of(source), kCaller);
     copy_around(source, destination, region, kCaller);
     WidenedRun run(mean.taps());
-    for (std::int32_t row = region.top; row <= region.bottom; ++row)
-        for_each_chunk(region.left, region.right, [&](std::int32_t column, std::size_t count) {
+    const auto write = [&](std::int32_t row, std::int32_t first, std::int32_t last) {
+        for_each_chunk(first, last, [&](std::int32_t column, std::size_t count) {
             const Taps& taps = run.read(source, row, column, count, kCaller);
             write_means(mean, taps, destination, row, column, count, kCaller);
         });
+    };
+    // No tap of these columns reads beyond an edge.
+    const std::int32_t margin = mean.taps() / 2;
+    const std::int32_t inner_first = std::max(region.left, margin);
+    const std::int32_t inner_last = std::min(region.right, source.width() - 1 - margin);
+    const bool as_stored = may_average_as_stored(mean, source, destination, region, inner_last - inner_first + 1);
+    for (std::int32_t row = region.top; row <= region.bottom; ++row) {
+        if (!as_stored) {
+            write(row, region.left, region.right);
+            continue;
+        }
+        write(row, region.left, inner_first - 1);
+        average_as_stored(mean, destination, {row, inner_first}, inner_last - inner_first + 1,
+                          [&](std::int32_t k) { return source.words_at(row, inner_first - margin + k); });
+        write(row, inner_last + 1, region.right);
+    }
 }
 
 void PrivConvoluteVertical(const TRV_Picture& source, TRV_Picture& destination, REALobjectStruct* convolution,
@@ -162,9 +194,20 @@ void PrivConvoluteVertical(const TRV_Picture& source, TRV_Picture& destination, 
     const WeightedMean mean = mean_of(convolution);
     if (!mean.defined()) return copy_region(source, destination, whole_of(source), kCaller);
     copy_around(source, destination, region, kCaller);
-    const PartSize size(region.right - region.left + 1, mean.taps());
+    const std::int32_t width = region.right - region.left + 1;
+    const std::int32_t margin = mean.taps() / 2, last_row = source.height() - 1;
+    const Region read = {region.left, std::max(region.top - margin, 0), region.right,
+                         std::min(region.bottom + margin, last_row)};
+    if (may_average_as_stored(mean, source, destination, read, width)) {
+        for (std::int32_t row = region.top; row <= region.bottom; ++row)
+            average_as_stored(mean, destination, {row, region.left}, width, [&](std::int32_t k) {
+                return source.words_at(std::clamp(row - margin + k, 0, last_row), region.left);
+            });
+        return;
+    }
+    const PartSize size(width, mean.taps());
     for_each_piece(region.top, region.bottom, size.rows, [&](std::int32_t top, std::int32_t bottom) {
-        bring_near(source, {region.left, top, region.right, std::min(bottom + mean.taps() / 2, source.height() - 1)});
+        bring_near(source, {region.left, top, region.right, std::min(bottom + margin, last_row)});
         for_each_piece(region.left, region.right, size.columns, [&](std::int32_t left, std::int32_t right) {
             const auto count = static_cast<std::size_t>(right - left + 1);
             RunWindow window(mean.taps(), top, left, count);

@@ -1,6 +1,5 @@
 #include "weighted_mean.h"
 
-#include <bit>
 #include <limits>
 
 #include "channel_lanes.h"
@@ -9,17 +8,6 @@
 #include "rows.h"
 
 namespace tarvo::plugin {
-
-// The reciprocal is rounded up; or it is rounded down, and the dividend is raised by one. Of the two, the one that is
-// closer to the true reciprocal gives exact quotients.
-Reciprocal Reciprocal::of(std::uint32_t divisor) {
-    constexpr std::uint32_t kOne = 0x10000u << kShift;
-    const std::uint32_t scale = 256 / std::bit_ceil(divisor), scaled = divisor * scale;
-    const std::uint32_t missing = kOne % scaled, exceeding = scaled - missing;
-    const bool round_up = exceeding < missing, raise = missing != 0 && !round_up;
-    return {static_cast<std::uint16_t>(scale), static_cast<std::uint16_t>(raise),
-            static_cast<std::uint16_t>(kOne / scaled + round_up)};
-}
 
 namespace {
 
@@ -177,6 +165,7 @@ WeightedMean::WeightedMean(std::span<const std::int32_t> coefficients) {
     }
     if (!fits_in_half_words_) return;
     reciprocal_ = Reciprocal::of(static_cast<std::uint32_t>(sum_));
+    pairs_ = PairMeans(std::span(coefficients_).first(static_cast<std::size_t>(taps_)), sum_, reciprocal_);
     has_negative_ = negative < 0;
     if (has_negative_) {
         start_ = static_cast<std::uint16_t>(-255 * negative);

@@ -9,8 +9,10 @@
 #include <span>
 
 #include "convolution_class.h"
+#include "pair_means.h"
 #include "pixel_blocks.h"
 #include "pixel_formats.h"
+#include "reciprocal.h"
 
 namespace tarvo::plugin {
 
@@ -31,26 +33,6 @@ struct SplitRun {
 // The run that each tap reads: its pixel i contributes to pixel i of the means.
 using Taps = std::array<SplitRun, TRV_Convolution_Data::kMostTaps>;
 
-// Divides numbers by a constant from 1 to 256, exactly and in 16 bits throughout. The numbers are at most 255 times as
-// large as the constant.
-struct Reciprocal {
-    static constexpr int kShift = 7;
-
-    std::uint16_t scale;      // a power of two that brings the divisor to 129 to 256
-    std::uint16_t increment;  // 0 or 1
-    std::uint16_t multiplier;
-
-    static Reciprocal of(std::uint32_t divisor);
-    constexpr std::uint16_t prepare(std::uint16_t dividend) const {
-        return static_cast<std::uint16_t>(std::uint32_t{dividend} * scale + increment);
-    }
-    // Returns the quotient of a prepared dividend.
-    constexpr std::uint16_t quotient_of(std::uint16_t prepared) const {
-        const auto high_half = static_cast<std::uint16_t>(std::uint32_t{prepared} * multiplier >> 16);
-        return static_cast<std::uint16_t>(high_half >> kShift);
-    }
-};
-
 // The weighted mean of each channel: the sum of coefficient times value over all taps, divided by the sum of the
 // coefficients, truncated toward zero and clamped to 0..255. All sums are signed, have 32 bits and wrap.
 class WeightedMean {
@@ -68,6 +50,9 @@ public:
     // Writes them as 32-bit pixels past the caches. `lines` is the beginning of a cache line.
     void stream(const Taps& taps, std::uint8_t* lines, std::size_t count) const;
 
+    // The same of pixels as they are stored, where it can be done.
+    const PairMeans& of_stored() const { return pairs_; }
+
 private:
     template <class Put>
     void mean_in_half_words(const Taps& taps, std::size_t count, const Put& put) const;
@@ -80,6 +65,7 @@ private:
 
     // For sums in half words.
     Reciprocal reciprocal_{};
+    PairMeans pairs_;
     bool has_negative_ = false;  // if there is no negative coefficient, the sums are prepared dividends from the start
     std::uint16_t start_ = 0;    // what the sums begin with; if there is one, no sum falls below 0 by this
 };

@@ -2,12 +2,8 @@
 
 #include <algorithm>
 
+#include "avx2.h"
 #include "row_clones.h"
-
-#if defined(__x86_64__) && !defined(TARVO_PLAIN_ROWS)
-#define TARVO_AVX2_PAIRS
-#include <immintrin.h>
-#endif
 
 namespace tarvo::plugin {
 namespace {
@@ -119,10 +115,10 @@ void average_pixels(const WeightedPixels& of, std::size_t count, PixelColor* __r
     }
 }
 
-#if defined(TARVO_AVX2_PAIRS)
+#if defined(TARVO_AVX2)
 // The same, two results at a time. Compilers do not turn plain loops into multiplications of pairs.
 template <std::size_t kPairs>
-__attribute__((target("avx2"))) void average_pixels_avx2(const WeightedPixels& of, std::size_t count, PixelColor* out) {
+TARVO_AVX2 void average_pixels_avx2(const WeightedPixels& of, std::size_t count, PixelColor* out) {
     // Chooses the first or the last two of four pixels, lane by lane, as 16-bit numbers.
     const __m256i first_pair =
         _mm256_broadcastsi128_si256(_mm_setr_epi8(0, -1, 4, -1, 1, -1, 5, -1, 2, -1, 6, -1, 3, -1, 7, -1));
@@ -153,8 +149,8 @@ __attribute__((target("avx2"))) void average_pixels_avx2(const WeightedPixels& o
 // Returns the kernel for results that cover up to kPairs pairs of pixels. The last ones may weigh nothing.
 template <std::size_t kPairs>
 AveragePixels* average_pixels_here() {
-#if defined(TARVO_AVX2_PAIRS)
-    if (__builtin_cpu_supports("avx2")) return average_pixels_avx2<kPairs>;
+#if defined(TARVO_AVX2)
+    if (processor_has_avx2()) return average_pixels_avx2<kPairs>;
 #endif
     return average_pixels<kPairs>;
 }
