@@ -69,7 +69,7 @@ struct Contrast : CenteredAdjustment {
     template <class Use>
     void with_kernel(Use use) const {
         const auto channels = rules<ContrastChannel>();
-        if (ContrastInLanes::is_exact_for(channels))
+        if (kHasHighProducts && ContrastInLanes::is_exact_for(channels))
             use(ContrastInLanes(channels));
         else
             use(channels);
