@@ -5,7 +5,7 @@ import { createRequire } from "node:module";
 import { join } from "node:path";
 
 import { serve } from "../../web/site/tools/serve.mjs";
-import { root } from "./support.mjs";
+import { root, tool } from "./support.mjs";
 
 const require = createRequire(join(root, "build/web/site/"));
 const { chromium } = require("playwright-core");
@@ -49,4 +49,38 @@ export async function newPage(options = {}) {
     if (request.failure()?.errorText !== "net::ERR_ABORTED") page.wrong.push(`${request.failure()?.errorText} ${request.url()}`);
   });
   return page;
+}
+
+/** The hash of what is shown, once all is drawn; other than `before`, if that is given. */
+export async function hashOf(page, before = "") {
+  await page.waitForFunction((old) => (document.querySelector("[data-result]")?.dataset.sha256 ?? old) !== old, before);
+  return page.locator("[data-result]").getAttribute("data-sha256");
+}
+
+/** Whether what is shown comes to have the hash. */
+export async function shown(page, hash) {
+  try {
+    await page.waitForFunction((wanted) => document.querySelector("[data-result]")?.dataset.sha256 === wanted, hash, { timeout: 15000 });
+    return true;
+  } catch {
+    return page.evaluate(() => document.querySelector("[data-operation]")?.innerText ?? "nothing");
+  }
+}
+
+/** The hash of what the tool makes of a picture and calls. */
+export function nativeHash(words) {
+  return tool("apply", "--hash", "-q", ...words).toString().match(/^[0-9a-f]{64}(?=  )/gm).at(-1);
+}
+
+/** Drops a file on the live part of a page. */
+export async function dropped(page, name, bytes) {
+  const data = await page.evaluateHandle(
+    ([name, text]) => {
+      const transfer = new DataTransfer();
+      transfer.items.add(new File([Uint8Array.from(atob(text), (each) => each.charCodeAt(0))], name));
+      return transfer;
+    },
+    [name, Buffer.from(bytes).toString("base64")],
+  );
+  await page.dispatchEvent(".tarvo-live", "drop", { dataTransfer: data });
 }

@@ -5,7 +5,7 @@ import { fileURLToPath } from "node:url";
 import { defineConfig } from "vitepress";
 
 import { builtBase } from "../tools/base.mjs";
-import { commandsAsBlocks, placesOfTheSite } from "./markdown.mjs";
+import { commandsAsBlocks, liveOperations, placesOfTheSite } from "./markdown.mjs";
 
 const root = fileURLToPath(new URL("..", import.meta.url));
 const { load } = await import(join(root, "../package/dist/index.js"));
@@ -65,11 +65,14 @@ export default defineConfig({
   cacheDir: "cache",
   metaChunk: true,
   head: [["link", { rel: "icon", href: `data:image/svg+xml,${encodeURIComponent(icon)}` }]],
-  markdown: { config: (markdown) => void markdown.use(placesOfTheSite).use(commandsAsBlocks) },
+  // What is live wants the width.
+  transformPageData: (page) => void (/^ops\/TRV_/.test(page.relativePath) && (page.frontmatter.aside = false)),
+  markdown: { config: (markdown) => void markdown.use(placesOfTheSite).use(commandsAsBlocks).use(liveOperations) },
   vite: {
     resolve: { alias: { "@tarvo/web": join(root, "../package/dist") } },
     server: { fs: { allow: [join(root, "..")] } },
-    worker: { format: "es" },
+    // Named as the page names it, so that the module is there once.
+    worker: { format: "es", rollupOptions: { output: { assetFileNames: "assets/[name].[hash][extname]" } } },
     build: { target: "es2022", chunkSizeWarningLimit: 1000 },
   },
   themeConfig: {

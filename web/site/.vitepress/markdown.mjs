@@ -24,3 +24,15 @@ export function commandsAsBlocks(markdown) {
       if (token.type === "code_block") Object.assign(token, { type: "fence", tag: "code", info: "sh", markup: "```" });
   });
 }
+
+/** A page of docs/ops is live: behind what it says first comes what its title names. */
+export function liveOperations(markdown) {
+  markdown.core.ruler.push("live_operations", ({ env, tokens, Token }) => {
+    if (!/^ops\/TRV_\w+\.md$/.test(env.relativePath)) return;
+    const title = tokens.findIndex((token) => token.type === "heading_open");
+    const first = tokens.findIndex((token, i) => i > title && token.type === "paragraph_close");
+    const live = new Token("html_block", "", 0);
+    live.content = `<LiveOperations names="${tokens[title + 1].content}" />\n`;
+    tokens.splice(first + 1, 0, live);
+  });
+}

@@ -1,5 +1,12 @@
+import type { Theme } from "vitepress";
 import DefaultTheme from "vitepress/theme-without-fonts";
 
-import "./style.css";
+import LiveOperations from "./LiveOperations.vue";
 
-export default DefaultTheme;
+import "./style.css";
+import "./live.css";
+
+export default {
+  extends: DefaultTheme,
+  enhanceApp: ({ app }) => void app.component("LiveOperations", LiveOperations),
+} satisfies Theme;
