@@ -34,6 +34,9 @@ if(TARVO_SANITIZE)
   target_compile_options(tarvo_options INTERFACE
     -fsanitize=${TARVO_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(tarvo_options INTERFACE -fsanitize=${TARVO_SANITIZE})
+  target_compile_definitions(tarvo_options INTERFACE TARVO_SANITIZED)
+endif()
+if(TARVO_PLAIN_ROWS)
   target_compile_definitions(tarvo_options INTERFACE TARVO_PLAIN_ROWS)
 endif()
 

@@ -1,7 +1,8 @@
 #pragma once
 
 // Functions that are written for AVX2, where compilers make nothing as good of plain loops. There is a plain loop
-// beside each of them, which gives the same bytes, and is all there is where TARVO_AVX2 is not defined.
+// beside each of them, which gives the same bytes, and is all there is where TARVO_AVX2 is not defined. Sanitizers see
+// one or the other.
 
 #if defined(__x86_64__) && !defined(TARVO_PLAIN_ROWS)
 

@@ -2,8 +2,9 @@
 
 // Row loops are compiled twice on x86-64, once for every processor and once for those with AVX2. Both give the same
 // bytes: floating-point operations are neither reordered nor contracted (which is why it is "avx2", not an architecture
-// level that has fused operations). Elsewhere they are compiled once; so they are with TARVO_PLAIN_ROWS,
-// which lets the tests see the version for every processor on a machine that would never choose it.
+// level that has fused operations). Elsewhere they are compiled once. So they are with TARVO_PLAIN_ROWS, which lets the
+// tests see the version for every processor on a machine that would never choose it, and for sanitizers, which are not
+// ready yet when the choice is made.
 //
 // TARVO_ROW_CLONES before a plain function makes the two versions; the choice is made when the library is loaded.
 // `on_this_processor(body)` does it for what a template builds: of `body`, all that is marked TARVO_INLINED becomes
@@ -12,7 +13,7 @@
 
 #define TARVO_INLINED __attribute__((always_inline))
 
-#if defined(__x86_64__) && defined(__has_attribute) && !defined(TARVO_PLAIN_ROWS)
+#if defined(__x86_64__) && defined(__has_attribute) && !defined(TARVO_PLAIN_ROWS) && !defined(TARVO_SANITIZED)
 #if __has_attribute(target_clones)
 #define TARVO_ROW_CLONES __attribute__((target_clones("avx2", "default")))
 

@@ -74,7 +74,7 @@ TEST(LibraryConduct, LeavesTheProcessAsItIs) {
         EXPECT_EQ(sigismember(&blocked, signal), sigismember(&still_blocked, signal)) << signal;
 }
 
-#ifndef TARVO_PLAIN_ROWS  // sanitizers keep what is given back
+#ifndef TARVO_SANITIZED  // sanitizers keep what is given back
 // A service reads and makes pictures for months.
 TEST(LibraryConduct, KeepsNoMemoryOfFailures) {
     const auto resident = [] {

@@ -81,7 +81,7 @@ TEST(LibraryThreads, EndWithPicturesAlive) {
     EXPECT_EQ(again.sha256(), noisy_picture(300, 300).sha256());
 }
 
-#ifndef TARVO_PLAIN_ROWS  // sanitizers take several times as much stack
+#ifndef TARVO_SANITIZED  // sanitizers take several times as much stack
 void* call_all(void* argument) {
     const Photos& photos = *static_cast<Photos*>(argument);
     static const char* const wrong = "";
