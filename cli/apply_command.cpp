@@ -32,8 +32,8 @@ constexpr const char* kCallHelp =
     "rect(left, top, width, height); border(levels), the rectangle without the plain border; fit(side) or\n"
     "fit(width, height) for a width and a height; matrix(nine numbers, row by row); convolution(coefficients).\n"
     "Where a method gives something back in an argument, write any value or word; what came back is printed.\n"
-    "Files: .png .jpg .jpeg .pbm .pgm .ppm .pam, and .trv, the string that TRV_ConvertToString makes. Transparency is\n"
-    "the picture's mask; formats that have none leave the mask out.";
+    "Files: .png .jpg .jpeg .tif .tiff .pbm .pgm .ppm .pam, and .trv, the string that\n"
+    "TRV_ConvertToString makes. Transparency is the picture's mask; formats that have none leave the mask out.";
 
 constexpr const char* kManyHelp =
     "Many files: inputs come first, then calls; a word is a call when it is NAME(...) and no file has that name.\n"

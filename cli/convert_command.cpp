@@ -15,8 +15,8 @@ namespace tarvo::cli {
 namespace {
 
 constexpr const char* kFormats =
-    "Files: .png .jpg .jpeg .pbm .pgm .ppm .pam, and .trv for the string that TRV_ConvertToString makes and\n"
-    "TRV_ConvertToPicture takes.";
+    "Files: .png .jpg .jpeg .tif .tiff .pbm .pgm .ppm .pam, and .trv for the string that\n"
+    "TRV_ConvertToString makes and TRV_ConvertToPicture takes.";
 
 struct ConvertOptions {
     FileOptions file;

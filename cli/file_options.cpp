@@ -59,7 +59,7 @@ void add_file_options(CLI::App& command, FileOptions& options) {
     command
         .add_option_function<std::string>(
             "--compression", [&options](const std::string& word) { options.compression = kCompressions.at(word); },
-            "of a PNG file: fast, normal, small; normal unless told")
+            "of a PNG or TIFF file: fast, normal, small; normal unless told")
         ->type_name("WORD")
         ->check(one_of(kCompressions));
     command.add_flag("--srgb", options.srgb, "make colours those of sRGB, by the file's colour profile");

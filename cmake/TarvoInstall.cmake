@@ -9,6 +9,9 @@ set(generated "${PROJECT_BINARY_DIR}/install")
 # Packages have their own way to tell it.
 install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/tarvo" COMPONENT licence)
 
+if(TARVO_PICTURE_LIBRARIES)
+  include(TarvoTiff)
+endif()
 if(TARGET libtarvo)
   install(TARGETS libtarvo EXPORT TarvoTargets
     LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT runtime NAMELINK_COMPONENT development
@@ -44,6 +47,9 @@ if(TARGET libtarvo)
       set(pc_requires "libpng libjpeg zlib")
       if(TARVO_COLOR_PROFILES)
         string(APPEND pc_requires " lcms2")
+      endif()
+      if(TARVO_HAS_TIFF)
+        string(APPEND pc_requires " libtiff-4")
       endif()
       if(TARVO_LIBDEFLATE)
         string(PREPEND pc_libraries "-ldeflate ")

@@ -40,10 +40,17 @@ ReadPicture read_string(CallHost& call, const std::string& path, const host::Rea
     });
 }
 
+tarvo_note note_of(host::Loss::Kind kind) {
+    switch (kind) {
+        case host::Loss::Kind::profile: return TARVO_NOTE_PROFILE;
+        case host::Loss::Kind::pages: return TARVO_NOTE_PAGES;
+        case host::Loss::Kind::metadata: break;
+    }
+    return TARVO_NOTE_METADATA;
+}
+
 void tell_losses(const Notes& notes, const std::string& file, const host::Losses& losses) {
-    for (const host::Loss& loss : losses)
-        notes.tell(loss.kind == host::Loss::Kind::profile ? TARVO_NOTE_PROFILE : TARVO_NOTE_METADATA,
-                   file + " " + loss.words);
+    for (const host::Loss& loss : losses) notes.tell(note_of(loss.kind), file + " " + loss.words);
 }
 
 // What `decode(carried)` returns, and what it puts there.
@@ -161,7 +168,7 @@ private:
     const host::Picture& picture() const { return dynamic_cast<const host::Picture&>(*written_.get()); }
 
     host::WriteOptions how() {
-        host::WriteOptions options{.png_compression = compression_of(options_.compression),
+        host::WriteOptions options{.compression = compression_of(options_.compression),
                                    .watch = &watch_,
                                    .strip = options_.strip,
                                    .carried = carried_.get(),

@@ -149,6 +149,7 @@ typedef enum tarvo_note TARVO_INT {
     TARVO_NOTE_METADATA = 4, /* what the file told of itself */
     TARVO_NOTE_PROFILE = 5,  /* the colour profile */
     TARVO_NOTE_FILE = 6,     /* owner, links and the like of a file that was replaced */
+    TARVO_NOTE_PAGES = 7,    /* further pages, frames or channels of the file */
     /* No losses. */
     TARVO_NOTE_CAUTION = 32,  /* arguments may not mean what their writer thinks: "write 330" */
     TARVO_NOTE_WAITING = 33,  /* the file is a pipe that nobody writes to yet */
@@ -176,7 +177,7 @@ typedef struct tarvo_read_options {
 
 #define TARVO_USUAL_MAX_PIXELS 268435456
 
-/* Reads PNG, JPEG, PBM, PGM, PPM or PAM, told by the content; and of a name that ends with .trv the string that
+/* Reads PNG, JPEG, TIFF, PBM, PGM, PPM or PAM, told by the content; and of a name that ends with .trv the string that
  * TRV_ConvertToString makes. Transparency becomes the picture's mask.
  *
  * A picture carries what its file was. So do results of operations that are called on it, and it is written as its file
@@ -204,7 +205,7 @@ typedef enum tarvo_metadata TARVO_INT {
     TARVO_METADATA_ALL = 31
 } tarvo_metadata;
 
-/* How much time is taken for a smaller PNG file; its pixels are the same. */
+/* How much time is taken for a smaller PNG or TIFF file; its pixels are the same. FAST of TIFF is none. */
 typedef enum tarvo_compression TARVO_INT {
     TARVO_COMPRESSION_NORMAL = 0,
     TARVO_COMPRESSION_FAST = 1,
@@ -225,8 +226,8 @@ typedef struct tarvo_write_options {
     tarvo_compression compression;
 } tarvo_write_options;
 
-/* Writes the format that the name's ending tells: .png .jpg .jpeg .pbm .pgm .ppm .pam .trv. The file appears whole or
- * not at all. PNG, PAM and TRV keep the mask; the others show the picture without it. */
+/* Writes the format that the name's ending tells: .png .jpg .jpeg .tif .tiff .pbm .pgm .ppm .pam .trv. The file appears
+ * whole or not at all. PNG, TIFF, PAM and TRV keep the mask; the others show the picture without it. */
 TARVO_API tarvo_status tarvo_picture_save(const tarvo_picture* picture, const char* path,
                                           const tarvo_write_options* options, tarvo_error** error);
 /* The same in memory. `format` is an ending, with its dot or without: "png". The bytes are freed with tarvo_free. */

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -22,6 +23,11 @@ public:
         if (bytes.size() >= kBlock) return take(bytes);
         waiting_.insert(waiting_.end(), bytes.begin(), bytes.end());
     }
+    // Writes over bytes that were written before.
+    void replace(std::uint64_t place, std::span<const std::uint8_t> bytes) {
+        flush();
+        put_at(place, bytes);
+    }
     // Passes on what is waiting. To be called after the last byte.
     void flush() {
         if (!waiting_.empty()) take(waiting_);
@@ -35,6 +41,7 @@ private:
     static constexpr std::size_t kBlock = std::size_t{1} << 16;
 
     virtual void take(std::span<const std::uint8_t> block) = 0;
+    virtual void put_at(std::uint64_t place, std::span<const std::uint8_t> bytes) = 0;
 
     Bytes waiting_;
 };
@@ -45,6 +52,9 @@ public:
 
 private:
     void take(std::span<const std::uint8_t> block) override { bytes.insert(bytes.end(), block.begin(), block.end()); }
+    void put_at(std::uint64_t place, std::span<const std::uint8_t> over) override {
+        std::copy(over.begin(), over.end(), bytes.begin() + static_cast<std::ptrdiff_t>(place));
+    }
 };
 
 }  // namespace tarvo::host

@@ -28,7 +28,7 @@ FileSource::FileSource(const std::string& path, const std::function<void()>& on_
     if (!file_ || ::fstat(file_.get(), &known) != 0) throw system_error("cannot be opened");
     if (path == kStandardInput) return;  // whoever has opened it may be in the middle, and chose how to wait
     if (S_ISFIFO(known.st_mode)) wait_for_writer(on_wait);
-    if (S_ISREG(known.st_mode)) behind_ = static_cast<std::uint64_t>(known.st_size);
+    if (S_ISREG(known.st_mode)) size_ = behind_ = static_cast<std::uint64_t>(known.st_size);
     const int flags = ::fcntl(file_.get(), F_GETFL);
     if (flags < 0 || ::fcntl(file_.get(), F_SETFL, flags & ~O_NONBLOCK) != 0) throw system_error("cannot be opened");
 }
@@ -57,6 +57,19 @@ std::span<const std::uint8_t> FileSource::next_block() {
     }
     if (behind_) *behind_ -= std::min<std::uint64_t>(*behind_, have);
     return {buffer_.get(), have};
+}
+
+bool FileSource::Places::read_at(std::uint64_t place, std::span<std::uint8_t> out) const {
+    if (!has_bytes(size(), place, out.size())) return false;
+    while (!out.empty()) {
+        const ssize_t count =
+            retried([&] { return ::pread(of_.file_.get(), out.data(), out.size(), static_cast<off_t>(place)); });
+        if (count < 0) throw system_error("cannot be read");
+        if (count == 0) return false;  // it is shorter by now
+        place += static_cast<std::uint64_t>(count);
+        out = out.subspan(static_cast<std::size_t>(count));
+    }
+    return true;
 }
 
 }  // namespace tarvo::host

@@ -136,6 +136,17 @@ void FileWriter::take(std::span<const std::uint8_t> block) {
     }
 }
 
+void FileWriter::put_at(std::uint64_t place, std::span<const std::uint8_t> bytes) {
+    while (!bytes.empty()) {
+        const ssize_t count =
+            retried([&] { return ::pwrite(part_.get(), bytes.data(), bytes.size(), static_cast<off_t>(place)); });
+        if (count == 0) errno = EIO;
+        if (count <= 0) throw system_error("cannot be written");
+        place += static_cast<std::uint64_t>(count);
+        bytes = bytes.subspan(static_cast<std::size_t>(count));
+    }
+}
+
 std::vector<std::string> FileWriter::commit() {
     flush();
     const mode_t mode = old_ ? old_->st_mode & kPermissions : 0666 & ~creation_mask();

@@ -56,6 +56,7 @@ private:
     void remove_part() noexcept;
     void give_name();
     void take(std::span<const std::uint8_t> block) override;
+    void put_at(std::uint64_t place, std::span<const std::uint8_t> bytes) override;
     std::vector<std::string> not_kept(const struct stat& made) const;
 
     PartFileWatch* const watch_;

@@ -12,6 +12,10 @@
 #include "png_chunks.h"
 #include "png_codec.h"
 #endif
+#ifdef TARVO_TIFF
+#include "tiff_codec.h"
+#include "tiff_metadata.h"
+#endif
 
 namespace tarvo::host {
 
@@ -19,6 +23,7 @@ namespace {
 
 constexpr std::string_view kPngEndings[] = {".png"};
 constexpr std::string_view kJpegEndings[] = {".jpg", ".jpeg"};
+constexpr std::string_view kTiffEndings[] = {".tif", ".tiff"};
 constexpr std::string_view kPbmEndings[] = {".pbm"};
 constexpr std::string_view kPgmEndings[] = {".pgm"};
 constexpr std::string_view kPpmEndings[] = {".ppm"};
@@ -32,6 +37,11 @@ bool begins_with(std::span<const std::uint8_t> file, std::string_view signature)
 
 bool is_png(std::span<const std::uint8_t> file) { return begins_with(file, "\x89PNG\r\n\x1A\n"); }
 bool is_jpeg(std::span<const std::uint8_t> file) { return begins_with(file, "\xFF\xD8\xFF"); }
+// Each byte order, in the usual form and in the one of large files.
+bool is_tiff(std::span<const std::uint8_t> file) {
+    constexpr std::string_view kMarks[] = {{"II*\0", 4}, {"MM\0*", 4}, {"II+\0", 4}, {"MM\0+", 4}};
+    return std::ranges::any_of(kMarks, [file](std::string_view mark) { return begins_with(file, mark); });
+}
 bool is_pbm(std::span<const std::uint8_t> file) { return begins_with(file, "P1") || begins_with(file, "P4"); }
 bool is_pgm(std::span<const std::uint8_t> file) { return begins_with(file, "P2") || begins_with(file, "P5"); }
 bool is_ppm(std::span<const std::uint8_t> file) { return begins_with(file, "P3") || begins_with(file, "P6"); }
@@ -39,11 +49,16 @@ bool is_pam(std::span<const std::uint8_t> file) { return begins_with(file, "P7\n
 
 constexpr Format kFormats[] = {
 #ifdef TARVO_PICTURE_LIBRARIES
-    {"PNG", kPngEndings, true, kPngRoom, is_png_of_greys, is_png, decode_png, encode_png},
+    {"PNG", kPngEndings, true, kPngRoom, is_scale_of_greys, is_png, decode_png, encode_png},
     {"JPEG", kJpegEndings, false, kJpegRoom, is_grey, is_jpeg, decode_jpeg, encode_jpeg},
 #else
     {"PNG", kPngEndings, true, {}, is_grey, is_png, nullptr, nullptr},
     {"JPEG", kJpegEndings, false, {}, is_grey, is_jpeg, nullptr, nullptr},
+#endif
+#ifdef TARVO_TIFF
+    {"TIFF", kTiffEndings, true, kTiffRoom, is_scale_of_greys, is_tiff, decode_tiff, encode_tiff},
+#else
+    {"TIFF", kTiffEndings, true, {}, is_grey, is_tiff, nullptr, nullptr},
 #endif
     {"PBM", kPbmEndings, false, {}, is_grey, is_pbm, decode_pnm, encode_pbm},
     {"PGM", kPgmEndings, false, {}, is_grey, is_pgm, decode_pnm, encode_pgm},

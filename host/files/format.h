@@ -17,7 +17,7 @@ namespace tarvo::host {
 
 struct EncodeOptions {
     JpegMaking jpeg = {};
-    Compression png_compression = Compression::normal;
+    Compression compression = Compression::normal;
     Metadata metadata = {};  // all of it fits
 };
 

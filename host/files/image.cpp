@@ -76,6 +76,17 @@ bool is_grey(const ImageForm& form) {
     return std::ranges::all_of(reachable(form), is_grey_color);
 }
 
+bool is_inverted(const ImageForm& form) {
+    return form.layout == Layout::indexed && form.index_bits == 1 && form.palette[0] == kWhite &&
+           form.palette[1] == kBlack;
+}
+
+bool is_scale_of_greys(const ImageForm& form) {
+    if (form.layout != Layout::indexed) return form.layout == Layout::grey_alpha;
+    const Palette greys = grey_palette(form.index_bits);
+    return is_inverted(form) || std::ranges::equal(reachable(form), std::span(greys).first(reachable(form).size()));
+}
+
 bool is_bilevel(const ImageForm& form) {
     return form.layout == Layout::indexed && form.index_bits == 1 &&
            std::ranges::all_of(reachable(form), [](const Rgba& c) { return c == kBlack || c == kWhite; });

@@ -75,6 +75,8 @@ using InkConversion = std::function<void(const std::uint8_t* ink, int count, std
 class PixelTarget {
 public:
     virtual ~PixelTarget() = default;
+    // Refuses what a decoder wants to take before it can tell a form. Throws HostError.
+    virtual void check_memory(std::uint64_t /*bytes*/, const std::string& /*what*/) {}
     // Comes before the first run. The decoder takes `working_bytes` of memory until the last one. Throws FileError,
     // HostError and std::bad_alloc.
     virtual void begin(const ImageForm& form, std::uint64_t working_bytes) = 0;
@@ -114,6 +116,10 @@ std::uint8_t luma(const Rgba& color);
 bool has_alpha(const ImageForm& form);
 // True when all colours are greys: by its layout, or by its palette.
 bool is_grey(const ImageForm& form);
+// True for one bit that is black where it is set.
+bool is_inverted(const ImageForm& form);
+// True when it has greys and alpha, or is indexed by a grey's own level, or inverted.
+bool is_scale_of_greys(const ImageForm& form);
 // True when it is indexed by one bit and its two colours are opaque black or white.
 bool is_bilevel(const ImageForm& form);
 

@@ -37,18 +37,26 @@ std::optional<Resource> first_of(std::span<const std::uint8_t> list) {
                     std::min(data_place + even(size), list.size())};
 }
 
-}  // namespace
-
-Bytes own_resources(std::span<const std::uint8_t> list) {
+// Bytes behind resources that are kept stay, where nothing can be read of them.
+Bytes without_numbers(std::span<const std::uint8_t> list, std::span<const std::uint32_t> numbers) {
     Bytes kept;
     while (const auto resource = first_of(list)) {
         const auto whole = list.first(resource->bytes);
-        if (std::ranges::find(kLeftOut, resource->number) == std::end(kLeftOut))
+        if (std::ranges::find(numbers, resource->number) == numbers.end())
             kept.insert(kept.end(), whole.begin(), whole.end());
         list = list.subspan(resource->bytes);
     }
     if (!kept.empty()) kept.insert(kept.end(), list.begin(), list.end());
     return kept;
+}
+
+}  // namespace
+
+Bytes own_resources(std::span<const std::uint8_t> list) { return without_numbers(list, kLeftOut); }
+
+Bytes without_records(std::span<const std::uint8_t> list) {
+    constexpr std::uint32_t kNumbers[] = {kRecords};
+    return without_numbers(list, kNumbers);
 }
 
 std::span<const std::uint8_t> iptc_records(std::span<const std::uint8_t> list) {

@@ -16,6 +16,9 @@ Bytes own_resources(std::span<const std::uint8_t> list);
 // Returns IPTC's records of a list; none if it has none.
 std::span<const std::uint8_t> iptc_records(std::span<const std::uint8_t> list);
 
+// Returns the list without them.
+Bytes without_records(std::span<const std::uint8_t> list);
+
 // Returns a list that has only these records.
 Bytes resources_of(std::span<const std::uint8_t> records);
 

@@ -108,9 +108,7 @@ Metadata JpegMarkers::finish(Losses& losses) {
         losses.push_back({Loss::Kind::profile, "has a color profile of which parts are missing: it is left out"});
     if (!extension_.empty() && found_.xmp_extension.empty())
         losses.push_back({Loss::Kind::metadata, "has XMP of which parts are missing: they are left out"});
-    if (too_large_)
-        losses.push_back({Loss::Kind::metadata, "has more than " + std::to_string(kMostMetadataBytes) +
-                                                    " bytes of one kind of metadata: some is left out"});
+    if (too_large_) losses.push_back(too_much_metadata());
     return std::move(found_);
 }
 

@@ -12,6 +12,7 @@
 
 #include "carried.h"
 #include "exif.h"
+#include "inks.h"
 #include "jpeg_errors.h"
 #include "jpeg_making.h"
 #include "jpeg_markers.h"
@@ -76,15 +77,6 @@ std::uint8_t next_byte(j_decompress_ptr info) {
 
 void on_progress(j_common_ptr info) {
     if (reinterpret_cast<j_decompress_ptr>(info)->input_scan_number > kMostScans) fail_jpeg(info, "too many scans");
-}
-
-std::uint8_t times(int a, int b) { return static_cast<std::uint8_t>((a * b + 127) / 255); }
-
-// Paper where there is no ink. `ink` counts towards 255, or from it when inverted.
-void cmyk_to_rgb(const std::uint8_t* ink, bool inverted, int width, std::uint8_t* out) {
-    const int flip = inverted ? 0 : 255;
-    for (int x = 0; x < width; ++x, ink += 4, out += 3)
-        for (int channel = 0; channel < 3; ++channel) out[channel] = times(ink[channel] ^ flip, ink[3] ^ flip);
 }
 
 class JpegReader {
@@ -220,7 +212,7 @@ private:
         if (ink_conversion_)
             ink_conversion_(ink, width, row);
         else
-            cmyk_to_rgb(ink, info_.saw_Adobe_marker, width, row);
+            inks_to_rgb(ink, info_.saw_Adobe_marker, width, row);
     }
 
     static std::uint64_t padded(JDIMENSION blocks, int factor) {

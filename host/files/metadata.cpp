@@ -6,6 +6,7 @@
 
 #include "exif.h"
 #include "icc_profile.h"
+#include "tiff_directory.h"
 #include "xmp.h"
 
 namespace tarvo::host {
@@ -65,6 +66,22 @@ void fit_xmp(Metadata& metadata, const MetadataRoom& room) {
     metadata.xmp_extension.clear();
 }
 
+// True of a block that its own directory can be read of.
+bool has_directory(const Bytes& exif) {
+    const MemoryPlaces places(exif);
+    TiffDirectories directories(places);
+    return directories.is_tiff() && !directories.is_large() && directories.read(directories.first());
+}
+
+// True when nobody misses a resolution: Exif, which has it too, tells it.
+bool tells_resolution(const Bytes& exif, const Resolution& wanted) {
+    const auto told = resolution_of_exif(exif);
+    if (!told) return false;
+    const Resolution same = told->in(wanted.unit);
+    const auto near = [](double a, double b) { return std::abs(a - b) <= 0.01 * b; };
+    return near(same.x, wanted.x) && near(same.y, wanted.y);
+}
+
 }  // namespace
 
 Resolution Resolution::in(Unit wanted) const {
@@ -85,6 +102,11 @@ std::optional<Resolution> resolution_of_exif(const Bytes& block) {
     if (unit != kInches && unit != kCentimetres) return {};
     return Resolution{value(*exif.x_resolution), value(*exif.y_resolution),
                       unit == kInches ? Resolution::Unit::inch : Resolution::Unit::centimetre};
+}
+
+Loss too_much_metadata() {
+    return {Loss::Kind::metadata,
+            "has more than " + std::to_string(kMostMetadataBytes) + " bytes of one kind of metadata: some is left out"};
 }
 
 void make_true(Metadata& metadata, int width, int height) {
@@ -113,7 +135,8 @@ Metadata fitting(Metadata metadata, const MetadataRoom& room, bool grey, Losses&
         left_out.push_back(name);
         bytes.clear();
     };
-    fit(metadata.exif, !metadata.exif.empty(), room.exif, "Exif");
+    const bool merges = !room.exif_is_merged || has_directory(metadata.exif);
+    fit(metadata.exif, !metadata.exif.empty(), merges ? room.exif : 0, "Exif");
     fit(metadata.xmp, has_xmp, room.xmp, "XMP");
     fit(metadata.iptc, !metadata.iptc.empty(), room.iptc, "IPTC");
     if (metadata.xmp.empty()) metadata.xmp_extension.clear();
@@ -122,7 +145,7 @@ Metadata fitting(Metadata metadata, const MetadataRoom& room, bool grey, Losses&
         const double least = std::min(wanted.x, wanted.y), most = std::max(wanted.x, wanted.y);
         // Both are rounded.
         if (!room.most_resolution || !(least >= 0.5 && most < *room.most_resolution + 0.5)) {
-            left_out.emplace_back("the resolution");
+            if (!tells_resolution(metadata.exif, *metadata.resolution)) left_out.emplace_back("the resolution");
             metadata.resolution.reset();
         }
     }

@@ -47,17 +47,21 @@ inline constexpr std::size_t kMostMetadataBytes = std::size_t{8} << 20;
 
 // What a file loses on its way in or out.
 struct Loss {
-    enum class Kind : std::uint8_t { metadata, profile };
+    enum class Kind : std::uint8_t { metadata, profile, pages };
     Kind kind;
     std::string words;  // a sentence that goes behind the file's name: "has no room for XMP: it is left out"
 };
 using Losses = std::vector<Loss>;
+
+// That more was there than is kept.
+Loss too_much_metadata();
 
 // How many bytes of each kind a format can hold; 0: the format has no place for it.
 struct MetadataRoom {
     std::size_t exif = 0, xmp = 0, xmp_extension = 0, iptc = 0, icc = 0;
     std::optional<double> most_resolution = {};  // in the unit that the format counts in
     Resolution::Unit resolution_unit = Resolution::Unit::inch;
+    bool exif_is_merged = false;  // with the format's own directory, so that it has to be one
 };
 
 // Returns the resolution that an Exif block tells, if it does.

@@ -1,6 +1,6 @@
 #pragma once
 
-// Pictures from and to files: PNG, JPEG, PBM, PGM, PPM, PAM.
+// Pictures from and to files: PNG, JPEG, TIFF, PBM, PGM, PPM, PAM.
 
 #include <cstdint>
 #include <functional>
@@ -41,7 +41,7 @@ struct WriteReport {
 
 struct WriteOptions {
     std::optional<int> jpeg_quality = {};  // 1 to 100; none: that of the JPEG file the picture comes from, or 92
-    Compression png_compression = Compression::normal;
+    Compression compression = Compression::normal;
     PartFileWatch* watch = nullptr;    // told of the part file
     std::uint32_t strip = 0;           // kinds of metadata that the file is not to have
     const Carried* carried = nullptr;  // what the picture's file had; its pixels are to be so again, if that loses
@@ -61,9 +61,9 @@ ObjectRef read_picture_file(Host& host, const std::string& path, const ReadOptio
 ObjectRef decode_picture(Host& host, std::span<const std::uint8_t> file, const ReadOptions& options = {},
                          Carried* carried = nullptr);
 
-// In the format that the name's ending says: .png .jpg .jpeg .pbm .pgm .ppm .pam. An existing file is replaced when the
-// new one is complete; after an error it is as it was. PNG and PAM keep the mask as alpha, PNG depths up to 8 bits,
-// JPEG and PAM greys. Throws FileError.
+// In the format that the name's ending says: .png .jpg .jpeg .tif .tiff .pbm .pgm .ppm .pam. An existing file is replaced
+// when the new one is complete; after an error it is as it was. PNG, TIFF and PAM keep the mask as alpha, PNG and TIFF
+// depths up to 8 bits, JPEG and PAM greys. Throws FileError.
 WriteReport write_picture_file(const Picture& picture, const std::string& path, const WriteOptions& options = {});
 // The bytes of such a file; of `name` only the ending counts. `report` gets what is to be told of it.
 Bytes encode_picture(const Picture& picture, const std::string& name, const WriteOptions& options = {},

@@ -16,6 +16,7 @@ class PictureBuilder final : public PixelTarget {
 public:
     PictureBuilder(Host& host, bool keep_depth) : host_(host), keep_depth_(keep_depth) {}
 
+    void check_memory(std::uint64_t bytes, const std::string& what) override { host_.check_memory(bytes, what); }
     void begin(const ImageForm& form, std::uint64_t working_bytes) override;
     void put(const PixelRun& run) noexcept override;
     void turn(int orientation) override;

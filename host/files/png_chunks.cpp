@@ -191,9 +191,7 @@ std::span<const std::uint8_t> PngChunks::profile() const { return found_.icc.emp
 
 Metadata PngChunks::finish(Losses& losses) {
     if (damaged_) losses.push_back({Loss::Kind::metadata, "has metadata that are damaged: they are left out"});
-    if (too_large_)
-        losses.push_back({Loss::Kind::metadata, "has more than " + std::to_string(kMostMetadataBytes) +
-                                                    " bytes of one kind of metadata: some is left out"});
+    if (too_large_) losses.push_back(too_much_metadata());
     for (Bytes Metadata::*kind : {&Metadata::exif, &Metadata::xmp, &Metadata::iptc, &Metadata::icc})
         if ((found_.*kind).empty()) found_.*kind = std::move(raw_.*kind);
     return std::move(found_);

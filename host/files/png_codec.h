@@ -9,8 +9,6 @@ namespace tarvo::host {
 
 void decode_png(ByteSource& file, std::uint64_t max_pixels, PixelTarget& target);
 // An indexed image is written with its palette and depth, or as greys where its palette is theirs.
-// True when such a file would be one of greys.
-bool is_png_of_greys(const ImageForm& form);
 FilePixels encode_png(const PixelSource& image, const EncodeOptions& options, ByteSink& file);
 
 }  // namespace tarvo::host

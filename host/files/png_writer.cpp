@@ -2,7 +2,6 @@
 
 #include <png.h>
 
-#include <algorithm>
 #include <csetjmp>
 #include <cstdio>
 #include <cstring>
@@ -11,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "packed_indices.h"
 #include "png_bands.h"
 #include "png_chunks.h"
 
@@ -18,23 +18,13 @@ namespace tarvo::host {
 
 namespace {
 
-bool same_colors(const ImageForm& image, const Palette& palette) {
-    return std::equal(image.palette.begin(), image.palette.begin() + image.palette_size(), palette.begin());
-}
-
-// True for one bit that is black where it is set, as a file of greys cannot say.
-bool is_inverted(const ImageForm& image) {
-    return image.layout == Layout::indexed && image.index_bits == 1 && image.palette[0] == kWhite &&
-           image.palette[1] == kBlack;
-}
-
 // One file being written. As with reading, the functions that call libpng hold nothing that has a destructor.
 class PngWriter {
 public:
     PngWriter(const PixelSource& image, const EncodeOptions& how, ByteSink& file)
         : image_(image),
           form_(image.form()),
-          compression_(how.png_compression),
+          compression_(how.compression),
           chunks_(chunks_of(how.metadata)),
           file_(file),
           inverted_(is_inverted(form_)) {
@@ -119,21 +109,7 @@ private:
         if (bit_depth() == 8) return image_.read(y, row);
         Bytes indices(form_.row_bytes());
         image_.read(y, indices.data());
-        pack(indices, row);
-    }
-
-    // The first index stands in the highest bits.
-    void pack(std::span<const std::uint8_t> indices, std::uint8_t* row) const {
-        const int bits = bit_depth(), flip = inverted_ ? 1 : 0;
-        int byte = 0, used = 0;
-        for (const std::uint8_t index : indices) {
-            byte = byte << bits | (index ^ flip);
-            used += bits;
-            if (used < 8) continue;
-            *row++ = static_cast<std::uint8_t>(byte);
-            byte = used = 0;
-        }
-        if (used > 0) *row = static_cast<std::uint8_t>(byte << (8 - used));
+        pack_indices(indices, bit_depth(), inverted_, row);
     }
 
     int bit_depth() const { return form_.layout == Layout::indexed ? form_.index_bits : 8; }
@@ -145,7 +121,7 @@ private:
             case Layout::rgba: return PNG_COLOR_TYPE_RGB_ALPHA;
             case Layout::indexed: break;
         }
-        return is_png_of_greys(form_) ? PNG_COLOR_TYPE_GRAY : PNG_COLOR_TYPE_PALETTE;
+        return is_scale_of_greys(form_) ? PNG_COLOR_TYPE_GRAY : PNG_COLOR_TYPE_PALETTE;
     }
 
     FilePixels pixels() const {
@@ -189,11 +165,6 @@ private:
 };
 
 }  // namespace
-
-bool is_png_of_greys(const ImageForm& form) {
-    if (form.layout != Layout::indexed) return form.layout == Layout::grey_alpha;
-    return is_inverted(form) || same_colors(form, grey_palette(form.index_bits));
-}
 
 FilePixels encode_png(const PixelSource& image, const EncodeOptions& options, ByteSink& file) {
     return PngWriter(image, options, file).write();

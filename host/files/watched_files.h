@@ -15,7 +15,9 @@ namespace tarvo::host {
 // Gives another source's bytes in pieces that decoders are soon through with.
 class WatchedSource final : public ByteSource {
 public:
-    WatchedSource(ByteSource& of, const std::function<void()>& ask) : of_(of), ask_(ask) {}
+    WatchedSource(ByteSource& of, const std::function<void()>& ask) : places_(of.places(), ask), of_(of), ask_(ask) {}
+
+    const BytePlaces* places() const override { return places_.if_there(); }
 
 private:
     static constexpr std::size_t kPiece = std::size_t{1} << 14;
@@ -29,6 +31,23 @@ private:
     }
     std::optional<std::uint64_t> behind_block() const override { return of_.left(); }
 
+    // Of what is read at any place.
+    class Places final : public BytePlaces {
+    public:
+        Places(const BytePlaces* of, const std::function<void()>& ask) : of_(of), ask_(ask) {}
+        const BytePlaces* if_there() const { return of_ ? this : nullptr; }
+        std::uint64_t size() const override { return of_->size(); }
+        bool read_at(std::uint64_t place, std::span<std::uint8_t> out) const override {
+            ask_();
+            return of_->read_at(place, out);
+        }
+
+    private:
+        const BytePlaces* of_;
+        const std::function<void()>& ask_;
+    };
+
+    const Places places_;
     ByteSource& of_;
     const std::function<void()>& ask_;
 };
@@ -70,6 +89,7 @@ private:
         ask_();
         to_.write(block);
     }
+    void put_at(std::uint64_t place, std::span<const std::uint8_t> bytes) override { to_.replace(place, bytes); }
 
     ByteSink& to_;
     const WatchedPixels& pixels_;

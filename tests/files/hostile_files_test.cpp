@@ -7,6 +7,9 @@
 #include "jpeg_samples.h"
 #include "png_samples.h"
 #endif
+#ifdef TARVO_TIFF
+#include "tiff_samples.h"
+#endif
 
 namespace tarvo::host {
 namespace {
@@ -54,6 +57,28 @@ std::vector<NamedFile> valid_files() {
     files.push_back({"jpeg", jpeg_file({9, 9, JpegColors::ycc, counting(243), exif_of_orientation(8)})});
     files.push_back({"progressive jpeg", jpeg_file({17, 9, JpegColors::ycc, counting(459), {}, true})});
     files.push_back({"inks jpeg", jpeg_file({9, 9, JpegColors::adobe_ycck, counting(324)})});
+#endif
+#ifdef TARVO_TIFF
+    const FileBytes some = counting(19 * 17 * 3);
+    TiffSample tiff{19, 17, 8, 3, 2, {some.begin(), some.end()}};
+    files.push_back({"tiff", tiff_file(tiff)});
+    tiff.compression = 5;
+    tiff.tile = 16;
+    tiff.mode = "b";
+    files.push_back({"tiff of tiles", tiff_file(tiff)});
+    tiff.compression = 8;
+    tiff.tile = 0;
+    tiff.planes = true;
+    tiff.mode = "8l";
+    files.push_back({"tiff of planes", tiff_file(tiff)});
+    TiffSample fax{40, 6, 1, 1, 0, std::vector<std::uint16_t>(240)};
+    for (std::size_t i = 0; i < fax.values.size(); ++i) fax.values[i] = i * i % 7 < 3;
+    fax.compression = 4;
+    files.push_back({"fax tiff", tiff_file(fax)});
+    TiffSample photo{16, 16, 8, 3, 6, {some.begin(), some.begin() + 768}};
+    photo.compression = 7;
+    photo.rows_in_a_strip = 16;
+    files.push_back({"jpeg tiff", tiff_file(photo)});
 #endif
     return files;
 }
@@ -107,7 +132,9 @@ TEST_F(HostileFiles, OfJunkBehindAnySignatureOpenOrAreErrors) {
                                            "P3 ",          "P4 ",
                                            "P5 9 9 255 ",  "P6 ",
                                            "P7\n",         "\x89PNG\r\n\x1A\n",
-                                           "\xFF\xD8\xFF", "\xFF\xD8\xFF\xE1"};
+                                           "\xFF\xD8\xFF", "\xFF\xD8\xFF\xE1",
+                                           {"II*\0", 4},   {"MM\0*\0\0\0\x8", 8},
+                                           {"II+\0\x8\0\0", 7}};
     std::mt19937 random(20060);
     for (const std::string_view signature : signatures)
         for (int round = 0; round < 300; ++round) {

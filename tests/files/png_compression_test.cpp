@@ -13,7 +13,7 @@ constexpr Compression kCompressions[] = {Compression::fast, Compression::normal,
 
 struct PngCompression : FilesTest {
     FileBytes png(const ObjectRef& picture, Compression compression) {
-        return encode_picture(picture_in(picture), "a.png", {.png_compression = compression});
+        return encode_picture(picture_in(picture), "a.png", {.compression = compression});
     }
 
     // 32 bits deep; `color(x, y)` gives its pixels.

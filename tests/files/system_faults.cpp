@@ -156,6 +156,21 @@ SEEN ssize_t write(int file, const void* bytes, std::size_t size) {
     return transfer(SystemCall::write, size, [&](std::size_t count) { return syscall(SYS_write, file, bytes, count); });
 }
 
+SEEN ssize_t pread(int file, void* bytes, std::size_t size, off_t place) {
+    return transfer(SystemCall::read, size,
+                    [&](std::size_t count) { return syscall(SYS_pread64, file, bytes, count, place); });
+}
+
+// As with reading links.
+SEEN ssize_t __pread_chk(int file, void* bytes, std::size_t size, off_t place, std::size_t room) {
+    return pread(file, bytes, std::min(size, room), place);
+}
+
+SEEN ssize_t pwrite(int file, const void* bytes, std::size_t size, off_t place) {
+    return transfer(SystemCall::write, size,
+                    [&](std::size_t count) { return syscall(SYS_pwrite64, file, bytes, count, place); });
+}
+
 // The number is free whatever the answer is.
 SEEN int close(int file) {
     const long closed = syscall(SYS_close, file);

@@ -213,7 +213,11 @@ TEST(Accounts, AreZeroAfterFiles) {
     const TemporaryFolder folder;
     const Picture masked = noisy_picture(41, 29, TARVO_RGBA32);
     const int before = calls_ended();
-    for (const char* name : {"a.ppm", "a.pam", "a.trv", "a.png", "a.jpg"}) {
+    for (const char* name : {"a.ppm", "a.pam", "a.trv", "a.png", "a.jpg",
+#ifdef TARVO_TIFF
+                             "a.tif",
+#endif
+                             "b.ppm"}) {
         const std::string path = folder.file(name);
         masked.save(path);
         const Picture whole = Picture::open(path);

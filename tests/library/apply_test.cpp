@@ -65,6 +65,9 @@ TEST(LibraryFiles, AreWrittenAndRead) {
 #ifdef TARVO_PICTURE_LIBRARIES
     whole.push_back("png");
 #endif
+#ifdef TARVO_TIFF
+    whole.push_back("tif");
+#endif
     for (const std::string& format : whole) {
         const std::string path = folder.path() / ("picture." + format);
         plain.save(path);

@@ -47,7 +47,7 @@ def test_is_read() -> None:
     assert b"Anna" in photo.metadata.exif and photo.metadata
 
 
-@pytest.mark.parametrize("format", ["jpg", "png"])
+@pytest.mark.parametrize("format", ["jpg", "png", "tif"])
 def test_goes_through_operations_into_files(format: str) -> None:
     photo = tarvo.decode(photograph()).stretch(5, 7).apply("FlipRotate(true, false, 0)")
     told = told_by_pillow(photo.encode(format))
