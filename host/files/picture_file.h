@@ -61,9 +61,9 @@ ObjectRef read_picture_file(Host& host, const std::string& path, const ReadOptio
 ObjectRef decode_picture(Host& host, std::span<const std::uint8_t> file, const ReadOptions& options = {},
                          Carried* carried = nullptr);
 
-// In the format that the name's ending says: .png .jpg .jpeg .tif .tiff .pbm .pgm .ppm .pam. An existing file is replaced
-// when the new one is complete; after an error it is as it was. PNG, TIFF and PAM keep the mask as alpha, PNG and TIFF
-// depths up to 8 bits, JPEG and PAM greys. Throws FileError.
+// In the format that the name's ending says: .png .jpg .jpeg .tif .tiff .pbm .pgm .ppm .pam. An existing file is
+// replaced when the new one is complete; after an error it is as it was. PNG, TIFF and PAM keep the mask as alpha, PNG
+// and TIFF depths up to 8 bits, JPEG and PAM greys. Throws FileError.
 WriteReport write_picture_file(const Picture& picture, const std::string& path, const WriteOptions& options = {});
 // The bytes of such a file; of `name` only the ending counts. `report` gets what is to be told of it.
 Bytes encode_picture(const Picture& picture, const std::string& name, const WriteOptions& options = {},
