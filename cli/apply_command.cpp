@@ -32,7 +32,7 @@ constexpr const char* kCallHelp =
     "rect(left, top, width, height); border(levels), the rectangle without the plain border; fit(side) or\n"
     "fit(width, height) for a width and a height; matrix(nine numbers, row by row); convolution(coefficients).\n"
     "Where a method gives something back in an argument, write any value or word; what came back is printed.\n"
-    "Files: .png .jpg .jpeg .tif .tiff .pbm .pgm .ppm .pam, and .trv, the string that\n"
+    "Files: .png .jpg .jpeg .tif .tiff .webp .pbm .pgm .ppm .pam, and .trv, the string that\n"
     "TRV_ConvertToString makes. Transparency is the picture's mask; formats that have none leave the mask out.";
 
 constexpr const char* kManyHelp =

@@ -15,7 +15,7 @@ namespace tarvo::cli {
 namespace {
 
 constexpr const char* kFormats =
-    "Files: .png .jpg .jpeg .tif .tiff .pbm .pgm .ppm .pam, and .trv for the string that\n"
+    "Files: .png .jpg .jpeg .tif .tiff .webp .pbm .pgm .ppm .pam, and .trv for the string that\n"
     "TRV_ConvertToString makes and TRV_ConvertToPicture takes.";
 
 struct ConvertOptions {

@@ -52,14 +52,16 @@ void add_file_options(CLI::App& command, FileOptions& options) {
             "keep nothing of what the file carries: no Exif, XMP, IPTC, colour profile, resolution")
         ->excludes(keep);
     command
-        .add_option("--quality", options.quality,
-                    "of a JPEG file, 1 to 100; unless told that of the JPEG file it is made of, or 92")
+        .add_option(
+            "--quality", options.quality,
+            "of a JPEG or WebP file, 1 to 100; unless told, for JPEG that of the JPEG file it is made of, or 92, "
+            "and for WebP nothing is lost")
         ->type_name("N")
         ->check(CLI::Range(1, 100).description(""));
     command
         .add_option_function<std::string>(
             "--compression", [&options](const std::string& word) { options.compression = kCompressions.at(word); },
-            "of a PNG or TIFF file: fast, normal, small; normal unless told")
+            "of a PNG, TIFF or WebP file: fast, normal, small; normal unless told")
         ->type_name("WORD")
         ->check(one_of(kCompressions));
     command.add_flag("--srgb", options.srgb, "make colours those of sRGB, by the file's colour profile");

@@ -11,6 +11,7 @@ install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" DESTINATION "${CMAKE_INSTALL_DATAD
 
 if(TARVO_PICTURE_LIBRARIES)
   include(TarvoTiff)
+  include(TarvoWebp)
 endif()
 if(TARGET libtarvo)
   install(TARGETS libtarvo EXPORT TarvoTargets
@@ -50,6 +51,9 @@ if(TARGET libtarvo)
       endif()
       if(TARVO_HAS_TIFF)
         string(APPEND pc_requires " libtiff-4")
+      endif()
+      if(TARVO_HAS_WEBP)
+        string(APPEND pc_requires " libwebpmux libwebpdemux libwebp")
       endif()
       if(TARVO_LIBDEFLATE)
         string(PREPEND pc_libraries "-ldeflate ")

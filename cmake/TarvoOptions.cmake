@@ -6,6 +6,7 @@ option(TARVO_STATIC_PLUGIN "One image of all: no plugin to load, and no library 
 option(TARVO_TOOL "Build the tarvo command (CLI11)" ON)
 option(TARVO_PICTURE_LIBRARIES "Read and write PNG and JPEG files (libpng, libjpeg; libdeflate and lcms2 where they are)" ON)
 option(TARVO_TIFF "Read and write TIFF files, with the picture libraries and where libtiff 4.5 is" ON)
+option(TARVO_WEBP "Read and write WebP files, with the picture libraries and where libwebp is" ON)
 option(TARVO_SCREEN "Capture the screen of an X display, where libxcb and libxcb-shm are" ON)
 option(TARVO_PYTHON "Build the Python package (nanobind)" OFF)
 option(TARVO_TESTS "Build the tests (GoogleTest)" ${PROJECT_IS_TOP_LEVEL})

@@ -72,7 +72,7 @@ if(TARGET libtarvo)
     set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
       "libtarvo${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
   else()
-    set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libpng-dev, libjpeg-dev, zlib1g-dev, libdeflate-dev, liblcms2-dev, libtiff-dev")
+    set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libpng-dev, libjpeg-dev, zlib1g-dev, libdeflate-dev, liblcms2-dev, libtiff-dev, libwebp-dev")
   endif()
 endif()
 if(TARGET tarvo)

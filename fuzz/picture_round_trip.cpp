@@ -122,6 +122,9 @@ void check_picture_file(std::span<const std::uint8_t> file) {
 #ifdef TARVO_TIFF
             check_format(host, shown, carried, "a.tif", true);
 #endif
+#ifdef TARVO_WEBP
+            check_format(host, shown, carried, "a.webp", !shown.mask() || !is_opaque(picture_in(shown.mask())));
+#endif
             for (const char* name : {"a.png", "a.pam"}) check_format(host, shown, carried, name, true);
             check_format(host, shown, carried, "a.ppm", !shown.mask());
             for (const char* name : {"a.pgm", "a.pbm", "a.jpg"}) check_format(host, shown, carried, name, false);

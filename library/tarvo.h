@@ -177,8 +177,8 @@ typedef struct tarvo_read_options {
 
 #define TARVO_USUAL_MAX_PIXELS 268435456
 
-/* Reads PNG, JPEG, TIFF, PBM, PGM, PPM or PAM, told by the content; and of a name that ends with .trv the string that
- * TRV_ConvertToString makes. Transparency becomes the picture's mask.
+/* Reads PNG, JPEG, TIFF, WebP, PBM, PGM, PPM or PAM, told by the content; and of a name that ends with .trv the string
+ * that TRV_ConvertToString makes. Transparency becomes the picture's mask.
  *
  * A picture carries what its file was. So do results of operations that are called on it, and it is written as its file
  * was where that loses nothing: a grey picture is a grey file again. */
@@ -205,7 +205,7 @@ typedef enum tarvo_metadata TARVO_INT {
     TARVO_METADATA_ALL = 31
 } tarvo_metadata;
 
-/* How much time is taken for a smaller PNG or TIFF file; its pixels are the same. FAST of TIFF is none. */
+/* How much time is taken for a smaller PNG, TIFF or WebP file; its pixels are the same. FAST of TIFF is none. */
 typedef enum tarvo_compression TARVO_INT {
     TARVO_COMPRESSION_NORMAL = 0,
     TARVO_COMPRESSION_FAST = 1,
@@ -214,9 +214,9 @@ typedef enum tarvo_compression TARVO_INT {
 
 typedef struct tarvo_write_options {
     size_t size;
-    int32_t jpeg_quality;        /* 1 to 100; 0: that of the JPEG file the picture comes from, or 92 */
-    int (*yield)(void* context); /* as for reading; an old file stays as it was */
-    void* context;               /* of all functions here */
+    int32_t jpeg_quality; /* 1 to 100; 0: that of the JPEG file the picture comes from, or 92; WebP loses nothing */
+    int (*yield)(void* context);                                    /* as for reading; an old file stays as it was */
+    void* context;                                                  /* of all functions here */
     void (*note)(void* context, tarvo_note kind, const char* text); /* as for reading */
     /* For programs whose signals are to remove what is half written: unlinkat(folder, name, 0). The library leaves
      * signals alone. */
@@ -226,8 +226,8 @@ typedef struct tarvo_write_options {
     tarvo_compression compression;
 } tarvo_write_options;
 
-/* Writes the format that the name's ending tells: .png .jpg .jpeg .tif .tiff .pbm .pgm .ppm .pam .trv. The file appears
- * whole or not at all. PNG, TIFF, PAM and TRV keep the mask; the others show the picture without it. */
+/* Writes the format that the name's ending tells: .png .jpg .jpeg .tif .tiff .webp .pbm .pgm .ppm .pam .trv. The file
+ * appears whole or not at all. PNG, TIFF, WebP, PAM and TRV keep the mask; the others show the picture without it. */
 TARVO_API tarvo_status tarvo_picture_save(const tarvo_picture* picture, const char* path,
                                           const tarvo_write_options* options, tarvo_error** error);
 /* The same in memory. `format` is an ending, with its dot or without: "png". The bytes are freed with tarvo_free. */

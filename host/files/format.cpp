@@ -16,6 +16,9 @@
 #include "tiff_codec.h"
 #include "tiff_metadata.h"
 #endif
+#ifdef TARVO_WEBP
+#include "webp_codec.h"
+#endif
 
 namespace tarvo::host {
 
@@ -24,6 +27,7 @@ namespace {
 constexpr std::string_view kPngEndings[] = {".png"};
 constexpr std::string_view kJpegEndings[] = {".jpg", ".jpeg"};
 constexpr std::string_view kTiffEndings[] = {".tif", ".tiff"};
+constexpr std::string_view kWebpEndings[] = {".webp"};
 constexpr std::string_view kPbmEndings[] = {".pbm"};
 constexpr std::string_view kPgmEndings[] = {".pgm"};
 constexpr std::string_view kPpmEndings[] = {".ppm"};
@@ -42,6 +46,10 @@ bool is_tiff(std::span<const std::uint8_t> file) {
     constexpr std::string_view kMarks[] = {{"II*\0", 4}, {"MM\0*", 4}, {"II+\0", 4}, {"MM\0+", 4}};
     return std::ranges::any_of(kMarks, [file](std::string_view mark) { return begins_with(file, mark); });
 }
+bool is_webp(std::span<const std::uint8_t> file) {
+    constexpr std::size_t kBehindLength = 8;
+    return begins_with(file, "RIFF") && file.size() > kBehindLength && begins_with(file.subspan(kBehindLength), "WEBP");
+}
 bool is_pbm(std::span<const std::uint8_t> file) { return begins_with(file, "P1") || begins_with(file, "P4"); }
 bool is_pgm(std::span<const std::uint8_t> file) { return begins_with(file, "P2") || begins_with(file, "P5"); }
 bool is_ppm(std::span<const std::uint8_t> file) { return begins_with(file, "P3") || begins_with(file, "P6"); }
@@ -59,6 +67,11 @@ constexpr Format kFormats[] = {
     {"TIFF", kTiffEndings, true, kTiffRoom, is_scale_of_greys, is_tiff, decode_tiff, encode_tiff},
 #else
     {"TIFF", kTiffEndings, true, {}, is_grey, is_tiff, nullptr, nullptr},
+#endif
+#ifdef TARVO_WEBP
+    {"WebP", kWebpEndings, true, kWebpRoom, has_no_greys, is_webp, decode_webp, encode_webp},
+#else
+    {"WebP", kWebpEndings, true, {}, is_grey, is_webp, nullptr, nullptr},
 #endif
     {"PBM", kPbmEndings, false, {}, is_grey, is_pbm, decode_pnm, encode_pbm},
     {"PGM", kPgmEndings, false, {}, is_grey, is_pgm, decode_pnm, encode_pgm},

@@ -3,6 +3,7 @@
 // The file formats: one row of the table each.
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string_view>
 
@@ -17,6 +18,7 @@ namespace tarvo::host {
 
 struct EncodeOptions {
     JpegMaking jpeg = {};
+    std::optional<int> quality = {};  // what was told; 1 to 100
     Compression compression = Compression::normal;
     Metadata metadata = {};  // all of it fits
 };

@@ -45,7 +45,7 @@ ObjectRef decode(Host& host, ByteSource& file, const ReadOptions& options, Carri
 
 // Returns what of the carried a file of that format has again.
 EncodeOptions encoding(const ImageForm& form, const Format& format, const WriteOptions& options, Losses& losses) {
-    EncodeOptions how{.compression = options.compression};
+    EncodeOptions how{.quality = options.jpeg_quality, .compression = options.compression};
     if (options.carried && options.carried->jpeg) how.jpeg = *options.carried->jpeg;
     if (options.jpeg_quality) how.jpeg.quality = *options.jpeg_quality;
     if (!options.carried) return how;

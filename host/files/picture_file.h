@@ -1,6 +1,6 @@
 #pragma once
 
-// Pictures from and to files: PNG, JPEG, TIFF, PBM, PGM, PPM, PAM.
+// Pictures from and to files: PNG, JPEG, TIFF, WebP, PBM, PGM, PPM, PAM.
 
 #include <cstdint>
 #include <functional>
@@ -40,7 +40,8 @@ struct WriteReport {
 };
 
 struct WriteOptions {
-    std::optional<int> jpeg_quality = {};  // 1 to 100; none: that of the JPEG file the picture comes from, or 92
+    // 1 to 100. None: that of the JPEG file the picture comes from, or 92; of a WebP file, nothing is lost.
+    std::optional<int> jpeg_quality = {};
     Compression compression = Compression::normal;
     PartFileWatch* watch = nullptr;    // told of the part file
     std::uint32_t strip = 0;           // kinds of metadata that the file is not to have
@@ -61,9 +62,9 @@ ObjectRef read_picture_file(Host& host, const std::string& path, const ReadOptio
 ObjectRef decode_picture(Host& host, std::span<const std::uint8_t> file, const ReadOptions& options = {},
                          Carried* carried = nullptr);
 
-// In the format that the name's ending says: .png .jpg .jpeg .tif .tiff .pbm .pgm .ppm .pam. An existing file is
-// replaced when the new one is complete; after an error it is as it was. PNG, TIFF and PAM keep the mask as alpha, PNG
-// and TIFF depths up to 8 bits, JPEG and PAM greys. Throws FileError.
+// In the format that the name's ending says: .png .jpg .jpeg .tif .tiff .webp .pbm .pgm .ppm .pam. An existing file is
+// replaced when the new one is complete; after an error it is as it was. PNG, TIFF, WebP and PAM keep the mask as
+// alpha, PNG and TIFF depths up to 8 bits, JPEG and PAM greys. Throws FileError.
 WriteReport write_picture_file(const Picture& picture, const std::string& path, const WriteOptions& options = {});
 // The bytes of such a file; of `name` only the ending counts. `report` gets what is to be told of it.
 Bytes encode_picture(const Picture& picture, const std::string& name, const WriteOptions& options = {},

@@ -27,6 +27,9 @@ const char* const kNamesOfOthers[] = {
 #ifdef TARVO_TIFF
     "a.tif",
 #endif
+#ifdef TARVO_WEBP
+    "a.webp",
+#endif
     "b.pam"};
 
 std::vector<const char*> all_names() {
@@ -129,7 +132,9 @@ TEST_F(FileFaults, OfMemoryLeaveTheOldFileWhenOneIsWritten) {
         after_fault = [&](bool failed, bool limit_fits) {
             EXPECT_EQ(folder.entries(), entries);
             const FileBytes now = read_bytes(path);
-            EXPECT_TRUE(now == (failed ? old : whole));
+            // One library does with less memory, and makes other bytes of the same pixels.
+            EXPECT_TRUE(failed ? now == old
+                               : now == whole || colors_of(read_picture_file(host, path)) == colors_of(shown));
             EXPECT_TRUE(!failed || limit_fits);
             failures += failed;
             write_bytes(path, old);

@@ -25,7 +25,7 @@ FileBytes counting(std::size_t count) {
     return bytes;
 }
 
-std::vector<NamedFile> valid_files() {
+std::vector<NamedFile> valid_files([[maybe_unused]] Host& host) {
     std::vector<NamedFile> files = {
         {"pbm", bytes_of("P4\n# bits\n12 3\n") + counting(6)},
         {"pgm", bytes_of("P5\n5 3\n65535\n") + counting(30)},
@@ -80,6 +80,14 @@ std::vector<NamedFile> valid_files() {
     photo.rows_in_a_strip = 16;
     files.push_back({"jpeg tiff", tiff_file(photo)});
 #endif
+#ifdef TARVO_WEBP
+    const ObjectRef some_picture = random_picture(host, {.width = 19, .height = 17}, 3);
+    picture_in(some_picture).set_mask(random_picture(host, {.width = 19, .height = 17}, 4));
+    const Carried with{.metadata = {.exif = exif_of_orientation(1), .xmp = bytes_of("<x:xmpmeta/>")}};
+    files.push_back({"webp", encode_picture(picture_in(some_picture), "a.webp")});
+    files.push_back({"webp with metadata", encode_picture(picture_in(some_picture), "a.webp", {.carried = &with})});
+    files.push_back({"webp with loss", encode_picture(picture_in(some_picture), "a.webp", {.jpeg_quality = 70})});
+#endif
     return files;
 }
 
@@ -104,7 +112,7 @@ protected:
 };
 
 TEST_F(HostileFiles, CutShortAnywhereAreErrors) {
-    for (const NamedFile& file : valid_files()) {
+    for (const NamedFile& file : valid_files(host)) {
         EXPECT_TRUE(opens(file.bytes)) << file.name;
         for (std::size_t length = 0; length < file.bytes.size(); ++length) {
             const FileBytes cut(file.bytes.begin(), file.bytes.begin() + static_cast<std::ptrdiff_t>(length));
@@ -115,7 +123,7 @@ TEST_F(HostileFiles, CutShortAnywhereAreErrors) {
 
 TEST_F(HostileFiles, WithFlippedBitsOpenOrAreErrors) {
     std::mt19937 random(20051);
-    for (const NamedFile& file : valid_files()) {
+    for (const NamedFile& file : valid_files(host)) {
         int opened = 0;
         for (int round = 0; round < 1500; ++round) {
             FileBytes damaged = file.bytes;
@@ -128,12 +136,21 @@ TEST_F(HostileFiles, WithFlippedBitsOpenOrAreErrors) {
 }
 
 TEST_F(HostileFiles, OfJunkBehindAnySignatureOpenOrAreErrors) {
-    const std::string_view signatures[] = {"P1 ",          "P2 ",
-                                           "P3 ",          "P4 ",
-                                           "P5 9 9 255 ",  "P6 ",
-                                           "P7\n",         "\x89PNG\r\n\x1A\n",
-                                           "\xFF\xD8\xFF", "\xFF\xD8\xFF\xE1",
-                                           {"II*\0", 4},   {"MM\0*\0\0\0\x8", 8},
+    const std::string_view signatures[] = {"P1 ",
+                                           "P2 ",
+                                           "P3 ",
+                                           "P4 ",
+                                           "P5 9 9 255 ",
+                                           "P6 ",
+                                           "P7\n",
+                                           "\x89PNG\r\n\x1A\n",
+                                           "\xFF\xD8\xFF",
+                                           "\xFF\xD8\xFF\xE1",
+                                           {"II*\0", 4},
+                                           {"MM\0*\0\0\0\x8", 8},
+                                           {"RIFF\x90\1\0\0WEBPVP8 ", 16},
+                                           {"RIFF\x90\1\0\0WEBPVP8L", 16},
+                                           {"RIFF\x90\1\0\0WEBPVP8X\x0A\0\0\0\x10\0\0\0\x08\0\0\x08\0\0", 30},
                                            {"II+\0\x8\0\0", 7}};
     std::mt19937 random(20060);
     for (const std::string_view signature : signatures)
@@ -145,7 +162,7 @@ TEST_F(HostileFiles, OfJunkBehindAnySignatureOpenOrAreErrors) {
 }
 
 TEST_F(HostileFiles, ThatGoOnAfterTheirEndOpen) {
-    for (const NamedFile& file : valid_files()) EXPECT_TRUE(opens(file.bytes + counting(100))) << file.name;
+    for (const NamedFile& file : valid_files(host)) EXPECT_TRUE(opens(file.bytes + counting(100))) << file.name;
 }
 
 }  // namespace

@@ -55,11 +55,11 @@ TEST_F(PictureFileTest, NamesThatCannotBeWrittenAreRefused) {
         EXPECT_NE(file_error([&] { write_picture_file(picture_in(picture), path); }), "") << name;
     }
     EXPECT_EQ(file_error([&] { check_output("a.gif"); }),
-              "a.gif: the name ends in none of .png, .jpg, .jpeg, .tif, .tiff, .pbm, .pgm, .ppm, .pam");
+              "a.gif: the name ends in none of .png, .jpg, .jpeg, .tif, .tiff, .webp, .pbm, .pgm, .ppm, .pam");
     EXPECT_EQ(file_error([&] { check_output("a.pam"); }), "");
     EXPECT_EQ(file_error([&] { check_output("a.Own", ".own"); }), "");
     EXPECT_EQ(file_error([&] { check_output(".own", ".own"); }),
-              ".own: the name ends in none of .png, .jpg, .jpeg, .tif, .tiff, .pbm, .pgm, .ppm, .pam, .own");
+              ".own: the name ends in none of .png, .jpg, .jpeg, .tif, .tiff, .webp, .pbm, .pgm, .ppm, .pam, .own");
     EXPECT_EQ(folder.entries(), 0u);
 }
 
@@ -96,6 +96,13 @@ TEST_F(PictureFileTest, PicturesThatCannotBeWrittenLeaveTheOldFile) {
 TEST_F(PictureFileTest, TiffWithoutItsLibrarySaysSo) {
     EXPECT_EQ(file_error([&] { check_output("a.tif"); }), "a.tif: this build has no TIFF library");
     EXPECT_EQ(error_of(bytes_of({"II*\0\0\0\0\0", 8})), "this build has no TIFF library");
+}
+#endif
+
+#ifndef TARVO_WEBP
+TEST_F(PictureFileTest, WebpWithoutItsLibrarySaysSo) {
+    EXPECT_EQ(file_error([&] { check_output("a.webp"); }), "a.webp: this build has no WebP library");
+    EXPECT_EQ(error_of(bytes_of({"RIFF\0\0\0\0WEBP", 12})), "this build has no WebP library");
 }
 #endif
 

@@ -217,6 +217,9 @@ TEST(Accounts, AreZeroAfterFiles) {
 #ifdef TARVO_TIFF
                              "a.tif",
 #endif
+#ifdef TARVO_WEBP
+                             "a.webp",
+#endif
                              "b.ppm"}) {
         const std::string path = folder.file(name);
         masked.save(path);

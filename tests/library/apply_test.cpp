@@ -68,6 +68,9 @@ TEST(LibraryFiles, AreWrittenAndRead) {
 #ifdef TARVO_TIFF
     whole.push_back("tif");
 #endif
+#ifdef TARVO_WEBP
+    whole.push_back("webp");
+#endif
     for (const std::string& format : whole) {
         const std::string path = folder.path() / ("picture." + format);
         plain.save(path);

@@ -29,7 +29,7 @@ def test_first_page(tmp_path: Path) -> None:
 
 
 @pytest.mark.parametrize("mask", [False, True])
-@pytest.mark.parametrize("name", ["png", "tif", "pam", "ppm", "jpg"])
+@pytest.mark.parametrize("name", ["png", "tif", "webp", "pam", "ppm", "jpg"])
 def test_formats(tmp_path: Path, name: str, mask: bool) -> None:
     picture = picture_of(33, 21, mask)
     path = tmp_path / f"picture.{name}"
@@ -37,7 +37,7 @@ def test_formats(tmp_path: Path, name: str, mask: bool) -> None:
         picture.save(told)
         assert path.read_bytes() == picture.encode(name) == picture.encode(f".{name}")
         assert tarvo.open(told) == tarvo.decode(path.read_bytes()) == tarvo.decode(bytearray(path.read_bytes()))
-    if name in ("png", "tif", "pam"):
+    if name in ("png", "tif", "webp", "pam"):
         assert tarvo.open(path) == picture
     if name == "ppm":
         np.testing.assert_array_equal(np.asarray(tarvo.open(path)), picture.to_array("RGB"))

@@ -1,0 +1,137 @@
+#include <webp/encode.h>
+#include <webp/mux.h>
+
+#include <exception>
+#include <memory>
+#include <new>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "webp_codec.h"
+
+namespace tarvo::host {
+
+namespace {
+
+// How much the library tries: of 9 without loss, of 6 with it.
+int effort_without_loss(Compression compression) {
+    return compression == Compression::fast ? 1 : compression == Compression::small ? 9 : 6;
+}
+int effort_with_loss(Compression compression) {
+    return compression == Compression::fast ? 1 : compression == Compression::small ? 6 : 4;
+}
+
+struct EndMux {
+    void operator()(WebPMux* mux) const { WebPMuxDelete(mux); }
+};
+
+void require(WebPMuxError status) {
+    if (status == WEBP_MUX_MEMORY_ERROR) throw std::bad_alloc();
+    if (status != WEBP_MUX_OK) throw FileError("cannot be made: its parts do not go together");
+}
+
+class WebpWriter {
+public:
+    WebpWriter(const PixelSource& image, const EncodeOptions& how) : image_(image), form_(image.form()), how_(how) {
+        if (!WebPPictureInit(&picture_) || !configure()) throw FileError("cannot be made: another WebP library");
+        picture_.use_argb = 1;
+        picture_.width = form_.width;
+        picture_.height = form_.height;
+        picture_.writer = on_bytes;
+        picture_.custom_ptr = this;
+    }
+    ~WebpWriter() { WebPPictureFree(&picture_); }
+    WebpWriter(const WebpWriter&) = delete;
+    WebpWriter& operator=(const WebpWriter&) = delete;
+
+    void write(ByteSink& file) {
+        if (form_.width > WEBP_MAX_DIMENSION || form_.height > WEBP_MAX_DIMENSION)
+            throw FileError("the size is " + std::to_string(form_.width) + " x " + std::to_string(form_.height) +
+                            " pixels, a side of WebP may have " + std::to_string(WEBP_MAX_DIMENSION));
+        take_pixels();
+        const bool done = WebPEncode(&config_, &picture_) != 0;
+        if (failure_) std::rethrow_exception(failure_);
+        if (!done && (picture_.error_code == VP8_ENC_ERROR_OUT_OF_MEMORY ||
+                      picture_.error_code == VP8_ENC_ERROR_BITSTREAM_OUT_OF_MEMORY))
+            throw std::bad_alloc();
+        if (!done) throw FileError("cannot be made: error " + std::to_string(picture_.error_code));
+        WebPPictureFree(&picture_);
+        const Metadata& metadata = how_.metadata;
+        if (metadata.icc.empty() && metadata.exif.empty() && metadata.xmp.empty()) return file.write(made_);
+        write_with_metadata(file);
+    }
+
+private:
+    bool configure() {
+        if (!WebPConfigInit(&config_)) return false;
+        config_.exact = 1;  // clear pixels have colours, too
+        if (!how_.quality) return WebPConfigLosslessPreset(&config_, effort_without_loss(how_.compression)) != 0;
+        config_.quality = static_cast<float>(*how_.quality);
+        config_.method = effort_with_loss(how_.compression);
+        return true;
+    }
+
+    void take_pixels() {
+        if (!WebPPictureAlloc(&picture_)) throw std::bad_alloc();
+        Bytes row(form_.row_bytes());
+        std::vector<Rgba> colors(static_cast<std::size_t>(form_.width));
+        std::uint32_t* out = picture_.argb;
+        for (int y = 0; y < form_.height; ++y, out += picture_.argb_stride) {
+            image_.read(y, row.data());
+            read_colors(form_, row.data(), colors.data());
+            for (int x = 0; x < form_.width; ++x) {
+                const Rgba& color = colors[static_cast<std::size_t>(x)];
+                out[x] = std::uint32_t{color.alpha} << 24 | std::uint32_t{color.red} << 16 |
+                         std::uint32_t{color.green} << 8 | color.blue;
+            }
+        }
+    }
+
+    // What is thrown waits for the end of the library's call.
+    static int on_bytes(const std::uint8_t* data, std::size_t count, const WebPPicture* picture) {
+        auto* self = static_cast<WebpWriter*>(picture->custom_ptr);
+        try {
+            self->made_.insert(self->made_.end(), data, data + count);
+        } catch (...) {
+            self->failure_ = std::current_exception();
+        }
+        return !self->failure_;
+    }
+
+    void write_with_metadata(ByteSink& file) {
+        const std::unique_ptr<WebPMux, EndMux> parts(WebPMuxNew());
+        if (!parts) throw std::bad_alloc();
+        constexpr int kWithoutCopy = 0;
+        const WebPData image{made_.data(), made_.size()};
+        require(WebPMuxSetImage(parts.get(), &image, kWithoutCopy));
+        const auto add = [&](const char* name, const Bytes& bytes) {
+            const WebPData data{bytes.data(), bytes.size()};
+            if (!bytes.empty()) require(WebPMuxSetChunk(parts.get(), name, &data, kWithoutCopy));
+        };
+        add("ICCP", how_.metadata.icc);
+        add("EXIF", how_.metadata.exif);
+        add("XMP ", how_.metadata.xmp);
+        WebPData whole = {};
+        require(WebPMuxAssemble(parts.get(), &whole));
+        const std::unique_ptr<WebPData, void (*)(WebPData*)> freed(&whole, WebPDataClear);
+        file.write({whole.bytes, whole.size});
+    }
+
+    const PixelSource& image_;
+    const ImageForm& form_;
+    const EncodeOptions& how_;
+    WebPConfig config_ = {};
+    WebPPicture picture_ = {};
+    Bytes made_;
+    std::exception_ptr failure_;
+};
+
+}  // namespace
+
+FilePixels encode_webp(const PixelSource& image, const EncodeOptions& options, ByteSink& file) {
+    WebpWriter(image, options).write(file);
+    return {FilePixels::Colors::rgb};
+}
+
+}  // namespace tarvo::host
