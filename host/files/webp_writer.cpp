@@ -40,6 +40,7 @@ public:
         picture_.height = form_.height;
         picture_.writer = on_bytes;
         picture_.custom_ptr = this;
+        picture_.stats = &account_;
     }
     ~WebpWriter() { WebPPictureFree(&picture_); }
     WebpWriter(const WebpWriter&) = delete;
@@ -57,6 +58,7 @@ public:
             throw std::bad_alloc();
         if (!done) throw FileError("cannot be made: error " + std::to_string(picture_.error_code));
         WebPPictureFree(&picture_);
+        if (!is_whole()) throw std::bad_alloc();
         const Metadata& metadata = how_.metadata;
         if (metadata.icc.empty() && metadata.exif.empty() && metadata.xmp.empty()) return file.write(made_);
         write_with_metadata(file);
@@ -99,6 +101,10 @@ private:
         return !self->failure_;
     }
 
+    // The library does not always tell when there was no memory for what it has tried last, and what it then gives is
+    // no picture. Of a picture without loss its account of the parts shows it.
+    bool is_whole() const { return how_.quality || account_.lossless_hdr_size > 0 || account_.lossless_data_size > 0; }
+
     void write_with_metadata(ByteSink& file) {
         const std::unique_ptr<WebPMux, EndMux> parts(WebPMuxNew());
         if (!parts) throw std::bad_alloc();
@@ -123,6 +129,7 @@ private:
     const EncodeOptions& how_;
     WebPConfig config_ = {};
     WebPPicture picture_ = {};
+    WebPAuxStats account_ = {};
     Bytes made_;
     std::exception_ptr failure_;
 };
