@@ -80,10 +80,12 @@ export default defineConfig({
     search: { provider: "local" },
     nav: [
       { text: "Operations", link: "/ops/", activeMatch: "/ops/" },
+      { text: "Playground", link: "/playground" },
       { text: "Guide", link: "/tool", activeMatch: "^/(tool|python|library|web|metadata|golden|exactness|safety|host|errors|words|classes|examples)" },
     ],
     sidebar: {
       "/ops/": [{ text: "By what they are for", link: "/ops/" }, ...operationLinks()],
+      "/playground": [],
       "/": guideSidebar,
     },
     docFooter: { prev: false, next: false },

@@ -32,7 +32,7 @@ export function liveOperations(markdown) {
     const title = tokens.findIndex((token) => token.type === "heading_open");
     const first = tokens.findIndex((token, i) => i > title && token.type === "paragraph_close");
     const live = new Token("html_block", "", 0);
-    live.content = `<LiveOperations names="${tokens[title + 1].content}" />\n`;
+    live.content = `<LivePart names="${tokens[title + 1].content}" />\n`;
     tokens.splice(first + 1, 0, live);
   });
 }

@@ -54,6 +54,33 @@ const marker = (...targets: HTMLElement[]) => (refused: boolean) => {
   for (const target of targets) target.setAttribute("aria-invalid", String(refused));
 };
 
+/** A switch, which arrows turn as the space bar does. */
+export function switchBox(attributes: Record<string, string>, changed: (on: boolean) => void): HTMLInputElement {
+  const box = element("input", { type: "checkbox", role: "switch", class: "tarvo-switch", ...attributes });
+  box.addEventListener("change", () => changed(box.checked));
+  box.addEventListener("keydown", ({ key }) => {
+    const on = { ArrowRight: true, ArrowLeft: false }[key];
+    if (on !== undefined && on !== box.checked) box.click();
+  });
+  return box;
+}
+
+/** Lets the arrows change the part of a text at the caret: what `stepped` makes of it. */
+function steppedByArrows(field: HTMLInputElement, part: RegExp, stepped: (text: string, by: number) => string): void {
+  field.addEventListener("keydown", (event) => {
+    const by = { ArrowUp: 1, ArrowDown: -1 }[event.key];
+    if (by === undefined) return;
+    event.preventDefault();
+    const caret = field.selectionStart ?? 0;
+    const found = [...field.value.matchAll(part)].find((each) => caret <= each.index + each[0].length);
+    if (!found) return;
+    const text = stepped(found[0], by);
+    field.value = field.value.slice(0, found.index) + text + field.value.slice(found.index + found[0].length);
+    field.setSelectionRange(found.index, found.index + text.length);
+    field.dispatchEvent(new Event("input"));
+  });
+}
+
 /** The ends of a slider and its step: of the range that people use. The field beside it takes everything. */
 export function endsOf(about: DescribedArgument, value: number, all: Settings): { low: number; high: number; step: number } {
   const real = about.type === "double";
@@ -101,8 +128,7 @@ function number(about: DescribedArgument, changed: Changed): Control {
 }
 
 function boolean(about: DescribedArgument, changed: Changed): Control {
-  const box = element("input", { type: "checkbox", role: "switch", class: "tarvo-switch" });
-  box.addEventListener("change", () => changed(box.checked));
+  const box = switchBox({}, changed);
   return { element: labelled(about, box), refused: marker(box), show: (setting) => void (box.checked = setting === true) };
 }
 
@@ -120,6 +146,8 @@ function color(about: DescribedArgument, changed: Changed): Control {
     well.value = `#${digits}`;
     changed(well.value);
   });
+  const level = (text: string, by: number) => Math.min(255, Math.max(0, Number.parseInt(text, 16) + by)).toString(16).padStart(2, "0");
+  steppedByArrows(field, /[0-9a-f]{2}/gi, level);
   return {
     element: labelled(about, well, field),
     refused: marker(well, field),
@@ -132,14 +160,13 @@ function color(about: DescribedArgument, changed: Changed): Control {
 
 /** Four numbers, or all of the picture; drawn on the picture besides. */
 function rectangle(about: DescribedArgument, changed: Changed): Control {
-  const whole = element("input", { type: "checkbox", class: "tarvo-switch", role: "switch", "aria-label": `${about.name}: all of the picture` });
+  const whole = switchBox({ "aria-label": `${about.name}: all of the picture` }, (on) => (on ? changed(null) : tell()));
   const fields = sides.map((side) => element("input", { type: "number", step: 1, class: "tarvo-number" , "aria-label": `${about.name}: ${side}`, placeholder: side }));
   const tell = () => {
     const values = fields.map((field) => Math.trunc(field.valueAsNumber) || 0);
     changed(Object.fromEntries(sides.map((side, i) => [side, values[i]!])) as unknown as Rect);
   };
   for (const field of fields) field.addEventListener("input", tell);
-  whole.addEventListener("change", () => (whole.checked ? changed(null) : tell()));
   const optional = about.default === "nil" ? [element("label", { class: "tarvo-all-of-it" }, whole, "all of the picture")] : [];
   const named = fields.map((field, i) => element("span", { class: "tarvo-side" }, element("span", { "aria-hidden": "true" }, sides[i]!), field));
   const group = element("div", { class: "tarvo-group" }, ...optional, element("div", { class: "tarvo-sides" }, ...named));
@@ -187,6 +214,7 @@ function weights(about: DescribedArgument, changed: Changed): Control {
     field.setAttribute("aria-invalid", String(!numbers));
     if (numbers) changed(list.length === 0 ? null : list);
   });
+  steppedByArrows(field, /-?[\d.]+/g, (text, by) => String(Number(text) + by));
   return {
     element: labelled(about, field),
     refused: marker(field),

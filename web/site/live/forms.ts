@@ -20,7 +20,8 @@ interface Example {
   call: string;
 }
 
-const anyPicture = "docs/pictures/coffee.png";
+/** The picture to begin with where nothing tells of another. */
+export const anyPicture = "docs/pictures/coffee.png";
 const anyMask = "docs/pictures/fade.png";
 
 // What only programs with a host of their own need.

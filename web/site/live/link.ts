@@ -17,11 +17,11 @@ export interface Linked {
 const pause = 300;
 let timer: number | undefined;
 
-export function writeLink(forms: Forms, { source, steps }: Linked): void {
+export function writeLink(forms: Forms, { source, steps }: Linked, wait = pause): void {
   const lines = steps.map((step) => `${step.off ? "#" : ""}${forms.text(step).replaceAll(/\s*([,=])\s+/g, "$1")}`);
   const text = [...(source === undefined ? [] : [source]), ...lines].join("\n");
   window.clearTimeout(timer);
-  timer = window.setTimeout(() => history.replaceState(history.state, "", `#${encodeURI(text).replaceAll("#", "%23")}`), pause);
+  timer = window.setTimeout(() => history.replaceState(history.state, "", `#${encodeURI(text).replaceAll("#", "%23")}`), wait);
 }
 
 /** Forgets what was to be written: the page is left. */

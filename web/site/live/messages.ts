@@ -37,15 +37,26 @@ export interface Failure {
 export type Histogram = [Uint32Array, Uint32Array, Uint32Array];
 
 /** A picture for looking at. Its sides are the picture's own, whatever those of the bitmap are. */
-export interface View {
-  width: number;
-  height: number;
+export interface View extends Sides {
   bitmap: ImageBitmap;
   histogram: Histogram;
 }
 
 /** Red, green, blue and alpha; null where there is no pixel. */
 export type Pixel = [number, number, number, number] | null;
+
+/** What work has told besides its picture. */
+export interface Told {
+  /** What calls answer that give no picture. */
+  answers: string[];
+  /** The sides of the pictures that the calls were made on. */
+  inputs: Sides[];
+}
+
+export interface Sides {
+  width: number;
+  height: number;
+}
 
 export type ToWorker =
   | { kind: "begin"; module: WebAssembly.Module }
@@ -58,7 +69,7 @@ export type FromWorker =
   | { kind: "begun"; description: Description }
   | { kind: "opened"; name: string; view: View }
   | { kind: "refused"; name: string; failure: Failure }
-  | { kind: "drawn"; id: number; preview: boolean; view: View; answers: string[] }
+  | { kind: "drawn"; id: number; preview: boolean; view: View; told: Told }
   | { kind: "hashed"; id: number; sha256: string }
   | { kind: "failed"; id: number; failure: Failure }
   | { kind: "pixel"; id: number; before: Pixel; after: Pixel }

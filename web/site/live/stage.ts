@@ -1,7 +1,7 @@
 // The picture before and after, under a divider; a region of it may be drawn, and pixels pointed at.
 
 import { element } from "./elements.js";
-import type { Rect, View } from "./messages.js";
+import type { Rect, Sides, View } from "./messages.js";
 
 export interface StageEvents {
   /** The region that has been drawn or moved; null for all of the picture. */
@@ -13,10 +13,6 @@ interface Layer {
   box: HTMLElement;
   canvas: HTMLCanvasElement;
   view: Sides | undefined;
-}
-interface Sides {
-  width: number;
-  height: number;
 }
 
 // Less is a click.

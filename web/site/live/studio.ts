@@ -3,11 +3,11 @@
 import type { Description } from "@tarvo/web";
 import wasm from "@tarvo/web/tarvo.wasm?url";
 
-import type { Failure, FromWorker, Pixel, ToWorker, View, Work } from "./messages.js";
+import type { Failure, FromWorker, Pixel, Told, ToWorker, View, Work } from "./messages.js";
 
 /** What work comes to, told once or, after a preview, twice. */
 export interface Answers {
-  drawn(view: View, answers: readonly string[], preview: boolean): void;
+  drawn(view: View, told: Told, preview: boolean): void;
   hashed(sha256: string): void;
   failed(failure: Failure): void;
 }
@@ -157,8 +157,8 @@ export class Studio {
       if (message.kind === "drawn") message.view.bitmap.close();
       return;
     }
-    if (message.kind === "drawn" && message.preview) this.#running.answers.drawn(message.view, message.answers, true);
-    else if (message.kind === "drawn") this.#settle((answers) => answers.drawn(message.view, message.answers, false));
+    if (message.kind === "drawn" && message.preview) this.#running.answers.drawn(message.view, message.told, true);
+    else if (message.kind === "drawn") this.#settle((answers) => answers.drawn(message.view, message.told, false));
     else if (message.kind === "failed") this.#settle((answers) => answers.failed(message.failure));
     else this.#running.answers.hashed(message.sha256);
   }

@@ -5,7 +5,7 @@ import { Copies } from "./copies.js";
 import { element } from "./elements.js";
 import type { Forms } from "./forms.js";
 import { HistogramView } from "./histogram.js";
-import type { Failure, Pixel, Rect, View, Work } from "./messages.js";
+import type { Failure, Pixel, Rect, Sides, View, Work } from "./messages.js";
 import { photographNames, samples } from "./samples.js";
 import { Stage } from "./stage.js";
 import type { Studio } from "./studio.js";
@@ -16,6 +16,8 @@ export interface WorkbenchEvents {
   region(rect: Rect | null): void;
   /** Which call has been refused, and for which argument; nothing when all are made. */
   refused(failure: Failure | undefined): void;
+  /** Which sides the pictures have that the calls are made on. */
+  sides?(inputs: readonly Sides[]): void;
 }
 
 const pixelText = (pixel: Pixel) => {
@@ -98,7 +100,7 @@ export class Workbench {
   }
 
   /** The picture's sides, once it is there. */
-  get sides(): { width: number; height: number } | undefined {
+  get sides(): Sides | undefined {
     return this.#source;
   }
 
@@ -121,7 +123,7 @@ export class Workbench {
       return;
     }
     this.#studio.run(work, {
-      drawn: (view, answers, preview) => {
+      drawn: (view, { answers, inputs }, preview) => {
         this.#stage.after(view, preview);
         this.#histogram.show(this.#source?.histogram, view.histogram);
         this.#answers.textContent = answers.join("\n");
@@ -129,7 +131,9 @@ export class Workbench {
         this.#tell(undefined);
         const before = this.#source && (this.#source.width !== view.width || this.#source.height !== view.height) ? `${this.#source.width} × ${this.#source.height} → ` : "";
         this.#facts.textContent = preview ? "preview" : `${before}${view.width} × ${view.height} pixels`;
-        if (!preview) void this.#ask();
+        if (preview) return;
+        this.#events.sides?.(inputs);
+        void this.#ask();
       },
       hashed: (sha256) => {
         this.#result.dataset.sha256 = sha256;

@@ -3,7 +3,7 @@
 
 import { type Argument, type Library, load, Picture, type Result, TarvoError } from "@tarvo/web";
 
-import type { Call, Failure, FromWorker, Histogram, Pixel, Rect, Setting, ToWorker, View, Work } from "./messages.js";
+import type { Call, Failure, FromWorker, Histogram, Pixel, Rect, Setting, Sides, Told, ToWorker, View, Work } from "./messages.js";
 
 declare const self: { onmessage: unknown; postMessage(message: FromWorker, transfer?: Transferable[]): void };
 
@@ -44,9 +44,7 @@ let shown: { before: Pixels | null; after: Pixels; picture: Picture; owned: bool
 /** The source's pixels, which stay the same for many results. */
 let before: { picture: Picture; pixels: Pixels } | undefined;
 
-interface Pixels {
-  width: number;
-  height: number;
+interface Pixels extends Sides {
   rgba: Uint8ClampedArray<ArrayBuffer>;
 }
 
@@ -179,17 +177,18 @@ function answersOf(call: Call, result: Result): string[] {
   return Object.entries(result).map(([part, value]) => `${part === "value" ? name : part} = ${textOf(value)}`);
 }
 
-async function run({ source, calls }: Work, scale: number): Promise<{ picture: Picture; owned: boolean; answers: string[] }> {
+async function run({ source, calls }: Work, scale: number): Promise<{ picture: Picture; owned: boolean; told: Told }> {
   const first = source === null ? null : await (scale === 1 ? pictureOf(source) : reducedOf(source, scale));
   let picture = first;
-  const answers: string[] = [];
+  const told: Told = { answers: [], inputs: [] };
   for (const [i, call] of calls.entries()) {
     try {
       const args: Record<string, Argument> = {};
       for (const [name, setting] of Object.entries(call.settings)) args[name] = await argumentOf(name, setting, call.operation, scale);
+      told.inputs.push({ width: picture?.width ?? 0, height: picture?.height ?? 0 });
       const result = makeCall(call, args, picture);
       if (!(result instanceof Picture)) {
-        answers.push(...answersOf(call, result));
+        told.answers.push(...answersOf(call, result));
         continue;
       }
       if (picture !== first) picture?.dispose();
@@ -200,7 +199,7 @@ async function run({ source, calls }: Work, scale: number): Promise<{ picture: P
     }
   }
   if (!picture) throw new Error("there is no picture to begin with");
-  return { picture, owned: picture !== first, answers };
+  return { picture, owned: picture !== first, told };
 }
 
 // --- answers --------------------------------------------------------------------------------------------------------
@@ -223,21 +222,21 @@ const rest = (milliseconds: number) =>
 async function preview({ id, work }: Asked): Promise<void> {
   const whole = work.source === null ? null : await pictureOf(work.source);
   if (!whole || whole.width * whole.height <= previewFrom) return;
-  const { picture, owned, answers } = await run(work, previewSide / Math.max(whole.width, whole.height));
+  const { picture, owned, told } = await run(work, previewSide / Math.max(whole.width, whole.height));
   const view = await viewOf(pixelsOf(picture));
   if (owned) picture.dispose();
-  self.postMessage({ kind: "drawn", id, preview: true, view, answers }, [view.bitmap]);
+  self.postMessage({ kind: "drawn", id, preview: true, view, told }, [view.bitmap]);
   await rest(restMilliseconds);
 }
 
 async function whole({ id, work }: Asked): Promise<void> {
-  const { picture, owned, answers } = await run(work, 1);
+  const { picture, owned, told } = await run(work, 1);
   const source = work.source === null ? null : await pictureOf(work.source);
   const after = owned ? pixelsOf(picture) : pixelsBefore(picture);
   const view = await viewOf(after);
   forget();
   shown = { before: source && pixelsBefore(source), after, picture, owned };
-  self.postMessage({ kind: "drawn", id, preview: false, view, answers }, [view.bitmap]);
+  self.postMessage({ kind: "drawn", id, preview: false, view, told }, [view.bitmap]);
   await rest(0);
   if (!next) self.postMessage({ kind: "hashed", id, sha256: picture.sha256() });
 }

@@ -1,12 +1,12 @@
 import type { Theme } from "vitepress";
 import DefaultTheme from "vitepress/theme-without-fonts";
 
-import LiveOperations from "./LiveOperations.vue";
+import LivePart from "./LivePart.vue";
 
 import "./style.css";
 import "./live.css";
 
 export default {
   extends: DefaultTheme,
-  enhanceApp: ({ app }) => void app.component("LiveOperations", LiveOperations),
+  enhanceApp: ({ app }) => void app.component("LivePart", LivePart),
 } satisfies Theme;
