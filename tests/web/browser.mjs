@@ -19,12 +19,15 @@ export function placedAt(base) {
   return folder;
 }
 
-/** Serves the site while `work(address)` goes on. */
+const contexts = [];
+
+/** Serves the site while `work(address)` goes on, with pages that are closed behind it. */
 export async function served(folder, work) {
   const { address, close } = await serve(folder);
   try {
     return await work(address);
   } finally {
+    for (const context of contexts.splice(0)) await context.close();
     await close();
   }
 }
@@ -39,6 +42,7 @@ export async function closeBrowser() {
 export async function newPage(options = {}) {
   browser ??= await chromium.launch({ executablePath: "/usr/bin/chromium", args: ["--no-sandbox", "--disable-gpu"] });
   const context = await browser.newContext({ viewport: { width: 1280, height: 900 }, ...options });
+  contexts.push(context);
   const page = await context.newPage();
   page.wrong = [];
   page.on("console", (message) => message.type() === "error" && page.wrong.push(message.text()));

@@ -5,7 +5,7 @@ import { fileURLToPath } from "node:url";
 import { defineConfig } from "vitepress";
 
 import { builtBase } from "../tools/base.mjs";
-import { commandsAsBlocks, liveOperations, placesOfTheSite } from "./markdown.mjs";
+import { commandsAsBlocks, headlessColumns, liveOperations, placesOfTheSite } from "./markdown.mjs";
 
 const root = fileURLToPath(new URL("..", import.meta.url));
 const { load } = await import(join(root, "../package/dist/index.js"));
@@ -25,7 +25,7 @@ function operationLinks() {
   return Object.entries(families).map(([family, text]) => {
     const names = operations.filter((each) => each.family === family).map((each) => each.name);
     const own = names.filter((name) => pages.includes(`${name}.md`));
-    return { text, collapsed: false, items: own.map((name) => ({ text: name.replace(/^TRV_/, ""), link: `/ops/${name}` })) };
+    return { text, items: own.map((name) => ({ text: name.replace(/^TRV_/, ""), link: `/ops/${name}` })) };
   });
 }
 
@@ -67,7 +67,10 @@ export default defineConfig({
   head: [["link", { rel: "icon", href: `data:image/svg+xml,${encodeURIComponent(icon)}` }]],
   // What is live wants the width.
   transformPageData: (page) => void (/^ops\/TRV_/.test(page.relativePath) && (page.frontmatter.aside = false)),
-  markdown: { config: (markdown) => void markdown.use(placesOfTheSite).use(commandsAsBlocks).use(liveOperations) },
+  markdown: {
+    theme: { light: "github-light-high-contrast", dark: "github-dark-high-contrast" },
+    config: (markdown) => void markdown.use(placesOfTheSite).use(commandsAsBlocks).use(headlessColumns).use(liveOperations),
+  },
   vite: {
     resolve: { alias: { "@tarvo/web": join(root, "../package/dist") } },
     server: { fs: { allow: [join(root, "..")] } },

@@ -25,6 +25,14 @@ export function commandsAsBlocks(markdown) {
   });
 }
 
+/** A cell that heads nothing is no heading. */
+export function headlessColumns(markdown) {
+  markdown.core.ruler.push("headless_columns", ({ tokens }) => {
+    for (const [i, token] of tokens.entries())
+      if (token.type === "th_open" && tokens[i + 1].content === "") for (const each of [token, tokens[i + 2]]) each.tag = "td";
+  });
+}
+
 /** A page of docs/ops is live: behind what it says first comes what its title names. */
 export function liveOperations(markdown) {
   markdown.core.ruler.push("live_operations", ({ env, tokens, Token }) => {

@@ -129,11 +129,12 @@ export class Copies {
 
   constructor() {
     this.#blocks = (Object.keys(languages) as Language[]).map((language) => {
-      const block = element("button", { type: "button", "data-copy": language, "aria-label": `Copy as ${languages[language]}`, title: "Copies it" });
+      const block = element("button", { type: "button", "data-copy": language, id: `tarvo-copy-${language}`, "aria-labelledby": `tarvo-as-${language} tarvo-copy-${language}` });
       block.addEventListener("click", () => void this.#copy(language, block));
       return [language, block];
     });
-    const rows = this.#blocks.map(([language, block]) => element("div", { class: "tarvo-copy" }, element("span", { class: "tarvo-language" }, languages[language]), block));
+    const label = (language: Language) => element("span", { class: "tarvo-language", id: `tarvo-as-${language}` }, element("span", { class: "tarvo-unseen" }, "Copy as "), languages[language]);
+    const rows = this.#blocks.map(([language, block]) => element("div", { class: "tarvo-copy" }, label(language), block));
     this.element = element("div", { class: "tarvo-copies" }, element("p", { class: "tarvo-title" }, "Copy as ", this.#said), ...rows);
   }
 

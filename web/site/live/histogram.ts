@@ -28,7 +28,7 @@ function outline(levels: Uint32Array, most: number): string {
 
 export class HistogramView {
   readonly element: HTMLElement;
-  readonly #drawing = svg("svg", { viewBox: `0 0 255 ${height}`, preserveAspectRatio: "none", role: "img" });
+  readonly #drawing = svg("svg", { viewBox: `0 0 255 ${height}`, preserveAspectRatio: "none", role: "img", "aria-label": "Histogram" });
 
   constructor() {
     this.element = element("div", { class: "tarvo-histogram" }, this.#drawing);

@@ -29,7 +29,7 @@ export function showOperations(place: HTMLElement, names: readonly string[], stu
   const bench = new Workbench(studio, forms, own, {
     source(name) {
       source = name;
-      update();
+      change();
     },
     region(rect) {
       const name = rectangle();
@@ -42,14 +42,17 @@ export function showOperations(place: HTMLElement, names: readonly string[], stu
 
   const set = (name: string, setting: Setting) => {
     settings = { ...settings, [name]: setting };
-    update();
+    change();
   };
-  const update = () => {
+  const change = () => {
+    show();
+    const usual = source === form.source || source === null || own.includes(source);
+    writeLink(forms, { source: usual ? undefined : source!, steps: [{ operation: form.operation.name, settings }] });
+  };
+  const show = () => {
     for (const [name, control] of controls) control.show(settings[name]!, settings);
     const name = rectangle();
     bench.region = name === undefined ? undefined : (settings[name] as Rect | null);
-    const usual = source === form.source || source === null || own.includes(source);
-    writeLink(forms, { source: usual ? undefined : source!, steps: [{ operation: form.operation.name, settings }] });
     void bench.show({ source, calls: [{ operation: form.operation.name, settings }] });
   };
 
@@ -69,13 +72,13 @@ export function showOperations(place: HTMLElement, names: readonly string[], stu
   which.append(...all.map((each, i) => element("option", { value: String(i) }, `${shortName(each.operation.name)}(${each.arguments.map(({ name }) => name).join(", ")})`)));
   which.addEventListener("change", () => {
     choose(all[Number(which.value)]!);
-    update();
+    change();
   });
   const reset = element("button", { type: "button", class: "tarvo-button tarvo-reset" }, "As it was");
   reset.addEventListener("click", () => {
     source = null;
     choose(form);
-    update();
+    change();
   });
 
   const side = element("div", { class: "tarvo-side-panel" }, ...(all.length > 1 ? [which] : []), panel, reset);
@@ -89,7 +92,7 @@ export function showOperations(place: HTMLElement, names: readonly string[], stu
     if (found) choose(found, step.settings, linked.source ?? found.source);
     else if (controls.size === 0 && Object.keys(settings).length === 0) choose(form);
     else return;
-    update();
+    show();
   };
   window.addEventListener("hashchange", followLink);
   followLink();

@@ -28,6 +28,11 @@ interface Row {
   refused(failure: Failure | undefined): void;
 }
 
+/** A name that may go on in the next line where a word in it begins. */
+function breakable(name: string): Node[] {
+  return name.split(/(?=[A-Z][a-z])/).flatMap((part) => [element("wbr"), new Text(part)]);
+}
+
 function saved(file: Blob, name: string): void {
   const address = URL.createObjectURL(file);
   element("a", { href: address, download: name }).click();
@@ -78,6 +83,11 @@ export function showPlayground(place: HTMLElement, studio: Studio, forms: Forms,
   function change(state: State, what?: string): void {
     past.change(state, what);
     show();
+    link();
+  }
+  function link(wait?: number): void {
+    const { source, steps } = past.now;
+    writeLink(forms, { source: source === anyPicture || own.includes(source) ? undefined : source, steps: [...steps] }, wait);
   }
   function changeSteps(steps: readonly Numbered[], what?: string): void {
     change({ ...past.now, steps }, what);
@@ -117,7 +127,7 @@ export function showPlayground(place: HTMLElement, studio: Studio, forms: Forms,
       search.focus();
     });
     const body = element("div", { class: "tarvo-arguments" }, ...[...controls.values()].map((control) => control.element));
-    const title = element("button", { type: "button", class: "tarvo-step-name", "aria-expanded": "false" }, name);
+    const title = element("button", { type: "button", class: "tarvo-step-name", "aria-expanded": "false" }, ...breakable(name));
     title.addEventListener("click", () => {
       selected = selected === number ? -1 : number;
       show();
@@ -161,7 +171,6 @@ export function showPlayground(place: HTMLElement, studio: Studio, forms: Forms,
     showRegion();
     undo.disabled = !past.canUndo;
     redo.disabled = !past.canRedo;
-    writeLink(forms, { source: own.includes(source) ? undefined : source, steps: [...steps] });
     void bench.show({ source, calls: steps.filter((step) => !step.off).map(({ operation, settings }) => ({ operation, settings })) });
   }
 
@@ -172,6 +181,7 @@ export function showPlayground(place: HTMLElement, studio: Studio, forms: Forms,
   const back = (go: () => void) => () => {
     go();
     show();
+    link();
   };
   const undo = button("Undo", back(() => past.undo()));
   const redo = button("Redo", back(() => past.redo()));
@@ -192,7 +202,7 @@ export function showPlayground(place: HTMLElement, studio: Studio, forms: Forms,
     button("Open recipe", () => recipeFile.click()),
     button("Save picture", async () => saved(await bench.png(), "out.png")),
     button("Copy link", async () => {
-      writeLink(forms, { source: own.includes(past.now.source) ? undefined : past.now.source, steps: [...past.now.steps] }, 0);
+      link(0);
       await new Promise((done) => setTimeout(done));
       said.textContent = await navigator.clipboard.writeText(location.href).then(
         () => "the link is on the clipboard",
