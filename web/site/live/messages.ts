@@ -74,5 +74,5 @@ export type FromWorker =
   | { kind: "failed"; id: number; failure: Failure }
   | { kind: "pixel"; id: number; before: Pixel; after: Pixel }
   | { kind: "saved"; id: number; file: Blob }
-  /** It has taken so much memory that it had better be ended. */
+  /** It had better be ended: it has taken much memory, or has broken down. */
   | { kind: "grown" };

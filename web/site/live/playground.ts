@@ -41,12 +41,17 @@ function saved(file: Blob, name: string): void {
 
 export function showPlayground(place: HTMLElement, studio: Studio, forms: Forms, own: string[]): () => void {
   const root = element("section", { class: "tarvo-live tarvo-playground", "aria-label": "Playground" });
-  const past = new Past<State>({ source: anyPicture, steps: [] });
+  let numbers = 0;
+  const numbered = (steps: readonly Step[]): Numbered[] => steps.map((step) => ({ ...step, number: ++numbers }));
+  const linked = (): State | undefined => {
+    const read = readLink(forms);
+    return read && { source: read.source ?? anyPicture, steps: numbered(read.steps) };
+  };
+  const past = new Past<State>(linked() ?? { source: anyPicture, steps: [] });
   const rows = new Map<number, Row>();
   const list = element("ol", { class: "tarvo-steps" });
   const empty = element("p", { class: "tarvo-hint" }, "Each operation that you add is made on what the one before has given.");
   let selected = -1;
-  let numbers = 0;
   /** The sides of the pictures that the calls are made on. */
   let inputs: readonly Sides[] = [];
 
@@ -108,7 +113,6 @@ export function showPlayground(place: HTMLElement, studio: Studio, forms: Forms,
     steps.splice(from + by, 0, step!);
     changeSteps(steps);
   }
-  const numbered = (steps: readonly Step[]): Numbered[] => steps.map((step) => ({ ...step, number: ++numbers }));
 
   // --- the steps ------------------------------------------------------------------------------------------------------
 
@@ -200,7 +204,11 @@ export function showPlayground(place: HTMLElement, studio: Studio, forms: Forms,
     redo,
     button("Save recipe", () => saved(new Blob([recipeText(forms, past.now.source, past.now.steps)], { type: "text/plain" }), "recipe.txt")),
     button("Open recipe", () => recipeFile.click()),
-    button("Save picture", async () => saved(await bench.png(), "out.png")),
+    button("Save picture", async () => {
+      const file = await bench.png();
+      if (file.size > 0) saved(file, "out.png");
+      said.textContent = file.size > 0 ? "" : "There is no result to be saved";
+    }),
     button("Copy link", async () => {
       link(0);
       await new Promise((done) => setTimeout(done));
@@ -230,12 +238,13 @@ export function showPlayground(place: HTMLElement, studio: Studio, forms: Forms,
   place.replaceChildren(root);
 
   const followLink = () => {
-    const linked = readLink(forms);
-    if (linked) past.change({ source: linked.source ?? anyPicture, steps: numbered(linked.steps) });
+    const state = linked();
+    if (!state) return;
+    past.change(state);
     show();
   };
   window.addEventListener("hashchange", followLink);
-  followLink();
+  show();
   return () => {
     window.removeEventListener("hashchange", followLink);
     leaveLink();

@@ -30,8 +30,10 @@ export class Studio {
   readonly #files = new Map<string, Blob | string>();
   readonly #opened = new Map<string, Promise<View>>();
   readonly #opening = new Map<string, Waiting<View>>();
-  readonly #asked = new Map<number, (message: FromWorker) => void>();
-  #running: { id: number; work: Work; answers: Answers; settled: boolean; late?: number } | undefined;
+  readonly #asked = new Map<number, { question: ToWorker; done(message: FromWorker): void }>();
+  /** The latest work, and since when it has been on the same picture. */
+  #running: { id: number; since: number; work: Work; answers: Answers; settled: boolean } | undefined;
+  #late: number | undefined;
   #last = 0;
   #tired = false;
 
@@ -65,10 +67,11 @@ export class Studio {
 
   run(work: Work, answers: Answers): void {
     const before = this.#running;
-    this.#running = { id: ++this.#last, work, answers, settled: false };
+    const id = ++this.#last;
+    this.#running = { id, since: before?.work.source === work.source ? before.since : id, work, answers, settled: false };
     if (this.#tired) return this.#renew();
-    if (before?.settled === false) this.#running.late = before.late ?? window.setTimeout(() => this.#hurry(), patience);
-    this.#tell({ kind: "run", id: this.#last, work });
+    if (before?.settled === false) this.#late ??= window.setTimeout(() => this.#renew(), patience);
+    this.#tell({ kind: "run", id, work });
   }
 
   /** The pixel of that place before and after, of what was drawn last. */
@@ -83,10 +86,10 @@ export class Studio {
     return (answer as FromWorker & { kind: "saved" }).file;
   }
 
-  #ask(message: ToWorker & { id: number }): Promise<FromWorker> {
+  #ask(question: ToWorker & { id: number }): Promise<FromWorker> {
     return new Promise((done) => {
-      this.#asked.set(message.id, done);
-      this.#tell(message);
+      this.#asked.set(question.id, { question, done });
+      this.#tell(question);
     });
   }
 
@@ -98,7 +101,12 @@ export class Studio {
     const worker = new Worker(new URL("./worker.ts", import.meta.url), { type: "module" });
     this.#worker = worker;
     worker.onmessage = ({ data }: MessageEvent<FromWorker>) => this.#take(data);
-    worker.onerror = (event) => this.#settle((answers) => answers.failed(failureOf(event.message || "the worker has ended")));
+    worker.onerror = (event) => {
+      const failure = failureOf(event.message || "the worker has ended");
+      this.#described.failed(failure);
+      this.#running?.answers.failed(failure);
+      this.#tired = true;
+    };
     this.#module ??= WebAssembly.compileStreaming(fetch(wasm));
     this.#module.then(
       (module) => worker.postMessage({ kind: "begin", module } satisfies ToWorker),
@@ -110,25 +118,16 @@ export class Studio {
   #renew(): void {
     this.#worker?.terminate();
     this.#tired = false;
+    this.#stopWaiting();
     this.#start();
     for (const [name, from] of this.#files) this.#tell({ kind: "open", name, from });
-    for (const done of this.#asked.values()) done({ kind: "pixel", id: 0, before: null, after: null });
-    this.#asked.clear();
     if (this.#running?.settled === false) this.#tell({ kind: "run", id: this.#running.id, work: this.#running.work });
+    for (const { question } of this.#asked.values()) this.#tell(question);
   }
 
-  #hurry(): void {
-    if (!this.#running || this.#running.settled) return;
-    delete this.#running.late;
-    this.#renew();
-  }
-
-  #settle(tell: (answers: Answers) => void): void {
-    const running = this.#running;
-    if (!running) return;
-    running.settled = true;
-    window.clearTimeout(running.late);
-    tell(running.answers);
+  #stopWaiting(): void {
+    window.clearTimeout(this.#late);
+    this.#late = undefined;
   }
 
   #take(message: FromWorker): void {
@@ -146,20 +145,29 @@ export class Studio {
       }
       case "pixel":
       case "saved":
-        this.#asked.get(message.id)?.(message);
+        this.#asked.get(message.id)?.done(message);
         return void this.#asked.delete(message.id);
       case "grown":
         // What is seen is asked about as long as it is seen.
         this.#tired = true;
         return;
     }
-    if (message.id !== this.#running?.id) {
-      if (message.kind === "drawn") message.view.bitmap.close();
-      return;
+    const running = this.#running;
+    if (!running) return;
+    // It gets on: what is waited for from now on is newer.
+    this.#stopWaiting();
+    const latest = message.id === running.id;
+    if (message.kind === "drawn") {
+      // What was set a moment ago is worth a look while what is set now is worked on.
+      if (message.id >= running.since) running.answers.drawn(message.view, message.told, message.preview);
+      else message.view.bitmap.close();
+      if (latest && !message.preview) running.settled = true;
+    } else if (latest && message.kind === "failed") {
+      running.settled = true;
+      running.answers.failed(message.failure);
+    } else if (latest && message.kind === "hashed") {
+      running.answers.hashed(message.sha256);
     }
-    if (message.kind === "drawn" && message.preview) this.#running.answers.drawn(message.view, message.told, true);
-    else if (message.kind === "drawn") this.#settle((answers) => answers.drawn(message.view, message.told, false));
-    else if (message.kind === "failed") this.#settle((answers) => answers.failed(message.failure));
-    else this.#running.answers.hashed(message.sha256);
+    if (!running.settled && !latest) this.#late = window.setTimeout(() => this.#renew(), patience);
   }
 }

@@ -36,6 +36,11 @@ function failureOf(error: unknown, call = -1): Failure {
   return { message, code: 0, argument: "", call };
 }
 
+/** Whether the library has broken down. */
+function isEnd(error: unknown): boolean {
+  return error instanceof CallFailed ? isEnd(error.reason) : error instanceof TarvoError && error.status === "ended";
+}
+
 const library: { now?: Library } = {};
 const pictures = new Map<string, Promise<Picture>>();
 const reduced = new Map<string, Picture>();
@@ -108,7 +113,13 @@ async function open(name: string, from: Blob | string): Promise<void> {
   } catch (error) {
     pictures.delete(name);
     self.postMessage({ kind: "refused", name, failure: failureOf(error) });
+    tire(isEnd(error));
   }
+}
+
+// The page begins another worker where this one holds too much, or can do nothing any more.
+function tire(ended = false): void {
+  if (ended || library.now!.memoryBytes > mostBytes) self.postMessage({ kind: "grown" });
 }
 
 async function pictureOf(name: string): Promise<Picture> {
@@ -234,7 +245,6 @@ async function whole({ id, work }: Asked): Promise<void> {
   const source = work.source === null ? null : await pictureOf(work.source);
   const after = owned ? pixelsOf(picture) : pixelsBefore(picture);
   const view = await viewOf(after);
-  forget();
   shown = { before: source && pixelsBefore(source), after, picture, owned };
   self.postMessage({ kind: "drawn", id, preview: false, view, told }, [view.bitmap]);
   await rest(0);
@@ -247,16 +257,17 @@ function forget(): void {
 }
 
 async function answer(asked: Asked): Promise<void> {
+  forget();
   try {
     // What goes wrong in small tells nothing of the whole.
     await preview(asked).catch(() => {});
-    if (next) return;
-    await whole(asked);
+    if (!next) await whole(asked);
+    tire();
   } catch (error) {
     forget();
     self.postMessage({ kind: "failed", id: asked.id, failure: failureOf(error) });
+    tire(isEnd(error));
   }
-  if (library.now!.memoryBytes > mostBytes) self.postMessage({ kind: "grown" });
 }
 
 async function workOn(): Promise<void> {
