@@ -46,8 +46,8 @@ std::optional<std::uint64_t> TiffDirectories::integer_at(std::uint64_t place, st
 }
 
 std::optional<TiffDirectory> TiffDirectories::read(std::uint64_t place) {
-    const std::uint64_t count_bytes = is_large() ? 8 : 2, entry_bytes = is_large() ? 20 : 12,
-                        link_bytes = is_large() ? 8 : 4;
+    const std::size_t count_bytes = is_large() ? 8 : 2, entry_bytes = is_large() ? 20 : 12,
+                      link_bytes = is_large() ? 8 : 4;
     const auto count = integer_at(place, count_bytes);
     if (!is_tiff() || !count || place < header_bytes_) return {};
     TiffDirectory found{.place = place, .bytes = count_bytes};
@@ -87,7 +87,7 @@ std::optional<TiffEntry> TiffDirectories::entry_at(std::uint64_t place) const {
 std::optional<std::uint64_t> TiffDirectories::number(const TiffEntry& entry) const {
     constexpr std::uint32_t kNumbers[] = {kShort, kLong, kDirectory, kLong8, kDirectory8};
     if (entry.count == 0 || std::ranges::find(kNumbers, entry.type) == std::end(kNumbers)) return {};
-    return integer_at(entry.value_place, tiff_value_bytes(entry.type));
+    return integer_at(entry.value_place, static_cast<std::size_t>(tiff_value_bytes(entry.type)));
 }
 
 std::optional<double> TiffDirectories::fraction(const TiffEntry& entry) const {
@@ -98,7 +98,9 @@ std::optional<double> TiffDirectories::fraction(const TiffEntry& entry) const {
 }
 
 Bytes TiffDirectories::value(const TiffEntry& entry) const {
-    Bytes bytes(entry.value_bytes);
+    // More than the file has is none, but files may have more than the machine's sizes count.
+    if (entry.value_bytes > SIZE_MAX) return {};
+    Bytes bytes(static_cast<std::size_t>(entry.value_bytes));
     if (!file_.read_at(entry.value_place, bytes)) bytes.clear();
     return bytes;
 }

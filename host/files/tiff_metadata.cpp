@@ -33,6 +33,9 @@ bool says_little(std::uint32_t tag) {
     return tag == kTiffOrientation || tag == kTiffXResolution || tag == kTiffYResolution || tag == kTiffResolutionUnit;
 }
 
+// Blocks are short, so that a place in one is a size on every machine.
+std::size_t in_block(std::uint64_t place) { return static_cast<std::size_t>(place); }
+
 std::uint64_t even(std::uint64_t count) { return count + count % 2; }
 
 // Gathers an Exif block of a file's directories.
@@ -102,10 +105,10 @@ private:
     }
 
     Bytes kept(const TiffDirectory& main) {
-        Bytes block(end_of_below());
+        Bytes block(in_block(end_of_below()));
         taken_ = {{0, kHeaderBytes}};
         const auto copy = [&](std::uint64_t place, std::uint64_t bytes) {
-            file_.read_at(place, std::span(block).subspan(place, bytes));
+            file_.read_at(place, std::span(block).subspan(in_block(place), in_block(bytes)));
             taken_.emplace_back(place, place + bytes);
         };
         for (const Below& below : below_) {
@@ -121,12 +124,12 @@ private:
             const TiffEntry& entry = main.entries[i];
             const std::uint64_t value = place + 2 + i * kEntryBytes + 8;
             if (!entry.outside) {
-                file_.read_at(entry.place + 8, std::span(block).subspan(value, 4));
+                file_.read_at(entry.place + 8, std::span(block).subspan(in_block(value), 4));
                 continue;
             }
             const std::uint64_t moved_to = room_for(block, entry.value_bytes);
             put(block, value, moved_to, 4);
-            file_.read_at(entry.value_place, std::span(block).subspan(moved_to, entry.value_bytes));
+            file_.read_at(entry.value_place, std::span(block).subspan(in_block(moved_to), in_block(entry.value_bytes)));
         }
         return block;
     }
@@ -138,16 +141,16 @@ private:
             if (begin >= place + bytes) break;
             place = std::max(place, even(end));
         }
-        block.resize(std::max<std::uint64_t>(block.size(), place + bytes));
+        block.resize(in_block(std::max<std::uint64_t>(block.size(), place + bytes)));
         const std::pair taken(place, place + bytes);
-        taken_.insert(std::ranges::upper_bound(taken_, taken), taken);
+        taken_.insert(std::upper_bound(taken_.begin(), taken_.end(), taken), taken);
         return place;
     }
 
     // --- one behind the other
 
     Bytes moved(const TiffDirectory& main) {
-        Bytes block(kHeaderBytes);
+        Bytes block(in_block(kHeaderBytes));
         put_header(block, kHeaderBytes);
         append(block, main);
         const TiffDirectory* camera = nullptr;
@@ -173,19 +176,19 @@ private:
 
     void append(Bytes& block, const TiffDirectory& directory) {
         const std::uint64_t place = block.size();
-        block.resize(place + directory_bytes(directory));
+        block.resize(in_block(place + directory_bytes(directory)));
         put_directory(block, place, directory);
         for (std::size_t i = 0; i < directory.entries.size(); ++i) {
             const TiffEntry& entry = directory.entries[i];
             const std::uint64_t value = place + 2 + i * kEntryBytes + 8;
             if (!entry.outside) {
-                file_.read_at(entry.place + 8, std::span(block).subspan(value, 4));
+                file_.read_at(entry.place + 8, std::span(block).subspan(in_block(value), 4));
                 continue;
             }
             put(block, value, block.size(), 4);
             const Bytes bytes = directories_.value(entry);
             block.insert(block.end(), bytes.begin(), bytes.end());
-            block.resize(even(block.size()));
+            block.resize(in_block(even(block.size())));
         }
     }
 
@@ -215,7 +218,8 @@ private:
 
     void put(Bytes& block, std::uint64_t place, std::uint64_t value, std::uint64_t bytes) const {
         for (std::uint64_t i = 0; i < bytes; ++i)
-            block[place + (directories_.big_endian() ? bytes - 1 - i : i)] = static_cast<std::uint8_t>(value >> 8 * i);
+            block[in_block(place + (directories_.big_endian() ? bytes - 1 - i : i))] =
+                static_cast<std::uint8_t>(value >> 8 * i);
     }
 
     const BytePlaces& file_;
