@@ -1,6 +1,11 @@
 // What photographs carry, and what is done about losses, by the tool's options.
 
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
 #include "tool.h"
+#include "watched.h"
 
 namespace tarvo::cli {
 namespace {
@@ -136,6 +141,95 @@ TEST_F(Photographs, ComeFromAndGoToStandardStreams) {
     EXPECT_EQ(shell("tarvo convert photo.jpg -o none.png --format png").status, 2);
     EXPECT_EQ(shell("tarvo convert photo.jpg -o - --format exe").status, 2);
     EXPECT_FALSE(exists("none.png"));
+}
+
+// Many files, with the options of photographs.
+class ManyPhotographs : public Photographs {
+protected:
+    using Json = nlohmann::json;
+
+    // Every third of them carries nothing.
+    void make(int count) {
+        const std::string photo = photograph("81"), plain = file("plain.jpg");
+        std::filesystem::create_directory(folder() / "in");
+        for (int i = 0; i < count; ++i) std::filesystem::create_hard_link(i % 3 == 2 ? plain : photo, file(name_of(i)));
+    }
+    static std::string name_of(int number) { return "in/" + std::to_string(1000 + number) + ".jpg"; }
+
+    // What is told of the files, without what no two runs have alike.
+    static std::vector<Json> lines_of(const Ending& run) {
+        std::istringstream lines(run.out);
+        std::vector<Json> all;
+        for (std::string line; std::getline(lines, line);) {
+            all.push_back(Json::parse(line));
+            all.back().erase("milliseconds");
+        }
+        return all;
+    }
+};
+
+TEST_F(ManyPhotographs, AreMadeAsEachAlone) {
+    make(7);
+    for (const std::string options :
+         {"", "--strip", "--keep exif,icc", "--quality 30", "--keep xmp --quality 60", "--srgb", "--srgb --strip"}) {
+        SCOPED_TRACE(options);
+        const std::string ways[] = {"out.jpg", "out.png", "out.ppm"};
+        for (const std::string& way : ways) {
+            const std::string ending = way.substr(3);
+            const std::string work = " 'Stretch(3, 3)' --losses=ignore " + options;
+            const Ending batch =
+                shell("tarvo apply in/*.jpg" + work + " --jobs 2 --json -o 'made/{name}" + ending + "'");
+            if (batch.status == 1 && batch.out.find("no library for color profiles") != std::string::npos) continue;
+            ASSERT_EQ(batch.status, 0) << batch.err;
+            for (int i = 0; i < 7; ++i) {
+                ASSERT_EQ(shell("tarvo apply -q " + name_of(i) + work + " -o alone" + ending).status, 0);
+                EXPECT_EQ(bytes_of(file("made/" + std::to_string(1000 + i) + ending)),
+                          bytes_of(file("alone" + ending)));
+            }
+            EXPECT_EQ(lines_of(batch).back()["summary"]["done"], 7);
+        }
+    }
+}
+
+TEST_F(ManyPhotographs, TellTheirLossesInJson) {
+    make(6);
+    const std::string batch = "tarvo apply in/*.jpg 'Stretch(3, 3)' --json -o 'made/{name}.ppm' --jobs ";
+    const Ending run = shell(batch + "2");
+    EXPECT_EQ(run.status, 0);
+    const std::vector<Json> lines = lines_of(run);
+    ASSERT_EQ(lines.size(), 7u);
+    for (std::size_t i = 0; i < 6; ++i) {
+        EXPECT_EQ(lines[i]["input"], name_of(static_cast<int>(i)));
+        EXPECT_EQ(lines[i]["losses"].size(), i % 3 == 2 ? 0u : 2u) << lines[i];
+    }
+    EXPECT_EQ(lines_of(shell(batch + "1")), lines);
+    EXPECT_EQ(lines_of(shell(batch + "6")), lines);
+
+    // As errors they end the work on their file alone.
+    const Ending refused = shell("rm -r made; " + batch + "2 --losses=error --keep-going");
+    EXPECT_EQ(refused.status, 1);
+    const std::vector<Json> told = lines_of(refused);
+    EXPECT_EQ(told.back()["summary"]["done"], 2);
+    EXPECT_EQ(told.back()["summary"]["failed"], 4);
+    for (int i = 0; i < 6; ++i) EXPECT_EQ(exists("made/" + std::to_string(1000 + i) + ".ppm"), i % 3 == 2) << i;
+    EXPECT_EQ(lines_of(shell(batch + "2 --strip --losses=error")).back()["summary"]["failed"], 0);
+}
+
+TEST_F(ManyPhotographs, TakeNoMoreMemoryThanAFew) {
+    if (test::kAddressesWatched) GTEST_SKIP() << "the sanitizer keeps what was given back";
+    make(2000);
+    const auto peak = [&](int count) {
+        std::string list;
+        for (int i = 0; i < count; ++i) list += file(name_of(i)) + '\n';
+        text_file("list", list);
+        const Ending run = tool({"apply", "--jobs", "2", "--json", "--files-from", file("list"), "-o",
+                                 file("made/{name}.jpg"), "Stretch(20, 20)"});
+        EXPECT_EQ(run.status, 0) << run.err;
+        EXPECT_EQ(lines_of(run).back()["summary"]["done"], count);
+        return run.peak;
+    };
+    const std::size_t few = peak(100);
+    EXPECT_LT(peak(2000), few + (std::size_t{4} << 20));
 }
 
 }  // namespace
