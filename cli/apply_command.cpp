@@ -165,6 +165,8 @@ void add_apply_command(CLI::App& tool) {
     command->add_flag("--client", options->batch.client, "work on a TRV_ClientPicture");
     command->add_flag("-q,--quiet", options->batch.quiet, "print only what calls answer");
     add_options_of_many(*command, *options);
+    command->add_flag("--draft", options->batch.file.draft,
+                      "decode JPEG files smaller where the first call makes them smaller still; pixels differ");
     add_file_options(*command, options->batch.file);
     command->callback([options] { apply(*options); });
 }

@@ -19,6 +19,7 @@ enum class LossRule { warn, error, ignore };
 struct FileOptions {
     Limits limits = {};
     bool srgb = false;
+    bool draft = false;
     int quality = 0;  // 0: the library's choice
     tarvo_compression compression = TARVO_COMPRESSION_NORMAL;
     std::uint32_t strip = 0;  // kinds of metadata, as the library takes them

@@ -80,7 +80,9 @@ public:
 
 private:
     void read() {
-        const PictureFile file = read_picture(work_.input, work_.options, listener_);
+        const bool draft = work_.options.draft && !work_.client && !chain_.calls().empty();
+        const PictureFile file =
+            read_picture(work_.input, work_.options, listener_, false, draft ? chain_.calls().front().text : "");
         in_hand_ = InHand(file.picture);
         listener_.say(work_.input + ": " + in_hand_.size_text() + ", " + file.pixels);
         tell_hash(work_.input);

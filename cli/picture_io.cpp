@@ -43,11 +43,13 @@ void write_to_standard_output(const std::vector<std::uint8_t>& file) {
 
 }  // namespace
 
-PictureFile read_picture(const std::string& path, const FileOptions& options, Listener& listener, bool keep_depth) {
+PictureFile read_picture(const std::string& path, const FileOptions& options, Listener& listener, bool keep_depth,
+                         const std::string& draft_for) {
     PictureFile file;
     ReadOptions how;
     how.keep_depth = keep_depth;
     how.srgb = options.srgb;
+    how.draft_for = draft_for;
     how.note = teller(listener, file.pixels);
     options.limits.put_into(how);
     try {

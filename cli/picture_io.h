@@ -15,9 +15,9 @@ struct PictureFile {
     std::string pixels;  // what the file's are, in words: "grey, 16 bits a channel, mask"
 };
 
-// Throws CommandError.
+// `draft_for`: the first call on it, for a draft. Throws CommandError.
 PictureFile read_picture(const std::string& path, const FileOptions& options, Listener& listener,
-                         bool keep_depth = false);
+                         bool keep_depth = false, const std::string& draft_for = {});
 
 // Returns what the file's pixels are, in words. Signals that end the tool remove what is half written. Throws
 // CommandError.

@@ -122,6 +122,7 @@ constexpr Operation kOperations[] = {
      .arguments = {side("width", "the result's width"), side("height", "the result's height"), kYield, kAsPicture},
      .yields = kEveryForm,
      .keeps_mask = kEveryForm,
+     .scales = true,
      .errors =
          {kSourceNil,
           out_of_range(34, "width"),

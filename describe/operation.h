@@ -129,6 +129,7 @@ struct Operation {
     Forms yields = kNoForm;          // those that give the host control when they are told to
     Forms keeps_mask = kNoForm;      // those in whose result the object's mask is seen
     Forms changes_self = kNoForm;    // those that change the object itself
+    bool scales = false;             // the result is all of the picture, `width` by `height` pixels
     List<Error, 14> errors{};        // in the order of the checks
     List<Text, 7> notes{};
     std::span<const Caution> cautions{};  // of several for one argument, the first that holds counts

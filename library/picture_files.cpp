@@ -7,6 +7,7 @@
 #include <string>
 
 #include "about_file.h"
+#include "draft.h"
 #include "failure.h"
 #include "file_source.h"
 #include "file_writer.h"
@@ -44,6 +45,7 @@ tarvo_note note_of(host::Loss::Kind kind) {
     switch (kind) {
         case host::Loss::Kind::profile: return TARVO_NOTE_PROFILE;
         case host::Loss::Kind::pages: return TARVO_NOTE_PAGES;
+        case host::Loss::Kind::draft: return TARVO_NOTE_DRAFT;
         case host::Loss::Kind::metadata: break;
     }
     return TARVO_NOTE_METADATA;
@@ -65,6 +67,13 @@ ReadPicture decoded(const std::string& file, const Notes& notes, Decode decode) 
     return read;
 }
 
+host::DraftRule draft_rule(CallHost& call, const char* first_call) {
+    if (!first_call) return {};
+    return [&call, text = std::string(first_call)](int whole_width, int whole_height, int width, int height) {
+        return language::suits_smaller(call.caller(), text, {whole_width, whole_height}, {width, height});
+    };
+}
+
 // Reads with the caller's bounds and stop. `read(call, options, notes)` returns what was read.
 template <class Read>
 tarvo_picture* read_with(const tarvo_read_options* given, Read read) {
@@ -76,6 +85,7 @@ tarvo_picture* read_with(const tarvo_read_options* given, Read read) {
     ReadPicture made = read(call,
                             host::ReadOptions{.keep_depth = options.keep_depth != 0,
                                               .srgb = options.srgb != 0,
+                                              .draft = draft_rule(call, options.draft_for),
                                               .max_pixels = limits.max_pixels,
                                               .on_block = call.host().on_yield},
                             notes);

@@ -150,6 +150,7 @@ typedef enum tarvo_note TARVO_INT {
     TARVO_NOTE_PROFILE = 5,  /* the colour profile */
     TARVO_NOTE_FILE = 6,     /* owner, links and the like of a file that was replaced */
     TARVO_NOTE_PAGES = 7,    /* further pages, frames or channels of the file */
+    TARVO_NOTE_DRAFT = 8,    /* pixels, by decoding at a smaller size; see draft_for */
     /* No losses. */
     TARVO_NOTE_CAUTION = 32,  /* arguments may not mean what their writer thinks: "write 330" */
     TARVO_NOTE_WAITING = 33,  /* the file is a pipe that nobody writes to yet */
@@ -173,6 +174,10 @@ typedef struct tarvo_read_options {
      */
     void (*note)(void* context, tarvo_note kind, const char* text);
     int32_t srgb; /* not 0: colours become those of sRGB by the file's profile, which the picture then has no more */
+    /* The call, as for tarvo_apply, that will be made first on the picture; NULL for none. If all that it does is to
+     * make the whole picture smaller, to a size that its text tells in numbers or by fit(...), a JPEG file is decoded
+     * in some eighths of its size that are not less: in less time, and with other pixels, which a note says. */
+    const char* draft_for;
 } tarvo_read_options;
 
 #define TARVO_USUAL_MAX_PIXELS 268435456

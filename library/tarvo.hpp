@@ -171,6 +171,7 @@ struct ReadOptions {
     std::function<bool()> yield = {};
     detail::Note note = {};
     bool srgb = false;
+    std::string draft_for = {};  // the call that will be made first; empty for none
 };
 
 struct WriteOptions {
@@ -304,6 +305,7 @@ private:
         how.size = sizeof how;
         how.keep_depth = options.keep_depth ? 1 : 0;
         how.srgb = options.srgb ? 1 : 0;
+        how.draft_for = options.draft_for.empty() ? nullptr : options.draft_for.c_str();
         how.max_pixels = options.max_pixels;
         how.max_memory = options.max_memory;
         detail::Callbacks callbacks(options);

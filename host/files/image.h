@@ -68,6 +68,9 @@ struct PixelRun {
 
 struct Carried;
 
+// Whether a smaller picture does instead of a whole one: their sides as they are seen.
+using DraftRule = std::function<bool(int whole_width, int whole_height, int width, int height)>;
+
 // Makes `count` pixels of red, green and blue of as many of cyan, magenta, yellow and black.
 using InkConversion = std::function<void(const std::uint8_t* ink, int count, std::uint8_t* rgb)>;
 
@@ -90,6 +93,8 @@ public:
     // Returns what makes colours of the file's inks, which count towards 255, or from it when inverted; nothing for the
     // plain conversion. May be asked once, before `begin`.
     virtual InkConversion ink_conversion(bool /*inverted*/) { return {}; }
+    // Whether a decoder may give a draft of the picture, which is to be seen, in that smaller size instead of its own.
+    virtual bool takes_draft(int /*whole_width*/, int /*whole_height*/, int /*width*/, int /*height*/) { return false; }
     // Takes what is not pixels, but for what `begin` was told. Comes once at most, behind all else.
     virtual void carry(Carried&& /*carried*/) {}
 };

@@ -47,7 +47,7 @@ inline constexpr std::size_t kMostMetadataBytes = std::size_t{8} << 20;
 
 // What a file loses on its way in or out.
 struct Loss {
-    enum class Kind : std::uint8_t { metadata, profile, pages };
+    enum class Kind : std::uint8_t { metadata, profile, pages, draft };
     Kind kind;
     std::string words;  // a sentence that goes behind the file's name: "has no room for XMP: it is left out"
 };

@@ -32,7 +32,7 @@ ObjectRef decode(Host& host, ByteSource& file, const ReadOptions& options, Carri
         WatchedSource watched(file, options.on_block);
         return decode(host, watched, unwatched, carried);
     }
-    PictureBuilder builder(host, options.keep_depth);
+    PictureBuilder builder(host, options.keep_depth, options.draft);
     const Format& format = format_of_bytes(file.ahead());
     if (options.srgb)
         decode_as_srgb(format, file, options, builder);

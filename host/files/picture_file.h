@@ -24,6 +24,8 @@ struct ReadOptions {
     bool keep_depth = false;
     // Makes colours those of sRGB, by the file's profile.
     bool srgb = false;
+    // Which smaller sizes a JPEG file may be decoded in.
+    DraftRule draft = {};
     // More are refused, however few bytes they take in the file.
     std::uint64_t max_pixels = std::uint64_t{1} << 28;
     // Called when the file is a pipe that nobody writes to yet, which is then waited for.

@@ -14,9 +14,14 @@ namespace tarvo::host {
 // mask of greys, 0 where the image is opaque. Throws Refusal.
 class PictureBuilder final : public PixelTarget {
 public:
-    PictureBuilder(Host& host, bool keep_depth) : host_(host), keep_depth_(keep_depth) {}
+    // `draft` says which sizes do instead of a whole one; none does when it is empty.
+    PictureBuilder(Host& host, bool keep_depth, DraftRule draft = {})
+        : host_(host), keep_depth_(keep_depth), draft_(std::move(draft)) {}
 
     void check_memory(std::uint64_t bytes, const std::string& what) override { host_.check_memory(bytes, what); }
+    bool takes_draft(int whole_width, int whole_height, int width, int height) override {
+        return draft_ && draft_(whole_width, whole_height, width, height);
+    }
     void begin(const ImageForm& form, std::uint64_t working_bytes) override;
     void put(const PixelRun& run) noexcept override;
     void turn(int orientation) override;
@@ -41,6 +46,7 @@ private:
 
     Host& host_;
     const bool keep_depth_;
+    const DraftRule draft_;
     ImageForm form_;
     Turn turn_;
     Carried carried_;

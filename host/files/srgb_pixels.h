@@ -22,6 +22,9 @@ public:
     void profile(std::span<const std::uint8_t> bytes) override;
     InkConversion ink_conversion(bool inverted) override;
     void check_memory(std::uint64_t bytes, const std::string& what) override { to_.check_memory(bytes, what); }
+    bool takes_draft(int whole_width, int whole_height, int width, int height) override {
+        return to_.takes_draft(whole_width, whole_height, width, height);
+    }
     void begin(const ImageForm& form, std::uint64_t working_bytes) override;
     void put(const PixelRun& run) noexcept override;
     void turn(int orientation) override { to_.turn(orientation); }

@@ -144,6 +144,40 @@ TEST_F(JpegTest, ExifThatMeansNothingIsIgnored) {
     for (const FileBytes& exif : kinds) EXPECT_EQ(picture_in(decode(jpeg_file(four_fields(exif)))).width(), 32);
 }
 
+// A decoder asks from the smallest size on, of pictures as they are seen.
+TEST_F(JpegTest, DraftsAreOfTheFirstSizeThatDoes) {
+    const struct {
+        JpegColors colors;
+        FileBytes pixel;
+    } kinds[] = {{JpegColors::ycc, {200, 100, 50}}, {JpegColors::grey, {77}}, {JpegColors::cmyk, {51, 102, 153, 128}}};
+    for (const auto& kind : kinds)
+        for (const int orientation : {1, 6})
+            for (const bool progressive : {false, true}) {
+                const bool turned = orientation == 6;
+                const JpegSample sample{
+                    33, 20, kind.colors, one_color(33 * 20, kind.pixel), exif_of_orientation(orientation), progressive};
+                const FileBytes file = jpeg_file(sample);
+                const std::uint32_t color = colors_of(decode(file))[0];
+                for (int eighths = 1; eighths <= 8; ++eighths) {
+                    const int width = (33 * eighths + 7) / 8, height = (20 * eighths + 7) / 8;
+                    int asked = 0;
+                    const DraftRule rule = [&](int whole_width, int whole_height, int seen_width, int seen_height) {
+                        ++asked;
+                        EXPECT_EQ(whole_width, turned ? 20 : 33);
+                        EXPECT_EQ(whole_height, turned ? 33 : 20);
+                        return seen_width == (turned ? height : width) && seen_height == (turned ? width : height);
+                    };
+                    Carried carried;
+                    const ObjectRef picture = decode_picture(host, file, {.draft = rule}, &carried);
+                    EXPECT_EQ(asked, std::min(eighths, 7));
+                    EXPECT_EQ(picture_in(picture).width(), turned ? height : width);
+                    EXPECT_EQ(picture_in(picture).height(), turned ? width : height);
+                    for (const std::uint32_t seen : colors_of(picture)) EXPECT_COLOR(seen, color);
+                    EXPECT_EQ(carried.losses.size(), eighths < 8 ? 1u : 0u);
+                }
+            }
+}
+
 // The file with a segment of that marker and contents behind its first two bytes.
 FileBytes with_segment(const FileBytes& file, std::uint8_t marker, const FileBytes& contents) {
     const std::size_t length = contents.size() + 2;
