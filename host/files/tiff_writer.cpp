@@ -24,7 +24,7 @@ constexpr std::uint32_t kNotCompressed = 1, kDeflated = 8;
 constexpr std::uint32_t kDifferences = 2;
 constexpr std::uint32_t kWhiteIsZero = 0, kBlackIsZero = 1, kRgb = 2, kPalette = 3;
 constexpr std::uint32_t kStraightAlpha = 2;
-constexpr std::size_t kHeaderBytes = 8, kFirstDirectory = 4;
+constexpr std::size_t kFirstDirectory = 4;  // where the header tells its place
 constexpr std::size_t kStripBytes = std::size_t{1} << 18;
 constexpr std::uint8_t kZlibHeader[] = {0x78, 0x01};  // matches up to 32 KiB back
 

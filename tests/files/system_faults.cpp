@@ -156,6 +156,7 @@ SEEN ssize_t write(int file, const void* bytes, std::size_t size) {
     return transfer(SystemCall::write, size, [&](std::size_t count) { return syscall(SYS_write, file, bytes, count); });
 }
 
+#if __SIZEOF_LONG__ == 8  // where a place is one argument of a call
 SEEN ssize_t pread(int file, void* bytes, std::size_t size, off_t place) {
     return transfer(SystemCall::read, size,
                     [&](std::size_t count) { return syscall(SYS_pread64, file, bytes, count, place); });
@@ -170,6 +171,7 @@ SEEN ssize_t pwrite(int file, const void* bytes, std::size_t size, off_t place) 
     return transfer(SystemCall::write, size,
                     [&](std::size_t count) { return syscall(SYS_pwrite64, file, bytes, count, place); });
 }
+#endif
 
 // The number is free whatever the answer is.
 SEEN int close(int file) {
