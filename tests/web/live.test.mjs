@@ -137,6 +137,35 @@ test("a slider moves, pixels change, and the link brings them back", () =>
     assert.deepEqual([...page.wrong, ...other.wrong], []);
   }));
 
+test("a server need not know what kind of file the module is", () =>
+  served(site, async (address) => {
+    const page = await newPage();
+    await page.route("**/*.wasm", async (route) => route.fulfill({ response: await route.fetch(), contentType: "application/octet-stream" }));
+    await page.goto(`${address}ops/TRV_Downsample.html`);
+    assert.equal(await hashOf(page), exampleHash("TRV_Downsample"));
+    assert.deepEqual(page.wrong, []);
+  }));
+
+test("while a slider moves, what comes is seen", () =>
+  served(site, async (address) => {
+    const page = await newPage();
+    await page.goto(`${address}ops/TRV_AdjustContrast.html`);
+    await hashOf(page);
+    const drawn = await page.locator("[data-argument=red_factor]").evaluate(async (slider) => {
+      let count = 0;
+      const canvas = document.querySelector("[data-result] .tarvo-after canvas");
+      new MutationObserver(() => ++count).observe(canvas, { attributes: true, attributeFilter: ["width"] });
+      // Faster than anything is drawn, until something is.
+      for (let i = 0; i < 2000 && count < 5; ++i) {
+        slider.value = String(1 + (i % 200) / 100);
+        slider.dispatchEvent(new Event("input"));
+        await new Promise((done) => setTimeout(done));
+      }
+      return count;
+    });
+    assert.ok(drawn >= 5, `${drawn} were drawn`);
+  }));
+
 test("of many settings the latest counts", () =>
   served(site, async (address) => {
     const page = await newPage();

@@ -2,11 +2,14 @@
 
 import assert from "node:assert/strict";
 import { execFileSync, spawn } from "node:child_process";
-import { existsSync, readdirSync, readFileSync, statSync } from "node:fs";
+import { randomBytes } from "node:crypto";
+import { existsSync, mkdirSync, mkdtempSync, readdirSync, readFileSync, rmSync, statSync, writeFileSync } from "node:fs";
+import { tmpdir } from "node:os";
 import { join } from "node:path";
 import test, { after } from "node:test";
 
 import { closeBrowser, newPage, placedAt, served, site } from "./browser.mjs";
+import { builtBase } from "../../web/site/tools/base.mjs";
 import { root } from "./support.mjs";
 
 after(closeBrowser);
@@ -94,4 +97,22 @@ test("--serve shows the site, and what is no path is refused", async () => {
   }
   for (const wrong of ["x", "/x", "x/", '/"/'])
     assert.throws(() => execFileSync(join(root, "scripts/site"), ["--base", wrong, "--into", `${elsewhere}-wrong`], { stdio: "ignore" }));
+});
+
+test("a page that first loads a megabyte of code fails the build", () => {
+  const built = mkdtempSync(join(tmpdir(), "tarvo-size-"));
+  try {
+    mkdirSync(join(built, "assets"));
+    writeFileSync(join(built, "index.html"), `<script src="${builtBase}assets/app.js"></script>`);
+    const sized = (bytes) => {
+      writeFileSync(join(built, "assets/app.js"), randomBytes(bytes)); // nothing makes it smaller
+      execFileSync("node", [join(root, "web/site/tools/check-size.mjs"), built], { stdio: "ignore" });
+    };
+    sized(990_000);
+    assert.throws(() => sized(1_010_000));
+    writeFileSync(join(built, "assets/tarvo.x.wasm"), randomBytes(20_000)); // which no page names
+    assert.throws(() => sized(990_000));
+  } finally {
+    rmSync(built, { recursive: true });
+  }
 });

@@ -26,7 +26,7 @@ const calls = {
   "free rotation, shear": "FreeRotateByShear(30.0)",
 };
 
-const tarvo = (...args) => execFileSync(join(root, "build/release/bin/tarvo"), args, { cwd: root, maxBuffer: 1 << 28 }).toString();
+const tarvo = (...args) => execFileSync(join(root, "build/release/bin/tarvo"), args, { cwd: root, maxBuffer: 1 << 28, stdio: ["ignore", "pipe", "ignore"] }).toString();
 const folder = mkdtempSync(join(tmpdir(), "tarvo-bench-"));
 
 /** A photograph of so many megapixels. */

@@ -22,6 +22,13 @@ interface Waiting<T> {
 
 const failureOf = (error: unknown): Failure => ({ message: error instanceof Error ? error.message : String(error), code: 0, argument: "", call: -1 });
 
+// Not as it streams in: that wants a server that knows what kind of file it is.
+async function compiled(): Promise<WebAssembly.Module> {
+  const response = await fetch(wasm);
+  if (!response.ok) throw new Error(`${wasm}: ${response.status}`);
+  return WebAssembly.compile(await response.arrayBuffer());
+}
+
 export class Studio {
   readonly description: Promise<Description>;
   #described!: Waiting<Description>;
@@ -107,7 +114,7 @@ export class Studio {
       this.#running?.answers.failed(failure);
       this.#tired = true;
     };
-    this.#module ??= WebAssembly.compileStreaming(fetch(wasm));
+    this.#module ??= compiled();
     this.#module.then(
       (module) => worker.postMessage({ kind: "begin", module } satisfies ToWorker),
       (error: unknown) => this.#described.failed(failureOf(error)),

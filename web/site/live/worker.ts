@@ -17,6 +17,8 @@ const previewFrom = 3_000_000;
 const previewSide = 1000;
 // Between a preview and the whole: settings that are being moved come sooner.
 const restMilliseconds = 80;
+// Between the pixels and their hash, of which the same holds.
+const hashMilliseconds = 40;
 // No screen shows more of it.
 const viewSide = 2048;
 
@@ -247,7 +249,7 @@ async function whole({ id, work }: Asked): Promise<void> {
   const view = await viewOf(after);
   shown = { before: source && pixelsBefore(source), after, picture, owned };
   self.postMessage({ kind: "drawn", id, preview: false, view, told }, [view.bitmap]);
-  await rest(0);
+  await rest(hashMilliseconds);
   if (!next) self.postMessage({ kind: "hashed", id, sha256: picture.sha256() });
 }
 
