@@ -46,7 +46,7 @@ function likely(about: DescribedArgument): Setting {
     case "color":
       return "#808080";
     case "TRV_ColorMatrix":
-      return [[0.393, 0.769, 0.189], [0.349, 0.686, 0.168], [0.272, 0.534, 0.131]]; // sepia
+      return [[0.393, 0.349, 0.272], [0.769, 0.686, 0.534], [0.189, 0.168, 0.131]]; // sepia
     case "TRV_Convolution":
       return [1, 2, 1];
     case "TRV_Rectangle":
