@@ -85,6 +85,9 @@ public:
     virtual void begin(const ImageForm& form, std::uint64_t working_bytes) = 0;
     // Takes pixels. Each comes once, unless the file has an error.
     virtual void put(const PixelRun& run) noexcept = 0;
+    // Returns where a decoder may write the whole of row `y` instead, as stored pixels of 32 bits, XRGB; or null, for
+    // every row. The picture has begun.
+    virtual std::uint8_t* stored_row(int /*y*/) noexcept { return nullptr; }
     // Says how the pixels are to be seen: an Exif orientation of 1 to 8; other numbers mean 1. Comes once, before
     // `begin` if it is known by then, else after the last run. Throws what `begin` throws.
     virtual void turn(int orientation) = 0;

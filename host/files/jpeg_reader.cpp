@@ -17,6 +17,7 @@
 #include "jpeg_making.h"
 #include "jpeg_markers.h"
 #include "orientation.h"
+#include "stored_rows.h"
 
 namespace tarvo::host {
 
@@ -123,11 +124,14 @@ public:
         if (inks) ink_conversion_ = target.ink_conversion(info_.saw_Adobe_marker);
         target.turn(orientation);
         target.begin(form, coefficient_bytes());
-        Bytes row(form.row_bytes()), ink(inks ? std::size_t{4} * info_.output_width : 0);
+        const bool stores = info_.out_color_space == JCS_RGB && target.stored_row(0);
+        if (stores) info_.out_color_space = JCS_EXT_XRGB;
+        Bytes row(stores ? 0 : form.row_bytes()), ink(inks ? std::size_t{4} * info_.output_width : 0);
         Carried carried;
         if (eighths < 8) carried.losses.push_back(loss_of_draft(eighths));
         carried.jpeg = making_of(info_);
-        require(read_pixels(form.width, row.data(), inks ? ink.data() : nullptr, target));
+        require(stores ? store_pixels(form.width, target)
+                       : read_pixels(form.width, row.data(), inks ? ink.data() : nullptr, target));
         carried.metadata = markers_.finish(carried.losses);
         carried.metadata.resolution = resolution();
         target.carry(std::move(carried));
@@ -257,6 +261,19 @@ private:
             jpeg_read_scanlines(&info_, &samples, 1);
             if (ink) convert_inks(ink, width, row);
             target.put({.x = 0, .y = y, .step = 1, .count = width, .pixels = row});
+        }
+        jpeg_finish_decompress(&info_);
+        return true;
+    }
+
+    // The library's pixels have 255 where those of pictures have 0.
+    bool store_pixels(int width, PixelTarget& target) {
+        if (setjmp(errors_.target)) return false;
+        jpeg_start_decompress(&info_);
+        while (info_.output_scanline < info_.output_height) {
+            JSAMPROW stored = target.stored_row(static_cast<int>(info_.output_scanline));
+            jpeg_read_scanlines(&info_, &stored, 1);
+            clear_unused_bytes(stored, static_cast<std::size_t>(width));
         }
         jpeg_finish_decompress(&info_);
         return true;

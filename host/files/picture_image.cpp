@@ -105,6 +105,10 @@ void PictureBuilder::put(const PixelRun& run) noexcept {
     if (mask_) put_alpha(run);
 }
 
+std::uint8_t* PictureBuilder::stored_row(int y) noexcept {
+    return form_.layout == Layout::rgb && !turn_.turns() ? shown_->row(y) : nullptr;
+}
+
 // `word(color)` makes the stored 0x00RRGGBB.
 template <Layout layout, class Word>
 void PictureBuilder::put_as(const PixelRun& run, Picture& seen, Word word) noexcept {

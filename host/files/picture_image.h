@@ -24,6 +24,7 @@ public:
     }
     void begin(const ImageForm& form, std::uint64_t working_bytes) override;
     void put(const PixelRun& run) noexcept override;
+    std::uint8_t* stored_row(int y) noexcept override;
     void turn(int orientation) override;
 
     void carry(Carried&& carried) override { carried_ = std::move(carried); }

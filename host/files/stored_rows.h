@@ -8,13 +8,29 @@
 
 namespace tarvo::host {
 
+inline std::uint32_t color_bits_of_words() {
+    constexpr std::uint8_t kColorBytes[] = {0, 255, 255, 255};
+    std::uint32_t bits;
+    std::memcpy(&bits, kColorBytes, 4);
+    return bits;
+}
+
+// Makes the first byte of `count` stored pixels 0.
+inline void clear_unused_bytes(std::uint8_t* stored, std::size_t count) {
+    const std::uint32_t color_bits = color_bits_of_words();
+    for (std::size_t i = 0; i < count; ++i) {
+        std::uint32_t word;
+        std::memcpy(&word, stored + 4 * i, 4);
+        word &= color_bits;
+        std::memcpy(stored + 4 * i, &word, 4);
+    }
+}
+
 // Stores `count` pixels that begin with red, green and blue, `step` bytes each: 3 or 4. Each is taken in one piece with
 // the byte in front of it, which then makes way for the 0.
 template <std::size_t step>
 void store_row(const std::uint8_t* colors, std::size_t count, std::uint8_t* stored) {
-    constexpr std::uint8_t kColorBytes[] = {0, 255, 255, 255};
-    std::uint32_t color_bits;
-    std::memcpy(&color_bits, kColorBytes, 4);
+    const std::uint32_t color_bits = color_bits_of_words();
     if (count == 0) return;
     stored[0] = 0;
     std::memcpy(stored + 1, colors, 3);
