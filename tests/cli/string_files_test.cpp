@@ -129,8 +129,9 @@ TEST_F(StringFiles, ThatCannotBeReadOrWrittenAreTold) {
 TEST_F(StringFiles, AreAmongTheEndingsThatAMessageNames) {
     const Ending run = tool({"convert", picture(), "-o", file("noext")});
     EXPECT_EQ(run.status, 2);
-    EXPECT_EQ(run.err, "tarvo: " + file("noext") +
-                           ": the name ends in none of .png, .jpg, .jpeg, .tif, .tiff, .webp, .pbm, .pgm, .ppm, .pam, .trv\n");
+    EXPECT_EQ(run.err,
+              "tarvo: " + file("noext") +
+                  ": the name ends in none of .png, .jpg, .jpeg, .tif, .tiff, .webp, .pbm, .pgm, .ppm, .pam, .trv\n");
 }
 
 TEST_F(StringFiles, AreToldInOneLineWhateverTheirName) {
