@@ -183,7 +183,7 @@ private:
                                    .strip = options_.strip,
                                    .carried = carried_.get(),
                                    .on_block = call_.host().on_yield};
-        if (options_.jpeg_quality != 0) options.jpeg_quality = options_.jpeg_quality;
+        if (options_.jpeg_quality != 0) options.quality = options_.jpeg_quality;
         return options;
     }
 

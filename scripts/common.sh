@@ -49,3 +49,10 @@ build() {
     cmake --build --preset "$preset" "$@" >&2 || die "The build failed."
     cd - >/dev/null
 }
+
+# install_locked: the npm packages that package-lock.json of this folder lists, where it is another one than before.
+install_locked() {
+    cmp -s package-lock.json node_modules/.installed && return
+    npm ci --silent >&2 || die "npm could not install what package-lock.json lists."
+    cp package-lock.json node_modules/.installed
+}

@@ -43,6 +43,17 @@ mode_t creation_mask() {
     return mask;
 }
 
+// Writes by `put(rest)`, which tells how many bytes it took.
+template <class Put>
+void write_all(std::span<const std::uint8_t> rest, Put put) {
+    while (!rest.empty()) {
+        const ssize_t count = retried([&] { return put(rest); });
+        if (count == 0) errno = EIO;  // no call that takes nothing may be repeated for ever
+        if (count <= 0) throw system_error("cannot be written");
+        rest = rest.subspan(static_cast<std::size_t>(count));
+    }
+}
+
 bool same_file(const struct stat& a, const struct stat& b) { return a.st_dev == b.st_dev && a.st_ino == b.st_ino; }
 
 }  // namespace
@@ -128,23 +139,14 @@ void FileWriter::remove_part() noexcept {
 }
 
 void FileWriter::take(std::span<const std::uint8_t> block) {
-    while (!block.empty()) {
-        const ssize_t count = retried([&] { return ::write(part_.get(), block.data(), block.size()); });
-        if (count == 0) errno = EIO;  // no call that takes nothing may be repeated for ever
-        if (count <= 0) throw system_error("cannot be written");
-        block = block.subspan(static_cast<std::size_t>(count));
-    }
+    write_all(block, [this](auto rest) { return ::write(part_.get(), rest.data(), rest.size()); });
 }
 
 void FileWriter::put_at(std::uint64_t place, std::span<const std::uint8_t> bytes) {
-    while (!bytes.empty()) {
-        const ssize_t count =
-            retried([&] { return ::pwrite(part_.get(), bytes.data(), bytes.size(), static_cast<off_t>(place)); });
-        if (count == 0) errno = EIO;
-        if (count <= 0) throw system_error("cannot be written");
-        place += static_cast<std::uint64_t>(count);
-        bytes = bytes.subspan(static_cast<std::size_t>(count));
-    }
+    const std::uint64_t end = place + bytes.size();
+    write_all(bytes, [this, end](auto rest) {
+        return ::pwrite(part_.get(), rest.data(), rest.size(), static_cast<off_t>(end - rest.size()));
+    });
 }
 
 std::vector<std::string> FileWriter::commit() {

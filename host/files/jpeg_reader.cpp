@@ -130,8 +130,7 @@ public:
         Carried carried;
         if (eighths < 8) carried.losses.push_back(loss_of_draft(eighths));
         carried.jpeg = making_of(info_);
-        require(stores ? store_pixels(form.width, target)
-                       : read_pixels(form.width, row.data(), inks ? ink.data() : nullptr, target));
+        require(read_pixels(form.width, stores ? nullptr : row.data(), inks ? ink.data() : nullptr, target));
         carried.metadata = markers_.finish(carried.losses);
         carried.metadata.resolution = resolution();
         target.carry(std::move(carried));
@@ -173,7 +172,7 @@ private:
         const auto whole_width = static_cast<int>(info_.image_width),
                    whole_height = static_cast<int>(info_.image_height);
         info_.scale_denom = 8;
-        for (eighths = 1; eighths <= 8; ++eighths) {
+        for (eighths = 1;; ++eighths) {
             info_.scale_num = static_cast<unsigned>(eighths);
             jpeg_calc_output_dimensions(&info_);
             const auto width = static_cast<int>(info_.output_width), height = static_cast<int>(info_.output_height);
@@ -181,7 +180,6 @@ private:
                                             : target.takes_draft(whole_width, whole_height, width, height)))
                 return true;
         }
-        return true;
     }
 
     static Loss loss_of_draft(int eighths) {
@@ -251,29 +249,20 @@ private:
         return (blocks + unit - 1) / unit * unit;
     }
 
-    // With room for a row of ink the file is one of inks.
+    // With room for a row of ink the file is one of inks; without room for a row, rows go where the target stores them.
     bool read_pixels(int width, std::uint8_t* row, std::uint8_t* ink, PixelTarget& target) {
         if (setjmp(errors_.target)) return false;
         jpeg_start_decompress(&info_);
         while (info_.output_scanline < info_.output_height) {
             const int y = static_cast<int>(info_.output_scanline);
-            JSAMPROW samples = ink ? ink : row;
+            JSAMPROW samples = ink ? ink : row ? row : target.stored_row(y);
             jpeg_read_scanlines(&info_, &samples, 1);
+            if (!row) {
+                clear_unused_bytes(samples, static_cast<std::size_t>(width));  // the library has put 255 there
+                continue;
+            }
             if (ink) convert_inks(ink, width, row);
             target.put({.x = 0, .y = y, .step = 1, .count = width, .pixels = row});
-        }
-        jpeg_finish_decompress(&info_);
-        return true;
-    }
-
-    // The library's pixels have 255 where those of pictures have 0.
-    bool store_pixels(int width, PixelTarget& target) {
-        if (setjmp(errors_.target)) return false;
-        jpeg_start_decompress(&info_);
-        while (info_.output_scanline < info_.output_height) {
-            JSAMPROW stored = target.stored_row(static_cast<int>(info_.output_scanline));
-            jpeg_read_scanlines(&info_, &stored, 1);
-            clear_unused_bytes(stored, static_cast<std::size_t>(width));
         }
         jpeg_finish_decompress(&info_);
         return true;

@@ -45,9 +45,9 @@ ObjectRef decode(Host& host, ByteSource& file, const ReadOptions& options, Carri
 
 // Returns what of the carried a file of that format has again.
 EncodeOptions encoding(const ImageForm& form, const Format& format, const WriteOptions& options, Losses& losses) {
-    EncodeOptions how{.quality = options.jpeg_quality, .compression = options.compression};
+    EncodeOptions how{.quality = options.quality, .compression = options.compression};
     if (options.carried && options.carried->jpeg) how.jpeg = *options.carried->jpeg;
-    if (options.jpeg_quality) how.jpeg.quality = *options.jpeg_quality;
+    if (options.quality) how.jpeg.quality = *options.quality;
     if (!options.carried) return how;
     how.metadata =
         fitting(without(options.carried->metadata, options.strip), format.room, format.stores_grey(form), losses);

@@ -43,7 +43,7 @@ struct WriteReport {
 
 struct WriteOptions {
     // 1 to 100. None: that of the JPEG file the picture comes from, or 92; of a WebP file, nothing is lost.
-    std::optional<int> jpeg_quality = {};
+    std::optional<int> quality = {};
     Compression compression = Compression::normal;
     PartFileWatch* watch = nullptr;    // told of the part file
     std::uint32_t strip = 0;           // kinds of metadata that the file is not to have

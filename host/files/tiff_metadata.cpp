@@ -119,18 +119,7 @@ private:
         std::ranges::sort(taken_);
         const std::uint64_t place = room_for(block, directory_bytes(main));
         put_header(block, place);
-        put_directory(block, place, main);
-        for (std::size_t i = 0; i < main.entries.size(); ++i) {
-            const TiffEntry& entry = main.entries[i];
-            const std::uint64_t value = place + 2 + i * kEntryBytes + 8;
-            if (!entry.outside) {
-                file_.read_at(entry.place + 8, std::span(block).subspan(in_block(value), 4));
-                continue;
-            }
-            const std::uint64_t moved_to = room_for(block, entry.value_bytes);
-            put(block, value, moved_to, 4);
-            file_.read_at(entry.value_place, std::span(block).subspan(in_block(moved_to), in_block(entry.value_bytes)));
-        }
+        put_directory(block, place, main, [&](std::uint64_t bytes) { return room_for(block, bytes); });
         return block;
     }
 
@@ -175,21 +164,13 @@ private:
     }
 
     void append(Bytes& block, const TiffDirectory& directory) {
-        const std::uint64_t place = block.size();
-        block.resize(in_block(place + directory_bytes(directory)));
-        put_directory(block, place, directory);
-        for (std::size_t i = 0; i < directory.entries.size(); ++i) {
-            const TiffEntry& entry = directory.entries[i];
-            const std::uint64_t value = place + 2 + i * kEntryBytes + 8;
-            if (!entry.outside) {
-                file_.read_at(entry.place + 8, std::span(block).subspan(in_block(value), 4));
-                continue;
-            }
-            put(block, value, block.size(), 4);
-            const Bytes bytes = directories_.value(entry);
-            block.insert(block.end(), bytes.begin(), bytes.end());
-            block.resize(in_block(even(block.size())));
-        }
+        const auto room_behind = [&block](std::uint64_t bytes) {
+            const std::uint64_t place = block.size();
+            block.resize(in_block(even(place + bytes)));
+            return place;
+        };
+        const std::uint64_t place = room_behind(directory_bytes(directory));
+        put_directory(block, place, directory, room_behind);
     }
 
     // --- both
@@ -198,14 +179,19 @@ private:
         return 2 + directory.entries.size() * kEntryBytes + 4;
     }
 
-    // But for the values.
-    void put_directory(Bytes& block, std::uint64_t place, const TiffDirectory& directory) const {
+    // With the values, for which `room(bytes)` finds places.
+    template <class Room>
+    void put_directory(Bytes& block, std::uint64_t place, const TiffDirectory& directory, Room room) const {
         put(block, place, directory.entries.size(), 2);
         place += 2;
         for (const TiffEntry& entry : directory.entries) {
             put(block, place, entry.tag, 2);
             put(block, place + 2, entry.type, 2);
             put(block, place + 4, entry.count, 4);
+            const std::uint64_t value_place = entry.outside ? room(entry.value_bytes) : place + 8;
+            if (entry.outside) put(block, place + 8, value_place, 4);
+            const std::uint64_t bytes = entry.outside ? entry.value_bytes : 4;
+            file_.read_at(entry.value_place, std::span(block).subspan(in_block(value_place), in_block(bytes)));
             place += kEntryBytes;
         }
     }

@@ -11,8 +11,9 @@ inline constexpr MetadataRoom kWebpRoom = {
     .exif = kMostMetadataBytes, .xmp = kMostMetadataBytes, .icc = kMostMetadataBytes};
 
 void decode_webp(ByteSource& file, std::uint64_t max_pixels, PixelTarget& target);
-// Without loss, unless a quality is told. All pixels are colours.
+// A file of greys there is none.
 inline bool has_no_greys(const ImageForm&) { return false; }
+// Without loss, unless a quality is told.
 FilePixels encode_webp(const PixelSource& image, const EncodeOptions& options, ByteSink& file);
 
 }  // namespace tarvo::host

@@ -44,9 +44,10 @@ class Picture(_operations.PictureOperations, _native.Picture):
     # --- files ---
 
     def save(self, path: _Path, quality: int | None = None, strip: Iterable[MetadataKind] = ()) -> None:
-        """Writes the format that the name's ending tells: .png .jpg .jpeg .tif .tiff .webp .pbm .pgm .ppm .pam .trv. The file
-        appears whole or not at all. PNG, TIFF, WebP and PAM keep the mask. `quality` is that of JPEG and WebP,
-        1 to 100; unless given, that of the JPEG file the picture comes from, or 92, and WebP loses nothing. Of the metadata, what is in `strip` is left out."""
+        """Writes the format that the name's ending tells: .png .jpg .jpeg .tif .tiff .webp .pbm .pgm .ppm .pam .trv. The
+        file appears whole or not at all. PNG, TIFF, WebP and PAM keep the mask. `quality` is that of JPEG and WebP, 1 to
+        100; unless given, that of the JPEG file the picture comes from, or 92, and WebP loses nothing. Of the metadata,
+        what is in `strip` is left out."""
         name = os.fsencode(path)
         _of_file(name, lambda: self._save(name, quality, added_up(strip)), cannot_write)
 
@@ -198,9 +199,9 @@ def _bound(max_pixels: int | None) -> int:
 
 
 def open(path: _Path, max_pixels: int | None = None, srgb: bool = False) -> Picture:
-    """Reads a PNG, JPEG, TIFF, WebP, PBM, PGM, PPM or PAM file, told by its content, or a .trv file; transparency becomes the
-    picture's mask. A file of more than `max_pixels`, 268,435,456 unless given, is refused. With `srgb` the colours become those of
-    sRGB by the file's profile, which the picture then has no more."""
+    """Reads a PNG, JPEG, TIFF, WebP, PBM, PGM, PPM or PAM file, told by its content, or a .trv file; transparency becomes
+    the picture's mask. A file of more than `max_pixels`, 268,435,456 unless given, is refused. With `srgb` the colours
+    become those of sRGB by the file's profile, which the picture then has no more."""
     name, bound = os.fsencode(path), _bound(max_pixels)
     return _of_file(name, lambda: _native.open(name, bound, srgb), cannot_read)
 

@@ -122,7 +122,7 @@ TEST_F(CarriedTest, JpegOfJpegHasItsQualityAndSampling) {
             carried.jpeg = made;
             EXPECT_EQ(written(picture, "a.jpg", carried).jpeg, made);
         }
-    EXPECT_EQ(written(picture, "a.jpg", carried, {.jpeg_quality = 33}).jpeg, (JpegMaking{33, 4, 1}));
+    EXPECT_EQ(written(picture, "a.jpg", carried, {.quality = 33}).jpeg, (JpegMaking{33, 4, 1}));
     carried.jpeg.reset();
     EXPECT_EQ(written(picture, "a.jpg", carried).jpeg, (JpegMaking{92, 1, 1}));
     EXPECT_FALSE(written(picture, "a.png", carried).jpeg);

@@ -86,7 +86,7 @@ std::vector<NamedFile> valid_files([[maybe_unused]] Host& host) {
     const Carried with{.metadata = {.exif = exif_of_orientation(1), .xmp = bytes_of("<x:xmpmeta/>")}};
     files.push_back({"webp", encode_picture(picture_in(some_picture), "a.webp")});
     files.push_back({"webp with metadata", encode_picture(picture_in(some_picture), "a.webp", {.carried = &with})});
-    files.push_back({"webp with loss", encode_picture(picture_in(some_picture), "a.webp", {.jpeg_quality = 70})});
+    files.push_back({"webp with loss", encode_picture(picture_in(some_picture), "a.webp", {.quality = 70})});
 #endif
     return files;
 }

@@ -249,13 +249,13 @@ TEST_F(JpegTest, WrittenColorsAreNear) {
 
 TEST_F(JpegTest, QualityCosts) {
     const ObjectRef picture = random_picture(host, {.width = 40, .height = 40}, 3);
-    EXPECT_GT(encode_picture(picture_in(picture), "a.jpg", {.jpeg_quality = 95}).size(),
-              2 * encode_picture(picture_in(picture), "a.jpg", {.jpeg_quality = 20}).size());
+    EXPECT_GT(encode_picture(picture_in(picture), "a.jpg", {.quality = 95}).size(),
+              2 * encode_picture(picture_in(picture), "a.jpg", {.quality = 20}).size());
 }
 
 TEST_F(JpegTest, LargeFilesAreWrittenInChunks) {
     const ObjectRef picture = random_picture(host, {.width = 300, .height = 300}, 4);
-    const FileBytes file = encode_picture(picture_in(picture), "a.jpeg", {.jpeg_quality = 100});
+    const FileBytes file = encode_picture(picture_in(picture), "a.jpeg", {.quality = 100});
     EXPECT_GT(file.size(), 2u * 65536);
     EXPECT_EQ(picture_in(decode(file)).height(), 300);
 }

@@ -60,14 +60,13 @@ TEST_F(WebpTest, MasksAreAlpha) {
 
 TEST_F(WebpTest, AQualityLosesSomething) {
     const ObjectRef picture = random_picture(host, {.width = 64, .height = 64}, 3);
-    const FileBytes all = webp(picture), good = webp(picture, {.jpeg_quality = 95}),
-                    poor = webp(picture, {.jpeg_quality = 20});
+    const FileBytes all = webp(picture), good = webp(picture, {.quality = 95}), poor = webp(picture, {.quality = 20});
     EXPECT_GT(all.size(), good.size());
     EXPECT_GT(good.size(), 2 * poor.size());
     EXPECT_NE(colors_of(read(poor)), colors_of(picture));
     EXPECT_EQ(colors_of(read(poor)).size(), 64u * 64);
     const ObjectRef with_mask = masked(20, 20, 5);
-    const ObjectRef made = read(webp(with_mask, {.jpeg_quality = 50}));
+    const ObjectRef made = read(webp(with_mask, {.quality = 50}));
     EXPECT_EQ(colors_of(picture_in(made).mask()), colors_of(picture_in(read(webp(with_mask))).mask()));
 }
 
@@ -88,7 +87,7 @@ TEST_F(WebpTest, MetadataGoThrough) {
     before.metadata.xmp = bytes_of("<x:xmpmeta/>");
     before.metadata.icc = profile("RGB ");
     for (const std::optional<int> quality : {std::optional<int>(), std::optional(80)}) {
-        const FileBytes file = webp(picture, {.jpeg_quality = quality, .carried = &before});
+        const FileBytes file = webp(picture, {.quality = quality, .carried = &before});
         EXPECT_TRUE(report.losses.empty());
         EXPECT_EQ(colors_of(read(file)).size(), 512u);
         EXPECT_EQ(carried.metadata.exif, before.metadata.exif);

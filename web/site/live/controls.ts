@@ -5,7 +5,7 @@ import type { DescribedArgument } from "@tarvo/web";
 import { element } from "./elements.js";
 import type { Rect, Setting, Settings } from "./messages.js";
 
-export interface Control {
+interface Control {
   element: HTMLElement;
   show(setting: Setting, all: Settings): void;
   /** Whether the operation refuses it. */
@@ -82,7 +82,7 @@ function steppedByArrows(field: HTMLInputElement, part: RegExp, stepped: (text: 
 }
 
 /** The ends of a slider and its step: of the range that people use. The field beside it takes everything. */
-export function endsOf(about: DescribedArgument, value: number, all: Settings): { low: number; high: number; step: number } {
+function endsOf(about: DescribedArgument, value: number, all: Settings): { low: number; high: number; step: number } {
   const real = about.type === "double";
   const step = (range: number) => (!real || range > 100 ? 1 : range > 10 ? 0.1 : 0.01);
   const bound = (given: unknown): number | undefined => {
@@ -258,7 +258,7 @@ function picture(about: DescribedArgument, changed: Changed, shelf: Shelf): Cont
   };
 }
 
-export function controlFor(about: DescribedArgument, changed: Changed, shelf: Shelf): Control {
+function controlFor(about: DescribedArgument, changed: Changed, shelf: Shelf): Control {
   switch (about.type) {
     case "boolean":
       return boolean(about, changed);
@@ -275,4 +275,25 @@ export function controlFor(about: DescribedArgument, changed: Changed, shelf: Sh
     default:
       return number(about, changed);
   }
+}
+
+/** The controls of a call. */
+export interface Controls {
+  elements: HTMLElement[];
+  show(settings: Settings): void;
+  /** Marks the argument that the operation refuses; none when it is undefined. */
+  refused(argument: string | undefined): void;
+}
+
+export function controlsFor(asked: readonly DescribedArgument[], changed: (name: string, setting: Setting) => void, shelf: Shelf): Controls {
+  const controls = asked.map((about) => ({ name: about.name, ...controlFor(about, (setting) => changed(about.name, setting), shelf) }));
+  return {
+    elements: controls.map((each) => each.element),
+    show(settings) {
+      for (const each of controls) each.show(settings[each.name]!, settings);
+    },
+    refused(argument) {
+      for (const each of controls) each.refused(each.name === argument);
+    },
+  };
 }

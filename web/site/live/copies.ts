@@ -2,8 +2,7 @@
 
 import { element } from "./elements.js";
 import type { Form, Forms } from "./forms.js";
-import { shortName } from "./forms.js";
-import type { Call, Setting, Work } from "./messages.js";
+import { type Call, isPicture, type Setting, shortName, type Work } from "./messages.js";
 import { numberText } from "./recipe.js";
 
 const languages = { command: "Command", python: "Python", c: "C", cpp: "C++" } as const;
@@ -15,7 +14,7 @@ const shellWord = (text: string) => (/^[\w./~-]+$/.test(text) ? text : inShell(t
 
 const givesPicture = ({ operation }: Form) => operation.result === "picture" || operation.changes_self;
 const isOnString = (form: Form) => form.operation.self === "string";
-const reads = (work: Work) => work.calls.some(({ settings }) => Object.values(settings).some((each) => typeof each === "object" && each !== null && "picture" in each));
+const reads = (work: Work) => work.calls.some(({ settings }) => Object.values(settings).some(isPicture));
 
 /** The names of what comes back; the operation's own stands for what it returns. */
 function answersOf(form: Form): (string | null)[] {

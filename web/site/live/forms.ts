@@ -3,7 +3,7 @@
 
 import type { DescribedArgument, DescribedOperation, Description } from "@tarvo/web";
 
-import type { Call, Setting, Settings } from "./messages.js";
+import { type Call, isPicture, type Setting, type Settings, shortName } from "./messages.js";
 import { callText, readCall, readSetting, type WrittenCall } from "./recipe.js";
 
 export interface Form {
@@ -27,7 +27,8 @@ const anyMask = "docs/pictures/fade.png";
 // What only programs with a host of their own need.
 const untold = new Set(["yield", "as_picture"]);
 
-export const shortName = (operation: string): string => operation.replace(/^TRV_/, "");
+/** The argument that is drawn on the picture, if there is one. */
+export const rectangleOf = (form: Form): string | undefined => form.arguments.find((each) => each.type === "TRV_Rectangle")?.name;
 
 /** The names of a declaration's parameters, but for the one that it extends. */
 function parametersOf(declaration: string): string[] {
@@ -90,7 +91,7 @@ export class Forms {
       for (const { form } of forms)
         for (const each of [form.source, ...Object.values(form.settings)]) {
           if (typeof each === "string" && each.includes("/")) pictures.add(each);
-          if (typeof each === "object" && each !== null && "picture" in each) pictures.add(each.picture);
+          if (isPicture(each)) pictures.add(each.picture);
         }
     }
     this.pictures = [...pictures].sort();

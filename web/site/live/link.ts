@@ -24,9 +24,14 @@ export function writeLink(forms: Forms, { source, steps }: Linked, wait = pause)
   timer = window.setTimeout(() => history.replaceState(history.state, "", `#${encodeURI(text).replaceAll("#", "%23")}`), wait);
 }
 
-/** Forgets what was to be written: the page is left. */
-export function leaveLink(): void {
-  window.clearTimeout(timer);
+/** Calls `follow` whenever another link is followed within the page. Returns what ends it, and forgets what was to be
+ *  written: the page is left. */
+export function followLinks(follow: () => void): () => void {
+  window.addEventListener("hashchange", follow);
+  return () => {
+    window.removeEventListener("hashchange", follow);
+    window.clearTimeout(timer);
+  };
 }
 
 /** Undefined where the link is of something else, such as a heading. */

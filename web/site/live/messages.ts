@@ -9,9 +9,18 @@ export interface Rect {
   height: number;
 }
 
+export interface NamedPicture {
+  picture: string;
+}
+
 /** An argument as a page has it: pictures go by their names. */
-export type Setting = number | boolean | string | null | number[] | number[][] | Rect | { picture: string };
+export type Setting = number | boolean | string | null | number[] | number[][] | Rect | NamedPicture;
 export type Settings = Readonly<Record<string, Setting>>;
+
+export const isPicture = (setting: Setting): setting is NamedPicture => typeof setting === "object" && setting !== null && "picture" in setting;
+
+/** An operation's name as people know it. */
+export const shortName = (operation: string): string => operation.replace(/^TRV_/, "");
 
 /** A call, made on what the call before has given. */
 export interface Call {

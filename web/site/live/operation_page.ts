@@ -1,10 +1,10 @@
 // The live part of an operation's page: work of one call.
 
-import { type Control, controlFor } from "./controls.js";
+import { type Controls, controlsFor } from "./controls.js";
 import { element } from "./elements.js";
-import { type Form, type Forms, shortName } from "./forms.js";
-import { leaveLink, readLink, writeLink } from "./link.js";
-import type { Rect, Setting } from "./messages.js";
+import { type Form, type Forms, rectangleOf } from "./forms.js";
+import { followLinks, readLink, writeLink } from "./link.js";
+import { type Rect, type Setting, shortName } from "./messages.js";
 import type { Studio } from "./studio.js";
 import { Workbench } from "./workbench.js";
 
@@ -22,9 +22,9 @@ export function showOperations(place: HTMLElement, names: readonly string[], stu
   let form: Form = all[0]!;
   let settings: Record<string, Setting> = {};
   let source: string | null = null;
-  let controls = new Map<string, Control>();
+  let controls: Controls | undefined;
   const panel = element("div", { class: "tarvo-arguments" });
-  const rectangle = () => form.arguments.find((each) => each.type === "TRV_Rectangle")?.name;
+  const rectangle = () => rectangleOf(form);
 
   const bench = new Workbench(studio, forms, own, {
     source(name) {
@@ -36,7 +36,7 @@ export function showOperations(place: HTMLElement, names: readonly string[], stu
       if (name !== undefined) set(name, rect);
     },
     refused(failure) {
-      for (const [name, control] of controls) control.refused(failure?.argument === name);
+      controls?.refused(failure?.argument);
     },
   });
 
@@ -50,7 +50,7 @@ export function showOperations(place: HTMLElement, names: readonly string[], stu
     writeLink(forms, { source: usual ? undefined : source!, steps: [{ operation: form.operation.name, settings }] });
   };
   const show = () => {
-    for (const [name, control] of controls) control.show(settings[name]!, settings);
+    controls?.show(settings);
     const name = rectangle();
     bench.region = name === undefined ? undefined : (settings[name] as Rect | null);
     void bench.show({ source, calls: [{ operation: form.operation.name, settings }] });
@@ -62,8 +62,8 @@ export function showOperations(place: HTMLElement, names: readonly string[], stu
     // A picture of one's own stays from form to form.
     source = form.source === null ? null : source !== null && own.includes(source) ? source : on;
     root.dataset.operation = form.operation.name;
-    controls = new Map(form.arguments.map((about) => [about.name, controlFor(about, (setting) => set(about.name, setting), bench.shelf)]));
-    panel.replaceChildren(...[...controls.values()].map((control) => control.element));
+    controls = controlsFor(form.arguments, set, bench.shelf);
+    panel.replaceChildren(...controls.elements);
     bench.choice.hidden = form.source === null;
     which.value = String(all.indexOf(form));
   };
@@ -90,14 +90,10 @@ export function showOperations(place: HTMLElement, names: readonly string[], stu
     const step = linked?.steps[0];
     const found = step && all.find((each) => each === forms.formOf(step));
     if (found) choose(found, step.settings, linked.source ?? found.source);
-    else if (controls.size === 0 && Object.keys(settings).length === 0) choose(form);
+    else if (!controls) choose(form);
     else return;
     show();
   };
-  window.addEventListener("hashchange", followLink);
   followLink();
-  return () => {
-    window.removeEventListener("hashchange", followLink);
-    leaveLink();
-  };
+  return followLinks(followLink);
 }

@@ -1,12 +1,12 @@
 // The playground: a chain of calls, made by searching, changed at will, and taken along as a recipe, a link or a file.
 
-import { type Control, controlFor, switchBox } from "./controls.js";
+import { controlsFor, switchBox } from "./controls.js";
 import { recipeText } from "./copies.js";
 import { element } from "./elements.js";
-import { anyPicture, type Form, type Forms, shortName } from "./forms.js";
+import { anyPicture, type Form, type Forms, rectangleOf } from "./forms.js";
 import { Past } from "./history.js";
-import { leaveLink, readLink, readSteps, type Step, writeLink } from "./link.js";
-import type { Failure, Rect, Setting, Sides } from "./messages.js";
+import { followLinks, readLink, readSteps, type Step, writeLink } from "./link.js";
+import { type Failure, type Rect, type Setting, shortName, type Sides } from "./messages.js";
 import { Search } from "./search.js";
 import type { Studio } from "./studio.js";
 import { Workbench } from "./workbench.js";
@@ -59,7 +59,7 @@ export function showPlayground(place: HTMLElement, studio: Studio, forms: Forms,
     source: (source) => change({ ...past.now, source }),
     region(rect) {
       const step = past.now.steps.find(({ number }) => number === selected);
-      const name = step && rectangleOf(step);
+      const name = step && rectangleOf(forms.formOf(step));
       if (step && name !== undefined) set(step.number, name, rect);
     },
     refused(failure) {
@@ -72,13 +72,11 @@ export function showPlayground(place: HTMLElement, studio: Studio, forms: Forms,
     },
   });
 
-  const rectangleOf = (step: Step) => forms.formOf(step).arguments.find((each) => each.type === "TRV_Rectangle")?.name;
-
   // A region is drawn on the picture to begin with, so only where the call's own has the same sides.
   function showRegion(): void {
     const made = past.now.steps.filter((step) => !step.off);
     const at = made.findIndex(({ number }) => number === selected);
-    const name = at < 0 ? undefined : rectangleOf(made[at]!);
+    const name = at < 0 ? undefined : rectangleOf(forms.formOf(made[at]!));
     const fits = at >= 0 && inputs[at]?.width === bench.sides?.width && inputs[at]?.height === bench.sides?.height;
     bench.region = name === undefined || !fits ? undefined : (made[at]!.settings[name] as Rect | null);
   }
@@ -120,7 +118,7 @@ export function showPlayground(place: HTMLElement, studio: Studio, forms: Forms,
     const { number } = step;
     const form = forms.formOf(step);
     const name = shortName(step.operation);
-    const controls = new Map<string, Control>(form.arguments.map((about) => [about.name, controlFor(about, (setting) => set(number, about.name, setting), bench.shelf)]));
+    const controls = controlsFor(form.arguments, (argument, setting) => set(number, argument, setting), bench.shelf);
     const icon = (label: string, text: string, act: () => void) => element("button", { type: "button", class: "tarvo-icon", "aria-label": `${label} ${name}`, title: label, click: act }, text);
     const turn = (on: boolean) => changeSteps(past.now.steps.map((each) => (each.number === number ? { ...each, off: !on } : each)));
     const switched = switchBox({ "aria-label": `${name}: on` }, turn);
@@ -130,7 +128,7 @@ export function showPlayground(place: HTMLElement, studio: Studio, forms: Forms,
       changeSteps(past.now.steps.filter((each) => each.number !== number));
       search.focus();
     });
-    const body = element("div", { class: "tarvo-arguments" }, ...[...controls.values()].map((control) => control.element));
+    const body = element("div", { class: "tarvo-arguments" }, ...controls.elements);
     const title = element("button", { type: "button", class: "tarvo-step-name", "aria-expanded": "false" }, ...breakable(name));
     title.addEventListener("click", () => {
       selected = selected === number ? -1 : number;
@@ -144,15 +142,15 @@ export function showPlayground(place: HTMLElement, studio: Studio, forms: Forms,
         item.classList.toggle("tarvo-off-step", now.off === true);
         up.disabled = at === 0;
         down.disabled = at === of - 1;
-        for (const [argument, control] of controls) control.show(now.settings[argument]!, now.settings);
+        controls.show(now.settings);
       },
       open(open) {
-        body.hidden = !open || controls.size === 0;
+        body.hidden = !open || form.arguments.length === 0;
         title.setAttribute("aria-expanded", String(open));
       },
       refused(failure) {
         item.classList.toggle("tarvo-refused", failure !== undefined);
-        for (const [argument, control] of controls) control.refused(failure?.argument === argument);
+        controls.refused(failure?.argument);
       },
     };
   }
@@ -243,10 +241,6 @@ export function showPlayground(place: HTMLElement, studio: Studio, forms: Forms,
     past.change(state);
     show();
   };
-  window.addEventListener("hashchange", followLink);
   show();
-  return () => {
-    window.removeEventListener("hashchange", followLink);
-    leaveLink();
-  };
+  return followLinks(followLink);
 }

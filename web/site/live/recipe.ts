@@ -1,6 +1,6 @@
 // Calls as the tool reads them, in recipes and in links.
 
-import type { Call, Setting } from "./messages.js";
+import { type Call, type Setting, shortName } from "./messages.js";
 
 /** A call as it stands in a text, before anybody knows the operation. */
 export interface WrittenCall {
@@ -31,7 +31,7 @@ export function settingText(setting: Setting, type: string): string {
 
 export function callText({ operation, settings }: Call, typeOf: (name: string) => string): string {
   const given = Object.entries(settings).map(([name, setting]) => `${name} = ${settingText(setting, typeOf(name))}`);
-  return `${operation.replace(/^TRV_/, "")}(${given.join(", ")})`;
+  return `${shortName(operation)}(${given.join(", ")})`;
 }
 
 const word = /^\s*(?:"((?:[^"]|"")*)"|([\w.~/&-]+(?:\([^()]*\))?))\s*/;

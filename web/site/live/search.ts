@@ -1,7 +1,8 @@
 // A field that finds operations by their names, by the words that people look for them by, and by what is told of them.
 
 import { element } from "./elements.js";
-import { type Form, type Forms, shortName } from "./forms.js";
+import type { Form, Forms } from "./forms.js";
+import { shortName } from "./messages.js";
 
 const most = 8;
 

@@ -5,7 +5,7 @@ import { Copies } from "./copies.js";
 import { element } from "./elements.js";
 import type { Forms } from "./forms.js";
 import { HistogramView } from "./histogram.js";
-import type { Failure, Pixel, Rect, Sides, View, Work } from "./messages.js";
+import { type Failure, isPicture, type Pixel, type Rect, type Sides, type View, type Work } from "./messages.js";
 import { photographNames, samples } from "./samples.js";
 import { Stage } from "./stage.js";
 import type { Studio } from "./studio.js";
@@ -112,7 +112,7 @@ export class Workbench {
     this.copies.show(this.#forms, work);
     if (work.source !== null) this.#chosen.show(work.source);
     try {
-      const needed = work.calls.flatMap(({ settings }) => Object.values(settings)).flatMap((each) => (typeof each === "object" && each !== null && "picture" in each ? [each.picture] : []));
+      const needed = work.calls.flatMap(({ settings }) => Object.values(settings)).filter(isPicture).map((each) => each.picture);
       await Promise.all([...new Set(needed)].map((name) => this.#load(name)));
       const source = work.source === null ? undefined : await this.#load(work.source);
       if (wanted !== this.#wanted) return;

@@ -3,7 +3,22 @@
 
 import { type Argument, type Library, load, Picture, type Result, TarvoError } from "@tarvo/web";
 
-import type { Call, Failure, FromWorker, Histogram, Pixel, Rect, Setting, Sides, Told, ToWorker, View, Work } from "./messages.js";
+import {
+  type Call,
+  type Failure,
+  type FromWorker,
+  type Histogram,
+  isPicture,
+  type Pixel,
+  type Rect,
+  type Setting,
+  shortName,
+  type Sides,
+  type Told,
+  type ToWorker,
+  type View,
+  type Work,
+} from "./messages.js";
 
 declare const self: { onmessage: unknown; postMessage(message: FromWorker, transfer?: Transferable[]): void };
 
@@ -150,8 +165,7 @@ const isRect = (setting: Setting): setting is Rect => typeof setting === "object
 
 /** A setting as the library takes it; on reduced pictures what counts pixels is reduced with them. */
 async function argumentOf(name: string, setting: Setting, operation: string, scale: number): Promise<Argument> {
-  if (typeof setting === "object" && setting !== null && "picture" in setting)
-    return scale === 1 ? pictureOf(setting.picture) : reducedOf(setting.picture, scale);
+  if (isPicture(setting)) return scale === 1 ? pictureOf(setting.picture) : reducedOf(setting.picture, scale);
   if (scale === 1) return setting;
   if (isRect(setting))
     return {
@@ -169,7 +183,7 @@ function makeCall({ operation }: Call, args: Record<string, Argument>, on: Pictu
   const now = library.now!;
   const about = now.description().operations.find((each) => each.name === operation);
   if (about?.self === "none") return now.call<Result>(operation, args);
-  if (!on) throw new Error(`${operation.replace(/^TRV_/, "")} needs a picture to work on`);
+  if (!on) throw new Error(`${shortName(operation)} needs a picture to work on`);
   // Strings of pictures are all that a page has of those.
   if (about?.self === "string") return now.call<Result>(operation, [on.call<Uint8Array>("ConvertToString")]);
   return on.call<Result>(operation, args);
@@ -185,7 +199,7 @@ function textOf(result: Result): string {
 }
 
 function answersOf(call: Call, result: Result): string[] {
-  const name = call.operation.replace(/^TRV_/, "");
+  const name = shortName(call.operation);
   if (typeof result !== "object" || result === null || result instanceof Uint8Array || Array.isArray(result)) return [`${name} = ${textOf(result)}`];
   return Object.entries(result).map(([part, value]) => `${part === "value" ? name : part} = ${textOf(value)}`);
 }
