@@ -1,12 +1,18 @@
 # How test programs are built and run.
 
 # The time of a test program goes into compiling it. Most of that is spent on the headers that all share, which are read
-# once, and on optimisation, of which tests get as little as lets them run in a fair time.
-set(tarvo_test_options -Og)
+# once, on optimisation, of which tests get as little as lets them run in a fair time, and on sanitizers' looks at every
+# pointer of the tests' own code, where a wrong one ends the test anyway.
+add_library(tarvo_test_options INTERFACE)
 if(EMSCRIPTEN)
-  set(tarvo_test_options -O1)  # the least that is optimised there
+  target_compile_options(tarvo_test_options INTERFACE -O1)  # the least that is optimised there
   add_link_options(-sNODERAWFS=1 -sEXIT_RUNTIME=1 -sALLOW_MEMORY_GROWTH=1 -sENVIRONMENT=node
     "SHELL:--pre-js \"${CMAKE_CURRENT_LIST_DIR}/webassembly/environment.js\"")
+else()
+  target_compile_options(tarvo_test_options INTERFACE -Og)
+endif()
+if(TARVO_SANITIZE MATCHES "undefined" AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  target_compile_options(tarvo_test_options INTERFACE -fno-sanitize=alignment,null,object-size,vptr)
 endif()
 set(tarvo_test_headers
   <gtest/gtest.h>
@@ -15,14 +21,12 @@ set(tarvo_test_headers
 
 # The main function of all test programs, and the owner of the headers.
 add_library(tarvo_test_main OBJECT "${CMAKE_CURRENT_LIST_DIR}/../tests/main.cpp")
-target_link_libraries(tarvo_test_main PUBLIC GTest::gtest PRIVATE tarvo_options)
-target_compile_options(tarvo_test_main PRIVATE ${tarvo_test_options})
+target_link_libraries(tarvo_test_main PUBLIC GTest::gtest PRIVATE tarvo_options tarvo_test_options)
 target_precompile_headers(tarvo_test_main PRIVATE ${tarvo_test_headers})
 
 # tarvo_test_code(TARGET): the target's sources are compiled as those of test programs are.
 function(tarvo_test_code target)
-  target_link_libraries(${target} PRIVATE GTest::gtest tarvo_options)
-  target_compile_options(${target} PRIVATE ${tarvo_test_options})
+  target_link_libraries(${target} PRIVATE GTest::gtest tarvo_options tarvo_test_options)
   target_precompile_headers(${target} REUSE_FROM tarvo_test_main)
 endfunction()
 

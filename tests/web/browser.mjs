@@ -1,7 +1,9 @@
 // What the tests of the site share: the site, served on this machine, and a browser.
 
 import { execFileSync } from "node:child_process";
+import { mkdtempSync, rmSync } from "node:fs";
 import { createRequire } from "node:module";
+import { tmpdir } from "node:os";
 import { join } from "node:path";
 
 import { serve } from "../../web/site/tools/serve.mjs";
@@ -14,7 +16,8 @@ export const site = join(root, "build/site");
 
 /** The site at another path, as `scripts/site --base` makes it. */
 export function placedAt(base) {
-  const folder = join(root, `build/web/at${base.replaceAll("/", "-")}`);
+  const folder = mkdtempSync(join(tmpdir(), "tarvo-site-"));
+  process.on("exit", () => rmSync(folder, { recursive: true }));
   execFileSync(join(root, "scripts/site"), ["--base", base, "--into", folder], { stdio: "ignore" });
   return folder;
 }
