@@ -9,6 +9,7 @@
 
 #include "command_error.h"
 #include "scanner.h"
+#include "shown_text.h"
 
 namespace tarvo::cli {
 namespace {
@@ -35,12 +36,6 @@ bool reads_as_name(const std::string& word) {
     return scanner.take_name() == word && !is_file(word);
 }
 
-std::string without_blanks(const std::string& line) {
-    constexpr const char* kBlanks = " \t\r";
-    const std::size_t begin = line.find_first_not_of(kBlanks);
-    return begin == std::string::npos ? "" : line.substr(begin, line.find_last_not_of(kBlanks) + 1 - begin);
-}
-
 std::ifstream opened(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     if (!file) throw CommandError(ExitStatus::file_error, path + ": cannot be opened: " + std::strerror(errno));
@@ -56,6 +51,13 @@ void add_recipe(const std::string& path, std::vector<std::string>& calls) {
     if (calls.size() == before) throw CommandError(ExitStatus::wrong_usage, path + ": there is no call in it");
 }
 
+// As the line of a recipe is.
+std::string in_one_line(const std::string& call) {
+    if (call.find('\n') != std::string::npos)
+        throw CommandError(ExitStatus::wrong_usage, "a call of a recipe stands in one line: " + host::quoted(call));
+    return without_blanks(call);
+}
+
 }  // namespace
 
 ApplyWords sort_words(const std::vector<std::string>& words) {
@@ -69,6 +71,24 @@ ApplyWords sort_words(const std::vector<std::string>& words) {
             (behind || reads_as_call(word) ? sorted.calls : sorted.inputs).push_back(word);
     }
     return sorted;
+}
+
+std::vector<std::string> calls_of(const std::vector<std::string>& words) {
+    std::vector<std::string> calls;
+    for (const std::string& word : words)
+        if (word.starts_with('@'))
+            add_recipe(word.substr(1), calls);
+        else if (reads_as_call(word))
+            calls.push_back(in_one_line(word));
+        else
+            add_recipe(word, calls);
+    return calls;
+}
+
+std::string without_blanks(const std::string& line) {
+    constexpr const char* kBlanks = " \t\r";
+    const std::size_t begin = line.find_first_not_of(kBlanks);
+    return begin == std::string::npos ? "" : line.substr(begin, line.find_last_not_of(kBlanks) + 1 - begin);
 }
 
 std::vector<std::string> listed_files(const std::string& path, char end) {

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "command_error.h"
 #include "tarvo.hpp"
 
 namespace tarvo::cli {
@@ -25,20 +26,37 @@ struct Call {
     std::string numbered(const std::string& line, bool names_operation = true) const;
 };
 
+// What is wrong with the text of a call, the one of that index in a chain.
+class WrongCall : public CommandError {
+public:
+    WrongCall(const std::string& message, std::size_t index)
+        : CommandError(ExitStatus::wrong_usage, message), index_(index) {}
+    std::size_t index() const { return index_; }
+
+private:
+    std::size_t index_;
+};
+
 // What the calls are once they are checked, one after the other: a constant, for any number of files and threads.
 class Chain {
 public:
     // Finds what is wrong with the calls before any work. The first one is made on a picture of that class, or on
-    // nothing if it is empty. Throws CommandError.
+    // nothing if it is empty. Throws WrongCall.
     Chain(const std::vector<std::string>& texts, std::string on);
 
     const std::vector<Call>& calls() const { return calls_; }
+    // Whether the first call is made on nothing.
+    bool begins_with_nothing() const { return begins_with_nothing_; }
     // Whether there is a picture behind the last call.
     bool ends_with_picture() const { return ends_with_picture_; }
 
 private:
     std::vector<Call> calls_;
-    bool ends_with_picture_ = false;
+    bool begins_with_nothing_, ends_with_picture_;
 };
+
+// Calls that stand alone: the first one is made on nothing if it makes its picture so, and else on a picture; without
+// any the picture stays as it is. Throws WrongCall.
+Chain recipe_chain(const std::vector<std::string>& texts);
 
 }  // namespace tarvo::cli

@@ -96,6 +96,7 @@ void offer_search_words(const Choices& choices, const reference::Reference& all)
 
 // What stands where the command line has no option, by the name that the command gives that place.
 void offer_arguments(const Choices& choices, const CLI::App& command, std::string_view place) {
+    if (place == "MANIFEST" || place == "DIR") return choices.offer_files();
     if (place == "IN") choices.offer_files();
     Described described;
     const reference::Reference& all = described.all();
@@ -107,6 +108,14 @@ void offer_arguments(const Choices& choices, const CLI::App& command, std::strin
         offer_classes(choices, all);
     }
     if (place == "WORD") offer_search_words(choices, all);
+}
+
+void offer_recipe(const Choices& choices) {
+    choices.offer_files();
+    Described described;
+    offer_names(choices, described.all(), [](const reference::Operation& each) {
+        return is_called_on_pictures(each) || makes_picture_of_nothing(each);
+    });
 }
 
 // The name of the place that the next argument is for; the last place takes all that follow. Empty for none.
@@ -146,7 +155,9 @@ void complete(const CLI::App& tool, Words words) {
             ++arguments;
     }
     if (valued) {
-        if (valued->get_type_name() == "OUT") choices.offer_files();
+        const std::string type = valued->get_type_name();
+        if (type == "OUT" || type == "DIR") choices.offer_files();
+        if (type == "CALL") offer_recipe(choices);
     } else if (words.back().starts_with('-')) {
         offer_options(choices, *command);
     } else if (command == &tool) {

@@ -68,14 +68,23 @@ public:
     Course(const FileWork& work, const Chain& chain, Listener& listener, FileRecord& record)
         : work_(work), chain_(chain), listener_(listener, work.options.losses, record.losses), record_(record) {}
 
-    void run() {
+    // Up to what the last call has made.
+    void make() {
         if (!work_.input.empty()) read();
         for (const Call& call : chain_.calls()) apply(call);
+    }
+
+    void run() {
+        make();
         if (in_hand_) {
             record_.width = in_hand_.width();
             record_.height = in_hand_.height();
         }
         if (!work_.output.empty()) write();
+    }
+
+    Picture picture() const {
+        return in_hand_.client() ? convert(kPicture, in_hand_.client()).picture() : in_hand_.picture();
     }
 
 private:
@@ -143,10 +152,6 @@ private:
         return true;
     }
 
-    Picture picture() const {
-        return in_hand_.client() ? convert(kPicture, in_hand_.client()).picture() : in_hand_.picture();
-    }
-
     // A line as `tarvo hash` prints it, with what has made the picture.
     void tell_hash(const std::string& maker) {
         if (!work_.hash) return;
@@ -184,6 +189,17 @@ private:
 };
 
 }  // namespace
+
+Picture make_picture(const FileWork& work, const Chain& chain, Listener& listener) {
+    FileRecord record;
+    Course course(work, chain, listener, record);
+    try {
+        course.make();
+        return course.picture();
+    } catch (const Error& error) {
+        throw command_error(error);
+    }
+}
 
 FileRecord work_on_file(const FileWork& work, const Chain& chain, Listener& listener) {
     const auto begin = std::chrono::steady_clock::now();

@@ -38,6 +38,9 @@ struct FileRecord {
     double milliseconds = 0;  // from the first byte to the last
 };
 
+// Reads and calls, and gives what there is then; nothing is written. Throws CommandError.
+Picture make_picture(const FileWork& work, const Chain& chain, Listener& listener);
+
 // Does all of it and tells the listener as it goes on. Keeps nothing outside of what it is given: several threads may
 // work on files of one chain, each with a listener of its own.
 FileRecord work_on_file(const FileWork& work, const Chain& chain, Listener& listener);

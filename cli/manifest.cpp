@@ -5,7 +5,9 @@
 #include <cstring>
 #include <fstream>
 #include <string_view>
+#include <utility>
 
+#include "apply_words.h"
 #include "command_error.h"
 #include "hash_line.h"
 #include "shown_text.h"
@@ -15,8 +17,10 @@ namespace {
 
 constexpr std::string_view kVersion = "tarvo-manifest 1";
 constexpr std::string_view kFirstLine = "tarvo-manifest 1: SHA-256 of pixels, as tarvo hash prints it";
+constexpr std::string_view kCall = "@ ";
 constexpr std::string_view kTolerance = "tolerance=";
 constexpr std::size_t kHashDigits = 64;
+constexpr std::size_t kMostShown = 300;  // of a recipe, in a line of many
 
 [[noreturn]] void fail(const std::string& path, const std::string& why) {
     throw CommandError(ExitStatus::file_error, path + ": " + why);
@@ -92,9 +96,91 @@ std::string text_of(const std::string& name, const PictureEntry& entry) {
 
 std::string text_of(const Manifest& manifest) {
     std::string text = std::string(kFirstLine) + '\n';
-    for (const auto& [name, entry] : manifest) text += text_of(name, entry);
+    for (const auto& [recipe, group] : manifest) {
+        if (group.entries.empty()) continue;
+        if (!recipe.empty()) text += '\n';
+        for (const std::string& call : recipe) text += std::string(kCall) + call + '\n';
+        for (const auto& [name, entry] : group.entries) text += text_of(name, entry);
+    }
     return text;
 }
+
+class ManifestReader {
+public:
+    explicit ManifestReader(const std::string& path) : path_(path) {}
+
+    Manifest read() {
+        std::ifstream file(path_, std::ios::binary);
+        if (!file) fail(path_, std::string("cannot be read: ") + std::strerror(errno));
+        std::string line;
+        if (!std::getline(file, line)) fail(path_, "is no manifest");
+        if (line != kVersion && !line.starts_with(std::string(kVersion) + ':'))
+            fail(path_, "is no manifest that this tool knows: its first line is " + host::quoted(line) + ", not " +
+                            host::quoted(kVersion));
+        for (number_ = 2; std::getline(file, line); ++number_) take(line);
+        if (file.bad()) fail(path_, "cannot be read");
+        end_recipe();
+        return std::move(manifest_);
+    }
+
+private:
+    void take(const std::string& line) {
+        if (line.starts_with('#')) return;
+        if (line.empty()) return end_recipe();
+        if (line.starts_with('@')) return take_call(line);
+        if (!recipe_.empty()) begin_group();
+        if (!group_) group_ = &manifest_.try_emplace(Recipe{}, Recipe{}).first->second;
+        take_picture(line);
+    }
+
+    void take_call(const std::string& line) {
+        const std::string call = line.starts_with(kCall) ? without_blanks(line.substr(kCall.size())) : "";
+        if (call.empty()) wrong_line(number_, "is not @ CALL: " + host::quoted(line));
+        recipe_.push_back(call);
+        lines_.push_back(number_);
+    }
+
+    void take_picture(const std::string& text) {
+        LineReader line(text);
+        const PictureEntry entry = take_entry(line);
+        const auto name = plain_name(line.rest());
+        if (!line.good() || !name || name->empty())
+            wrong_line(number_, "is not HASH  WIDTHxHEIGHT KIND  NAME: " + host::quoted(text));
+        if (!group_->entries.emplace(*name, entry).second)
+            wrong_line(number_, "has a name again: " + host::quoted(*name));
+        if (group_->chain.begins_with_nothing() && group_->entries.size() > 1)
+            wrong_line(number_, "is one too many: the recipe makes its picture of nothing, and has one");
+    }
+
+    void begin_group() {
+        try {
+            const auto [place, is_new] = manifest_.try_emplace(recipe_, recipe_);
+            if (!is_new) wrong_line(lines_.front(), "has a recipe again: " + host::quoted(recipe_.front()));
+            group_ = &place->second;
+        } catch (const WrongCall& error) {
+            wrong_line(lines_[error.index()], std::string("has a wrong call: ") + error.what());
+        }
+        recipe_.clear();
+        lines_.clear();
+    }
+
+    // A recipe whose lines went, in a merge say, is not one with the next.
+    void end_recipe() const {
+        if (!recipe_.empty()) wrong_line(lines_.back(), "ends a recipe that has no pictures below it");
+    }
+
+    [[noreturn]] void wrong_line(int number, const std::string& what) const {
+        fail(path_, "line " + std::to_string(number) + ' ' + what);
+    }
+
+    const std::string& path_;
+    Manifest manifest_;
+    int number_ = 0;
+    PictureGroup* group_ = nullptr;
+    // What stands above the next picture, and where.
+    Recipe recipe_;
+    std::vector<int> lines_;
+};
 
 }  // namespace
 
@@ -106,29 +192,16 @@ bool PictureEntry::is_same(const PictureEntry& other) const {
     return hash == other.hash && width == other.width && height == other.height && masked == other.masked;
 }
 
-Manifest read_manifest(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    if (!file) fail(path, std::string("cannot be read: ") + std::strerror(errno));
-    std::string text;
-    if (!std::getline(file, text)) fail(path, "is no manifest");
-    if (text != kVersion && !text.starts_with(std::string(kVersion) + ':'))
-        fail(path, "is no manifest that this tool knows: its first line is " + host::quoted(text) + ", not " +
-                       host::quoted(kVersion));
-    Manifest manifest;
-    for (int number = 2; std::getline(file, text); ++number) {
-        if (text.empty() || text.front() == '#') continue;
-        LineReader line(text);
-        const PictureEntry entry = take_entry(line);
-        const auto name = plain_name(line.rest());
-        if (!line.good() || !name || name->empty())
-            fail(path,
-                 "line " + std::to_string(number) + " is not HASH  WIDTHxHEIGHT KIND  NAME: " + host::quoted(text));
-        if (!manifest.emplace(*name, entry).second)
-            fail(path, "line " + std::to_string(number) + " has a name again: " + host::quoted(*name));
+std::string title(const std::string& name, const Recipe& recipe) {
+    std::string calls;
+    for (const std::string& call : recipe) {
+        calls += ' ' + std::string(kCall) + call;
+        if (calls.size() > kMostShown) return name + std::string(host::beginning(calls, kMostShown)) + "...";
     }
-    if (file.bad()) fail(path, "cannot be read");
-    return manifest;
+    return name + calls;
 }
+
+Manifest read_manifest(const std::string& path) { return ManifestReader(path).read(); }
 
 void write_manifest(const std::string& path, const Manifest& manifest, WholeFile::Old old, Listener& listener) {
     WholeFile file(path, old);

@@ -6,13 +6,21 @@
 //     HASH  640x480 rgb  coffee.png
 //     HASH  640x480 rgba tolerance=12:3  photos/rocket.png
 //
-// Lines are sorted by name. With a tolerance that many pixels may differ, by up to so much in a channel; sides may not.
+//     @ Stretch(fit(300))
+//     @ Downsample(4)
+//     HASH  300x200 rgb  coffee.png
+//
+// With a tolerance that many pixels may differ, by up to so much in a channel; sides may not. A recipe stands above the
+// lines of what it makes of the pictures of these names; one that makes its picture of nothing has one line, whose name
+// is no file's. Groups are sorted by their recipes, the one without a recipe being the first, and lines by name.
 
 #include <cstdint>
 #include <map>
 #include <optional>
 #include <string>
+#include <vector>
 
+#include "chain.h"
 #include "tarvo.hpp"
 #include "whole_file.h"
 
@@ -37,7 +45,24 @@ struct PictureEntry {
 };
 
 // By name: a path from the folder of the pictures, with slashes.
-using Manifest = std::map<std::string, PictureEntry>;
+using Entries = std::map<std::string, PictureEntry>;
+
+// The texts of calls. Without any, pictures are listed as they are.
+using Recipe = std::vector<std::string>;
+
+// What one recipe makes.
+struct PictureGroup {
+    // Throws WrongCall.
+    explicit PictureGroup(const Recipe& recipe) : chain(recipe_chain(recipe)) {}
+
+    Chain chain;
+    Entries entries = {};
+};
+
+using Manifest = std::map<Recipe, PictureGroup>;
+
+// What a line is called: "coffee.png", or "coffee.png @ Stretch(fit(300)) @ Downsample(4)".
+std::string title(const std::string& name, const Recipe& recipe);
 
 // These throw CommandError.
 Manifest read_manifest(const std::string& path);

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <span>
 #include <string_view>
+#include <tuple>
 
 #include "command_error.h"
 #include "library_errors.h"
@@ -93,16 +94,16 @@ std::string table(const Difference& difference) {
 // Pictures of a finding, those of them that can be read.
 class Gallery {
 public:
-    Gallery(const VerifiedFolders& folders, Listener& listener) : folders_(folders), listener_(listener) {}
+    explicit Gallery(const VerifiedPictures& pictures) : pictures_(pictures) {}
 
     std::string of(const Finding& finding) const {
         Picture expected, found;
         try {
-            if (finding.expected) expected = folders_.expected_picture(finding.name, listener_);
+            if (finding.expected) expected = pictures_.expected(finding.name, *finding.recipe, *finding.expected);
         } catch (const CommandError&) {
         }
         try {
-            if (finding.found) found = folders_.found_picture(finding.name, listener_);
+            if (finding.found) found = pictures_.found(finding.name, *finding.recipe, recipe_chain(*finding.recipe));
         } catch (const CommandError&) {
         }
         std::string html = "<div class=\"pictures\">\n";
@@ -117,8 +118,7 @@ public:
     }
 
 private:
-    const VerifiedFolders& folders_;
-    Listener& listener_;
+    const VerifiedPictures& pictures_;
 };
 
 bool is_shown(const Finding& finding) { return finding.outcome != Outcome::same; }
@@ -128,12 +128,13 @@ bool comes_first(const Finding* a, const Finding* b) {
     const auto weight = [](const Finding& finding) {
         return finding.difference ? finding.difference->largest_of_all() : 256;
     };
-    return weight(*a) != weight(*b) ? weight(*a) > weight(*b) : a->name < b->name;
+    return weight(*a) != weight(*b) ? weight(*a) > weight(*b)
+                                    : std::tie(a->name, *a->recipe) < std::tie(b->name, *b->recipe);
 }
 
 }  // namespace
 
-void write_report(const std::string& path, const std::vector<Finding>& findings, const VerifiedFolders& folders,
+void write_report(const std::string& path, const std::vector<Finding>& findings, const VerifiedPictures& pictures,
                   Listener& listener) {
     std::vector<const Finding*> shown;
     for (const Finding& finding : findings)
@@ -143,10 +144,11 @@ void write_report(const std::string& path, const std::vector<Finding>& findings,
     WholeFile file(path, WholeFile::Old::replaced);
     file.write(kHead);
     file.write("<p>" + escaped_html(summary(findings)) + "</p>\n");
-    const Gallery gallery(folders, listener);
+    const Gallery gallery(pictures);
     for (const Finding* finding : shown) {
-        file.write("<h2>" + escaped_html(finding->name) + "</h2>\n<p>" + in_words(finding->outcome) +
-                   (finding->remark.empty() ? "" : ": " + escaped_html(finding->remark)) + "</p>\n");
+        file.write("<h2>" + escaped_html(title(finding->name, *finding->recipe)) + "</h2>\n<p>" +
+                   in_words(finding->outcome) + (finding->remark.empty() ? "" : ": " + escaped_html(finding->remark)) +
+                   "</p>\n");
         if (finding->difference) file.write(table(*finding->difference));
         try {
             file.write(gallery.of(*finding));

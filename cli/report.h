@@ -10,7 +10,7 @@
 namespace tarvo::cli {
 
 // The largest difference comes first. Throws CommandError.
-void write_report(const std::string& path, const std::vector<Finding>& findings, const VerifiedFolders& folders,
+void write_report(const std::string& path, const std::vector<Finding>& findings, const VerifiedPictures& pictures,
                   Listener& listener);
 
 }  // namespace tarvo::cli

@@ -2,9 +2,10 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <set>
+#include <utility>
 
 #include "command_error.h"
+#include "file_work.h"
 #include "picture_folder.h"
 #include "picture_io.h"
 
@@ -33,39 +34,68 @@ std::string in_words(const Difference& difference, const PictureEntry& entry) {
            color(difference.expected, alpha) + " before and " + color(difference.found, alpha) + " now";
 }
 
-Picture read_from(const std::string& folder, const std::string& name, const Limits& limits, Listener& listener) {
-    return read_picture((std::filesystem::path(folder) / name).string(), {.limits = limits}, listener).picture;
+class Unheard : public Listener {
+public:
+    void say(const std::string&) override {}
+    void answer(const std::string&) override {}
+    void note(tarvo_note, const std::string&) override {}
+    void warn(const std::string&) override {}
+};
+
+// Passes on what may be amiss, and what it is about.
+class AmissAlone final : public Unheard {
+public:
+    AmissAlone(Listener& to, std::string about) : to_(to), about_(std::move(about)) {}
+
+    void note(tarvo_note kind, const std::string& line) override { to_.note(kind, about_ + line); }
+    void warn(const std::string& line) override { to_.warn(about_ + line); }
+
+private:
+    Listener& to_;
+    const std::string about_;
+};
+
+std::string path_in(const std::string& folder, const std::string& name) {
+    return (std::filesystem::path(folder) / name).string();
 }
 
 class Verifier {
 public:
-    Verifier(const VerifiedFolders& folders, Listener& listener) : folders_(folders), listener_(listener) {}
+    explicit Verifier(const VerifiedPictures& pictures) : pictures_(pictures) {}
 
-    Finding look_at(const std::string& name, const PictureEntry& expected) const {
-        Finding finding{name, Outcome::unreadable, expected};
-        try {
-            const Picture found = folders_.found_picture(name, listener_);
-            finding.found = PictureEntry::of(found);
+    Finding look_at(const std::string& name, const Recipe& recipe, const PictureGroup& group) const {
+        const PictureEntry& expected = group.entries.at(name);
+        if (!pictures_.is_there(name, group.chain)) return {name, &recipe, Outcome::missing, expected};
+        Finding finding{name, &recipe, Outcome::unreadable, expected};
+        if (const Picture found = found_picture(group.chain, finding)) {
             finding.outcome = expected.is_same(*finding.found) ? Outcome::same : Outcome::changed;
             if (finding.outcome == Outcome::changed) compare(found, finding);
-        } catch (const CommandError& error) {
-            finding.remark = error.what();
         }
         return finding;
     }
 
     Finding not_listed(const std::string& name) const {
-        Finding finding{name, Outcome::not_listed};
-        try {
-            finding.found = PictureEntry::of(folders_.found_picture(name, listener_));
-        } catch (const CommandError& error) {
-            finding.outcome = Outcome::unreadable;
-            finding.remark = error.what();
-        }
+        static const Recipe none;
+        Finding finding{name, &none, Outcome::unreadable};
+        if (found_picture(recipe_chain({}), finding)) finding.outcome = Outcome::not_listed;
         return finding;
     }
 
 private:
+    // None where the finding tells why.
+    Picture found_picture(const Chain& chain, Finding& finding) const {
+        try {
+            Picture found = pictures_.found(finding.name, *finding.recipe, chain);
+            finding.found = PictureEntry::of(found);
+            return found;
+        } catch (const CommandError& error) {
+            const bool failed_call = !finding.recipe->empty() && error.status() == ExitStatus::operation_failed;
+            if (failed_call) finding.outcome = Outcome::changed;
+            finding.remark = (failed_call ? "there is no picture now: " : "") + std::string(error.what());
+            return {};
+        }
+    }
+
     void compare(const Picture& found, Finding& finding) const {
         const PictureEntry &before = *finding.expected, &now = *finding.found;
         if (before.width != now.width || before.height != now.height) {
@@ -73,13 +103,21 @@ private:
             return;
         }
         if (before.masked != now.masked) finding.remark = now.masked ? "it has a mask now" : "it has no mask now";
-        if (folders_.expected.empty()) {
+        if (pictures_.expected_folder().empty()) {
             if (before.tolerance) finding.remark = "its tolerance needs --expected";
             return;
         }
-        const Picture expected = folders_.expected_picture(finding.name, listener_);
+        try {
+            measure(pictures_.expected(finding.name, *finding.recipe, before), found, finding);
+        } catch (const CommandError& error) {
+            finding.remark = error.what();
+        }
+    }
+
+    void measure(const Picture& expected, const Picture& found, Finding& finding) const {
+        const PictureEntry &before = *finding.expected, &now = *finding.found;
         if (!before.is_same(PictureEntry::of(expected))) {
-            finding.remark = "the picture in " + folders_.expected + " is not the one that is listed";
+            finding.remark = "the picture in " + pictures_.expected_folder() + " is not the one that is listed";
             return;
         }
         finding.difference = difference(Pixels(expected), Pixels(found));
@@ -89,8 +127,7 @@ private:
             finding.outcome = Outcome::tolerated;
     }
 
-    const VerifiedFolders& folders_;
-    Listener& listener_;
+    const VerifiedPictures& pictures_;
 };
 
 }  // namespace
@@ -108,33 +145,69 @@ const char* in_words(Outcome outcome) {
 }
 
 std::string Finding::in_line() const {
-    std::string line = name + ": " + in_words(outcome);
+    std::string line = title(name, *recipe) + ": " + in_words(outcome);
     if (!remark.empty()) line += ": " + remark;
     if (difference) line += ": " + in_words(*difference, *expected);
     return line;
 }
 
-Picture VerifiedFolders::found_picture(const std::string& name, Listener& listener) const {
-    return read_from(found, name, limits, listener);
+VerifiedPictures::VerifiedPictures(const VerifiedFolders& folders, Listener& listener)
+    : folders_(folders), listener_(listener), names_(picture_names(folders.found)) {}
+
+bool VerifiedPictures::is_there(const std::string& name, const Chain& chain) const {
+    // A listed name may end otherwise than those that are looked for.
+    std::error_code error;
+    return chain.begins_with_nothing() || names_.count(name) > 0 ||
+           std::filesystem::exists(path_in(folders_.found, name), error);
 }
 
-Picture VerifiedFolders::expected_picture(const std::string& name, Listener& listener) const {
-    return read_from(expected, name, limits, listener);
+Picture VerifiedPictures::found(const std::string& name, const Recipe& recipe, const Chain& chain) const {
+    FileWork work;
+    if (!chain.begins_with_nothing()) work.input = path_in(folders_.found, name);
+    work.options.limits = folders_.limits;
+    AmissAlone listener(listener_, recipe.empty() ? "" : title(name, recipe) + ": ");
+    return make_picture(work, chain, listener);
 }
 
-std::vector<Finding> verify(const Manifest& manifest, const VerifiedFolders& folders, Listener& listener) {
-    const Verifier verifier(folders, listener);
-    std::set<std::string> there = picture_names(folders.found);
+Picture VerifiedPictures::read_expected(const std::string& name, Listener& listener) const {
+    return read_picture(path_in(folders_.expected, name), {.limits = folders_.limits}, listener).picture;
+}
+
+const std::map<std::string, std::string>& VerifiedPictures::expected_by_hash() const {
+    if (expected_by_hash_) return *expected_by_hash_;
+    expected_by_hash_.emplace();
+    Unheard listener;
+    for (const std::string& name : picture_names(folders_.expected)) try {
+            expected_by_hash_->emplace(read_expected(name, listener).sha256(), name);
+        } catch (const CommandError&) {
+        }
+    return *expected_by_hash_;
+}
+
+Picture VerifiedPictures::expected(const std::string& name, const Recipe& recipe, const PictureEntry& listed) const {
+    if (recipe.empty()) return read_expected(name, listener_);
+    const auto& files = expected_by_hash();
+    const auto file = files.find(listed.hash);
+    if (file == files.end())
+        throw CommandError(ExitStatus::file_error, "no picture in " + folders_.expected + " is the one that is listed");
+    return read_expected(file->second, listener_);
+}
+
+std::vector<Finding> verify(const Manifest& manifest, const VerifiedPictures& pictures) {
+    const Verifier verifier(pictures);
+    std::set<std::string> unlisted = pictures.names();
     std::vector<Finding> findings;
-    for (const auto& [name, entry] : manifest) {
-        // A listed name may end otherwise than those that are looked for.
-        std::error_code error;
-        const bool exists =
-            there.erase(name) > 0 || std::filesystem::exists(std::filesystem::path(folders.found) / name, error);
-        findings.push_back(exists ? verifier.look_at(name, entry) : Finding{name, Outcome::missing, entry});
-    }
-    for (const std::string& name : there) findings.push_back(verifier.not_listed(name));
-    std::sort(findings.begin(), findings.end(), [](const Finding& a, const Finding& b) { return a.name < b.name; });
+    for (const auto& [recipe, group] : manifest)
+        for (const auto& [name, entry] : group.entries) {
+            if (!group.chain.begins_with_nothing()) unlisted.erase(name);
+            findings.push_back(verifier.look_at(name, recipe, group));
+        }
+    for (const std::string& name : unlisted) findings.push_back(verifier.not_listed(name));
+    // Groups are in order, but for what is in none.
+    std::stable_sort(findings.begin(), findings.end(), [](const Finding& a, const Finding& b) {
+        const bool first = a.recipe->empty(), second = b.recipe->empty();
+        return first == second ? first && a.name < b.name : first;
+    });
     return findings;
 }
 

@@ -229,6 +229,17 @@ TEST_F(VerifyTest, UpdatesAll) {
     EXPECT_EQ(manifest(), before);
 }
 
+// What is listed by hand is there as long as the file is, whatever it is called.
+TEST_F(VerifyTest, ListedNamesMayEndAsTheyLike) {
+    ASSERT_EQ(
+        shell("mv now/b.ppm now/b.data; tarvo verify list now --record; sed -n 's/ a.ppm/ b.data/p' list >>list").err,
+        "");
+    EXPECT_EQ(verify("--update-all").out, "b.data: updated\n1 updated, 0 added, 0 removed, 2 as they were\n");
+    EXPECT_EQ(verify("-q").out, "3 same\n");
+    std::filesystem::remove(file("now/b.data"));
+    EXPECT_EQ(verify("--update-all -q").out, "0 updated, 0 added, 1 removed, 2 as they were\n");
+}
+
 // As pictures are: through links, and with a note of what is not kept.
 TEST_F(VerifyTest, ManifestsAndReportsAreReplacedAsPicturesAre) {
     record();
