@@ -261,7 +261,6 @@ void TRV_Picture::set_depth(std::int32_t depth) {
     bytesPerPixel_ = depth == 8 || depth == 16 || depth == 24 || depth == 32 ? depth / 8 : 0;
     bitsPerPixel_ = depth == 1 || depth == 2 || depth == 4 ? depth : 0;
     format_ = format_at(depth, Addressing::whole_pixels);
-    store_mode_ = store_mode_for(std::int64_t{rowBytes_} * height_);
 }
 
 PixelFormat TRV_Picture::format_at(long depth, Addressing addressing) const {
@@ -287,7 +286,7 @@ void TRV_Picture::read_index_colors(CTabHandle table) {
 
 bool TRV_Picture::Unlock() {
     if (!isLocked_) return false;
-    finish_streaming(store_mode_);
+    finish_streaming(store_mode(WritingOrder::strips));
     if (pixMap_) {
         UnlockPixels(pixMap_);
         pixMap_ = nullptr;
@@ -321,7 +320,6 @@ void TRV_Picture::forget_geometry() {
     baseAddress_ = nullptr;
     hasResolution_ = false;
     format_ = PixelFormat::opaque;
-    store_mode_ = StoreMode::cached;
 }
 
 bool TRV_Picture::HasMask() const {

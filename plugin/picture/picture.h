@@ -31,6 +31,7 @@ class TRV_Picture {
     using PixelColor = tarvo::plugin::PixelColor;
     using PixelFormat = tarvo::plugin::PixelFormat;
     using StoreMode = tarvo::plugin::StoreMode;
+    using WritingOrder = tarvo::plugin::WritingOrder;
 
 public:
     TRV_Picture() = default;
@@ -97,7 +98,9 @@ public:
     // The address of a stored pixel if the pixels of its row are 32-bit words side by side; else null.
     std::uint8_t* words_at(long row, long column) const;
     // The mode in which the pixels of this picture are written.
-    StoreMode store_mode() const { return store_mode_; }
+    StoreMode store_mode(WritingOrder order = WritingOrder::rows) const {
+        return tarvo::plugin::store_mode_for(std::int64_t{rowBytes_} * height_, order);
+    }
     // Asks for the memory of a run of one row that will be read soon. Walks down columns do; only time depends on it.
     void prefetch(long row, long column, std::size_t count) const;
     // Read and write a run of one row, each pixel as the bit-addressed accessor does. From one pixel to the next the
@@ -154,8 +157,7 @@ private:
     std::int32_t vRes_ = -1;
 
     PixelFormat format_ = PixelFormat::opaque;  // by which whole pixels are read and written
-    StoreMode store_mode_ = StoreMode::cached;
-    IndexColors indexColors_{};  // all black without a colour table
+    IndexColors indexColors_{};                 // all black without a colour table
 };
 
 // Inline, because walks down columns ask for a row's address every few pixels.

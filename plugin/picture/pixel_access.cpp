@@ -102,7 +102,7 @@ void TRV_Picture::set_pixels(long row, long column, std::span<const PixelColor> 
         return;
     }
     std::uint8_t* const first = start + static_cast<std::ptrdiff_t>(column) * bytesPerPixel_;
-    encode_row(format_, colors.data(), first, colors.size(), store_mode_);
+    encode_row(format_, colors.data(), first, colors.size(), store_mode());
 }
 
 bool TRV_Picture::same_colors(const TRV_Picture& other, long row, long column, std::size_t count,

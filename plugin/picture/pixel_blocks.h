@@ -61,12 +61,14 @@ TARVO_INLINED inline void encode_as(const PixelColor* __restrict span, std::uint
 }
 
 // How runs of 32-bit pixels are written: with ordinary stores, or in whole cache lines past the caches. That is faster
-// for what is so large that it has left the caches before it is read again.
+// for what is so large that it has left the caches before it is read again; and for much smaller pictures where several
+// rows are written at a time, since processors do not foresee which lines these will be.
 enum class StoreMode { cached, streamed };
+enum class WritingOrder { rows, strips };
 
-constexpr StoreMode store_mode_for(std::int64_t bytes) {
-    constexpr std::int64_t kStreamedBytes = std::int64_t{16} << 20;
-    return bytes >= kStreamedBytes ? StoreMode::streamed : StoreMode::cached;
+constexpr StoreMode store_mode_for(std::int64_t bytes, WritingOrder order = WritingOrder::rows) {
+    const std::int64_t streamed_bytes = std::int64_t{order == WritingOrder::rows ? 16 : 4} << 20;
+    return bytes >= streamed_bytes ? StoreMode::streamed : StoreMode::cached;
 }
 
 // Writes one cache line to an aligned address, past the caches if the machine can. An ordinary store reads each line

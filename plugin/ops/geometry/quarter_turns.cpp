@@ -137,7 +137,7 @@ public:
             for (std::int32_t y = 0; y < strip.count; ++y) {
                 std::uint8_t* const to = strip.result.words_at(strip.result_row(y), column);
                 const auto count = static_cast<std::size_t>(columns);
-                writers_[y].write(pieces_[y], count, to, strip.result.store_mode(), end);
+                writers_[y].write(pieces_[y], count, to, strip.result.store_mode(WritingOrder::strips), end);
             }
         }
     }

@@ -221,7 +221,8 @@ private:
             const bool last = column + tile.block.count == result.width();
             const PieceEnd end = last ? PieceEnd::at_row_end : PieceEnd::inside_row;
             for (std::size_t y = 0; y < rows; ++y)
-                writers[y].write(out_[y], pixels, result.words_at(row(y), column), result.store_mode(), end);
+                writers[y].write(out_[y], pixels, result.words_at(row(y), column),
+                                 result.store_mode(WritingOrder::strips), end);
         } else {
             transpose<Coding::kept>(pixels, rows, from, to);
             for (std::size_t y = 0; y < rows; ++y)
