@@ -8,6 +8,7 @@
 #include <string>
 #include <utility>
 
+#include "bulk_memory.h"
 #include "byte_text.h"
 #include "carried.h"
 #include "exif.h"
@@ -85,26 +86,26 @@ public:
         const std::size_t bytes = pixels * form_.pixel_bytes();
         // The decoder of files without loss has all pixels besides.
         target.begin(form_, file_.bytes().size() + bytes + pixels * 4);
-        const auto frame = std::make_unique_for_overwrite<std::uint8_t[]>(bytes);
-        decode(frame.get(), bytes);
-        put(frame.get(), target);
+        BulkMemory frame(bytes);
+        decode(frame);
+        put(frame, target);
         carried.losses = losses();
         target.carry(std::move(carried));
     }
 
 private:
-    void decode(std::uint8_t* frame, std::size_t bytes) const {
+    void decode(const BulkMemory& frame) const {
         WebPDecoderConfig config;
         if (!WebPInitDecoderConfig(&config)) throw damaged();
         config.output.colorspace = form_.layout == Layout::rgba ? MODE_RGBA : MODE_RGB;
         config.output.is_external_memory = 1;
-        config.output.u.RGBA = {frame, static_cast<int>(static_cast<std::size_t>(frame_.width) * form_.pixel_bytes()),
-                                bytes};
+        config.output.u.RGBA = {
+            frame.data(), static_cast<int>(static_cast<std::size_t>(frame_.width) * form_.pixel_bytes()), frame.size()};
         require(WebPDecode(frame_.fragment.bytes, frame_.fragment.size, &config));
     }
 
-    // Around a frame that is smaller all is clear.
-    void put(const std::uint8_t* frame, PixelTarget& target) const {
+    // Around a frame that is smaller all is clear. As the picture fills, the frame goes.
+    void put(BulkMemory& frame, PixelTarget& target) const {
         const std::size_t row_bytes = static_cast<std::size_t>(frame_.width) * form_.pixel_bytes();
         const bool whole_rows = frame_.width == form_.width;
         Bytes row(whole_rows ? 0 : form_.row_bytes());
@@ -112,7 +113,9 @@ private:
         for (int y = 0; y < form_.height; ++y) {
             const std::uint8_t* pixels = clear.data();
             if (y >= frame_.y_offset && y < frame_.y_offset + frame_.height) {
-                pixels = frame + static_cast<std::size_t>(y - frame_.y_offset) * row_bytes;
+                const std::size_t place = static_cast<std::size_t>(y - frame_.y_offset) * row_bytes;
+                frame.release_before(place);
+                pixels = frame.data() + place;
                 if (!whole_rows) {
                     std::copy_n(pixels, row_bytes,
                                 row.data() + static_cast<std::size_t>(frame_.x_offset) * form_.pixel_bytes());

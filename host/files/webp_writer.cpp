@@ -1,6 +1,10 @@
 #include <webp/encode.h>
 #include <webp/mux.h>
 
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <exception>
 #include <memory>
 #include <new>
@@ -13,6 +17,9 @@
 namespace tarvo::host {
 
 namespace {
+
+constexpr int kBandRows = 64;
+static_assert(kBandRows % 2 == 0);
 
 // How much the library tries: of 9 without loss, of 6 with it.
 int effort_without_loss(Compression compression) {
@@ -35,7 +42,6 @@ class WebpWriter {
 public:
     WebpWriter(const PixelSource& image, const EncodeOptions& how) : image_(image), form_(image.form()), how_(how) {
         if (!WebPPictureInit(&picture_) || !configure()) throw FileError("cannot be made: another WebP library");
-        picture_.use_argb = 1;
         picture_.width = form_.width;
         picture_.height = form_.height;
         picture_.writer = on_bytes;
@@ -50,8 +56,8 @@ public:
         if (form_.width > WEBP_MAX_DIMENSION || form_.height > WEBP_MAX_DIMENSION)
             throw FileError("the size is " + std::to_string(form_.width) + " x " + std::to_string(form_.height) +
                             " pixels, a side of WebP may have " + std::to_string(WEBP_MAX_DIMENSION));
-        take_pixels();
-        const bool done = WebPEncode(&config_, &picture_) != 0;
+        how_.quality ? take_planes() : take_colors();
+        const bool done = encode();
         if (failure_) std::rethrow_exception(failure_);
         if (!done && (picture_.error_code == VP8_ENC_ERROR_OUT_OF_MEMORY ||
                       picture_.error_code == VP8_ENC_ERROR_BITSTREAM_OUT_OF_MEMORY))
@@ -74,12 +80,52 @@ private:
         return true;
     }
 
-    void take_pixels() {
-        if (!WebPPictureAlloc(&picture_)) throw std::bad_alloc();
+    bool encode() {
+        if (WebPEncode(&config_, &picture_)) return true;
+        // There is only so much room for what is told of blocks. With the least effort it is told of each at length.
+        if (picture_.error_code != VP8_ENC_ERROR_PARTITION0_OVERFLOW) return false;
+        config_.method = effort_with_loss(Compression::normal);
+        made_.clear();
+        return WebPEncode(&config_, &picture_) != 0;
+    }
+
+    // Without loss the library takes all pixels as colours.
+    void take_colors() {
+        allocate(picture_, true);
+        read_rows(0, picture_);
+    }
+
+    // With loss it takes planes of brightness, colour and alpha. They are made of a band of rows at a time: all pixels
+    // as colours would take as much memory again as the picture.
+    void take_planes() {
+        picture_.colorspace = has_alpha(form_) ? WEBP_YUV420A : WEBP_YUV420;
+        allocate(picture_, false);
+        WebPPicture colors = {};
+        if (!WebPPictureInit(&colors)) throw FileError("cannot be made: another WebP library");
+        const std::unique_ptr<WebPPicture, void (*)(WebPPicture*)> band(&colors, WebPPictureFree);
+        band->width = form_.width;
+        band->height = std::min(kBandRows, form_.height);
+        allocate(*band, true);
+        for (int y = 0; y < form_.height; y += kBandRows) {
+            band->height = std::min(kBandRows, form_.height - y);
+            band->use_argb = 1;
+            read_rows(y, *band);
+            if (!WebPPictureARGBToYUVA(band.get(), WEBP_YUV420)) throw std::bad_alloc();
+            put_planes(*band, y);
+        }
+    }
+
+    static void allocate(WebPPicture& picture, bool as_colors) {
+        picture.use_argb = as_colors ? 1 : 0;
+        if (!WebPPictureAlloc(&picture)) throw std::bad_alloc();
+    }
+
+    // Fills a picture with the rows from that one on.
+    void read_rows(int first, WebPPicture& picture) {
         Bytes row(form_.row_bytes());
         std::vector<Rgba> colors(static_cast<std::size_t>(form_.width));
-        std::uint32_t* out = picture_.argb;
-        for (int y = 0; y < form_.height; ++y, out += picture_.argb_stride) {
+        std::uint32_t* out = picture.argb;
+        for (int y = first; y < first + picture.height; ++y, out += picture.argb_stride) {
             image_.read(y, row.data());
             read_colors(form_, row.data(), colors.data());
             for (int x = 0; x < form_.width; ++x) {
@@ -88,6 +134,25 @@ private:
                          std::uint32_t{color.green} << 8 | color.blue;
             }
         }
+    }
+
+    // Puts a band where it belongs. A value of colour is for two rows, and a band that is all opaque has no alpha.
+    void put_planes(const WebPPicture& band, int first) {
+        const auto put = [](const std::uint8_t* from, int from_stride, std::uint8_t* to, int stride, int row, int rows,
+                            int bytes) {
+            for (int y = 0; y < rows; ++y) {
+                std::uint8_t* const place = to + std::ptrdiff_t{row + y} * stride;
+                if (from)
+                    std::memcpy(place, from + std::ptrdiff_t{y} * from_stride, static_cast<std::size_t>(bytes));
+                else
+                    std::memset(place, 255, static_cast<std::size_t>(bytes));
+            }
+        };
+        const int half_width = (band.width + 1) / 2, half_height = (band.height + 1) / 2;
+        put(band.y, band.y_stride, picture_.y, picture_.y_stride, first, band.height, band.width);
+        put(band.u, band.uv_stride, picture_.u, picture_.uv_stride, first / 2, half_height, half_width);
+        put(band.v, band.uv_stride, picture_.v, picture_.uv_stride, first / 2, half_height, half_width);
+        if (picture_.a) put(band.a, band.a_stride, picture_.a, picture_.a_stride, first, band.height, band.width);
     }
 
     // What is thrown waits for the end of the library's call.

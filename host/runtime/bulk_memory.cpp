@@ -171,6 +171,13 @@ BulkMemory::~BulkMemory() {
     }
 }
 
+void BulkMemory::release_before(std::size_t place) noexcept {
+    const std::size_t whole = place / kHugePage * kHugePage;
+    if (capacity_ == 0 || whole <= released_) return;
+    madvise(data_ + released_, whole - released_, MADV_DONTNEED);
+    released_ = whole;
+}
+
 std::size_t BulkMemory::idle() { return idle_mappings().bytes(); }
 
 void BulkMemory::keep_idle(std::size_t most) { idle_mappings().set_most(most); }

@@ -26,6 +26,8 @@ public:
 
     std::uint8_t* data() const { return data_; }
     std::size_t size() const { return size_; }
+    // What lies before that place will not be read again: of a mapping, all that is whole goes back to the system.
+    void release_before(std::size_t place) noexcept;
 
     // From this size on, the memory is a mapping. WebAssembly has none: its memory only grows, and what is given back
     // is for whatever comes next.
@@ -48,11 +50,13 @@ private:
         std::swap(data_, other.data_);
         std::swap(size_, other.size_);
         std::swap(capacity_, other.capacity_);
+        std::swap(released_, other.released_);
     }
 
     std::uint8_t* data_ = nullptr;
     std::size_t size_ = 0;
     std::size_t capacity_ = 0;  // the bytes of the mapping; 0 for a plain allocation
+    std::size_t released_ = 0;
 };
 
 }  // namespace tarvo::host

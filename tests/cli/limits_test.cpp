@@ -93,6 +93,24 @@ TEST_F(ToolLimits, ConversionsTakeAPictureAndLittleElse) {
               2 * kPicture * 12 / 10 + kSlack);
 }
 
+#ifdef TARVO_WEBP
+// What libwebp holds besides is its own, and not much where something is lost.
+TEST_F(ToolLimits, WebpFilesTakeTheirPicturesAndLittleElseToBeRead) {
+#ifdef WATCHED_MEMORY
+    GTEST_SKIP() << "AddressSanitizer keeps what is free";
+#endif
+    constexpr std::size_t kPicture = 6000 * 6000 * 4, kSlack = std::size_t{32} << 20;
+    const std::size_t empty = tool({"convert", picture(), "-o", file("out.ppm")}).peak;
+    ASSERT_EQ(shell("(printf 'P6 6000 6000 255 '; head -c 108000000 /dev/zero) >large.ppm").status, 0);
+    const Ending made = tool({"convert", file("large.ppm"), "-o", file("a.webp"), "--quality", "50"});
+    EXPECT_EQ(made.status, 0) << made.err;
+    EXPECT_LT(made.peak - empty, kPicture * 14 / 10 + kSlack) << "planes of 1.5 bytes a pixel";
+    const Ending run = tool({"convert", file("a.webp"), "-o", file("out.ppm")});
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_LT(run.peak - empty, kPicture * 12 / 10 + kSlack);
+}
+#endif
+
 // A file in several scans is held as coefficients, two bytes each.
 TEST_F(ToolLimits, ProgressiveFilesTakeTheirCoefficientsBesides) {
 #ifdef WATCHED_MEMORY

@@ -1,10 +1,12 @@
 // WebP files: what is written and read, without loss and with it, with metadata, animations, and of other makers.
 
 #include <gtest/gtest.h>
+#include <webp/encode.h>
 #include <webp/mux.h>
 
 #include "file_samples.h"
 #include "metadata_samples.h"
+#include "pixels.h"
 #include "png_samples.h"
 
 namespace tarvo::host {
@@ -68,6 +70,41 @@ TEST_F(WebpTest, AQualityLosesSomething) {
     const ObjectRef with_mask = masked(20, 20, 5);
     const ObjectRef made = read(webp(with_mask, {.quality = 50}));
     EXPECT_EQ(colors_of(picture_in(made).mask()), colors_of(picture_in(read(webp(with_mask))).mask()));
+}
+
+// The planes are made in parts.
+TEST_F(WebpTest, WhatLosesSomethingIsAsTheLibraryMakesItOfTheWhole) {
+    for (const int height : {1, 64, 65, 127, 200}) {
+        const ObjectRef picture = random_picture(host, {.width = 33, .height = height}, 8);
+        Bytes rgb;
+        for (const std::uint32_t color : colors_of(picture))
+            for (const int shift : {16, 8, 0}) rgb.push_back(static_cast<std::uint8_t>(color >> shift));
+        std::uint8_t* made = nullptr;
+        const std::size_t length = WebPEncodeRGB(rgb.data(), 33, height, 33 * 3, 60, &made);
+        EXPECT_EQ(webp(picture, {.quality = 60}), FileBytes(made, made + length)) << height;
+        WebPFree(made);
+    }
+}
+
+// Alpha in some bands alone.
+TEST_F(WebpTest, MasksAreKeptWhereColorsAreNot) {
+    for (const int clear : {0, 70, 199}) {
+        const ObjectRef picture = random_picture(host, {.width = 9, .height = 200}, 8);
+        picture_in(picture).set_mask(host.new_picture({.width = 9, .height = 200}));
+        Picture& mask = picture_in(picture_in(picture).mask());
+        for (int y = 0; y < 200; ++y)
+            for (int x = 0; x < 9; ++x) store_pixel(mask.row(y), x, 32, y == clear ? 0xFFFFFF : 0);
+        const ObjectRef made = read(webp(picture, {.quality = 60}));
+        ASSERT_TRUE(picture_in(made).mask());
+        EXPECT_EQ(colors_of(picture_in(made).mask()), colors_of(picture_in(picture).mask()));
+    }
+}
+
+// So much noise is told with more effort than was asked for.
+TEST_F(WebpTest, LargeFilesOfNoiseCanBeMadeWithLittleEffort) {
+    const ObjectRef picture = random_picture(host, {.width = 4000, .height = 4000}, 4);
+    const FileBytes file = webp(picture, {.quality = 100, .compression = Compression::fast});
+    EXPECT_EQ(picture_in(read(file)).width(), 4000);
 }
 
 TEST_F(WebpTest, GreysAndPalettesBecomeColors) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <limits>
 #include <new>
@@ -70,6 +71,29 @@ TEST(BulkMemory, ALittleIsNotTakenFromMuch) {
     }
     const BulkMemory small(10 * kMegabyte);
     EXPECT_NE(address(small), large);
+}
+
+// What goes back to the system reads as zeros, if anybody reads it.
+TEST(BulkMemory, GivesBackWhatIsNotReadAgain) {
+    BulkMemory memory(9 * kMegabyte), small(1000);
+    std::memset(memory.data(), 0x77, memory.size());
+    std::memset(small.data(), 0x77, small.size());
+    const auto first_kept = [&] {
+        std::uint8_t* const end = memory.data() + memory.size();
+        return static_cast<std::size_t>(std::find(memory.data(), end, 0x77) - memory.data());
+    };
+    memory.release_before(2 * kMegabyte - 1);
+    EXPECT_EQ(first_kept(), 0u);
+    memory.release_before(3 * kMegabyte);
+    EXPECT_EQ(first_kept(), 2 * kMegabyte);
+    memory.data()[0] = 0x77;
+    memory.release_before(2 * kMegabyte);
+    EXPECT_EQ(first_kept(), 0u) << "once is enough";
+    memory.data()[0] = 0;
+    memory.release_before(memory.size());
+    EXPECT_EQ(first_kept(), 8 * kMegabyte);
+    small.release_before(small.size());
+    EXPECT_EQ(small.data()[0], 0x77);
 }
 
 TEST(BulkMemory, IdleMemoryIsBounded) {
