@@ -25,7 +25,7 @@ from pathlib import Path
 import tarvo
 from distributed import Client, KilledWorker, as_completed
 
-ENDINGS = {".png", ".jpg", ".jpeg", ".pbm", ".pgm", ".ppm", ".pam"}
+ENDINGS = {".png", ".jpg", ".jpeg", ".tif", ".tiff", ".webp", ".pbm", ".pgm", ".ppm", ".pam"}
 FILES_A_TASK = 8  # a task should take far longer than the scheduler takes for it, some hundred microseconds
 PART = ".part-"
 

@@ -66,12 +66,18 @@ TARVO_INLINED inline void encode_as(const PixelColor* __restrict span, std::uint
 enum class StoreMode { cached, streamed };
 enum class WritingOrder { rows, strips };
 
+#if defined(__SSE2__)
+inline constexpr bool kWritesPastCaches = true;
+#else
+inline constexpr bool kWritesPastCaches = false;
+#endif
+
 constexpr StoreMode store_mode_for(std::int64_t bytes, WritingOrder order = WritingOrder::rows) {
     const std::int64_t streamed_bytes = std::int64_t{order == WritingOrder::rows ? 16 : 4} << 20;
-    return bytes >= streamed_bytes ? StoreMode::streamed : StoreMode::cached;
+    return kWritesPastCaches && bytes >= streamed_bytes ? StoreMode::streamed : StoreMode::cached;
 }
 
-// Writes one cache line to an aligned address, past the caches if the machine can. An ordinary store reads each line
+// Writes one cache line to an aligned address, past the caches if the compiler knows how. An ordinary store reads each line
 // before it overwrites it, which is a third of the memory traffic of a large picture. No plain loop compiles to this.
 TARVO_INLINED inline void stream_cache_line(const std::uint8_t* line, std::uint8_t* to) {
 #if defined(__SSE2__)
