@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <tuple>
 #include <utility>
 
 #include "command_error.h"
@@ -203,10 +204,8 @@ std::vector<Finding> verify(const Manifest& manifest, const VerifiedPictures& pi
             findings.push_back(verifier.look_at(name, recipe, group));
         }
     for (const std::string& name : unlisted) findings.push_back(verifier.not_listed(name));
-    // Groups are in order, but for what is in none.
-    std::stable_sort(findings.begin(), findings.end(), [](const Finding& a, const Finding& b) {
-        const bool first = a.recipe->empty(), second = b.recipe->empty();
-        return first == second ? first && a.name < b.name : first;
+    std::sort(findings.begin(), findings.end(), [](const Finding& a, const Finding& b) {
+        return std::tie(*a.recipe, a.name) < std::tie(*b.recipe, b.name);
     });
     return findings;
 }
