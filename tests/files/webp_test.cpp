@@ -8,6 +8,7 @@
 #include "metadata_samples.h"
 #include "pixels.h"
 #include "png_samples.h"
+#include "watched.h"
 
 namespace tarvo::host {
 namespace {
@@ -102,6 +103,7 @@ TEST_F(WebpTest, MasksAreKeptWhereColorsAreNot) {
 
 // So much noise is told with more effort than was asked for.
 TEST_F(WebpTest, LargeFilesOfNoiseCanBeMadeWithLittleEffort) {
+    if (test::kAddressesWatched) GTEST_SKIP() << "libwebp takes seconds, and nobody watches it";
     const ObjectRef picture = random_picture(host, {.width = 4000, .height = 4000}, 4);
     const FileBytes file = webp(picture, {.quality = 100, .compression = Compression::fast});
     EXPECT_EQ(picture_in(read(file)).width(), 4000);
