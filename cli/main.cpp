@@ -34,14 +34,8 @@ ExitStatus fail(ExitStatus status, const std::string& message) {
     return status;
 }
 
-// Output that does not arrive makes what was fine an error.
-ExitStatus end_of_output(ExitStatus status) {
-    if (std::cout.flush() || status != ExitStatus::fine) return status;
-    return fail(ExitStatus::file_error, "the output cannot be written");
-}
-
-ExitStatus run(int argc, char** argv) {
-    tarvo::cli::handle_interrupts();
+// Throws CommandError, Error and std::bad_alloc.
+ExitStatus run_command(int argc, char** argv) {
     CLI::App tool("Applies the picture operations of Tarvo Graphics to picture files.", "tarvo");
     tool.footer(kExitStatuses);
     tool.set_version_flag("--version", "tarvo " TARVO_VERSION, "Print the version and end");
@@ -60,12 +54,22 @@ ExitStatus run(int argc, char** argv) {
     try {
         tarvo::cli::check_command(tool, argc, argv);
         tool.parse(argc, argv);
-        return end_of_output(ExitStatus::fine);
     } catch (const CLI::ParseError& error) {
         std::ostringstream message;
-        if (tool.exit(error, std::cout, message) == 0) return end_of_output(ExitStatus::fine);
-        std::cerr << "tarvo: " << tarvo::cli::readable(message.str());
-        return ExitStatus::wrong_usage;
+        if (tool.exit(error, std::cout, message) != 0) {
+            std::cerr << "tarvo: " << tarvo::cli::readable(message.str());
+            return ExitStatus::wrong_usage;
+        }
+    }
+    // Output that does not arrive makes what was fine an error.
+    if (!std::cout.flush()) throw CommandError(ExitStatus::file_error, "the output cannot be written");
+    return ExitStatus::fine;
+}
+
+ExitStatus run(int argc, char** argv) {
+    tarvo::cli::handle_interrupts();
+    try {
+        return run_command(argc, argv);
     } catch (const CommandError& error) {
         return fail(error.status(), error.what());
     } catch (const tarvo::Error& error) {
