@@ -80,6 +80,7 @@ int TiffHandle::on_warning(TIFF* tiff, void* self, const char* module, const cha
 // What the file throws waits for the end of the library's call.
 tmsize_t TiffHandle::on_read(thandle_t self, void* out, tmsize_t count) {
     auto& handle = *static_cast<TiffHandle*>(self);
+    if (handle.failure_) return 0;  // whoever has stopped the reading is not asked again
     const std::uint64_t size = handle.file_.size();
     const std::uint64_t there = size - std::min(size, handle.place_);
     const auto wanted = std::min<std::uint64_t>(there, static_cast<std::uint64_t>(std::max<tmsize_t>(count, 0)));

@@ -8,6 +8,7 @@
 #include <optional>
 
 #include "file_samples.h"
+#include "metadata_samples.h"
 #include "system_faults.h"
 #include "watched_memory.h"
 
@@ -96,6 +97,39 @@ TEST_F(FileFaults, OfMemoryLeaveNothingWhenAFileIsRead) {
         };
         fail_each(SystemCall::allocate, ENOMEM, [&] { read_picture_file(host, path); });
         EXPECT_GT(failures, 5);
+    }
+}
+
+// Metadata are kept by calls that libraries make, and written by libraries of their own.
+TEST_F(FileFaults, OfMemoryForMetadataLeaveNothing) {
+#ifdef WATCHED_MEMORY
+    GTEST_SKIP() << "AddressSanitizer has allocations of its own";
+#endif
+    Carried with;
+    with.metadata.exif = bytes_of({"II*\0\x8\0\0\0\1\0\x12\1\3\0\1\0\0\0\1\0\0\0\0\0\0\0", 26});
+    with.metadata.xmp = bytes_of("<x:xmpmeta/>");
+    with.metadata.icc = profile("RGB ");
+    with.metadata.iptc = resource(0x0404, Bytes(1000, 7));
+    const ObjectRef shown = random_picture(host, {.width = 8, .height = 8}, 3);
+    for (const std::string name : all_names()) {
+        if (name.find(".p") != name.npos && !name.ends_with(".png")) continue;
+        SCOPED_TRACE(name);
+        const std::string path = folder.file(name);
+        int failures = 0;
+        after_fault = [&](bool failed, bool limit_fits) {
+            failures += failed;
+            EXPECT_TRUE(!failed || limit_fits);
+        };
+        fail_each(SystemCall::allocate, ENOMEM,
+                  [&] { write_picture_file(picture_in(shown), path, {.carried = &with}); });
+        EXPECT_GT(failures, 5);
+        if (name != "a.png" && name != "a.jpg") continue;
+        Carried again;
+        failures = 0;
+        fail_each(SystemCall::allocate, ENOMEM, [&] { read_picture_file(host, path, {}, &again); });
+        EXPECT_GT(failures, 5);
+        EXPECT_EQ(again.metadata.icc, with.metadata.icc);
+        EXPECT_EQ(again.metadata.iptc, with.metadata.iptc);
     }
 }
 
