@@ -86,7 +86,6 @@ void apply_to_many(const ApplyOptions& options, const ApplyWords& words) {
     OutputRule rule = options.rule;
     rule.pattern = options.output;
     const bool writes = !rule.into.empty() || !rule.pattern.empty() || rule.in_place;
-    if (writes && !chain.ends_with_picture()) throw wrong_usage("none of the calls makes a picture to be written");
     if (!writes && options.batch.skip_existing) throw wrong_usage("--skip-existing needs --into or -o");
     const Shard shard = options.shard.empty() ? Shard{} : shard_of(options.shard);
     const ExitStatus status = run_batch(plan(words.inputs, rule, shard), chain, options.batch);

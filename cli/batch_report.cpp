@@ -45,7 +45,6 @@ std::string as_json(const PlannedFile& file, FileStatus status, const FileRecord
 }  // namespace
 
 void FileTelling::note(tarvo_note kind, const std::string& line) {
-    if (kind == TARVO_NOTE_PIXELS) return;
     const bool always = kind == TARVO_NOTE_COMPLAINT || kind == TARVO_NOTE_MESSAGE || TARVO_IS_LOSS(kind);
     if (quiet_ && !always) return;
     lines_.push_back({false, (kind == TARVO_NOTE_COMPLAINT ? "warning: " : "note: ") + line});

@@ -89,7 +89,7 @@ public:
 
 private:
     void read() {
-        const bool draft = work_.options.draft && !work_.client && !chain_.calls().empty();
+        const bool draft = work_.options.draft && !work_.client;
         const PictureFile file =
             read_picture(work_.input, work_.options, listener_, false, draft ? chain_.calls().front().text : "");
         in_hand_ = InHand(file.picture);

@@ -24,7 +24,6 @@ public:
     void warn(const std::string& line) override { print("warning: ", line); }
     void note(tarvo_note kind, const std::string& line) override {
         switch (kind) {
-            case TARVO_NOTE_PIXELS: return;
             case TARVO_NOTE_MESSAGE: return print("message box: ", line);
             case TARVO_NOTE_COMPLAINT: return warn(line);
             case TARVO_NOTE_WAITING: return print("note: ", line);

@@ -42,9 +42,8 @@ private:
 
     // Returns how many bytes the last block had room for.
     std::size_t append(std::span<const std::uint8_t> bytes) {
-        const std::size_t in_block = size_ - (blocks_.empty() ? 0 : (blocks_.size() - 1) * kBlock);
-        const std::size_t count = blocks_.empty() ? 0 : std::min(kBlock - in_block, bytes.size());
-        if (count > 0) std::memcpy(blocks_.back().get() + in_block, bytes.data(), count);
+        const std::size_t in_block = size_ % kBlock, count = std::min(kBlock - in_block, bytes.size());
+        std::memcpy(blocks_.back().get() + in_block, bytes.data(), count);
         size_ += count;
         return count;
     }

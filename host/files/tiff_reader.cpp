@@ -111,7 +111,7 @@ Kind kind_of(const TiffHandle& file) {
     const bool inks = kind.colors == FilePixels::Colors::inks;
     if (kind.samples > kind.color_samples && !inks) kind.alpha = alpha_of(file);
     const bool whole_bytes = kind.bits == 8 || (kind.bits == 16 && !kind.has_palette());
-    const bool part_of_a_byte = kind.samples == 1 && !inks && (kind.bits == 1 || kind.bits == 2 || kind.bits == 4);
+    const bool part_of_a_byte = kind.samples == 1 && (kind.bits == 1 || kind.bits == 2 || kind.bits == 4);
     if (!whole_bytes && !part_of_a_byte)
         throw not_read("the pixels have " + std::to_string(kind.bits) + " bits a channel");
     const auto format = file.field<std::uint16_t>(TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_UINT);
