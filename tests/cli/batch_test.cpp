@@ -150,7 +150,7 @@ TEST_F(BatchTest, WrongUseIsTold) {
           "in/1.ppm 'Stretch(5, 1, 0)' --skip-existing", "in/1.ppm in/2.ppm 'Stretch(5, 1, 0)' -o 'out/{name}.bmp'",
           "in/1.ppm in/2.ppm 'Strech(5, 1, 0)' --into out"})
         EXPECT_EQ(apply(rest).status, 2) << rest;
-    for (const char* shard : {"0/3", "4/3", "1", "1/", "/3", "1/3x", "-1/3", "a/b"})
+    for (const char* shard : {"0/3", "4/3", "1", "1/", "/3", "1/3x", "1x3", "-1/3", "a/b"})
         EXPECT_EQ(apply("in/1.ppm 'Stretch(5, 1, 0)' --into out --shard=" + std::string(shard)).status, 2) << shard;
 }
 
@@ -352,6 +352,102 @@ TEST_F(BatchTest, HashesArePrintedBehindEachStep) {
     EXPECT_EQ(all[0] + '\n', shell("tarvo hash in/2.ppm").out);
     EXPECT_EQ(all[1].substr(64), "  TRV_Stretch");
     EXPECT_EQ(all[2].substr(0, 64), shell("tarvo hash out.ppm").out.substr(0, 64));
+}
+
+TEST_F(BatchTest, WhatANameLacksIsEmptyInAPattern) {
+    fs::copy_file(file("in/1.ppm"), file("plain"));
+    EXPECT_EQ(apply("plain in/2.ppm 'Stretch(2, 1, 0)' -o 'out/{dir}/{name}[{ext}].ppm'").status, 0);
+    EXPECT_EQ(names_in("out"), (Names{"in/2[ppm].ppm", "plain[].ppm"}));
+}
+
+TEST_F(BatchTest, AFileMayBeThereTwiceInAShard) {
+    EXPECT_EQ(apply("in/1.ppm in/1.ppm in/1.ppm 'Stretch(2, 1, 0)' -o 'out/{n}.ppm' --shard 2/3").status, 0);
+    EXPECT_EQ(names_in("out"), Names{"2.ppm"});
+}
+
+TEST_F(BatchTest, NamesThatLeadNowhereFailByThemselves) {
+    ASSERT_EQ(shell("ln -s loop loop").status, 0);
+    const Ending run = apply("loop/1.ppm in/2.ppm 'Stretch(2, 1, 0)' --into out --keep-going");
+    EXPECT_EQ(run.status, 1);
+    EXPECT_TRUE(holds(run.err, "tarvo: loop/1.ppm: cannot be opened: ")) << run.err;
+    EXPECT_EQ(names_in("out"), Names{"2.ppm"});
+}
+
+TEST_F(BatchTest, ALoneNameBehindAFileIsACallUnlessItIsAFile) {
+    const Ending call = apply("in/1.ppm Stretch --into out");
+    EXPECT_EQ(call.status, 2);
+    EXPECT_TRUE(holds(call.err, "Stretch")) << call.err;
+    EXPECT_FALSE(holds(call.err, "there is no call")) << call.err;
+    fs::copy_file(file("in/1.ppm"), file("Stretch"));
+    EXPECT_EQ(apply("in/1.ppm Stretch --into out").err, "tarvo: there is no call behind the file \"Stretch\"\n");
+}
+
+TEST_F(BatchTest, FoldersAreNoListsAndNoRecipes) {
+    for (const char* rest : {"in/1.ppm @in -o out.ppm", "'Stretch(5, 1, 0)' --files-from in --into out"}) {
+        const Ending run = apply(rest);
+        EXPECT_EQ(run.status, 3) << rest;
+        EXPECT_EQ(run.err, "tarvo: in: cannot be read\n");
+    }
+}
+
+// With the file's name; programs get lines that are all of them records.
+TEST_F(BatchTest, WhatCallsAnswerIsPrinted) {
+    const Ending answers = apply("in/1.ppm in/2.ppm 'RowBytes()'");
+    EXPECT_EQ(answers.status, 0) << answers.err;
+    EXPECT_TRUE(holds(answers.out, "in/1.ppm: TRV_RowBytes = 4\nin/1.ppm: done\nin/2.ppm: TRV_RowBytes = 8\n"))
+        << answers.out;
+    EXPECT_EQ(json_in(apply("in/1.ppm in/2.ppm 'RowBytes()' --json").out).size(), 3u);
+}
+
+TEST_F(BatchTest, QuietOnesTellOnlyOfFailures) {
+    const Ending run = apply("-q in/1.ppm in/2.ppm 'Stretch(0, 1, 0)' --into out --keep-going");
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.out, "0 done, 0 skipped, 2 failed\n");
+    EXPECT_TRUE(run.err.starts_with("tarvo: in/1.ppm: TRV_Stretch: error ")) << run.err;
+    EXPECT_TRUE(holds(run.err, "\ntarvo: in/2.ppm: TRV_Stretch: error ")) << run.err;
+}
+
+// Each line has the name of its file in front; message boxes and complaints are for quiet ones, too.
+TEST_F(BatchTest, WhatOperationsTellHasTheNameOfTheFile) {
+    const std::vector<std::string> files = {file("in/1.ppm"), file("in/2.ppm")};
+    const auto sample = [&](const std::string& call, bool quiet) {
+        std::vector<std::string> words = files;
+        words.push_back(call);
+        if (quiet) words.insert(words.begin(), "-q");
+        return apply_sample(words);
+    };
+    const auto of_both = [&](const std::string& line) { return files[0] + line + files[1] + line; };
+    for (const bool quiet : {false, true}) {
+        EXPECT_EQ(sample("Show()", quiet).err, of_both(": note: look here\n"));
+        const std::string complaints = sample("Misuse()", quiet).err;
+        EXPECT_TRUE(complaints.starts_with(files[0] + ": warning: Misuse: ")) << complaints;
+        EXPECT_TRUE(holds(complaints, '\n' + files[1] + ": warning: Misuse: ")) << complaints;
+        const std::string defects = sample("SamePicture(9)", quiet).err;
+        EXPECT_TRUE(defects.starts_with(files[0] + ": warning: SamePicture: error 9: ")) << defects;
+        EXPECT_EQ(sample("ColorNumber(5)", quiet).err,
+                  quiet ? "" : of_both(": note: ColorNumber: c: 5 is taken for &c000005\n"));
+    }
+}
+
+// How long it takes is told by the first file, which comes out of a pipe after more than a second.
+TEST_F(BatchTest, LongTimesAreToldInMinutesAndHours) {
+    text_file("in/5.ppm", "no picture");
+    const auto progress = [&](int files) {
+        std::string list = "slow.ppm\n";
+        for (int i = 1; i < files; ++i) list += "in/5.ppm\n";
+        text_file("list", list);
+        const Ending run = shell(
+            "mkfifo slow.ppm; (sleep 1.1; cat in/1.ppm >slow.ppm) & "
+            "script -qec \"tarvo apply 'Stretch(5, 1, 0)' --files-from list -o 'out/{n}.ppm' --jobs 1\" /dev/null; "
+            "rm slow.ppm");
+        const std::size_t begin = run.out.find("\r\033[K1 of " + std::to_string(files) + ", ");
+        EXPECT_NE(begin, std::string::npos) << run.out.substr(0, 300);
+        const std::string line = run.out.substr(std::min(begin, run.out.size()));
+        return line.substr(0, line.find(" left"));
+    };
+    const std::string minutes = progress(200), hours = progress(8000);
+    EXPECT_TRUE(holds(minutes, " a second, ") && holds(minutes, " min ") && minutes.ends_with(" s")) << minutes;
+    EXPECT_TRUE(holds(hours, " h ") && hours.ends_with(" min")) << hours;
 }
 
 }  // namespace

@@ -98,6 +98,7 @@ TEST_F(Drafts, AreLossesForPrograms) {
     ASSERT_EQ(line["losses"].size(), 1u);
     EXPECT_NE(line["losses"].dump().find("pixels differ"), std::string::npos);
     EXPECT_EQ(shell("tarvo apply --draft photo.jpg 'Stretch(20, 20)' -o x.ppm --losses=error").status, 1);
+    EXPECT_EQ(shell("tarvo apply -q --client --draft photo.jpg 'Stretch(20, 20)' -o client.ppm").err, "");
     EXPECT_FALSE(exists("x.ppm"));
 }
 

@@ -9,7 +9,9 @@
 
 #include <atomic>
 #include <chrono>
+#include <string>
 #include <thread>
+#include <vector>
 
 #include "temporary_folder.h"
 
@@ -95,6 +97,46 @@ TEST_F(PartFiles, ThatAreBeingMadeGoToo) {
     });
     EXPECT_FALSE(exists("late"));
     EXPECT_FALSE(exists("next"));
+}
+
+// So many that no watch is left for some: those are written all the same, and the signals come through again.
+TEST_F(PartFiles, BeyondThoseThatAreWatchedAreLetBe) {
+    constexpr int kMany = 300;
+    sigset_t before, now;
+    ::pthread_sigmask(SIG_SETMASK, nullptr, &before);
+    const auto is_let_through = [&](int signal) {
+        ::pthread_sigmask(SIG_SETMASK, nullptr, &now);
+        return ::sigismember(&now, signal) == ::sigismember(&before, signal);
+    };
+    {
+        std::vector<WatchedPart> parts(kMany);
+        for (WatchedPart& part : parts) {
+            part.tell(TARVO_PART_FILE_MAKING, -1, "");
+            EXPECT_FALSE(is_let_through(SIGTERM));
+            part.tell(TARVO_PART_FILE_MADE, folder_fd_, "part");
+            EXPECT_TRUE(is_let_through(SIGTERM));
+        }
+        for (WatchedPart& part : parts) {
+            part.tell(TARVO_PART_FILE_GONE, -1, "");
+            EXPECT_TRUE(is_let_through(SIGTERM));
+        }
+    }
+    make("of nobody");
+    ended_by(SIGTERM, [&] {
+        std::vector<WatchedPart> parts(kMany);
+        for (int i = 0; i < kMany; ++i) {
+            const std::string name = "part" + std::to_string(i);
+            parts[static_cast<std::size_t>(i)].tell(TARVO_PART_FILE_MAKING, -1, "");
+            make(name.c_str());
+            parts[static_cast<std::size_t>(i)].tell(TARVO_PART_FILE_MADE, folder_fd_, name.c_str());
+        }
+        ::raise(SIGTERM);
+        wait(10000);
+    });
+    EXPECT_FALSE(exists("part0"));
+    EXPECT_FALSE(exists("part255"));
+    EXPECT_TRUE(exists("part299"));
+    EXPECT_TRUE(exists("of nobody"));
 }
 
 }  // namespace

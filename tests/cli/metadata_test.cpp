@@ -232,5 +232,20 @@ TEST_F(ManyPhotographs, TakeNoMoreMemoryThanAFew) {
     EXPECT_LT(peak(2000), few + (std::size_t{4} << 20));
 }
 
+// TIFF files are read at any place, which pipes have not.
+TEST_F(Photographs, OfTiffMayComeThroughPipesAndHavePages) {
+    const std::vector<std::uint32_t> colors = {0x102030, 0x405060, 0x708090, 0xA0B0C0};
+    if (tool({"convert", ppm("a.ppm", 2, 2, colors), "-o", file("a.tif")}).status != 0)
+        GTEST_SKIP() << "this build has no TIFF";
+    EXPECT_EQ(shell("cat a.tif | tarvo convert - -o b.ppm").err, "");
+    EXPECT_EQ(colors_of(file("b.ppm")), colors);
+    std::string pages = bytes_of(file("a.tif"));
+    pages[pages.size() - 4] = 8;  // the place of the next directory
+    text_file("pages.tif", pages);
+    EXPECT_EQ(shell("tarvo convert pages.tif -o c.ppm").err,
+              "note: pages.tif has further pages: only the first is read\n");
+    EXPECT_EQ(colors_of(file("c.ppm")), colors);
+}
+
 }  // namespace
 }  // namespace tarvo::cli

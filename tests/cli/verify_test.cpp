@@ -51,6 +51,12 @@ TEST_F(HashTest, EscapesNamesAsSha256sumDoes) {
     EXPECT_EQ(shell("tarvo hash 'new\nline\\.ppm'").out, '\\' + hash + "  new\\nline\\\\.ppm\n");
 }
 
+TEST_F(HashTest, EscapesCarriageReturns) {
+    const std::string hash = tool({"hash", ppm("a.ppm", 1, 1, {0})}).out.substr(0, 64);
+    ASSERT_EQ(shell("cp a.ppm \"$(printf 'one\\rline.ppm')\"").status, 0);
+    EXPECT_EQ(shell("tarvo hash one*").out, '\\' + hash + "  one\\rline.ppm\n");
+}
+
 TEST_F(HashTest, GoesOnBehindAFileThatCannotBeRead) {
     ppm("a.ppm", 1, 1, {0});
     const Ending run = shell("tarvo hash none.ppm a.ppm");
@@ -288,7 +294,8 @@ TEST_F(VerifyTest, ManifestsAreCheckedLineByLine) {
          {hash + "  1x1  a", hash + " 1x1 rgb  a", hash + "  1x1 rgb", hash + "  1x1 rgb  ", hash + "  1x rgb  a",
           hash + "  1x1 cmyk  a", hash + "  1x1 rgb tolerance=1  a", hash + "  1x1 rgb tolerance=1:256  a",
           hash + "  1x1 rgb tolerance=-1:2  a", hash + "  1x1 rgb more  a", hash + "  1x1 rgb  a\\x",
-          hash.substr(1) + "  1x1 rgb  a", 'A' + hash.substr(1) + "  1x1 rgb  a", hash + "  99999x1 rgb  a"})
+          hash + "  1x1 rgb  a\\", hash.substr(1) + "  1x1 rgb  a", 'A' + hash.substr(1) + "  1x1 rgb  a",
+          hash + "  99999x1 rgb  a"})
         EXPECT_TRUE(holds(error(first + "# a comment\n\n" + line + "\n"), "list: line 4 is not HASH  ")) << line;
     EXPECT_TRUE(
         holds(error(first + hash + "  1x1 rgb  a\n" + hash + "  1x1 rgba  a\n"), "line 3 has a name again: \"a\""));
@@ -351,6 +358,53 @@ TEST_F(VerifyTest, TheFolderIsTheManifestsUnlessItIsTold) {
     ASSERT_EQ(shell("tarvo verify now/list --record").status, 0);
     EXPECT_EQ(shell("tarvo verify now/list").status, 0);
     EXPECT_EQ(shell("cd now && tarvo verify list -q").out, "3 same\n");
+}
+
+TEST_F(VerifyTest, MasksAreToldApart) {
+    const auto pam = [&](const std::string& name, char alpha) {
+        text_file(name, "P7\nWIDTH 1\nHEIGHT 1\nDEPTH 4\nMAXVAL 255\nTUPLTYPE RGB_ALPHA\nENDHDR\n" +
+                            std::string("\1\2\3") + alpha);
+    };
+    pam("now/m.pam", '\x40');
+    record();
+    EXPECT_TRUE(holds(manifest(), "  1x1 rgba  m.pam\n")) << manifest();
+    pam("now/m.pam", '\x7F');
+    const std::string changed = verify("--expected then").out;
+    EXPECT_TRUE(holds(changed, "#010203 of alpha 64 before and #010203 of alpha 127 now\n")) << changed;
+    text_file("now/m.pam", "P6 1 1 255\n\1\2\3");
+    pam("now/sub/c.ppm", '\x40');
+    const std::string told = verify("--expected then").out;
+    EXPECT_TRUE(holds(told, "m.pam: changed: it has no mask now: 1 of 1 pixels differ")) << told;
+    EXPECT_TRUE(holds(told, "sub/c.ppm: changed: it has a mask now: 1 of 1 pixels differ")) << told;
+}
+
+TEST_F(VerifyTest, ProgramsAreToldWhatIsToleratedAndWhatIsWrong) {
+    record();
+    ASSERT_EQ(shell("sed -i 's/ rgb  a/ rgb tolerance=1:3  a/' list").status, 0);
+    change_by(3);
+    text_file("now/b.ppm", "no picture");
+    const std::vector<Json> lines = json_lines();
+    ASSERT_GE(lines.size(), 3u);
+    EXPECT_EQ(lines[0]["result"], "same");
+    EXPECT_EQ(lines[0]["tolerated"], true);
+    EXPECT_FALSE(lines[2].contains("tolerated"));
+    EXPECT_TRUE(holds(lines[1]["message"], "now/b.ppm")) << lines[1];
+    EXPECT_FALSE(lines[0].contains("message"));
+    text_file("now/a.ppm", "no picture");
+    EXPECT_TRUE(holds(verify().err, "2 pictures cannot be read")) << verify().err;
+}
+
+TEST_F(VerifyTest, NamesComeBackWhateverIsInThem) {
+    ASSERT_EQ(shell("cp now/b.ppm \"$(printf 'now/one\\rline.ppm')\"; cp now/b.ppm 'now/b&\"c.ppm'; tarvo convert "
+                    "now/b.ppm -o now/s.trv")
+                  .status,
+              0);
+    record();
+    EXPECT_TRUE(holds(manifest(), "  s.trv\n")) << manifest();
+    EXPECT_EQ(verify("-q").out, "6 same\n");
+    ASSERT_EQ(shell("cp now/a.ppm 'now/b&\"c.ppm'").status, 0);
+    EXPECT_EQ(verify("--expected then --report page").status, 1);
+    EXPECT_TRUE(holds(bytes_of(file("page")), "b&amp;&quot;c.ppm"));
 }
 
 }  // namespace

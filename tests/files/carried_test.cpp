@@ -258,5 +258,101 @@ TEST_F(PngWays, OnlySoManyStreamsAreUnpacked) {
     EXPECT_EQ(chunks.finish(losses).icc, good);
 }
 
+TEST_F(PngWays, OfSeveralOfAKindTheFirstCounts) {
+    const auto resolution = [](std::uint8_t x, std::uint8_t y, std::uint8_t unit) {
+        return Bytes{0, 0, 0, x, 0, 0, 0, y, unit};
+    };
+    for (const char* text : {"one", "two"}) {
+        chunks.add("iCCP", bytes_of({"n\0\0", 3}) + packed(bytes_of(text)));
+        chunks.add("iTXt", bytes_of({"XML:com.adobe.xmp\0\0\0\0\0", 22}) + bytes_of(text));
+        chunks.add("eXIf", bytes_of(text));
+    }
+    for (const Bytes& useless : {resolution(0, 9, 1), resolution(9, 0, 1), Bytes(8)}) chunks.add("pHYs", useless);
+    chunks.add("pHYs", resolution(7, 8, 0));
+    chunks.add("pHYs", resolution(9, 9, 1));
+    const Metadata found = chunks.finish(losses);
+    EXPECT_EQ(found.icc, bytes_of("one"));
+    EXPECT_EQ(found.xmp, bytes_of("one"));
+    EXPECT_EQ(found.exif, bytes_of("one"));
+    EXPECT_EQ(found.resolution, (Resolution{7, 8, Resolution::Unit::none}));
+    EXPECT_TRUE(losses.empty());
+}
+
+TEST_F(PngWays, ChunksThatAreNotAsTheyShouldBeAreIgnored) {
+    const Bytes stream = packed(bytes_of("\n\n4\n00112233"));
+    chunks.add("iCCP", bytes_of("no end of its name"));
+    chunks.add("iCCP", bytes_of({"n\0", 2}));
+    chunks.add("iCCP", bytes_of({"n\0\1", 3}) + stream);  // another way to compress
+    chunks.add("zTXt", bytes_of({"Raw profile type xmp\0", 21}));
+    chunks.add("zTXt", bytes_of({"Raw profile type xmp\0\1", 22}) + stream);
+    chunks.add("tEXt", bytes_of({"Comment\0text", 12}));
+    chunks.add("iTXt", bytes_of({"Title\0\0\0\0\0text", 14}));
+    chunks.add("iTXt", bytes_of({"XML:com.adobe.xmp\0\0", 19}));
+    chunks.add("gAMA", Bytes(4));
+    add_raw("something", bytes_of("unknown"));
+    add_raw("APP1", bytes_of("neither of the two"));
+    const Metadata found = chunks.finish(losses);
+    EXPECT_TRUE(found.icc.empty() && found.xmp.empty() && found.exif.empty() && found.iptc.empty());
+    EXPECT_TRUE(losses.empty());
+}
+
+TEST_F(PngWays, DigitsHaveManyNames) {
+    const Bytes list = resource(0x0404, bytes_of("records"));
+    for (const char* type : {"iptc", "8bim", "APP13"}) {
+        chunks = {};
+        add_raw(type, list);
+        EXPECT_EQ(chunks.finish(losses).iptc, list) << type;
+    }
+    for (const char* type : {"icc", "icm"}) {
+        chunks = {};
+        add_raw(type, bytes_of("profile"), true);
+        EXPECT_EQ(chunks.finish(losses).icc, bytes_of("profile")) << type;
+    }
+    const Bytes marked = bytes_of({"http://ns.adobe.com/xap/1.0/\0", 29}) + bytes_of("<x/>");
+    for (const char* type : {"xmp", "APP1"}) {
+        chunks = {};
+        add_raw(type, marked);
+        EXPECT_EQ(chunks.finish(losses).xmp, bytes_of("<x/>")) << type;
+    }
+    chunks = {};
+    add_raw("xmp", bytes_of("<x/>"));
+    EXPECT_EQ(chunks.finish(losses).xmp, bytes_of("<x/>"));
+    EXPECT_TRUE(losses.empty());
+}
+
+TEST_F(PngWays, DigitsThatAreNotWhatTheySayAreToldAsDamaged) {
+    for (const char* text :
+         {"\nexif", "\nexif\nmany\n00", "\nexif\n9\n00", "\nexif\n4\n00zgZG11*22", "\nexif\n100\n0"}) {
+        chunks = {};
+        losses.clear();
+        chunks.add("tEXt", bytes_of({"Raw profile type exif\0", 22}) + bytes_of(text));
+        EXPECT_TRUE(chunks.finish(losses).exif.empty()) << text;
+        ASSERT_EQ(losses.size(), 1u) << text;
+        EXPECT_EQ(losses[0].words, "has metadata that are damaged: they are left out");
+    }
+    // Upper and lower case, and whatever stands between.
+    chunks = {};
+    chunks.add("tEXt", bytes_of({"Raw profile type exif\0", 22}) + bytes_of("\nexif\n    3\na B\ncDz9G0\n"));
+    EXPECT_EQ(chunks.finish(losses).exif, (Bytes{0xAB, 0xCD, 0x90}));
+}
+
+TEST_F(PngWays, StreamsThatAreDamagedOrTooLongAreTold) {
+    const auto loss = [&](const Bytes& stream) {
+        chunks = {};
+        losses.clear();
+        for (int i = 0; i < 2; ++i) chunks.add("iCCP", bytes_of({"n\0\0", 3}) + stream);
+        EXPECT_TRUE(chunks.finish(losses).icc.empty());
+        return losses.size() == 1 ? losses[0].words : "";
+    };
+    EXPECT_EQ(loss(bytes_of("no stream")), "has metadata that are damaged: they are left out");
+    EXPECT_EQ(loss(packed(Bytes(kMostMetadataBytes + 70000))), too_much_metadata().words);
+    chunks = {};
+    losses.clear();
+    for (int i = 0; i < 2; ++i)
+        chunks.add("iTXt", bytes_of({"XML:com.adobe.xmp\0\0\0\0\0", 22}) + Bytes(kMostMetadataBytes + 1, 'x'));
+    EXPECT_TRUE(chunks.finish(losses).xmp.empty());
+    EXPECT_EQ(losses.at(0).words, too_much_metadata().words);
+}
+
 }  // namespace
 }  // namespace tarvo::host

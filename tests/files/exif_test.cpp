@@ -292,5 +292,22 @@ TEST(Exif, OfAnythingElseIsNothing) {
     }
 }
 
+// What other directories hold is known, so that nothing else is taken for free.
+TEST(Exif, KnowsTheDirectoryBelowTheCameras) {
+    Block block(true);
+    block.directory(8, {{0x8769, kLong, 1, 100}});
+    block.directory(100, {{0xA005, kLong, 1, 200}});
+    block.directory(200, {{1, kAscii, 8, 300}});
+    const Exif found = read_exif(block.bytes);
+    const auto knows = [&](std::size_t place) {
+        return std::ranges::any_of(found.others, [place](const ExifRange& range) {
+            return range.place <= place && place < range.place + range.size;
+        });
+    };
+    EXPECT_TRUE(knows(200));
+    EXPECT_TRUE(knows(300));
+    EXPECT_FALSE(knows(400));
+}
+
 }  // namespace
 }  // namespace tarvo::host

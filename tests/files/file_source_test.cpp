@@ -112,5 +112,22 @@ TEST(FileSource, SaysNothingOfAPipeWithAWriter) {
     }
 }
 
+// Whoever cuts a file short while it is read ends the reading, and nothing else.
+TEST(FileSource, ThatBecomesShorterHasItsBytesNoLonger) {
+    const Folder folder;
+    const std::string path = folder.file("a");
+    write_bytes(path, counting(1000));
+    const FileSource file(path);
+    const BytePlaces* const places = file.places();
+    ASSERT_NE(places, nullptr);
+    FileBytes some(100);
+    EXPECT_TRUE(places->read_at(900, some));
+    EXPECT_FALSE(places->read_at(901, some));
+    ASSERT_EQ(::truncate(path.c_str(), 950), 0);
+    EXPECT_EQ(places->size(), 1000u);
+    EXPECT_FALSE(places->read_at(900, some));
+    EXPECT_TRUE(places->read_at(850, some));
+}
+
 }  // namespace
 }  // namespace tarvo::host

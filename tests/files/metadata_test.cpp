@@ -267,5 +267,139 @@ TEST(JpegSegments, HoldMetadataOfAnySizeThatFits) {
     EXPECT_EQ(again.icc, metadata.icc);
 }
 
+// An Exif block of two fractions and a unit; none where that is 0.
+Bytes exif_of_resolution(std::uint32_t x, std::uint32_t x_under, std::uint32_t y, std::uint32_t y_under,
+                         std::uint32_t unit) {
+    TiffBytes block;
+    std::vector<TiffBytes::Entry> entries = {{282, kRational, 1, 0}, {283, kRational, 1, 0}};
+    if (unit != 0) entries.push_back({296, kShort, 1, unit});
+    const auto behind = 8 + TiffBytes::bytes_for(static_cast<std::uint32_t>(entries.size()));
+    entries[0].value = behind;
+    entries[1].value = behind + 8;
+    block.directory(entries);
+    block.fraction(x, x_under), block.fraction(y, y_under);
+    return block.bytes();
+}
+
+TEST(Resolutions, OfExifCountInInchesOrCentimetres) {
+    using Unit = Resolution::Unit;
+    EXPECT_EQ(resolution_of_exif(exif_of_resolution(300, 2, 75, 1, 0)), (Resolution{150, 75, Unit::inch}));
+    EXPECT_EQ(resolution_of_exif(exif_of_resolution(300, 2, 75, 1, 2)), (Resolution{150, 75, Unit::inch}));
+    EXPECT_EQ(resolution_of_exif(exif_of_resolution(300, 2, 75, 1, 3)), (Resolution{150, 75, Unit::centimetre}));
+    EXPECT_FALSE(resolution_of_exif(exif_of_resolution(300, 2, 75, 1, 1)));
+    EXPECT_FALSE(resolution_of_exif(exif_of_resolution(0, 2, 75, 1, 2)));
+    EXPECT_FALSE(resolution_of_exif(exif_of_resolution(300, 0, 75, 1, 2)));
+    EXPECT_FALSE(resolution_of_exif(exif_of_resolution(300, 2, 0, 1, 2)));
+    EXPECT_FALSE(resolution_of_exif(exif_of_resolution(300, 2, 75, 0, 2)));
+    TiffBytes alone;
+    alone.directory({{282, kRational, 1, 26}});
+    alone.fraction(300, 1);
+    EXPECT_FALSE(resolution_of_exif(alone.bytes()));
+}
+
+TEST(Fitting, MissesNoResolutionThatExifTells) {
+    const auto losses_of = [](const Resolution& resolution) {
+        Metadata metadata;
+        metadata.exif = exif_of_resolution(300, 1, 150, 1, 2);
+        metadata.resolution = resolution;
+        Losses losses;
+        EXPECT_FALSE(fitting(metadata, {.exif = 1000}, false, losses).resolution);
+        return losses.size();
+    };
+    using Unit = Resolution::Unit;
+    EXPECT_EQ(losses_of({300, 150, Unit::inch}), 0u);
+    EXPECT_EQ(losses_of({300 / 2.54, 150 / 2.54, Unit::centimetre}), 0u);
+    EXPECT_EQ(losses_of({300, 300, Unit::inch}), 1u);
+    EXPECT_EQ(losses_of({150, 150, Unit::inch}), 1u);
+}
+
+TEST(Fitting, LeavesOutWhatItsFormatCannotTell) {
+    Metadata metadata;
+    metadata.resolution = Resolution{0.2, 300, Resolution::Unit::inch};
+    metadata.icc = profile("RGB ");
+    MetadataRoom room = {.icc = metadata.icc.size() - 1, .most_resolution = 65535};
+    Losses losses;
+    EXPECT_FALSE(fitting(metadata, room, false, losses).resolution);
+    ASSERT_EQ(losses.size(), 2u);
+    EXPECT_EQ(losses[0].words, "has no room for the resolution: it is left out");
+    EXPECT_EQ(losses[1].words,
+              "has no room for a color profile of " + std::to_string(metadata.icc.size()) + " bytes: it is left out");
+    losses.clear();
+    // The directory of large files is none that another could go into.
+    metadata = {.exif = bytes_of({"II+\0\x8\0\0\0\x10\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0", 24})};
+    EXPECT_TRUE(fitting(metadata, {.exif = 1000, .exif_is_merged = true}, false, losses).exif.empty());
+    EXPECT_EQ(losses.at(0).words, "has no room for Exif: it is left out");
+    EXPECT_EQ(fitting(metadata, {.exif = 1000}, false, losses).exif, metadata.exif);
+}
+
+TEST(Resolutions, WithoutAUnitStayAsTheyAre) {
+    using Unit = Resolution::Unit;
+    const Resolution inches{300, 72, Unit::inch};
+    EXPECT_EQ(inches.in(Unit::none), inches);
+    EXPECT_NE(inches, (Resolution{300, 73, Unit::inch}));
+    EXPECT_NE(inches, (Resolution{300, 72, Unit::centimetre}));
+}
+
+TEST(Xmp, BlanksOfEveryKindStandBeforeNames) {
+    for (const char blank : {' ', '\n', '\t', '\r'})
+        EXPECT_EQ(made_true(std::string("<d") + blank + "tiff:Orientation=\"6\"/>"),
+                  std::string("<d") + blank + "tiff:Orientation=\"1\"/>");
+    for (const char* packet : {"<tiff:Orientation a='1'>6</tiff:Orientation>", "<a tiff:Orientation=\"-6\"/>"})
+        EXPECT_EQ(made_true(packet), packet);
+}
+
+TEST(Xmp, ExtensionsGoIntoWholePacketsAlone) {
+    const std::string name(32, 'A'), good = "<rdf:RDF><e/></rdf:RDF>";
+    EXPECT_EQ(name_of_extension(bytes_of("<d xmpNote:HasExtendedXMP='short'/>")), "");
+    const auto whole = [](const std::string& packet, const std::string& more) {
+        return text_of(with_extension(bytes_of(packet), bytes_of(more)));
+    };
+    const std::string packet = "<rdf:RDF><d xmpNote:HasExtendedXMP='" + name + "'/></rdf:RDF>";
+    EXPECT_EQ(whole(packet, good), "<rdf:RDF><d/><e/></rdf:RDF>");
+    for (const char* more : {"</rdf:RDF><rdf:RDF", "<rdf:RDF</rdf:RDF>", "<rdf:RDF/></rdf:RDF>", "<rdf:RDF>"})
+        EXPECT_EQ(whole(packet, more), "") << more;
+    EXPECT_EQ(whole("<d xmpNote:HasExtendedXMP='" + name + "'/>", good), "") << "there is no list to go into";
+    EXPECT_EQ(whole("<rdf:RDF><xmpNote:HasExtendedXMP>" + name + "<b/></xmpNote:HasExtendedXMP></rdf:RDF>", good), "");
+}
+
+TEST_F(JpegMarkersTest, OthersThanThoseOfMetadataAreIgnored) {
+    add(2, "MPF", bytes_of("other"));
+    add(13, "Adobe_CM", bytes_of("other"));
+    add(2, {"ICC_PROFILE\0", 12}, Bytes{1});
+    add(1, {"http://ns.adobe.com/xmp/extension/\0", 35}, Bytes(39));
+    add_packet(name);
+    add_packet(std::string(32, 'B'));
+    const Metadata found = markers.finish(losses);
+    EXPECT_EQ(name_of_extension(found.xmp), name) << "of two the first counts";
+    EXPECT_TRUE(found.icc.empty() && found.iptc.empty() && found.xmp_extension.empty());
+    EXPECT_TRUE(losses.empty());
+}
+
+TEST_F(JpegMarkersTest, ExtensionsAreAsLongAsTheySay) {
+    add_packet(name);
+    add_extension(name, 5, 0, "abcd");
+    EXPECT_TRUE(markers.finish(losses).xmp_extension.empty());
+    EXPECT_EQ(losses.size(), 1u);
+    JpegMarkers unnamed;
+    markers = std::move(unnamed);
+    losses.clear();
+    add_extension(name, 4, 0, "abcd");
+    EXPECT_TRUE(markers.finish(losses).xmp_extension.empty());
+    EXPECT_EQ(losses.size(), 1u) << "which no packet names";
+}
+
+TEST_F(JpegMarkersTest, ProfilesAndExtensionsHaveALimitToo) {
+    const std::string part(65000, 'x');
+    add_packet(name);
+    for (std::size_t bytes = 0, i = 0; bytes < kMostMetadataBytes + 2 * part.size(); bytes += part.size(), ++i) {
+        add_profile(static_cast<int>(i) + 1, 255, bytes_of(part));
+        add_extension(name, kMostMetadataBytes, bytes, part);
+    }
+    const Metadata found = markers.finish(losses);
+    EXPECT_TRUE(found.icc.empty() && found.xmp_extension.empty());
+    ASSERT_EQ(losses.size(), 3u);
+    EXPECT_EQ(losses[2].words, too_much_metadata().words);
+}
+
 }  // namespace
 }  // namespace tarvo::host

@@ -10,6 +10,9 @@
 #include "file_samples.h"
 #include "jpeg_samples.h"
 #include "metadata_samples.h"
+#ifdef TARVO_TIFF
+#include "tiff_samples.h"
+#endif
 
 namespace tarvo::host {
 namespace {
@@ -175,6 +178,17 @@ TEST_F(SrgbTest, InksAreThoseOfTheProfile) {
         EXPECT_NEAR_COLOR(colors_of(read(file, false))[0], 0x00FFFFu);
     }
 }
+
+#ifdef TARVO_TIFF
+TEST_F(SrgbTest, InksOfTiffAreThoseOfTheProfile) {
+    TiffSample sample{1, 1, 8, 4, 5, {255, 0, 0, 0}};
+    sample.profile = purple_cyan();
+    const FileBytes file = tiff_file(sample);
+    EXPECT_NEAR_COLOR(colors_of(read(file))[0], srgb_of(kFullCyan));
+    EXPECT_TRUE(carried.losses.empty());
+    EXPECT_EQ(colors_of(read(file, false))[0], 0x00FFFFu);
+}
+#endif
 
 TEST_F(SrgbTest, InksWithoutAProfileAreConvertedPlainlyAndTold) {
     for (const FileBytes& made : {jpeg_file({1, 1, JpegColors::cmyk, {51, 102, 153, 128}}),

@@ -81,6 +81,7 @@ void write_page(TIFF* tiff, const TiffSample& sample) {
     TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, sample.planes ? PLANARCONFIG_SEPARATE : PLANARCONFIG_CONTIG);
     TIFFSetField(tiff, TIFFTAG_ORIENTATION, sample.orientation);
     if (sample.format != SAMPLEFORMAT_UINT) TIFFSetField(tiff, TIFFTAG_SAMPLEFORMAT, sample.format);
+    if (sample.ink_set != 0) TIFFSetField(tiff, TIFFTAG_INKSET, sample.ink_set);
     if (!sample.extras.empty())
         TIFFSetField(tiff, TIFFTAG_EXTRASAMPLES, static_cast<int>(sample.extras.size()), sample.extras.data());
     if (!sample.profile.empty())

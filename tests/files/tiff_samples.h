@@ -22,6 +22,7 @@ struct TiffSample {
     int format = 1;                           // of samples
     int pages = 1;
     std::vector<std::uint8_t> profile = {};
+    int ink_set = 0;  // 0: not told
 };
 
 std::vector<std::uint8_t> tiff_file(const TiffSample& sample);

@@ -228,6 +228,95 @@ TEST_F(TiffTest, KindsThatAreNotReadAreToldByName) {
     EXPECT_EQ(error({1, 1, 8, 1, kRgb, {1}}, [](auto&) {}), "the pixels have 1 samples, their colors 3");
 }
 
+// The file with another number for a tag that it has.
+FileBytes patched(FileBytes file, std::uint32_t tag, std::uint32_t value) {
+    const MemoryPlaces places(file);
+    TiffDirectories directories(places);
+    const auto page = directories.read(directories.first());
+    const TiffEntry* const entry = page ? page->find(tag) : nullptr;
+    EXPECT_NE(entry, nullptr) << tag;
+    const auto place = entry ? static_cast<std::size_t>(entry->value_place) : 0;
+    const std::size_t bytes = entry && entry->type == kShort ? 2 : 4;
+    for (std::size_t i = 0; i < bytes; ++i) file[place + i] = static_cast<std::uint8_t>(value >> 8 * i);
+    return file;
+}
+
+TEST_F(TiffTest, PhotometricsThatAreNotReadAreToldByName) {
+    const FileBytes grey = tiff_file({2, 2, 8, 1, kBlackIsZero, {1, 2, 3, 4}});
+    const std::pair<std::uint32_t, const char*> kinds[] = {{4, "a transparency mask"},
+                                                           {8, "L*a*b*"},
+                                                           {9, "L*a*b*"},
+                                                           {10, "L*a*b*"},
+                                                           {32844, "LogLuv"},
+                                                           {32845, "LogLuv"},
+                                                           {32803, "a camera's raw samples"},
+                                                           {99, "an unknown kind"}};
+    for (const auto& [photometric, name] : kinds)
+        EXPECT_EQ(error_of(patched(grey, kTiffPhotometric, photometric)),
+                  std::string("the pixels are of ") + name + ", which is not read");
+    EXPECT_EQ(error_of(patched(tiff_file({1, 1, 8, 3, kRgb, {1, 2, 3}}), kTiffPhotometric, kYcc)),
+              "the pixels are of YCbCr that is not JPEG, which is not read");
+    TiffSample inks{1, 1, 8, 4, kInks, {1, 2, 3, 4}};
+    inks.ink_set = 1;
+    EXPECT_EQ(error_of(tiff_file(inks)), "");
+    inks.ink_set = 2;
+    EXPECT_EQ(error_of(tiff_file(inks)), "the pixels are of inks other than CMYK, which is not read");
+    TiffSample palette{1, 1, 16, 1, kPalette, {1}};
+    palette.palette = noise(3 * 65536, 16);
+    EXPECT_EQ(error_of(tiff_file(palette)), "the pixels have 16 bits a channel, which is not read");
+}
+
+TEST_F(TiffTest, TilesOfImpossibleSizesAreDamage) {
+    TiffSample sample{40, 40, 1, 1, kBlackIsZero, noise(1600, 1)};
+    sample.tile = 16;
+    const FileBytes file = tiff_file(sample);
+    constexpr std::uint32_t kTileWidth = 322, kTileHeight = 323;
+    for (const std::uint32_t tag : {kTileWidth, kTileHeight})
+        for (const std::uint32_t side : {0u, 40000u, 0x7FFFFFF0u}) {
+            const std::string error = error_of(patched(file, tag, side));
+            EXPECT_TRUE(error.starts_with("damaged") || error == "cut short") << tag << ' ' << side << ": " << error;
+        }
+    EXPECT_TRUE(error_of(patched(file, kTileWidth, 20)).starts_with("damaged"));
+}
+
+TEST_F(TiffTest, OtherChannelsAreToldByTheirNumber) {
+    const ObjectRef picture = read(tiff_file({1, 1, 8, 4, kRgb, {1, 2, 3, 4}, {kOther}}));
+    EXPECT_EQ(colors_of(picture), Colors{0x010203});
+    EXPECT_EQ(carried.losses.at(0).words, "has 1 more channel: it is left out");
+    EXPECT_EQ(colors_of(read(tiff_file({1, 1, 8, 5, kInks, {51, 102, 153, 128, 7}, {kStraight}}))), Colors{0x664C33});
+    EXPECT_EQ(carried.losses.at(0).words, "has 1 more channel: it is left out");
+}
+
+TEST_F(TiffTest, PalettesMayHaveMasks) {
+    TiffSample sample{2, 1, 8, 2, kPalette, {1, 255, 2, 64}, {kStraight}};
+    sample.palette = std::vector<std::uint16_t>(3 * 256);
+    for (const std::size_t channel : {0u, 1u, 2u})
+        for (const std::size_t i : {1u, 2u})
+            sample.palette[channel * 256 + i] = static_cast<std::uint16_t>((channel * 16 + i) << 8);
+    const ObjectRef picture = read(tiff_file(sample));
+    EXPECT_EQ(colors_of(picture), (Colors{0x011121, 0x021222}));
+    EXPECT_EQ(mask_of(picture), (Colors{0, 0xBFBFBF}));
+}
+
+TEST_F(TiffTest, OneWideNumberMakesAPaletteWide) {
+    for (const std::size_t wide : {0u, 1u, 2u}) {
+        TiffSample sample{1, 1, 1, 1, kPalette, {1}};
+        sample.palette = {0, 255, 0, 255, 0, 255};
+        sample.palette[2 * wide + 1] = 0x3300;
+        EXPECT_EQ(colors_of(read(tiff_file(sample))), Colors{0x330000u >> 8 * wide});
+    }
+}
+
+TEST_F(TiffTest, GreysOfJpegAndOfNoTypeAreGreys) {
+    TiffSample sample{16, 16, 8, 1, kBlackIsZero, std::vector<std::uint16_t>(256, 100)};
+    sample.rows_in_a_strip = 16;
+    sample.compression = kJpeg;
+    for (const std::uint32_t color : colors_of(read(tiff_file(sample)))) EXPECT_EQ(color, 0x646464u);
+    sample.compression = 1;
+    sample.format = 4;
+    for (const std::uint32_t color : colors_of(read(tiff_file(sample)))) EXPECT_EQ(color, 0x646464u);
+}
+
 TEST_F(TiffTest, SizesAreBounded) {
     const FileBytes file = tiff_file({20, 20, 8, 3, kRgb, noise(1200, 8)});
     EXPECT_EQ(file_error([&] { decode_picture(host, file, {.max_pixels = 399}); }),
@@ -275,6 +364,12 @@ TEST_F(TiffTest, PipesAreRead) {
         int pixels = 0;
     };
     const FileBytes file = tiff_file({1000, 900, 8, 3, kRgb, noise(2700000, 8)});
+    {
+        const FileBytes part(file.begin(), file.end() - 1000);
+        Pipe cut(part);
+        Target target;
+        EXPECT_NE(file_error([&] { format_of_bytes(cut.ahead()).decode(cut, 1 << 20, target); }), "");
+    }
     for (const bool fits : {true, false}) {
         Pipe pipe(file);
         Target target;
@@ -378,6 +473,17 @@ Bytes block(bool big_endian) {
     made = made + bytes_of({"Camera\0\0", 8});
     put(1, 2), entry(kTiffMakerNote, 7, 9, 64), put(0, 4);
     return made + bytes_of({"note at 64", 10});
+}
+
+TEST_F(TiffTest, ResolutionsKeepTheirUnit) {
+    using Unit = Resolution::Unit;
+    const ObjectRef picture = host.new_picture({.width = 2, .height = 2});
+    for (const Resolution& resolution :
+         {Resolution{300, 150, Unit::none}, Resolution{300, 150, Unit::inch}, Resolution{300, 150, Unit::centimetre}}) {
+        const Carried before{.metadata = {.resolution = resolution}};
+        again(picture, {.carried = &before});
+        EXPECT_EQ(carried.metadata.resolution, resolution);
+    }
 }
 
 TEST_F(TiffTest, ABlockOfExifKeepsItsPlaces) {

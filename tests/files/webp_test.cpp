@@ -1,8 +1,12 @@
 // WebP files: what is written and read, without loss and with it, with metadata, animations, and of other makers.
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <webp/encode.h>
 #include <webp/mux.h>
+
+#include <algorithm>
+#include <thread>
 
 #include "file_samples.h"
 #include "metadata_samples.h"
@@ -232,6 +236,72 @@ TEST_F(WebpTest, ClaimsAreRefused) {
     FileBytes file = webp(random_picture(host, {.width = 20, .height = 20}, 3));
     file[6] = file[7] = 0x7F;
     EXPECT_EQ(error_of(file), "cut short");
+}
+
+TEST_F(WebpTest, EffortTellsWithLossToo) {
+    const ObjectRef picture = random_picture(host, {.width = 96, .height = 96}, 3);
+    for (int y = 0; y < 96; ++y)
+        for (int i = 0; i < 4 * 96; ++i) picture_in(picture).row(y)[i] = static_cast<std::uint8_t>(i * y / 40 & 0xF0);
+    std::size_t sizes[3] = {};
+    for (const Compression compression : {Compression::fast, Compression::normal, Compression::small}) {
+        const FileBytes file = webp(picture, {.quality = 50, .compression = compression});
+        EXPECT_EQ(colors_of(read(file)).size(), 96u * 96);
+        sizes[static_cast<std::size_t>(compression)] = file.size();
+    }
+    EXPECT_NE(sizes[0], sizes[1]);
+    EXPECT_NE(sizes[1], sizes[2]);
+    EXPECT_EQ(file_error([&] { webp(host.new_picture({.width = 1, .height = 16384})); }),
+              "the size is 1 x 16384 pixels, a side of WebP may have 16383");
+}
+
+TEST_F(WebpTest, EachKindOfMetadataGoesThroughAlone) {
+    const ObjectRef picture = random_picture(host, {.width = 8, .height = 8}, 7);
+    for (const Bytes Metadata::*kind : {&Metadata::exif, &Metadata::xmp, &Metadata::icc}) {
+        Metadata all;
+        all.exif = exif_of_orientation(1);
+        all.xmp = bytes_of("<x:xmpmeta/>");
+        all.icc = profile("RGB ");
+        Carried before;
+        before.metadata = without(all, kAllMetadata);
+        const_cast<Bytes&>(before.metadata.*kind) = all.*kind;
+        EXPECT_EQ(colors_of(read(webp(picture, {.carried = &before}))), colors_of(picture));
+        EXPECT_EQ(carried.metadata.exif, before.metadata.exif);
+        EXPECT_EQ(carried.metadata.xmp, before.metadata.xmp);
+        EXPECT_EQ(carried.metadata.icc, before.metadata.icc);
+    }
+}
+
+TEST_F(WebpTest, MetadataBeyondTheLimitAreLeftOutAndToldOnce) {
+    const Bytes much(kMostMetadataBytes + 1, 'x');
+    const ObjectRef picture = random_picture(host, {.width = 3, .height = 2}, 9);
+    FileBytes file = with_chunk(webp(picture), "EXIF", much);
+    const Bytes chunk = bytes_of("XMP ") + Bytes{1, 0, 0x80, 0} + much + Bytes(1);
+    file = file + chunk;
+    const std::uint32_t behind_head = static_cast<std::uint32_t>(file.size()) - 8;
+    for (int i = 0; i < 4; ++i) file[static_cast<std::size_t>(4 + i)] = static_cast<std::uint8_t>(behind_head >> 8 * i);
+    EXPECT_EQ(colors_of(read(file)), colors_of(picture));
+    EXPECT_TRUE(carried.metadata.exif.empty() && carried.metadata.xmp.empty());
+    ASSERT_EQ(carried.losses.size(), 1u);
+    EXPECT_EQ(carried.losses[0].words, too_much_metadata().words);
+}
+
+// How long it is nobody knows before.
+TEST_F(WebpTest, PipesAreReadToTheirEnd) {
+    const FileBytes file = webp(random_picture(host, {.width = 64, .height = 64}, 3));
+    const Folder folder;
+    const auto error = [&](std::size_t length) {
+        const std::string path = folder.file("pipe" + std::to_string(length));
+        EXPECT_EQ(::mkfifo(path.c_str(), 0600), 0);
+        std::thread writer([&] {
+            write_bytes(path, {file.begin(), file.begin() + static_cast<std::ptrdiff_t>(length)});
+        });
+        const std::string message = file_error([&] { read_picture_file(host, path); });
+        writer.join();
+        return message.substr(std::min(path.size(), message.size()));
+    };
+    EXPECT_EQ(error(file.size()), "");
+    EXPECT_EQ(error(file.size() - 1), ": cut short");
+    EXPECT_EQ(error(100), ": cut short");
 }
 
 TEST(WebpLimits, OfMemoryAreAllOfAFile) {

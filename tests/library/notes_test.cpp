@@ -265,6 +265,7 @@ TEST(LibraryResults, TellTheirNamesTextsAndTime) {
     EXPECT_EQ(averages.operation(), "TRV_GetAverageRGB");
     EXPECT_EQ(averages.outputs(), (Lines{"red", "green", "blue"}));
     EXPECT_EQ(averages.text("red"), std::to_string(averages.output("red")->as.integer));
+    EXPECT_THROW(averages.text("violet"), Error);
     EXPECT_EQ(averages.text(), "nil");
     EXPECT_GE(averages.milliseconds(), 0);
     EXPECT_LT(averages.milliseconds(), 10000);

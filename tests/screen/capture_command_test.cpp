@@ -49,6 +49,14 @@ TEST_F(CaptureCommand, WritesTheScreenToAFile) {
     }
 }
 
+TEST_F(CaptureCommand, IsHeldToItsLimits) {
+    const TestServer server(60, 40, 24);
+    const cli::Ending run = capture({"--max-memory", "1000"}, server.display());
+    EXPECT_EQ(run.status, 1);
+    EXPECT_NE(run.err.find("the limit is 1000 (--max-memory)"), std::string::npos) << run.err;
+    EXPECT_FALSE(exists("screen.pam"));
+}
+
 TEST_F(CaptureCommand, FailsWithoutADisplay) {
     EXPECT_EQ(capture({}, ":61234").status, 1);
     EXPECT_FALSE(exists("screen.pam"));
