@@ -77,8 +77,9 @@ constexpr StoreMode store_mode_for(std::int64_t bytes, WritingOrder order = Writ
     return kWritesPastCaches && bytes >= streamed_bytes ? StoreMode::streamed : StoreMode::cached;
 }
 
-// Writes one cache line to an aligned address, past the caches if the compiler knows how. An ordinary store reads each line
-// before it overwrites it, which is a third of the memory traffic of a large picture. No plain loop compiles to this.
+// Writes one cache line to an aligned address, past the caches if the compiler knows how. An ordinary store reads each
+// line before it overwrites it, which is a third of the memory traffic of a large picture. No plain loop compiles to
+// this.
 TARVO_INLINED inline void stream_cache_line(const std::uint8_t* line, std::uint8_t* to) {
 #if defined(__SSE2__)
     for (std::size_t i = 0; i < kCacheLine; i += sizeof(__m128i))
