@@ -60,6 +60,8 @@ struct PictureGroup {
 };
 
 using Manifest = std::map<Recipe, PictureGroup>;
+// A group, below its recipe.
+using ListedGroup = Manifest::value_type;
 
 // What a line is called: "coffee.png", or "coffee.png @ Stretch(fit(300)) @ Downsample(4)".
 std::string title(const std::string& name, const Recipe& recipe);

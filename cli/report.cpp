@@ -2,12 +2,12 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string_view>
 #include <tuple>
 
 #include "command_error.h"
-#include "library_errors.h"
 #include "whole_file.h"
 
 namespace tarvo::cli {
@@ -91,35 +91,37 @@ std::string table(const Difference& difference) {
            "</table>\n";
 }
 
-// Pictures of a finding, those of them that can be read.
-class Gallery {
-public:
-    explicit Gallery(const VerifiedPictures& pictures) : pictures_(pictures) {}
-
-    std::string of(const Finding& finding) const {
-        Picture expected, found;
-        try {
-            if (finding.expected) expected = pictures_.expected(finding.name, *finding.recipe, *finding.expected);
-        } catch (const CommandError&) {
-        }
-        try {
-            if (finding.found) found = pictures_.found(finding.name, *finding.recipe, recipe_chain(*finding.recipe));
-        } catch (const CommandError&) {
-        }
-        std::string html = "<div class=\"pictures\">\n";
-        if (expected) html += figure(expected, "expected");
-        if (found) html += figure(found, "found");
-        if (finding.difference && expected && found) {
-            const int largest = finding.difference->largest_of_all();
-            html += figure(amplified(Pixels(expected), Pixels(found), largest),
-                           "the difference, " + std::to_string(255 / std::max(largest, 1)) + " times as large");
-        }
-        return html + "</div>\n";
+// None where there is nothing to read, or no longer.
+template <class Read>
+Picture picture_of(const std::optional<PictureEntry>& entry, Read read) {
+    try {
+        return entry ? read(*entry) : Picture();
+    } catch (const CommandError&) {
+        return {};
     }
+}
 
-private:
-    const VerifiedPictures& pictures_;
-};
+bool are_of_one_size(const Picture& a, const Picture& b) {
+    return a && b && a.width() == b.width() && a.height() == b.height();
+}
+
+// Files may be others by now than when they were compared.
+std::string pictures_of(const Finding& finding, const VerifiedPictures& pictures) {
+    const Picture expected = picture_of(finding.expected, [&](const PictureEntry& listed) {
+        return pictures.expected(finding.name, finding.recipe(), listed);
+    });
+    const Picture found =
+        picture_of(finding.found, [&](const PictureEntry&) { return pictures.found(finding.name, *finding.group); });
+    std::string html = "<div class=\"pictures\">\n";
+    if (expected) html += figure(expected, "expected");
+    if (found) html += figure(found, "found");
+    if (finding.difference && are_of_one_size(expected, found)) {
+        const int largest = finding.difference->largest_of_all();
+        html += figure(amplified(Pixels(expected), Pixels(found), largest),
+                       "the difference, " + std::to_string(255 / std::max(largest, 1)) + " times as large");
+    }
+    return html + "</div>\n";
+}
 
 bool is_shown(const Finding& finding) { return finding.outcome != Outcome::same; }
 
@@ -129,7 +131,7 @@ bool comes_first(const Finding* a, const Finding* b) {
         return finding.difference ? finding.difference->largest_of_all() : 256;
     };
     return weight(*a) != weight(*b) ? weight(*a) > weight(*b)
-                                    : std::tie(a->name, *a->recipe) < std::tie(b->name, *b->recipe);
+                                    : std::tie(a->name, a->recipe()) < std::tie(b->name, b->recipe());
 }
 
 }  // namespace
@@ -144,17 +146,12 @@ void write_report(const std::string& path, const std::vector<Finding>& findings,
     WholeFile file(path, WholeFile::Old::replaced);
     file.write(kHead);
     file.write("<p>" + escaped_html(summary(findings)) + "</p>\n");
-    const Gallery gallery(pictures);
     for (const Finding* finding : shown) {
-        file.write("<h2>" + escaped_html(title(finding->name, *finding->recipe)) + "</h2>\n<p>" +
+        file.write("<h2>" + escaped_html(title(finding->name, finding->recipe())) + "</h2>\n<p>" +
                    in_words(finding->outcome) + (finding->remark.empty() ? "" : ": " + escaped_html(finding->remark)) +
                    "</p>\n");
         if (finding->difference) file.write(table(*finding->difference));
-        try {
-            file.write(gallery.of(*finding));
-        } catch (const Error& error) {
-            throw command_error(error);
-        }
+        file.write(pictures_of(*finding, pictures));
     }
     file.write("</body>\n</html>\n");
     file.commit(listener);

@@ -64,11 +64,10 @@ class Verifier {
 public:
     explicit Verifier(const VerifiedPictures& pictures) : pictures_(pictures) {}
 
-    Finding look_at(const std::string& name, const Recipe& recipe, const PictureGroup& group) const {
-        const PictureEntry& expected = group.entries.at(name);
-        if (!pictures_.is_there(name, group.chain)) return {name, &recipe, Outcome::missing, expected};
-        Finding finding{name, &recipe, Outcome::unreadable, expected};
-        if (const Picture found = found_picture(group.chain, finding)) {
+    Finding look_at(const std::string& name, const PictureEntry& expected, const ListedGroup& group) const {
+        if (!pictures_.is_there(name, group)) return {name, &group, Outcome::missing, expected};
+        Finding finding{name, &group, Outcome::unreadable, expected};
+        if (const Picture found = found_picture(finding)) {
             finding.outcome = expected.is_same(*finding.found) ? Outcome::same : Outcome::changed;
             if (finding.outcome == Outcome::changed) compare(found, finding);
         }
@@ -76,21 +75,21 @@ public:
     }
 
     Finding not_listed(const std::string& name) const {
-        static const Recipe none;
-        Finding finding{name, &none, Outcome::unreadable};
-        if (found_picture(recipe_chain({}), finding)) finding.outcome = Outcome::not_listed;
+        static const ListedGroup no_group(Recipe{}, Recipe{});
+        Finding finding{name, &no_group, Outcome::unreadable};
+        if (found_picture(finding)) finding.outcome = Outcome::not_listed;
         return finding;
     }
 
 private:
     // None where the finding tells why.
-    Picture found_picture(const Chain& chain, Finding& finding) const {
+    Picture found_picture(Finding& finding) const {
         try {
-            Picture found = pictures_.found(finding.name, *finding.recipe, chain);
+            Picture found = pictures_.found(finding.name, *finding.group);
             finding.found = PictureEntry::of(found);
             return found;
         } catch (const CommandError& error) {
-            const bool failed_call = !finding.recipe->empty() && error.status() == ExitStatus::operation_failed;
+            const bool failed_call = !finding.recipe().empty() && error.status() == ExitStatus::operation_failed;
             if (failed_call) finding.outcome = Outcome::changed;
             finding.remark = (failed_call ? "there is no picture now: " : "") + std::string(error.what());
             return {};
@@ -109,7 +108,7 @@ private:
             return;
         }
         try {
-            measure(pictures_.expected(finding.name, *finding.recipe, before), found, finding);
+            measure(pictures_.expected(finding.name, finding.recipe(), before), found, finding);
         } catch (const CommandError& error) {
             finding.remark = error.what();
         }
@@ -146,7 +145,7 @@ const char* in_words(Outcome outcome) {
 }
 
 std::string Finding::in_line() const {
-    std::string line = title(name, *recipe) + ": " + in_words(outcome);
+    std::string line = title(name, recipe()) + ": " + in_words(outcome);
     if (!remark.empty()) line += ": " + remark;
     if (difference) line += ": " + in_words(*difference, *expected);
     return line;
@@ -155,19 +154,20 @@ std::string Finding::in_line() const {
 VerifiedPictures::VerifiedPictures(const VerifiedFolders& folders, Listener& listener)
     : folders_(folders), listener_(listener), names_(picture_names(folders.found)) {}
 
-bool VerifiedPictures::is_there(const std::string& name, const Chain& chain) const {
+bool VerifiedPictures::is_there(const std::string& name, const ListedGroup& group) const {
     // A listed name may end otherwise than those that are looked for.
     std::error_code error;
-    return chain.begins_with_nothing() || names_.count(name) > 0 ||
+    return group.second.chain.begins_with_nothing() || names_.count(name) > 0 ||
            std::filesystem::exists(path_in(folders_.found, name), error);
 }
 
-Picture VerifiedPictures::found(const std::string& name, const Recipe& recipe, const Chain& chain) const {
+Picture VerifiedPictures::found(const std::string& name, const ListedGroup& listed) const {
+    const auto& [recipe, group] = listed;
     FileWork work;
-    if (!chain.begins_with_nothing()) work.input = path_in(folders_.found, name);
+    if (!group.chain.begins_with_nothing()) work.input = path_in(folders_.found, name);
     work.options.limits = folders_.limits;
     AmissAlone listener(listener_, recipe.empty() ? "" : title(name, recipe) + ": ");
-    return make_picture(work, chain, listener);
+    return make_picture(work, group.chain, listener);
 }
 
 Picture VerifiedPictures::read_expected(const std::string& name, Listener& listener) const {
@@ -198,14 +198,14 @@ std::vector<Finding> verify(const Manifest& manifest, const VerifiedPictures& pi
     const Verifier verifier(pictures);
     std::set<std::string> unlisted = pictures.names();
     std::vector<Finding> findings;
-    for (const auto& [recipe, group] : manifest)
-        for (const auto& [name, entry] : group.entries) {
-            if (!group.chain.begins_with_nothing()) unlisted.erase(name);
-            findings.push_back(verifier.look_at(name, recipe, group));
+    for (const ListedGroup& listed : manifest)
+        for (const auto& [name, entry] : listed.second.entries) {
+            if (!listed.second.chain.begins_with_nothing()) unlisted.erase(name);
+            findings.push_back(verifier.look_at(name, entry, listed));
         }
     for (const std::string& name : unlisted) findings.push_back(verifier.not_listed(name));
     std::sort(findings.begin(), findings.end(), [](const Finding& a, const Finding& b) {
-        return std::tie(*a.recipe, a.name) < std::tie(*b.recipe, b.name);
+        return std::tie(a.recipe(), a.name) < std::tie(b.recipe(), b.name);
     });
     return findings;
 }

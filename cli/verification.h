@@ -23,12 +23,13 @@ const char* in_words(Outcome outcome);
 
 struct Finding {
     std::string name;
-    const Recipe* recipe;  // above it, in the manifest
+    const ListedGroup* group;
     Outcome outcome;
     std::optional<PictureEntry> expected = {}, found = {};
     std::optional<Difference> difference = {};  // where both pictures are there, of one size
     std::string remark = {};                    // what there is to say besides
 
+    const Recipe& recipe() const { return group->first; }
     // "coffee.png: changed: 12 of 4000 pixels differ, ..."
     std::string in_line() const;
 };
@@ -47,8 +48,8 @@ public:
     // The files that are looked for.
     const std::set<std::string>& names() const { return names_; }
     // Whether there is what a group makes its picture of that name of.
-    bool is_there(const std::string& name, const Chain& chain) const;
-    Picture found(const std::string& name, const Recipe& recipe, const Chain& chain) const;
+    bool is_there(const std::string& name, const ListedGroup& group) const;
+    Picture found(const std::string& name, const ListedGroup& group) const;
 
     const std::string& expected_folder() const { return folders_.expected; }
     // Without a recipe the file of that name. What a recipe made may have any name: it is the file whose pixels are

@@ -66,7 +66,7 @@ void print_as_json(const std::vector<Finding>& findings) {
     for (const Finding& finding : findings) {
         const bool tolerated = finding.outcome == Outcome::tolerated;
         Json line = {{"name", finding.name}};
-        if (!finding.recipe->empty()) line["recipe"] = *finding.recipe;
+        if (!finding.recipe().empty()) line["recipe"] = finding.recipe();
         line["result"] = in_words(tolerated ? Outcome::same : finding.outcome);
         if (tolerated) line["tolerated"] = true;
         if (!finding.remark.empty()) line["message"] = finding.remark;
@@ -142,7 +142,7 @@ public:
         for (const auto& [recipe, group] : manifest_)
             if (is_meant(recipe))
                 for (const auto& [name, entry] : group.entries) names.insert(name);
-        const Place* const told = told_group();
+        const ListedGroup* const told = told_group();
         if (!told || !told->second.chain.begins_with_nothing())
             names.insert(pictures_.names().begin(), pictures_.names().end());
         for (const std::string& name : names) take(name);
@@ -150,20 +150,20 @@ public:
 
     // Every line of that name; where there is none, a new one.
     void take(const std::string& name) {
-        Place* const told = told_group();
+        ListedGroup* const told = told_group();
         bool is_listed = false;
-        for (auto& place : manifest_) {
-            const auto listed = place.second.entries.find(name);
-            if (!is_meant(place.first) || listed == place.second.entries.end()) continue;
+        for (ListedGroup& each : manifest_) {
+            const auto listed = each.second.entries.find(name);
+            if (!is_meant(each.first) || listed == each.second.entries.end()) continue;
             is_listed = true;
-            renew(place, listed);
+            renew(each, listed);
         }
         if (is_listed) return;
         if (pictures_.names().count(name) == 0)
             throw CommandError(ExitStatus::wrong_usage, host::quoted(name) + " is neither listed in " +
                                                             options_.manifest + " nor a picture in " +
                                                             options_.folders.found);
-        Place& group = told ? *told : usual_group();
+        ListedGroup& group = told ? *told : usual_group();
         if (group.second.chain.begins_with_nothing())
             throw CommandError(ExitStatus::wrong_usage,
                                host::quoted(name) + " is not listed: the recipe makes its picture of nothing");
@@ -185,12 +185,10 @@ public:
     }
 
 private:
-    using Place = Manifest::value_type;
-
     bool is_meant(const Recipe& recipe) const { return !options_.recipe || *options_.recipe == recipe; }
 
     // Null when none was told.
-    Place* told_group() {
+    ListedGroup* told_group() {
         if (!options_.recipe) return nullptr;
         const auto group = manifest_.find(*options_.recipe);
         if (group == manifest_.end())
@@ -199,28 +197,28 @@ private:
         return &*group;
     }
     // Where a picture goes of which nothing is told: to the only group that takes any, else to that without a recipe.
-    Place& usual_group() {
+    ListedGroup& usual_group() {
         const bool only = manifest_.size() == 1 && !manifest_.begin()->second.chain.begins_with_nothing();
         return only ? *manifest_.begin() : *manifest_.try_emplace(Recipe{}, Recipe{}).first;
     }
 
-    PictureEntry entry_of(const std::string& name, const Place& group) const {
+    PictureEntry entry_of(const std::string& name, const ListedGroup& group) const {
         try {
-            return PictureEntry::of(pictures_.found(name, group.first, group.second.chain));
+            return PictureEntry::of(pictures_.found(name, group));
         } catch (const CommandError& error) {
             if (group.first.empty() || error.status() != ExitStatus::operation_failed) throw;
             throw CommandError(error.status(), title(name, group.first) + ": " + error.what(), error.code());
         }
     }
 
-    void add(Place& group, const std::string& name) {
+    void add(ListedGroup& group, const std::string& name) {
         group.second.entries.emplace(name, entry_of(name, group));
         tell(name, group, "added", added_);
     }
 
-    void renew(Place& group, Entries::iterator listed) {
+    void renew(ListedGroup& group, Entries::iterator listed) {
         const std::string name = listed->first;
-        if (!pictures_.is_there(name, group.second.chain)) {
+        if (!pictures_.is_there(name, group)) {
             group.second.entries.erase(listed);
             return tell(name, group, "removed", removed_);
         }
@@ -231,7 +229,7 @@ private:
         tell(name, group, "updated", updated_);
     }
 
-    void tell(const std::string& name, const Place& group, const char* what, std::size_t& number) {
+    void tell(const std::string& name, const ListedGroup& group, const char* what, std::size_t& number) {
         ++number;
         console_.say(title(name, group.first) + ": " + what);
     }

@@ -347,6 +347,27 @@ TEST_F(VerifyTest, TheReportShowsBothPicturesAndTheDifference) {
     EXPECT_EQ(verify("--expected then --report none/out.html").status, 3);
 }
 
+// The last one is a pipe: when that is read, all others have been, and the report reads them again.
+TEST_F(VerifyTest, FilesMayChangeWhileTheyAreVerified) {
+    const auto paint = [&](std::uint32_t color) {
+        for (const char* name : {"gone", "gone-then", "higher", "wider"})
+            ppm(std::string("now/") + name + ".ppm", 2, 2, std::vector<std::uint32_t>(4, color));
+    };
+    paint(7);
+    ppm("now/z.ppm", 1, 1, {7});
+    record();
+    paint(9);
+    const Ending run = shell(
+        "rm now/z.ppm; mkfifo now/z.ppm; tarvo verify list now --expected then --report page -q >told & "
+        "exec 3>now/z.ppm; rm now/gone.ppm then/gone-then.ppm; printf 'P6 2 1 255 yyyyyy' >now/higher.ppm; "
+        "printf 'P6 1 2 255 yyyyyy' >now/wider.ppm; cat then/z.ppm >&3; exec 3>&-; wait $!");
+    EXPECT_EQ(run.status, 1) << run.err;
+    EXPECT_TRUE(holds(bytes_of(file("told")), "\n4 same, 4 changed\n")) << bytes_of(file("told"));
+    EXPECT_EQ(shell("grep -o '<figcaption>[^<]*' page | cut -d'>' -f2 | tr '\n' ' '").out,
+              "found expected expected found expected found ")
+        << "gone-then, gone, higher, wider";
+}
+
 TEST_F(VerifyTest, NamesMayHaveAnyCharacters) {
     ASSERT_EQ(shell("mv now/a.ppm 'now/two  blanks \\ and\na line.ppm'").status, 0);
     record();
