@@ -39,8 +39,11 @@ public:
         const InterruptedSoftly interrupts;
         const std::size_t jobs = options_.jobs != 0 ? options_.jobs : std::thread::hardware_concurrency();
         std::vector<std::thread> threads;
-        for (std::size_t i = 1; i < std::min({jobs, files_.size(), kMostJobs}); ++i)
-            threads.emplace_back([this] { work(); });
+        try {
+            for (std::size_t i = 1; i < std::min({jobs, files_.size(), kMostJobs}); ++i)
+                threads.emplace_back([this] { work(); });
+        } catch (const std::system_error&) {  // those that there are will do
+        }
         work();
         for (std::thread& thread : threads) thread.join();
         report_.finish();

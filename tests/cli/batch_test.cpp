@@ -55,6 +55,15 @@ TEST_F(BatchTest, ResultsKeepTheirNamesInAFolder) {
     EXPECT_EQ(apply("-q in/1.ppm in/2.ppm 'Stretch(9, 1, 0)' --into out/new").out, "");
 }
 
+// There is room for the stacks of some.
+TEST_F(BatchTest, WhereNoMoreThreadsBeginThoseThatThereAreWillDo) {
+    if (test::kAddressesWatched) GTEST_SKIP() << "the sanitizer's memory would count as well";
+    for (int i = 1; i <= 40; ++i) ppm("in/sub/" + std::to_string(i) + ".ppm", 1, 1, {7});
+    const Ending run = shell("ulimit -v 250000; tarvo apply --jobs 40 in/sub/*.ppm 'Stretch(2, 1)' --into out");
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(names_in("out").size(), 40u);
+}
+
 TEST_F(BatchTest, NamesAreMadeByAPattern) {
     ppm("in/sub/9.ppm", 1, 1, {0});
     const Ending run = apply("in/1.ppm in/sub/9.ppm 'Stretch(2, 1, 0)' -o 'out/{dir}/{n}-{name}.{ext}.png'");
