@@ -9,6 +9,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "apply_words.h"
@@ -270,7 +271,8 @@ void verify_command(VerifyOptions options) {
     }
     if (!options.report.empty() && options.folders.expected.empty())
         throw CommandError(ExitStatus::wrong_usage, "--report needs --expected: the pictures as they were");
-    if (options.record && std::filesystem::exists(std::filesystem::symlink_status(options.manifest)))
+    std::error_code unseen;  // which writing it tells
+    if (options.record && std::filesystem::exists(std::filesystem::symlink_status(options.manifest, unseen)))
         throw CommandError(ExitStatus::file_error,
                            options.manifest + " is there already; --update NAME... or --update-all change it");
     if (options.changes())

@@ -121,6 +121,9 @@ TEST_F(VerifyTest, NeverReplacesAManifestByRecording) {
     ASSERT_EQ(shell("ln -sf nowhere list").status, 0);
     EXPECT_EQ(shell("tarvo verify list now --record").status, 3);
     EXPECT_FALSE(exists("nowhere"));
+    const Ending looped = shell("ln -s loop loop; tarvo verify loop/list now --record -q");
+    EXPECT_EQ(looped.status, 3);
+    EXPECT_TRUE(holds(looped.err, "loop/list: ")) << looped.err;
 }
 
 TEST_F(VerifyTest, TellsWhatIsChangedMissingAndNotListed) {
