@@ -1,5 +1,6 @@
 #include "chain.h"
 
+#include "library_errors.h"
 #include "shown_text.h"
 
 namespace tarvo::cli {
@@ -15,11 +16,7 @@ bool gives_picture_on_nothing(const std::string& call) {
 
 }  // namespace
 
-std::string Call::label(std::string_view name) const {
-    const std::string shown_name = host::shown(host::beginning(name, 40));
-    if (number == 0) return shown_name;
-    return "call " + std::to_string(number) + (shown_name.empty() ? "" : ", ") + shown_name;
-}
+std::string Call::label(std::string_view name) const { return numbered(host::shown(host::beginning(name, 40))); }
 
 std::string Call::numbered(const std::string& line, bool names_operation) const {
     if (number == 0) return line;
@@ -34,6 +31,7 @@ Chain::Chain(const std::vector<std::string>& texts, std::string on) : begins_wit
             call.makes_picture = !gives.empty();
             if (call.makes_picture) on = gives;
         } catch (const Error& error) {
+            check_memory(error);
             throw WrongCall(call.numbered(error.what(), !error.operation().empty()), calls_.size());
         }
         calls_.push_back(std::move(call));

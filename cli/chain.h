@@ -20,7 +20,7 @@ struct Call {
     std::size_t number = 0;      // its place in a chain, from 1; 0 for a single call
     bool makes_picture = false;  // by its declaration
 
-    // Returns what messages begin with: "call 2, TRV_Stretch" in a chain, else "TRV_Stretch". The name may be empty.
+    // Returns what messages begin with: "call 2, TRV_Stretch" in a chain, else "TRV_Stretch".
     std::string label(std::string_view name) const;
     // Returns a line of the library that begins with the operation's name, "TRV_Stretch: ...", with the call's number.
     std::string numbered(const std::string& line, bool names_operation = true) const;
@@ -41,7 +41,7 @@ private:
 class Chain {
 public:
     // Finds what is wrong with the calls before any work. The first one is made on a picture of that class, or on
-    // nothing if it is empty. Throws WrongCall.
+    // nothing if it is empty. Throws WrongCall, and CommandError where there is no memory.
     Chain(const std::vector<std::string>& texts, std::string on);
 
     const std::vector<Call>& calls() const { return calls_; }
@@ -56,7 +56,7 @@ private:
 };
 
 // Calls that stand alone: the first one is made on nothing if it makes its picture so, and else on a picture; without
-// any the picture stays as it is. Throws WrongCall.
+// any the picture stays as it is. Throws as Chain does.
 Chain recipe_chain(const std::vector<std::string>& texts);
 
 }  // namespace tarvo::cli

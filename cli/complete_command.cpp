@@ -20,7 +20,7 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-constexpr std::string_view kPrefix = "TRV_";
+constexpr std::string_view kPrefix = "TRV_";  // of all names
 
 std::string beginning_of(const std::string& text, std::size_t length) { return host::folded(text.substr(0, length)); }
 
@@ -37,7 +37,7 @@ public:
     // With TRV_ for those who write it, without for all others.
     void offer_name(std::string_view name, std::string_view meaning) const {
         const bool prefixed = host::folded(word_).starts_with("trv");
-        if (!prefixed && name.starts_with(kPrefix)) name.remove_prefix(kPrefix.size());
+        if (!prefixed) name.remove_prefix(kPrefix.size());
         offer(std::string(name), meaning);
     }
 
@@ -59,16 +59,14 @@ void offer_commands(const Choices& choices, const CLI::App& tool) {
         if (!command->get_group().empty()) choices.offer(command->get_name(), command->get_description());
 }
 
-// The option that takes a value behind this word; null for none.
-const CLI::Option* taking_value(const CLI::App& command, const std::string& word) {
-    const CLI::Option* const option = word.starts_with('-') ? command.get_option_no_throw(word) : nullptr;
+// The option of that name, if it takes a value behind it; else null.
+const CLI::Option* taking_value(const CLI::App& command, const std::string& name) {
+    const CLI::Option* const option = command.get_option_no_throw(name);
     return option && option->get_items_expected_max() > 0 ? option : nullptr;
 }
 
 bool is_called_on_pictures(const reference::Operation& operation) {
-    return std::ranges::any_of(operation.forms, [](const reference::Form& form) {
-        return form.self == "picture" || form.self == "TRV_ClientPicture";
-    });
+    return std::ranges::any_of(operation.forms, [](const reference::Form& form) { return form.self == "picture"; });
 }
 
 bool makes_picture_of_nothing(const reference::Operation& operation) {
@@ -99,7 +97,7 @@ void offer_arguments(const Choices& choices, const CLI::App& command, std::strin
     if (place == "MANIFEST" || place == "DIR") return choices.offer_files();
     if (place == "IN") choices.offer_files();
     Described described;
-    const reference::Reference& all = described.all();
+    const reference::Reference all = described.all();
     const bool takes_calls = command.get_option_no_throw("CALL") != nullptr;
     if (place == "IN" && takes_calls) offer_names(choices, all, makes_picture_of_nothing);
     if (place == "CALL") offer_names(choices, all, is_called_on_pictures);

@@ -2,8 +2,6 @@
 
 #include <chrono>
 #include <cstdio>
-#include <exception>
-#include <new>
 
 #include "hash_line.h"
 #include "library_errors.h"
@@ -174,10 +172,8 @@ private:
         try {
             return tarvo::call(std::string(kClientPicture) + ".operator_convert", client, arguments, options);
         } catch (const Error& error) {
-            const std::string why = error.refusal().empty() ? ""
-                                                            : "; the host made no room for it: " +
-                                                                  with_option(error.refusal(), error.limit());
-            throw CommandError(ExitStatus::operation_failed, std::string("no ") + wanted + " can be made" + why);
+            throw CommandError(ExitStatus::operation_failed,
+                               std::string("no ") + wanted + " can be made" + refusal_text(error));
         }
     }
 
@@ -204,19 +200,13 @@ Picture make_picture(const FileWork& work, const Chain& chain, Listener& listene
 FileRecord work_on_file(const FileWork& work, const Chain& chain, Listener& listener) {
     const auto begin = std::chrono::steady_clock::now();
     FileRecord record;
-    const auto fail = [&](ExitStatus status, const std::string& message, std::int32_t code = 0) {
-        record.status = status;
-        record.message = message;
-        record.code = code;
-    };
     try {
         Course(work, chain, listener, record).run();
-    } catch (const CommandError& error) {
-        fail(error.status(), error.what(), error.code());
-    } catch (const std::bad_alloc&) {
-        fail(ExitStatus::operation_failed, "not enough memory");
-    } catch (const std::exception& error) {
-        fail(ExitStatus::operation_failed, error.what());
+    } catch (...) {
+        const CommandError error = handled_error();
+        record.status = error.status();
+        record.message = error.what();
+        record.code = error.code();
     }
     record.milliseconds = std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count();
     return record;

@@ -124,7 +124,7 @@ void print_class(const reference::Class& cls) {
 
 void help(const std::string& name) {
     Described described;
-    const reference::Reference& all = described.all();
+    const reference::Reference all = described.all();
     if (const auto* const operation = reference::find_operation(all, name)) return print_operation(*operation);
     if (const auto* const cls = reference::find_class(all, name)) return print_class(*cls);
     throw CommandError(ExitStatus::wrong_usage,

@@ -64,8 +64,7 @@ Group class_members(const host::Caller& caller, const host::RegisteredClass& cls
         group.lines.push_back(
             {property.name, property.name + " as " + property.type + (property.setter ? "" : "  (read-only)")});
     for (const Callable& callable : caller.callables())
-        if (host::same_name(callable.owner, cls.name) && !callable.extends())
-            group.lines.push_back(method_line(callable));
+        if (host::same_name(callable.owner, cls.name)) group.lines.push_back(method_line(callable));
     return group;
 }
 
@@ -156,7 +155,7 @@ void list(const ListOptions& options) {
     Described described;
     std::vector<Group> groups = all_groups(described);
     if (!options.word.empty()) {
-        const reference::Reference& all = described.all();
+        const reference::Reference all = described.all();
         Search(all, options.word).keep_found(groups);
         if (groups.empty())
             throw CommandError(ExitStatus::wrong_usage, "nothing has " + host::quoted(options.word) +

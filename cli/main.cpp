@@ -4,9 +4,7 @@
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
 
-#include <exception>
 #include <iostream>
-#include <new>
 #include <sstream>
 #include <string>
 
@@ -28,11 +26,6 @@ constexpr const char* kExitStatuses =
     "  2    wrong use, of the command line or in the text of a call; nothing was read or written\n"
     "  3    a file that cannot be read or written\n"
     "  130  interrupted: what shells say of an end by the signal INT";
-
-ExitStatus fail(ExitStatus status, const std::string& message) {
-    std::cerr << "tarvo: " << tarvo::cli::readable(message) << '\n';
-    return status;
-}
 
 // Throws CommandError, Error and std::bad_alloc.
 ExitStatus run_command(int argc, char** argv) {
@@ -70,15 +63,10 @@ ExitStatus run(int argc, char** argv) {
     tarvo::cli::handle_interrupts();
     try {
         return run_command(argc, argv);
-    } catch (const CommandError& error) {
-        return fail(error.status(), error.what());
-    } catch (const tarvo::Error& error) {
-        const CommandError told = tarvo::cli::command_error(error);
-        return fail(told.status(), told.what());
-    } catch (const std::bad_alloc&) {
-        return fail(ExitStatus::operation_failed, "not enough memory");
-    } catch (const std::exception& error) {
-        return fail(ExitStatus::operation_failed, error.what());
+    } catch (...) {
+        const CommandError error = tarvo::cli::handled_error();
+        std::cerr << "tarvo: " << tarvo::cli::readable(error.what()) << '\n';
+        return error.status();
     }
 }
 

@@ -52,7 +52,7 @@ using Recipe = std::vector<std::string>;
 
 // What one recipe makes.
 struct PictureGroup {
-    // Throws WrongCall.
+    // Throws as Chain does.
     explicit PictureGroup(const Recipe& recipe) : chain(recipe_chain(recipe)) {}
 
     Chain chain;

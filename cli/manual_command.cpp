@@ -46,12 +46,11 @@ void entry(const std::string& head, std::string_view text) {
     std::cout << ".TP\n" << head << '\n' << escaped(text) << '\n';
 }
 
-// A text of the tool, in which lines that are set in stand as they are.
+// A text of the tool, without empty lines, in which lines that are set in stand as they are.
 void print_text(const std::string& text) {
     std::istringstream lines(text);
     bool set_in = false, begun = false;
     for (std::string line; std::getline(lines, line);) {
-        if (line.empty()) continue;
         if (line.starts_with("  ") != set_in) {
             set_in = !set_in;
             std::cout << (set_in ? (begun ? ".PP\n.nf\n" : ".nf\n") : ".fi\n.PP\n");
@@ -104,7 +103,9 @@ void print_command(const CLI::App& command) {
     std::cout << ".SS " << escaped(command.get_name()) << '\n' << escaped(command.get_description()) << ".\n.PP\n";
     print_usage(command);
     print_options(command);
-    if (!command.get_footer().empty()) std::cout << ".PP\n";
+    // A command without one has its parent's.
+    if (command.get_footer() == command.get_parent()->get_footer()) return;
+    std::cout << ".PP\n";
     print_text(command.get_footer());
 }
 

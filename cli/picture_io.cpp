@@ -27,7 +27,6 @@ detail::Note teller(Listener& listener, std::string& pixels) {
     };
 }
 
-// Throws Error.
 void check_format(const std::string& format) {
     try {
         const std::string name = "picture." + format;  // of which only the ending means something
@@ -89,11 +88,11 @@ void check_output(const std::string& path, const FileOptions& options) {
     if (to_stream == options.format.empty())
         throw CommandError(ExitStatus::wrong_usage, to_stream ? "-o -: --format tells the format that is to be written"
                                                               : "--format is for -o -: a file's name tells its format");
+    if (to_stream) return check_format(options.format);
     try {
-        if (to_stream) return check_format(options.format);
-
         tarvo::check_output(path);
     } catch (const Error& error) {
+        check_memory(error);
         throw CommandError(ExitStatus::wrong_usage, error.what());
     }
 }

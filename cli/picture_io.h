@@ -24,7 +24,8 @@ PictureFile read_picture(const std::string& path, const FileOptions& options, Li
 std::string write_picture(const Picture& picture, const std::string& path, const FileOptions& options,
                           Listener& listener);
 
-// Finds, before any work, what would keep a picture from being written to a file. Throws CommandError for wrong use.
+// Finds, before any work, what would keep a picture from being written to a file. Throws CommandError, for wrong use
+// above all.
 void check_output(const std::string& path, const FileOptions& options);
 
 }  // namespace tarvo::cli

@@ -260,6 +260,13 @@ TEST_F(ApplyTest, ErrorsInACallAreShownInItsText) {
     EXPECT_TRUE(holds(wide.err, "\n" + std::string(13, ' ') + "^\n")) << wide.err;
 }
 
+TEST_F(ApplyTest, ObjectsThatAreNoPicturesAreAnswers) {
+    const std::string call = "SameMatrix(matrix(1, 0, 0, 0, 1, 0, 0, 0, 1))";
+    const Ending run = apply_sample({"-q", small(), call, "SamePicture()", "-o", file("out.ppm")});
+    EXPECT_EQ(run.out, "SameMatrix = a TRV_ColorMatrix\n");
+    EXPECT_EQ(colors_of(file("out.ppm")), colors_of(small()));
+}
+
 TEST_F(ApplyTest, ClassesThatThePluginLacksAreTold) {
     const Ending run = apply_sample({small(), "Area(rect(1, 2, 3, 4))"});
     EXPECT_EQ(run.status, 1);

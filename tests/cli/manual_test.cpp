@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <sstream>
 
 #include "tool.h"
@@ -22,6 +23,7 @@ TEST_F(ManualTest, TellsOfCommandsAndOperations) {
          {".SH NAME\ntarvo \\- ", ".SH SYNOPSIS\n\\fBtarvo\\fR \\fBapply\\fR [", ".SH DESCRIPTION\n", ".SH OPTIONS\n",
           ".SH COMMANDS\n", ".SH OPERATIONS\n", ".SH EXIT STATUS\n", "\\fB\\-o\\fR", "TRV_Stretch", ".SS verify\n"})
         EXPECT_TRUE(holds(page, part)) << part;
+    EXPECT_FALSE(holds(page, "\nExit status")) << "which has a section, and is no command's own";
     EXPECT_FALSE(holds(page, ".SS manual")) << "which is for those who build packages";
 }
 
@@ -70,12 +72,20 @@ TEST_F(CompleteTest, OptionsThatTakeNoValueAreNoPlacesForOne) {
 
 TEST_F(CompleteTest, NothingIsOfferedWhereACommandTakesNothing) {
     EXPECT_EQ(offered({"convert", "a.png", ""}), "");
+    EXPECT_EQ(offered({"capture", ""}), "");
     EXPECT_EQ(offered({"nothing", ""}), "");
 }
 
 TEST_F(CompleteTest, NamesHaveTheirPrefixForThoseWhoWriteIt) {
     EXPECT_TRUE(holds(offered({"help", "stre"}), "Stretch\t"));
     EXPECT_TRUE(holds(offered({"help", "trv_stre"}), "TRV_Stretch\t"));
+    std::istringstream plain(offered({"help", ""})), prefixed(offered({"help", "TRV_"}));
+    std::string line, other;
+    while (std::getline(prefixed, line)) {
+        std::getline(plain, other);
+        EXPECT_EQ(line, "TRV_" + other);
+    }
+    EXPECT_FALSE(std::getline(plain, other)) << other;
 }
 
 // What is long is told by its beginning and its end, and no letter is cut in two.
@@ -97,15 +107,21 @@ TEST_F(ManualTest, LongMessagesAreShortened) {
 // Every allocation may be the one that there is no memory for.
 TEST_F(ManualTest, WithoutMemoryCommandsSaySo) {
     if (test::kAddressesWatched) GTEST_SKIP() << "the sanitizer has allocations of its own";
-    int told = 0;
-    for (int n = 200; n < 3000; n += 200) {
-        bool happened = false;
-        const Ending run = tool_with_fault("allocate " + std::to_string(n) + " ENOMEM", {"list"}, &happened);
-        if (!happened) break;
-        EXPECT_TRUE(run.status == 0 || run.status == 1) << n << ": " << run.status << ' ' << run.err;
-        told += run.err == "tarvo: not enough memory\n";
+    const std::string in = ppm("in.ppm", 2, 2, {1, 2, 3, 4}), out = file("out.ppm");
+    const std::vector<std::string> commands[] = {{"list", "--json"}, {"apply", "-q", in, "Stretch(4, 4)", "-o", out}};
+    for (const std::vector<std::string>& command : commands) {
+        int told = 0;
+        bool happened = true;
+        for (int n = 200; n < 6000 && happened; n += 400) {
+            const Ending run = tool_with_fault("allocate " + std::to_string(n) + " ENOMEM", command, &happened);
+            EXPECT_NE(run.status, 2) << n << ": " << run.err;
+            EXPECT_EQ(run.status == 0, run.err.empty()) << n << ": " << run.err;
+            EXPECT_TRUE(run.status == 0 || !exists("out.ppm")) << n;
+            told += run.status == 1 && run.err == "tarvo: not enough memory\n";
+            std::filesystem::remove(out);
+        }
+        EXPECT_GT(told, 2) << command[0];
     }
-    EXPECT_GT(told, 0);
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <initializer_list>
 
 #include "error_state.h"
+#include "platform.h"
 #include "real_interface.h"
 
 namespace {
@@ -103,7 +104,11 @@ REALpictureStruct* convert_to_picture(REALstringStruct*) {
     return service<REALpictureStruct*(long, long, long)>("newPicture")(2, 1, 32);
 }
 
-REALpictureStruct* capture_screen(REALobjectStruct*, REALobjectStruct*) { return convert_to_picture(nullptr); }
+// A screen of one row gives nothing.
+REALpictureStruct* capture_screen(REALobjectStruct*, REALobjectStruct*) {
+    const Rect bounds = (*GetMainDevice())->gdRect;
+    return bounds.bottom - bounds.top == 1 ? nullptr : convert_to_picture(nullptr);
+}
 
 // --- classes that keep what they are given --------------------------------------------------------------------------
 
@@ -151,6 +156,12 @@ int last_coefficient(REALpictureStruct*, REALobjectStruct* convolution) {
     return data_of<Convolution>(convolution, g_convolution_class).last;
 }
 
+REALobjectStruct* same_matrix(REALpictureStruct*, REALobjectStruct* matrix) {
+    gTRV_Error = 0;
+    service<void(REALobjectStruct*)>("REALLockObject")(matrix);
+    return matrix;
+}
+
 template <class Function>
 REALmethodDefinition method(Function* function, const char* declaration) {
     return {reinterpret_cast<void*>(function), nullptr, declaration, 0};
@@ -186,6 +197,7 @@ const REALmethodDefinition g_methods[] = {
     method(capture_screen, "TRV_ScreenCapture(extends s as screen, r as TRV_Rectangle) as picture"),
     method(matrix_element,
            "MatrixElement(extends p as picture, m as TRV_ColorMatrix, i as integer, j as integer) as double"),
+    method(same_matrix, "SameMatrix(extends p as picture, m as TRV_ColorMatrix) as TRV_ColorMatrix"),
     method(coefficient_count, "CoefficientCount(extends p as picture, c as TRV_Convolution) as integer"),
     method(last_coefficient, "LastCoefficient(extends p as picture, c as TRV_Convolution) as integer"),
 };

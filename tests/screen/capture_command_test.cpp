@@ -69,5 +69,13 @@ TEST_F(CaptureCommand, ShowsMisuseByThePlugin) {
     EXPECT_EQ(run.err.rfind("warning: TRV_ScreenCapture: REALLockObject: ", 0), 0u) << run.err;
 }
 
+TEST_F(CaptureCommand, FailsWhereThePluginGivesNothing) {
+    const TestServer server(60, 1, 24);
+    const cli::Ending run = sample_capture(server.display());
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.err, "tarvo: the display does not give its pixels\n");
+    EXPECT_FALSE(exists("screen.pam"));
+}
+
 }  // namespace
 }  // namespace tarvo::test
