@@ -446,7 +446,7 @@ TEST_F(BatchTest, LongTimesAreToldInMinutesAndHours) {
         for (int i = 1; i < files; ++i) list += "in/5.ppm\n";
         text_file("list", list);
         const Ending run = shell(
-            "mkfifo slow.ppm; (sleep 1.1; cat in/1.ppm >slow.ppm) & "
+            "mkfifo slow.ppm; (exec 3>slow.ppm; sleep 1.1; cat in/1.ppm >&3) & "
             "script -qec \"tarvo apply 'Stretch(5, 1, 0)' --files-from list -o 'out/{n}.ppm' --jobs 1\" /dev/null; "
             "rm slow.ppm");
         const std::size_t begin = run.out.find("\r\033[K1 of " + std::to_string(files) + ", ");
