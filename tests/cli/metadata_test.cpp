@@ -169,24 +169,22 @@ protected:
 };
 
 TEST_F(ManyPhotographs, AreMadeAsEachAlone) {
-    make(7);
+    make(4);
     for (const std::string options :
          {"", "--strip", "--keep exif,icc", "--quality 30", "--keep xmp --quality 60", "--srgb", "--srgb --strip"}) {
         SCOPED_TRACE(options);
-        const std::string ways[] = {"out.jpg", "out.png", "out.ppm"};
-        for (const std::string& way : ways) {
-            const std::string ending = way.substr(3);
+        for (const std::string ending : {".jpg", ".png", ".ppm"}) {
             const std::string work = " 'Stretch(3, 3)' --losses=ignore " + options;
             const Ending batch =
                 shell("tarvo apply in/*.jpg" + work + " --jobs 2 --json -o 'made/{name}" + ending + "'");
             if (batch.status == 1 && batch.out.find("no library for color profiles") != std::string::npos) continue;
             ASSERT_EQ(batch.status, 0) << batch.err;
-            for (int i = 0; i < 7; ++i) {
+            for (int i = 0; i < 4; ++i) {
                 ASSERT_EQ(shell("tarvo apply -q " + name_of(i) + work + " -o alone" + ending).status, 0);
                 EXPECT_EQ(bytes_of(file("made/" + std::to_string(1000 + i) + ending)),
                           bytes_of(file("alone" + ending)));
             }
-            EXPECT_EQ(lines_of(batch).back()["summary"]["done"], 7);
+            EXPECT_EQ(lines_of(batch).back()["summary"]["done"], 4);
         }
     }
 }
