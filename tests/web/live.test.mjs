@@ -20,58 +20,62 @@ const pages = readdirSync(join(root, "docs/ops"))
 // A page has no screen, so there is nothing to call it on.
 const live = pages.filter((name) => operation(name).self !== "screen");
 
+const hashes = new Map();
 /** What the tool makes of an operation's example, or of the picture that it would be shown on. */
 function exampleHash(name) {
   const { example } = operation(name);
-  if (!example) return tool("hash", "docs/pictures/coffee.png").toString().slice(0, 64);
-  return nativeHash([...(example.input ? [example.input] : []), example.call]);
+  const words = example ? [...(example.input ? [example.input] : []), example.call] : [];
+  if (!hashes.has(name)) hashes.set(name, example ? nativeHash(words) : tool("hash", "docs/pictures/coffee.png").toString().slice(0, 64));
+  return hashes.get(name);
 }
-
-const elsewhere = placedAt("/a/b/");
-for (const [base, folder] of [["/", site], ["/a/b/", elsewhere]])
-  test(`every operation's page at ${base} shows its example with the native pixels`, () =>
-    served(folder, async (address) => {
-      const page = await newPage();
-      for (const name of live) {
-        await page.goto(`${address}ops/${name}.html`);
-        assert.equal(await hashOf(page), exampleHash(name), name);
-        assert.equal(await page.locator("[data-operation]").getAttribute("data-operation"), name);
-        assert.equal(await page.locator("[data-error]").count(), 0, name);
-      }
-      assert.ok(live.length > 30);
-      assert.deepEqual(page.wrong, []);
-      await page.goto(`${address}ops/TRV_ScreenCapture.html`);
-      await page.locator("[data-operation=TRV_ScreenCapture]").waitFor();
-      assert.deepEqual(page.wrong, []);
-    }));
 
 /** The words of a command that is written for a shell. */
 function wordsOf(command) {
   return execFileSync("bash", ["-c", `printf '%s\\0' ${command.replace(/^tarvo apply /, "")}`]).toString().split("\0").slice(0, -1);
 }
 
-test("every form of every operation gives what its command gives in a shell", () =>
-  served(site, async (address) => {
+/** Chooses each form of the operation that the page shows, and looks at what its command gives in a shell. Tells the names
+ *  of the operations that are called. */
+async function lookAtForms(page) {
+  const seen = [];
+  const which = page.getByLabel("Which call");
+  const forms = (await which.count()) ? await which.locator("option").count() : 1;
+  for (let form = 0; form < forms; ++form) {
+    if (form > 0) await which.selectOption(String(form));
+    const command = (await page.locator("[data-copy=command]").textContent()).trim();
+    seen.push(await page.locator("[data-operation]").getAttribute("data-operation"));
+    if (command.startsWith("tarvo convert")) continue;
+    const words = wordsOf(command);
+    assert.equal(await hashOf(page), nativeHash(words.filter((word) => word !== "-o" && word !== "out.png")), command);
+  }
+  return seen;
+}
+
+/** Looks at every operation's page as it is when it has been loaded, and does there what else there is to do. */
+const lookAtPages = (folder, further) =>
+  served(folder, async (address) => {
     const page = await newPage();
-    const seen = new Set();
     for (const name of live) {
       await page.goto(`${address}ops/${name}.html`);
-      await hashOf(page);
-      const which = page.getByLabel("Which call");
-      const forms = (await which.count()) ? await which.locator("option").count() : 1;
-      for (let form = 0; form < forms; ++form) {
-        if (form > 0) await which.selectOption(String(form));
-        const command = (await page.locator("[data-copy=command]").textContent()).trim();
-        seen.add(await page.locator("[data-operation]").getAttribute("data-operation"));
-        if (command.startsWith("tarvo convert")) continue;
-        const words = wordsOf(command);
-        assert.equal(await hashOf(page), nativeHash(words.filter((word) => word !== "-o" && word !== "out.png")), command);
-      }
+      assert.equal(await hashOf(page), exampleHash(name), name);
+      assert.equal(await page.locator("[data-operation]").getAttribute("data-operation"), name);
+      assert.equal(await page.locator("[data-error]").count(), 0, name);
+      await further?.(page);
     }
-    const called = description.operations.filter((each) => ["picture", "none", "string"].includes(each.self) && each.family !== "errors");
-    assert.deepEqual([...seen].sort(), called.map((each) => each.name).sort());
+    assert.ok(live.length > 30);
+    await page.goto(`${address}ops/TRV_ScreenCapture.html`);
+    await page.locator("[data-operation=TRV_ScreenCapture]").waitFor();
     assert.deepEqual(page.wrong, []);
-  }));
+  });
+
+test("every operation's page at / shows its example with the native pixels, and in every form what its command gives in a shell", async () => {
+  const seen = new Set();
+  await lookAtPages(site, async (page) => (await lookAtForms(page)).forEach((name) => seen.add(name)));
+  const called = description.operations.filter((each) => ["picture", "none", "string"].includes(each.self) && each.family !== "errors");
+  assert.deepEqual([...seen].sort(), called.map((each) => each.name).sort());
+});
+
+test("every operation's page at /a/b/ shows its example with the native pixels", () => lookAtPages(placedAt("/a/b/")));
 
 test("what is to be copied is a program of its language", () =>
   served(site, async (address) => {
