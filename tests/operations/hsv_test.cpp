@@ -8,6 +8,7 @@
 
 #include "adjustment_checks.h"
 #include "client_pictures.h"
+#include "watched.h"
 
 namespace tarvo::test {
 namespace {
@@ -119,18 +120,17 @@ TEST_F(Hsv, AgreesWithTheJudge) {
 }
 
 TEST_F(Hsv, EveryColourIsExact) {
-    constexpr int kSide = 4096;
-    const ObjectRef source = session.picture(kSide, kSide);
-    for (int y = 0; y < kSide; ++y)
-        for (int x = 0; x < kSide; ++x) write_pixel(pixels(source), x, y, static_cast<std::uint32_t>(y * kSide + x));
+    constexpr int kSide = 4096, kRows = kSide / kStride;
+    const auto color = [](int x, int y) { return static_cast<std::uint32_t>(y * kStride * kSide + x); };
+    const ObjectRef source = session.picture(kSide, kRows);
+    for (int y = 0; y < kRows; ++y)
+        for (int x = 0; x < kSide; ++x) write_pixel(pixels(source), x, y, color(x, y));
     const Change change = {211.7, 1.13, 0.93};
     const Value result = region_form(source, {}, change);
     ASSERT_TRUE(picture_in(result));
-    for (int y = 0; y < kSide; ++y)
+    for (int y = 0; y < kRows; ++y)
         for (int x = 0; x < kSide; ++x)
-            ASSERT_EQ(read_pixel(*picture_in(result), x, y),
-                      plain_hsv(static_cast<std::uint32_t>(y * kSide + x), change))
-                << std::hex << y * kSide + x;
+            ASSERT_EQ(read_pixel(*picture_in(result), x, y), plain_hsv(color(x, y), change)) << std::hex << color(x, y);
 }
 
 TEST_F(Hsv, LargeFactorsOfTheRegionForm) {
