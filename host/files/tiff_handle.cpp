@@ -46,10 +46,12 @@ TiffHandle::TiffHandle(const BytePlaces& file) : file_(file) {
     // "m": nothing is mapped. A file that somebody cuts short while it is read would end the process.
     tiff_ = TIFFClientOpenExt("the file", "rm", this, on_read, on_write, on_seek, on_close, on_size, nullptr, nullptr,
                               options.get());
-    if (!tiff_) failed_ = true;
-    // A directory may have errors that do not matter.
-    if (tiff_ && !failure_) failed_ = false;
-    if (!failed_) return;
+    if (tiff_ && !failure_) {
+        // A directory may have errors that do not matter.
+        failed_ = false;
+        message_[0] = '\0';
+        return;
+    }
     if (tiff_) TIFFClose(tiff_);
     require(false);
 }

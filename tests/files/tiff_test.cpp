@@ -14,6 +14,7 @@
 #include "tiff_metadata.h"
 #include "tiff_samples.h"
 #include "tiff_tags.h"
+#include "watched_files.h"
 
 namespace tarvo::host {
 namespace {
@@ -212,6 +213,19 @@ TEST_F(TiffTest, EveryOrientationIsApplied) {
     }
 }
 
+// The file with another number for a tag that it has.
+FileBytes patched(FileBytes file, std::uint32_t tag, std::uint32_t value) {
+    const MemoryPlaces places(file);
+    TiffDirectories directories(places);
+    const auto page = directories.read(directories.first());
+    const TiffEntry* const entry = page ? page->find(tag) : nullptr;
+    EXPECT_NE(entry, nullptr) << tag;
+    const auto place = entry ? static_cast<std::size_t>(entry->value_place) : 0;
+    const std::size_t bytes = entry && entry->type == kShort ? 2 : 4;
+    for (std::size_t i = 0; i < bytes; ++i) file[place + i] = static_cast<std::uint8_t>(value >> 8 * i);
+    return file;
+}
+
 TEST_F(TiffTest, KindsThatAreNotReadAreToldByName) {
     const auto error = [&](TiffSample sample, const std::function<void(TiffSample&)>& change) {
         change(sample);
@@ -226,19 +240,8 @@ TEST_F(TiffTest, KindsThatAreNotReadAreToldByName) {
     EXPECT_EQ(error({1, 1, 4, 3, kRgb, {1, 2, 3}}, [](auto&) {}),
               "the pixels have 4 bits a channel, which is not read");
     EXPECT_EQ(error({1, 1, 8, 1, kRgb, {1}}, [](auto&) {}), "the pixels have 1 samples, their colors 3");
-}
-
-// The file with another number for a tag that it has.
-FileBytes patched(FileBytes file, std::uint32_t tag, std::uint32_t value) {
-    const MemoryPlaces places(file);
-    TiffDirectories directories(places);
-    const auto page = directories.read(directories.first());
-    const TiffEntry* const entry = page ? page->find(tag) : nullptr;
-    EXPECT_NE(entry, nullptr) << tag;
-    const auto place = entry ? static_cast<std::size_t>(entry->value_place) : 0;
-    const std::size_t bytes = entry && entry->type == kShort ? 2 : 4;
-    for (std::size_t i = 0; i < bytes; ++i) file[place + i] = static_cast<std::uint8_t>(value >> 8 * i);
-    return file;
+    EXPECT_EQ(error_of(patched(tiff_file({2, 1, 16, 1, kBlackIsZero, {1, 2}}), kTiffBits, 12)),
+              "the pixels have 12 bits a channel, which is not read");
 }
 
 TEST_F(TiffTest, PhotometricsThatAreNotReadAreToldByName) {
@@ -277,6 +280,22 @@ TEST_F(TiffTest, TilesOfImpossibleSizesAreDamage) {
             EXPECT_TRUE(error.starts_with("damaged") || error == "cut short") << tag << ' ' << side << ": " << error;
         }
     EXPECT_TRUE(error_of(patched(file, kTileWidth, 20)).starts_with("damaged"));
+}
+
+TEST_F(TiffTest, ChannelsThatNothingIsToldOfAreNoAlpha) {
+    FileBytes file = tiff_file({1, 1, 8, 4, kRgb, {1, 2, 3, 4}, {kStraight}});
+    EXPECT_TRUE(picture_in(read(file)).mask());
+    const MemoryPlaces places(file);
+    TiffDirectories directories(places);
+    const auto page = directories.read(directories.first());
+    const TiffEntry* const extras = page->find(kTiffExtraSamples);
+    ASSERT_NE(extras, nullptr);
+    const auto count_place = static_cast<std::size_t>(extras->place) + 4;
+    file[count_place] = 0;
+    const ObjectRef picture = read(file);
+    EXPECT_EQ(colors_of(picture), Colors{0x010203});
+    EXPECT_FALSE(picture_in(picture).mask());
+    EXPECT_EQ(carried.losses.at(0).words, "has 1 more channel: it is left out");
 }
 
 TEST_F(TiffTest, OtherChannelsAreToldByTheirNumber) {
@@ -379,6 +398,21 @@ TEST_F(TiffTest, PipesAreRead) {
         EXPECT_EQ(target.pixels, fits ? 900000 : 0);
         EXPECT_TRUE(!fits || target.working > file.size());
     }
+    // Watched ones too, until whoever watches stops it.
+    for (const int most : {1000000, 1000}) {
+        Pipe pipe(file);
+        Target target;
+        int asked = 0;
+        const std::function<void()> ask = [&] {
+            if (++asked > most) throw FileError("stopped");
+        };
+        WatchedSource watched(pipe, ask);
+        const std::string error =
+            file_error([&] { format_of_bytes(watched.ahead()).decode(watched, 1 << 20, target); });
+        EXPECT_EQ(error, most == 1000 ? "stopped" : "");
+        EXPECT_EQ(target.pixels, most == 1000 ? 0 : 900000);
+        EXPECT_GT(asked, 1000);
+    }
 }
 
 // --- what is written ------------------------------------------------------------------------------------------------
@@ -435,6 +469,39 @@ TEST_F(TiffTest, NoCompressionIsFastest) {
     EXPECT_LT(encode_picture(picture_in(picture), "a.tiff").size(), 10000u);
 }
 
+TEST_F(TiffTest, ErrorsThatDoNotMatterAreForgotten) {
+    TiffSample sample{40, 40, 8, 1, kBlackIsZero, noise(1600, 8)};
+    sample.compression = kDeflate;
+    FileBytes file = patched(tiff_file(sample), kTiffOrientation, 99);
+    EXPECT_EQ(error_of(file), "");
+    const MemoryPlaces places(file);
+    TiffDirectories directories(places);
+    const TiffDirectory page = *directories.read(directories.first());
+    const auto strips = static_cast<std::size_t>(page.find(kTiffStripPlaces)->value_place);
+    const auto first = static_cast<std::size_t>(file[strips] | file[strips + 1] << 8);
+    std::fill_n(file.begin() + static_cast<std::ptrdiff_t>(first), 8, 0xFF);
+    EXPECT_EQ(error_of(file), "damaged: Decoding error at scanline 0, incorrect header check");
+}
+
+// Of some values libtiff only notes that they could not be read.
+TEST_F(TiffTest, NobodyIsAskedAfterAStop) {
+    const Carried with{.metadata = {.resolution = Resolution{300, 150, Resolution::Unit::inch}}};
+    const Folder folder;
+    const std::string path = folder.file("a.tif");
+    write_picture_file(picture_in(host.new_picture({.width = 3, .height = 2})), path, {.carried = &with});
+    int asked = 0;
+    for (int stop = 1; asked == stop - 1; ++stop) {
+        asked = 0;
+        const auto on_block = [&] {
+            if (++asked >= stop) throw FileError("stopped");
+        };
+        const std::string error = file_error([&] { read_picture_file(host, path, {.on_block = on_block}); });
+        EXPECT_EQ(error, asked < stop ? "" : path + ": stopped");
+        EXPECT_LE(asked, stop);
+    }
+    EXPECT_GT(asked, 5);
+}
+
 // --- metadata -------------------------------------------------------------------------------------------------------
 
 Metadata everything() {
@@ -458,12 +525,13 @@ TEST_F(TiffTest, EverythingGoesThrough) {
     EXPECT_TRUE(carried.metadata.exif.empty());
 }
 
-// A block of either order with a text, and a camera's directory with a maker's note.
-Bytes block(bool big_endian) {
+// A block of either order with a text, and a camera's directory with one entry: a maker's note behind it, if not told
+// otherwise.
+Bytes block(bool big_endian, std::uint32_t of_camera = kTiffMakerNote, std::uint32_t bytes = 9) {
     Bytes made = bytes_of(big_endian ? std::string_view("MM\0*", 4) : std::string_view("II*\0", 4));
-    const auto put = [&](std::uint32_t value, int bytes) {
-        for (int i = 0; i < bytes; ++i)
-            made.push_back(static_cast<std::uint8_t>(value >> 8 * (big_endian ? bytes - 1 - i : i)));
+    const auto put = [&](std::uint32_t value, int count) {
+        for (int i = 0; i < count; ++i)
+            made.push_back(static_cast<std::uint8_t>(value >> 8 * (big_endian ? count - 1 - i : i)));
     };
     const auto entry = [&](std::uint32_t tag, std::uint32_t type, std::uint32_t count, std::uint32_t value) {
         put(tag, 2), put(type, 2), put(count, 4), put(value, 4);
@@ -471,7 +539,7 @@ Bytes block(bool big_endian) {
     put(8, 4), put(2, 2);
     entry(271, 2, 7, 38), entry(kTiffCamera, 4, 1, 46), put(0, 4);
     made = made + bytes_of({"Camera\0\0", 8});
-    put(1, 2), entry(kTiffMakerNote, 7, 9, 64), put(0, 4);
+    put(1, 2), entry(of_camera, 7, bytes, 64), put(0, 4);
     return made + bytes_of({"note at 64", 10});
 }
 
@@ -505,31 +573,33 @@ TEST_F(TiffTest, ABlockOfExifKeepsItsPlaces) {
     }
 }
 
+// The file of a picture with that block, all of it behind 100,000 bytes that are nothing.
+FileBytes with_far_exif(const Picture& picture, const Bytes& exif, bool has_note_outside) {
+    const Carried before{.metadata = {.exif = exif}};
+    const FileBytes near = encode_picture(picture, "a.tif", {.carried = &before});
+    const MemoryPlaces places(near);
+    TiffDirectories directories(places);
+    const TiffDirectory page = *directories.read(directories.first());
+    FileBytes far = near;
+    far.resize(100000 + near.size());
+    std::copy(near.begin() + 38, near.end(), far.begin() + 100038);
+    const auto add = [&](std::uint64_t place) {
+        const auto byte = [&](std::size_t i) { return place + (directories.big_endian() ? 3 - i : i); };
+        std::uint32_t value = 100000;
+        for (std::size_t i = 0; i < 4; ++i) value += std::uint32_t{far[byte(i)]} << 8 * i;
+        for (std::size_t i = 0; i < 4; ++i) far[byte(i)] = static_cast<std::uint8_t>(value >> 8 * i);
+    };
+    add(4);
+    for (const TiffEntry& entry : page.entries)
+        if (entry.outside || entry.tag == kTiffCamera || entry.tag == kTiffStripPlaces) add(entry.place + 8 + 100000);
+    if (has_note_outside) add(46 + 2 + 8 + 100000);
+    return far;
+}
+
 TEST_F(TiffTest, ExifFarFromTheStartIsMoved) {
     const ObjectRef picture = random_picture(host, {.width = 32, .height = 16}, 7);
     for (const bool big_endian : {false, true}) {
-        // All of it behind 100,000 bytes that are nothing.
-        const Carried before{.metadata = {.exif = block(big_endian)}};
-        FileBytes near = encode_picture(picture_in(picture), "a.tif", {.carried = &before});
-        const MemoryPlaces places(near);
-        TiffDirectories directories(places);
-        const TiffDirectory page = *directories.read(directories.first());
-        FileBytes far = near;
-        far.resize(100000 + near.size());
-        std::copy(near.begin() + 38, near.end(), far.begin() + 100038);
-        const auto add = [&](std::uint64_t place) {
-            std::uint32_t value = 0;
-            for (std::size_t i = 0; i < 4; ++i) value = value << 8 | far[place + (big_endian ? i : 3 - i)];
-            value += 100000;
-            for (std::size_t i = 0; i < 4; ++i)
-                far[place + (big_endian ? 3 - i : i)] = static_cast<std::uint8_t>(value >> 8 * i);
-        };
-        add(4);
-        for (const TiffEntry& entry : page.entries)
-            if (entry.outside || entry.tag == kTiffCamera || entry.tag == kTiffStripPlaces)
-                add(entry.place + 8 + 100000);
-        add(46 + 2 + 8 + 100000);  // of the maker's note
-        EXPECT_EQ(colors_of(read(far)), colors_of(picture));
+        EXPECT_EQ(colors_of(read(with_far_exif(picture_in(picture), block(big_endian), true))), colors_of(picture));
         const Bytes& made = carried.metadata.exif;
         EXPECT_LT(made.size(), 200u);
         ASSERT_EQ(carried.losses.size(), 1u);
@@ -540,6 +610,21 @@ TEST_F(TiffTest, ExifFarFromTheStartIsMoved) {
         EXPECT_EQ(of_made.value(*main.find(271)), bytes_of({"Camera\0", 7}));
         const TiffDirectory camera = *of_made.read(*of_made.number(*main.find(kTiffCamera)));
         EXPECT_EQ(of_made.value(*camera.find(kTiffMakerNote)), bytes_of("note at 6"));
+    }
+}
+
+// Only a note knows places that nobody else does, and only one that is longer than a place.
+TEST_F(TiffTest, ExifWithoutANoteThatKnowsPlacesIsMovedWithoutAWord) {
+    constexpr std::uint32_t kVersion = 0x9000;
+    const ObjectRef picture = random_picture(host, {.width = 32, .height = 16}, 7);
+    for (const std::uint32_t tag : {kTiffMakerNote + 0u, kVersion}) {
+        read(with_far_exif(picture_in(picture), block(false, tag, 4), false));
+        EXPECT_TRUE(carried.losses.empty()) << tag;
+        const MemoryPlaces places(carried.metadata.exif);
+        TiffDirectories directories(places);
+        const TiffDirectory main = *directories.read(directories.first());
+        const TiffDirectory camera = *directories.read(*directories.number(*main.find(kTiffCamera)));
+        EXPECT_EQ(directories.value(*camera.find(tag)), (Bytes{64, 0, 0, 0}));
     }
 }
 
@@ -571,6 +656,11 @@ TEST_F(TiffTest, IptcMayHaveZerosBehindIt) {
         again(random_picture(host, {.width = 2, .height = 2}, 7), {.carried = &before});
         EXPECT_EQ(carried.metadata.iptc, resources_of(records)) << zeros;
     }
+    // Of a record whose length has a length the end is not looked for.
+    const Bytes extended = bytes_of({"\x1C\x02\x05\x80\4\0\0\0\3abc\0", 13});
+    const Carried before{.metadata = {.iptc = resources_of(extended)}};
+    again(random_picture(host, {.width = 2, .height = 2}, 7), {.carried = &before});
+    EXPECT_EQ(carried.metadata.iptc, resources_of(extended));
 }
 
 TEST_F(TiffTest, ProfilesAreKnownBeforeThePixels) {
