@@ -210,7 +210,9 @@ private:
         notes_.tell(TARVO_NOTE_PIXELS, pixels);
     }
     void tell_unreadable(const std::string& file) {
-        if (notes_.wanted() && !can_be_read_again(call_, written_))
+        if (!notes_.wanted()) return;
+        CallHost trial({});  // which the caller's bounds are not for
+        if (!can_be_read_again(trial, written_))
             notes_.tell(TARVO_NOTE_CAUTION, file + " holds a string that TRV_ConvertToPicture makes no picture of");
     }
 

@@ -27,8 +27,9 @@ constexpr std::size_t kHeaderBytes = 11, kColorBytes = 3;
 
 class Header {
 public:
+    // What a shorter string lacks is 0.
     explicit Header(std::span<const std::uint8_t> bytes) {
-        std::ranges::copy(bytes.first(kHeaderBytes), bytes_.begin());
+        std::ranges::copy(bytes.first(std::min(bytes.size(), kHeaderBytes)), bytes_.begin());
     }
 
     std::uint64_t width() const { return number_at(0, 4); }
@@ -109,7 +110,7 @@ private:
         const Header header(bytes);
         constexpr std::uint64_t kMostPixels = host::Host::kLongestString;
         const std::uint64_t width = header.width(), height = header.height();
-        if (width * height > kMostPixels || width > kMostPixels || height > kMostPixels) throw no_string();
+        if (width * height > kMostPixels) throw no_string();
         const std::uint64_t behind_header = header.length() - kHeaderBytes;
         if (behind_header == 0 || file_.left().value_or(behind_header) != behind_header) throw no_string();
         host::check_size(width, height, max_pixels);
@@ -134,7 +135,7 @@ private:
         return whole;
     }
 
-    // The levels are read as those of black pixels. A host that makes no masks leaves the picture without.
+    // The levels are read as those of black pixels.
     void read_mask(Picture& whole) {
         for_each_piece(whole.width(), whole.height(), [&](int first, int count) {
             const auto color_bytes = static_cast<std::size_t>(count * header_.width() * kColorBytes);
@@ -142,7 +143,6 @@ private:
                 std::ranges::fill(planes.first(color_bytes), std::uint8_t{0});
                 take(planes.subspan(color_bytes), first + count == whole.height());
             });
-            if (!picture_in(rows).mask()) return;
             const Picture& mask = picture_in(picture_in(rows).mask());
             if (!whole.mask()) whole.set_mask(same_but_height(call_.host(), mask, whole.height()));
             copy_rows(mask, 0, picture_in(whole.mask()), first, count);
@@ -154,6 +154,7 @@ private:
     }
 
     // The picture of a string with that header and what `fill` writes behind it.
+    // The plugin makes it without its mask where there is no room for one.
     ObjectRef picture_of(const Header& header, const std::function<void(std::span<std::uint8_t>)>& fill) {
         const ObjectRef string =
             call_.host().new_string(static_cast<std::size_t>(header.length()), [&](std::span<std::uint8_t> room) {
@@ -161,9 +162,9 @@ private:
                 fill(room.subspan(kHeaderBytes));
             });
         const ObjectRef picture = ask(call_, string, "TRV_ConvertToPicture");
-        if (picture) return picture;
         if (const auto& refusal = call_.host().refusal()) throw host::Refusal(*refusal);
-        throw no_string();
+        if (!picture) throw no_string();
+        return picture;
     }
 
     CallHost& call_;
@@ -180,23 +181,20 @@ public:
 
     std::string write(host::ByteSink& file) {
         call_.host().clear_refusal();
-        return can_be_parted() ? write_pieces(file) : write_whole(file);
+        return is_long() ? write_pieces(file) : write_whole(file);
     }
 
 private:
-    bool can_be_parted() const {
+    bool is_long() const {
         const std::uint64_t pixels = static_cast<std::uint64_t>(picture_.width()) * picture_.height();
-        if (pixels * kColorBytes <= kLongestPiece || !picture_.row(0)) return false;
-        if (!picture_.mask()) return true;
-        const Picture& mask = picture_in(picture_.mask());
-        return mask.row(0) && mask.width() == picture_.width() && mask.height() == picture_.height();
+        return pixels * kColorBytes > kLongestPiece;
     }
 
     std::string write_whole(host::ByteSink& file) {
         const ObjectRef string = string_of(object_);
         const auto bytes = bytes_of(string);
         file.write(bytes);
-        return bytes.size() < kHeaderBytes ? "string" : Header(bytes).in_words();
+        return Header(bytes).in_words();
     }
 
     std::string write_pieces(host::ByteSink& file) {
@@ -206,7 +204,7 @@ private:
             for_each_piece(picture_.width(), picture_.height(), [&](int first, int count) {
                 const ObjectRef string = string_of(rows(first, count));
                 const auto bytes = bytes_of(string);
-                if (bytes.size() < kHeaderBytes || Header(bytes).length() != bytes.size()) throw no_string();
+                if (Header(bytes).length() != bytes.size()) throw no_string();
                 if (words.empty()) {
                     const Header whole = Header(bytes).of_rows(picture_.height(), Header(bytes).has_mask());
                     file.write(whole.bytes());
@@ -233,9 +231,9 @@ private:
 
     ObjectRef string_of(const ObjectRef& picture) {
         const ObjectRef string = ask(call_, picture, "TRV_ConvertToString");
-        if (const auto& refusal = call_.host().refusal(); !string && refusal) throw host::Refusal(*refusal);
-        if (!string) throw no_string();
-        return string;
+        if (string) return string;
+        if (const auto& refusal = call_.host().refusal()) throw host::Refusal(*refusal);
+        throw no_string();
     }
 
     static Failure no_string() { return {TARVO_OPERATION, "TRV_ConvertToString gave no string"}; }

@@ -104,8 +104,15 @@ TEST(LibraryNotes, TellWhatAnOperationDropsAndWhatToMind) {
     ASSERT_FALSE(apply("Pixelate(nil, 2)", masked).picture().has_mask()) << "choose another operation";
     apply("Pixelate(nil, 2)", masked, options);
     EXPECT_EQ(notes.take(), Lines{"1 TRV_Pixelate: the result has no mask"});
-    apply("Pixelate(nil, 2)", plain, options);
-    EXPECT_EQ(notes.take(), Lines{});
+    ReadOptions keep;
+    keep.keep_depth = true;
+    const std::string greys = "P5 2 1 255\nab";
+    const Picture shallow = Picture::decode(greys.data(), greys.size(), keep);
+    ASSERT_EQ(shallow.depth(), 8);
+    for (const Picture& picture : {plain, shallow}) {
+        apply("Pixelate(nil, 2)", picture, options);
+        EXPECT_EQ(notes.take(), Lines{});
+    }
     apply("Stretch(5.5, 3)", plain, options);
     const Lines cautions = notes.take();
     ASSERT_EQ(cautions.size(), 1u);
@@ -201,6 +208,22 @@ TEST(LibraryFiles, OfStringsHaveALimit) {
     EXPECT_EQ(status_of([&] { noisy_picture(5, 4).encode("trv", writing); }), TARVO_MEMORY);
     writing.max_memory += 1;
     EXPECT_EQ(noisy_picture(5, 4).encode("trv", writing).size(), 71u);
+    // What is tried besides, to tell of it, is no part of that.
+    Notebook notes;
+    writing.note = notes.taker();
+    writing.max_memory = 4 + 14;
+    EXPECT_EQ(noisy_picture(1, 1).encode("trv", writing).size(), 14u);
+    EXPECT_EQ(notes.take(), Lines{"34 string, 32 bits"});
+    // The mask of a picture that is read counts too.
+    const TemporaryFolder folder;
+    const std::string path = folder.file("masked.trv");
+    const Picture masked = noisy_picture(5, 4, TARVO_RGBA32);
+    masked.save(path);
+    ReadOptions reading;
+    reading.max_memory = 91 + 80 + 79;
+    EXPECT_EQ(status_of([&] { Picture::open(path, reading); }), TARVO_MEMORY);
+    reading.max_memory += 1;
+    EXPECT_EQ(Picture::open(path, reading).sha256(), masked.sha256());
 }
 
 TEST(LibraryFiles, OfStringsKeepDepthAndMask) {
