@@ -10,7 +10,7 @@ namespace {
 bool is_of_type(const Object& object, const Type& type) {
     if (type.array) return type.kind == TypeKind::integer && object.type() == ObjectType::integer_array;
     if (type.kind == TypeKind::string) return object.type() == ObjectType::string;
-    return type.kind == TypeKind::object && same_name(class_name(object), type.name);
+    return same_name(class_name(object), type.name);
 }
 
 // Fits a value to a type of plain values: no objects, no arrays.

@@ -17,8 +17,8 @@ long sum_of(const JQUANT_TBL* table) {
 }
 
 const JQUANT_TBL* table_of(const jpeg_decompress_struct& file, int component) {
-    const int number = file.comp_info[component].quant_tbl_no;
-    return number >= 0 && number < NUM_QUANT_TBLS ? file.quant_tbl_ptrs[number] : nullptr;
+    const auto number = static_cast<unsigned>(file.comp_info[component].quant_tbl_no);
+    return number < NUM_QUANT_TBLS ? file.quant_tbl_ptrs[number] : nullptr;
 }
 
 // Compares the file's steps, all together, with those of the library's own tables, one quality after the other. Returns

@@ -58,7 +58,6 @@ boolean on_buffer_empty(j_decompress_ptr info) {
 }
 
 void on_skip(j_decompress_ptr info, long count) {
-    if (count <= 0) return;
     auto wanted = static_cast<std::size_t>(count);
     for (; wanted > info->src->bytes_in_buffer; on_buffer_empty(info)) wanted -= info->src->bytes_in_buffer;
     info->src->next_input_byte += wanted;

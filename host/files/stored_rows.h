@@ -26,12 +26,11 @@ inline void clear_unused_bytes(std::uint8_t* stored, std::size_t count) {
     }
 }
 
-// Stores `count` pixels that begin with red, green and blue, `step` bytes each: 3 or 4. Each is taken in one piece with
-// the byte in front of it, which then makes way for the 0.
+// Stores `count` pixels, one or more, that begin with red, green and blue, `step` bytes each: 3 or 4. Each is taken in
+// one piece with the byte in front of it, which then makes way for the 0.
 template <std::size_t step>
 void store_row(const std::uint8_t* colors, std::size_t count, std::uint8_t* stored) {
     const std::uint32_t color_bits = color_bits_of_words();
-    if (count == 0) return;
     stored[0] = 0;
     std::memcpy(stored + 1, colors, 3);
     for (std::size_t i = 1; i < count; ++i) {
@@ -42,10 +41,9 @@ void store_row(const std::uint8_t* colors, std::size_t count, std::uint8_t* stor
     }
 }
 
-// Writes red, green and blue of `count` stored pixels. Each comes in one piece with the byte that is behind it, on
-// which the next one is written.
+// Writes red, green and blue of `count` stored pixels, one or more. Each comes in one piece with the byte that is
+// behind it, on which the next one is written.
 inline void load_rgb_row(const std::uint8_t* stored, std::size_t count, std::uint8_t* rgb) {
-    if (count == 0) return;
     for (std::size_t i = 0; i + 1 < count; ++i) std::memcpy(rgb + 3 * i, stored + 4 * i + 1, 4);
     std::memcpy(rgb + 3 * (count - 1), stored + 4 * (count - 1) + 1, 3);
 }

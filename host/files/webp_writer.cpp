@@ -168,7 +168,7 @@ private:
 
     // The library does not always tell when there was no memory for what it has tried last, and what it then gives is
     // no picture. Of a picture without loss its account of the parts shows it.
-    bool is_whole() const { return how_.quality || account_.lossless_hdr_size > 0 || account_.lossless_data_size > 0; }
+    bool is_whole() const { return how_.quality || account_.lossless_hdr_size + account_.lossless_data_size > 0; }
 
     void write_with_metadata(ByteSink& file) {
         const std::unique_ptr<WebPMux, EndMux> parts(WebPMuxNew());
