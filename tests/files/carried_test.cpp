@@ -128,6 +128,37 @@ TEST_F(CarriedTest, JpegOfJpegHasItsQualityAndSampling) {
     EXPECT_FALSE(written(picture, "a.png", carried).jpeg);
 }
 
+TEST_F(CarriedTest, SamplingsThatAreNeverWrittenAreNotKept) {
+    using Sampling = std::vector<std::pair<int, int>>;
+    const FileBytes samples(32 * 32 * 3, 100);
+    for (const Sampling& sampling :
+         {Sampling{{3, 1}, {1, 1}, {1, 1}}, Sampling{{1, 3}, {1, 1}, {1, 1}}, Sampling{{2, 2}, {2, 1}, {1, 1}},
+          Sampling{{2, 2}, {1, 2}, {1, 1}}, Sampling{{4, 4}, {1, 1}, {1, 1}}, Sampling{{4, 2}, {1, 1}, {1, 1}}}) {
+        read(jpeg_file({32, 32, JpegColors::ycc, samples, {}, false, true, sampling}));
+        const bool is_written = sampling[0] == std::pair(4, 2);
+        EXPECT_EQ(carried.jpeg, (is_written ? JpegMaking{100, 4, 2} : JpegMaking{100, 1, 1}))
+            << sampling[0].first << " x " << sampling[0].second;
+    }
+}
+
+// A JFIF segment with that unit, and so many dots.
+TEST_F(CarriedTest, ResolutionsOfJpegThatTellNothingAreNone) {
+    FileBytes file = jpeg_file({8, 8, JpegColors::grey, FileBytes(64)});
+    const auto resolution = [&](std::uint8_t unit, std::uint8_t x, std::uint8_t y) {
+        file[13] = unit;
+        file[15] = x;
+        file[17] = y;
+        read(file);
+        return carried.metadata.resolution;
+    };
+    EXPECT_EQ(resolution(1, 150, 75), (Resolution{150, 75, Resolution::Unit::inch}));
+    EXPECT_EQ(resolution(0, 2, 1), (Resolution{2, 1, Resolution::Unit::none}));
+    EXPECT_FALSE(resolution(0, 1, 1));
+    EXPECT_FALSE(resolution(1, 0, 75));
+    EXPECT_FALSE(resolution(1, 150, 0));
+    EXPECT_FALSE(resolution(3, 150, 75));
+}
+
 TEST_F(CarriedTest, WhatTurnsWithThePictureIsTurned) {
     carried.jpeg = JpegMaking{90, 2, 1};
     carried.metadata.resolution = Resolution{300, 150, Resolution::Unit::inch};

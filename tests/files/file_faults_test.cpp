@@ -5,11 +5,15 @@
 
 #include <cerrno>
 #include <functional>
+#include <new>
 #include <optional>
 
 #include "file_samples.h"
 #include "metadata_samples.h"
 #include "system_faults.h"
+#ifdef TARVO_TIFF
+#include "tiff_handle.h"
+#endif
 #include "watched_memory.h"
 
 namespace tarvo::host {
@@ -110,7 +114,8 @@ TEST_F(FileFaults, OfMemoryForMetadataLeaveNothing) {
     with.metadata.xmp = bytes_of("<x:xmpmeta/>");
     with.metadata.icc = profile("RGB ");
     with.metadata.iptc = resource(0x0404, Bytes(1000, 7));
-    const ObjectRef shown = random_picture(host, {.width = 8, .height = 8}, 3);
+    const PictureOptions options{.width = 8, .height = 8, .depth = 8, .colors = {{0xFFFF, 0, 0}}};
+    const ObjectRef shown = random_picture(host, options, 3);
     for (const std::string name : all_names()) {
         if (name.find(".p") != name.npos && !name.ends_with(".png")) continue;
         SCOPED_TRACE(name);
@@ -132,6 +137,44 @@ TEST_F(FileFaults, OfMemoryForMetadataLeaveNothing) {
         EXPECT_EQ(again.metadata.iptc, with.metadata.iptc);
     }
 }
+
+#ifdef TARVO_TIFF
+// Further on the library does not outlive them.
+TEST_F(FileFaults, OfMemoryToBeginWithATiffFileAreToldAsSuch) {
+#ifdef WATCHED_MEMORY
+    GTEST_SKIP() << "AddressSanitizer has allocations of its own";
+#endif
+    const FileBytes file = encode_picture(picture_in(picture(20)), "a.tif");
+    const MemoryPlaces places(file);
+    for (const int n : {1, 2}) {
+        test::fail_call(SystemCall::allocate, n, ENOMEM);
+        bool told = false;
+        try {
+            const TiffHandle handle(places);
+        } catch (const std::bad_alloc&) {
+            told = true;
+        }
+        EXPECT_TRUE(test::stop_faults());
+        EXPECT_TRUE(told) << n;
+    }
+}
+#endif
+
+#ifdef TARVO_WEBP
+// Of pixels with loss: others the library does not outlive.
+TEST_F(FileFaults, OfMemoryLeaveNothingWhenAWebpFileIsRead) {
+#ifdef WATCHED_MEMORY
+    GTEST_SKIP() << "AddressSanitizer has allocations of its own";
+#endif
+    const std::string path = folder.file("a.webp");
+    write_picture_file(picture_in(random_picture(host, {.width = 20, .height = 20}, 1)), path, {.quality = 60});
+    int of_memory = 0;
+    // What looks for the parts of a file does not tell why it finds none.
+    after_fault = [&](bool failed, bool limit_fits) { of_memory += failed && limit_fits; };
+    fail_each(SystemCall::allocate, ENOMEM, [&] { read_picture_file(host, path); });
+    EXPECT_GT(of_memory, 10);
+}
+#endif
 
 TEST_F(FileFaults, OfMemoryLetObjectsDieAllTheSame) {
 #ifdef WATCHED_MEMORY
@@ -258,6 +301,8 @@ TEST_F(FileFaults, OfAPipesFirstReadAreErrors) {
 // Encoders write what they have whenever they have enough; large enough for each to do so twice and at the end.
 TEST_F(FileFaults, OfWritingEndEveryEncoder) {
     const ObjectRef shown = random_picture(host, {.width = 600, .height = 600}, 3);
+    // In front of the pixels, and more than is kept to be written together.
+    const Carried with{.metadata = {.xmp = Bytes(100000, 'x')}};
     for (const char* name : all_names()) {
         SCOPED_TRACE(name);
         const std::string path = folder.file(name);
@@ -270,7 +315,10 @@ TEST_F(FileFaults, OfWritingEndEveryEncoder) {
             EXPECT_EQ(folder.entries(), entries);
             EXPECT_EQ(read_bytes(path), old);
         };
-        EXPECT_GE(fail_each(SystemCall::write, ENOSPC, [&] { write_picture_file(picture_in(shown), path); }), 1);
+        WriteOptions options;
+        if (std::string_view(name) == "a.png") options.carried = &with;
+        EXPECT_GE(fail_each(SystemCall::write, ENOSPC, [&] { write_picture_file(picture_in(shown), path, options); }),
+                  1);
     }
 }
 
@@ -306,7 +354,16 @@ TEST_F(FileFaults, PartFilesAreNeverThoseOfOthers) {
     EXPECT_EQ(read_bytes(planted), FileBytes{7});
     EXPECT_EQ(colors_of(read_picture_file(host, path)), colors_of(shown));
     test::give_zeros(1000);
-    EXPECT_EQ(file_error([&] { write_picture_file(picture_in(shown), path); }), path + ": cannot be made: File exists");
+    class Watch final : public PartFileWatch {
+    public:
+        void making() noexcept override { seen += "making "; }
+        void made(int, const char*) noexcept override { seen += "made "; }
+        void gone() noexcept override { seen += "gone"; }
+        std::string seen;
+    } watch;
+    EXPECT_EQ(file_error([&] { write_picture_file(picture_in(shown), path, {.watch = &watch}); }),
+              path + ": cannot be made: File exists");
+    EXPECT_EQ(watch.seen, "making gone");
     test::give_zeros(0);
     EXPECT_EQ(read_bytes(planted), FileBytes{7});
     EXPECT_EQ(folder.entries(), 2u);

@@ -47,6 +47,10 @@ std::vector<std::uint8_t> jpeg_file(const JpegSample& sample) {
     jpeg_set_colorspace(&info, spaces.stored);
     info.write_Adobe_marker = spaces.adobe;
     for (int i = 0; i < spaces.channels; ++i) info.comp_info[i].h_samp_factor = info.comp_info[i].v_samp_factor = 1;
+    for (std::size_t i = 0; i < sample.sampling.size(); ++i) {
+        info.comp_info[i].h_samp_factor = sample.sampling[i].first;
+        info.comp_info[i].v_samp_factor = sample.sampling[i].second;
+    }
     jpeg_set_quality(&info, 100, TRUE);
     if (sample.progressive) jpeg_simple_progression(&info);
     static const jpeg_scan_info kScans[] = {{1, {0}, 0, 63, 0, 0}, {1, {1}, 0, 63, 0, 0}, {1, {2}, 0, 63, 0, 0}};

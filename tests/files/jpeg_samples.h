@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 namespace tarvo::host {
@@ -14,7 +15,8 @@ struct JpegSample {
     std::vector<std::uint8_t> samples;
     std::vector<std::uint8_t> exif = {};  // without the mark that goes before it
     bool progressive = false;
-    bool separate_scans = false;  // of three channels: a scan each
+    bool separate_scans = false;                     // of three channels: a scan each
+    std::vector<std::pair<int, int>> sampling = {};  // of each channel, across and down; none: 1, 1
 };
 
 std::vector<std::uint8_t> jpeg_file(const JpegSample& sample);

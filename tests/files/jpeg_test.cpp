@@ -222,6 +222,15 @@ TEST_F(JpegTest, SizesAreBounded) {
     EXPECT_EQ(error_of(file), "the size is 32520 x 32520 pixels, together 1057550400, the limit is 268435456");
 }
 
+TEST_F(JpegTest, TablesThatNoFileHasAreDamage) {
+    FileBytes file = jpeg_file({8, 8, JpegColors::grey, FileBytes(64)});
+    const FileBytes frame_mark = {0xFF, 0xC0};
+    const auto frame = std::search(file.begin(), file.end(), frame_mark.begin(), frame_mark.end());
+    ASSERT_NE(frame, file.end());
+    frame[12] = 4;  // the number of the channel's
+    EXPECT_EQ(error_of(file), "damaged: Quantization table 0x04 was not defined");
+}
+
 // Each scan costs as much time as a picture, in however few bytes.
 TEST_F(JpegTest, ScansAreBounded) {
     JpegSample sample = four_fields({});

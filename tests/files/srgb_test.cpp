@@ -125,7 +125,11 @@ protected:
 
 TEST_F(SrgbTest, ColorsAreThoseOfTheProfile) {
     const FileBytes profile = shifted_profile();
-    for (const char* name : {"a.png", "a.jpg"}) {
+    for (const char* name : {"a.png", "a.jpg",
+#ifdef TARVO_WEBP
+                             "a.webp",
+#endif
+                             "b.png"}) {
         const FileBytes file = file_of(of_color(0xC86432), name, profile);
         for (const std::uint32_t color : colors_of(read(file))) EXPECT_NEAR_COLOR(color, 0x32C864u);
         EXPECT_TRUE(carried.metadata.icc.empty());
@@ -136,10 +140,15 @@ TEST_F(SrgbTest, ColorsAreThoseOfTheProfile) {
 }
 
 TEST_F(SrgbTest, MasksStayAsTheyAre) {
-    const FileBytes file = file_of(of_color(0xC86432, 32, true), "a.png", shifted_profile());
-    const ObjectRef picture = read(file);
-    EXPECT_NEAR_COLOR(colors_of(picture)[0], 0x32C864u);
-    EXPECT_EQ(colors_of(picture_in(picture).mask())[0], 0x404040u);
+    for (const char* name : {"a.png",
+#ifdef TARVO_WEBP
+                             "a.webp",
+#endif
+                             "b.png"}) {
+        const ObjectRef picture = read(file_of(of_color(0xC86432, 32, true), name, shifted_profile()));
+        EXPECT_NEAR_COLOR(colors_of(picture)[0], 0x32C864u);
+        EXPECT_EQ(colors_of(picture_in(picture).mask())[0], 0x404040u);
+    }
 }
 
 TEST_F(SrgbTest, GreysStayGreys) {
@@ -161,11 +170,25 @@ TEST_F(SrgbTest, WithoutAProfileColorsAreThoseOfSrgb) {
 }
 
 TEST_F(SrgbTest, ProfilesThatCannotBeUsedAreTold) {
-    // Its header is a profile's, and nothing else.
-    EXPECT_EQ(colors_of(read(file_of(of_color(0xC86432), "a.png", profile("RGB "))))[0], 0xC86432u);
-    ASSERT_EQ(carried.losses.size(), 1u);
-    EXPECT_EQ(carried.losses[0].words, "has a color profile that cannot be used: colors are taken for sRGB's");
-    EXPECT_TRUE(carried.metadata.icc.empty());
+    FileBytes of_many_tags = profile("RGB ");
+    of_many_tags.resize(144 + 101 * 12);
+    of_many_tags[2] = static_cast<std::uint8_t>(of_many_tags.size() >> 8);
+    of_many_tags[3] = static_cast<std::uint8_t>(of_many_tags.size());
+    of_many_tags[131] = 101;
+    for (std::size_t tag = 0; tag < 101; ++tag) of_many_tags[132 + 12 * tag] = static_cast<std::uint8_t>(tag);
+    const FileBytes files[] = {
+        // Its header is a profile's, and nothing else.
+        file_of(of_color(0xC86432), "a.png", profile("RGB ")),
+        // More than the library looks at.
+        file_of(of_color(0xC86432), "a.png", of_many_tags),
+        with_profile(jpeg_file({1, 1, JpegColors::rgb, {200, 100, 50}}), linear_greys()),
+    };
+    for (const FileBytes& file : files) {
+        EXPECT_NEAR_COLOR(colors_of(read(file))[0], 0xC86432u);
+        ASSERT_EQ(carried.losses.size(), 1u);
+        EXPECT_EQ(carried.losses[0].words, "has a color profile that cannot be used: colors are taken for sRGB's");
+        EXPECT_TRUE(carried.metadata.icc.empty());
+    }
 }
 
 TEST_F(SrgbTest, InksAreThoseOfTheProfile) {
@@ -191,8 +214,10 @@ TEST_F(SrgbTest, InksOfTiffAreThoseOfTheProfile) {
 #endif
 
 TEST_F(SrgbTest, InksWithoutAProfileAreConvertedPlainlyAndTold) {
-    for (const FileBytes& made : {jpeg_file({1, 1, JpegColors::cmyk, {51, 102, 153, 128}}),
-                                  jpeg_file({1, 1, JpegColors::adobe_cmyk, {204, 153, 102, 127}})}) {
+    for (const FileBytes& made :
+         {jpeg_file({1, 1, JpegColors::cmyk, {51, 102, 153, 128}}),
+          jpeg_file({1, 1, JpegColors::adobe_cmyk, {204, 153, 102, 127}}),
+          with_profile(jpeg_file({1, 1, JpegColors::cmyk, {51, 102, 153, 128}}), shifted_profile())}) {
         EXPECT_NEAR_COLOR(colors_of(read(made))[0], 0x664C33u);
         ASSERT_EQ(carried.losses.size(), 1u);
         EXPECT_EQ(carried.losses[0].words, "has inks without a color profile of theirs: they are converted plainly");

@@ -18,6 +18,10 @@ TEST(LibraryApply, MakesTheCallThatATextSays) {
               photo.call("TRV_AdjustRGB", Rectangle(1, 2, 3, 4), 1, 2, 3).picture().sha256());
     EXPECT_EQ(apply("MakeGradient(30, 20, &c102040, &cFFD080)").picture().width(), 30);
     EXPECT_EQ(apply("GetAverageRGB()", photo).output("red")->type, TARVO_INTEGER);
+    tarvo_result* result = nullptr;
+    ASSERT_EQ(tarvo_apply("MakeGradient(7, 5, &c102040, &cFFD080)", nullptr, nullptr, &result, nullptr), TARVO_OK);
+    EXPECT_EQ(tarvo_picture_width(tarvo_result_value(result)->as.picture), 7);
+    tarvo_result_release(result);
 }
 
 TEST(LibraryApply, ShowsThePlaceOfAnError) {
@@ -39,6 +43,7 @@ TEST(LibraryApply, ShowsThePlaceOfAnError) {
     EXPECT_EQ(status_of([] { apply("Stretch(5, 5)"); }), TARVO_USE) << "no picture";
     EXPECT_EQ(status_of([] { apply("MakeGradient(width, 5, &c000000, &c000000)"); }), TARVO_USE);
     tarvo_result* result = nullptr;
+    EXPECT_EQ(tarvo_apply("Stretch(5, 5)", nullptr, nullptr, &result, nullptr), TARVO_USE);
     EXPECT_EQ(tarvo_apply(nullptr, photo.get(), nullptr, &result, nullptr), TARVO_USE);
     EXPECT_EQ(tarvo_apply("Info()", photo.get(), nullptr, nullptr, nullptr), TARVO_USE);
 }
@@ -206,6 +211,13 @@ TEST(LibraryFiles, StopWhenAsked) {
         stop.yield = []() -> bool { throw 7; };
         EXPECT_THROW(photo.save(old, stop), int);
     }
+    const std::string string = folder.path() / "picture.trv";
+    photo.save(string);
+    stop_at_every_yield([&](auto yield) {
+        ReadOptions options;
+        options.yield = yield;
+        EXPECT_EQ(Picture::open(string, options).sha256(), photo.sha256());
+    });
     for (const auto& entry : std::filesystem::directory_iterator(folder.path()))
         EXPECT_TRUE(entry.path().stem() == "picture" || entry.path().stem() == "old") << entry.path();
 }

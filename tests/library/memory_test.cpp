@@ -139,6 +139,21 @@ TEST_F(LibraryMemory, OfCalls) {
             << text;
 }
 
+TEST_F(LibraryMemory, OfTextsLeavesNone) {
+    const Result sum = noisy_picture(3, 3).call("TRV_FlipRotate", true, false, 0);
+    int without = 0;
+    for (int n = 1, happened = 1; happened; ++n) {
+        fail_call(SystemCall::allocate, n, ENOMEM);
+        char* const text = tarvo_result_text(sum.get(), nullptr);
+        happened = stop_faults();
+        EXPECT_TRUE(text || happened);
+        EXPECT_TRUE(!text || std::string(text) == "a picture");
+        without += !text;
+        tarvo_free(text);
+    }
+    EXPECT_GT(without, 0);
+}
+
 TEST_F(LibraryMemory, OfObjects) {
     for (const char* name : {"TRV_Rectangle", "TRV_ClientPicture"})
         EXPECT_GT(fail_each([&](tarvo_error** error) {

@@ -96,7 +96,9 @@ TEST(LibraryMetadata, OfNothingAreNone) {
             EXPECT_EQ(x + y, 0);
             EXPECT_EQ(tarvo_picture_resolution(picture, nullptr, nullptr), 0);
         }
-    EXPECT_EQ(tarvo_picture_metadata(photograph().get(), TARVO_METADATA_RESOLUTION, nullptr), nullptr);
+    const Picture full = photograph();
+    for (const int kind : {0, 3, TARVO_METADATA_RESOLUTION + 0, TARVO_METADATA_ALL + 0, 99})
+        EXPECT_EQ(tarvo_picture_metadata(full.get(), static_cast<tarvo_metadata>(kind), nullptr), nullptr) << kind;
 }
 
 TEST(LibraryMetadata, WhatIsStrippedIsNotThereAndNoLoss) {
