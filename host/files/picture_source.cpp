@@ -22,7 +22,8 @@ std::uint8_t level_at(const Picture& mask, const std::uint8_t* row, int x) {
 }
 
 void check_readable(const Picture& picture) {
-    if (!picture.row(0)) throw FileError("a picture without pixels cannot be written");
+    if (picture.width() <= 0 || picture.height() <= 0 || !picture.row(0))
+        throw FileError("a picture without pixels cannot be written");
     constexpr int kDepths[] = {1, 2, 4, 8, 16, 24, 32};
     if (std::ranges::find(kDepths, picture.depth()) == std::end(kDepths))
         throw FileError("a picture of depth " + std::to_string(picture.depth()) + " cannot be written");

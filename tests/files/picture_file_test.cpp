@@ -82,6 +82,8 @@ TEST_F(PictureFileTest, PicturesThatCannotBeWrittenLeaveTheOldFile) {
         {{.width = 2, .height = 2, .backing = Backing::drawing_commands},
          ": a picture without pixels cannot be written"},
         {{.width = 2, .height = 2, .backing = Backing::refused}, ": a picture without pixels cannot be written"},
+        {{.width = 0, .height = 5, .any_sides = true}, ": a picture without pixels cannot be written"},
+        {{.width = 5, .height = -2, .any_sides = true}, ": a picture without pixels cannot be written"},
         {{.width = 2, .height = 2, .depth = 12}, ": a picture of depth 12 cannot be written"},
     };
     for (const auto& c : cases) {
