@@ -27,7 +27,7 @@ std::string readable(const std::string& message) {
     constexpr std::size_t kMost = 4000, kEnd = 1000;
     if (message.size() <= kMost) return host::shown_lines(message);
     std::size_t end = message.size() - kEnd;
-    while (end < message.size() && host::is_continuation_byte(message[end])) ++end;
+    while (host::is_continuation_byte(message[end])) ++end;  // the zero behind a string is none
     return host::shown_lines(host::beginning(message, kMost - kEnd)) + " ... " + host::shown_lines(message.substr(end));
 }
 

@@ -189,12 +189,8 @@ private:
 Picture make_picture(const FileWork& work, const Chain& chain, Listener& listener) {
     FileRecord record;
     Course course(work, chain, listener, record);
-    try {
-        course.make();
-        return course.picture();
-    } catch (const Error& error) {
-        throw command_error(error);
-    }
+    course.make();
+    return course.picture();
 }
 
 FileRecord work_on_file(const FileWork& work, const Chain& chain, Listener& listener) {

@@ -34,19 +34,13 @@ std::string in_words(const Difference& difference, const PictureEntry& entry) {
            color(difference.expected, alpha) + " before and " + color(difference.found, alpha) + " now";
 }
 
-class Unheard : public Listener {
-public:
-    void say(const std::string&) override {}
-    void answer(const std::string&) override {}
-    void note(tarvo_note, const std::string&) override {}
-    void warn(const std::string&) override {}
-};
-
 // Passes on what may be amiss, and what it is about.
-class AmissAlone final : public Unheard {
+class AmissAlone final : public Listener {
 public:
     AmissAlone(Listener& to, std::string about) : to_(to), about_(std::move(about)) {}
 
+    void say(const std::string&) override {}
+    void answer(const std::string&) override {}
     void note(tarvo_note kind, const std::string& line) override { to_.note(kind, about_ + line); }
     void warn(const std::string& line) override { to_.warn(about_ + line); }
 
@@ -175,28 +169,29 @@ Picture VerifiedPictures::found(const std::string& name, const ListedGroup& list
     return make_picture(work, group.chain, listener);
 }
 
-Picture VerifiedPictures::read_expected(const std::string& name, Listener& listener) const {
-    return read_picture(path_in(folders_.expected, name), {.limits = folders_.limits}, listener).picture;
+Picture VerifiedPictures::read_expected(const std::string& name) const {
+    return read_picture(path_in(folders_.expected, name), {.limits = folders_.limits}, listener_).picture;
 }
 
 const std::map<std::string, std::string>& VerifiedPictures::expected_by_hash() const {
     if (expected_by_hash_) return *expected_by_hash_;
     expected_by_hash_.emplace();
-    Unheard listener;
+    ReadOptions how;  // without notes: only some of the files are looked for
+    folders_.limits.put_into(how);
     for (const std::string& name : picture_names(folders_.expected)) try {
-            expected_by_hash_->emplace(read_expected(name, listener).sha256(), name);
-        } catch (const CommandError&) {
+            expected_by_hash_->emplace(Picture::open(path_in(folders_.expected, name), how).sha256(), name);
+        } catch (const Error&) {
         }
     return *expected_by_hash_;
 }
 
 Picture VerifiedPictures::expected(const std::string& name, const Recipe& recipe, const PictureEntry& listed) const {
-    if (recipe.empty()) return read_expected(name, listener_);
+    if (recipe.empty()) return read_expected(name);
     const auto& files = expected_by_hash();
     const auto file = files.find(listed.hash);
     if (file == files.end())
         throw CommandError(ExitStatus::file_error, "no picture in " + folders_.expected + " is the one that is listed");
-    return read_expected(file->second, listener_);
+    return read_expected(file->second);
 }
 
 std::vector<Finding> verify(const Manifest& manifest, const VerifiedPictures& pictures) {

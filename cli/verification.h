@@ -57,7 +57,7 @@ public:
     Picture expected(const std::string& name, const Recipe& recipe, const PictureEntry& listed) const;
 
 private:
-    Picture read_expected(const std::string& name, Listener& listener) const;
+    Picture read_expected(const std::string& name) const;
     const std::map<std::string, std::string>& expected_by_hash() const;
 
     const VerifiedFolders& folders_;

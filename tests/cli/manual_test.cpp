@@ -68,6 +68,7 @@ TEST_F(CompleteTest, OptionsThatTakeNoValueAreNoPlacesForOne) {
         EXPECT_EQ(offered({"apply", option, ""}), files) << option;
     EXPECT_EQ(offered({"apply", "--quality", ""}), "");
     EXPECT_EQ(offered({"apply", "-o", ""}), ":files\n");
+    EXPECT_EQ(offered({"verify", "-q", "list", ""}), ":files\n");
 }
 
 TEST_F(CompleteTest, NothingIsOfferedWhereACommandTakesNothing) {

@@ -126,6 +126,7 @@ TEST_F(Photographs, ComeFromAndGoToStandardStreams) {
     EXPECT_EQ(shell("tarvo convert photo.jpg -o a.png && tarvo convert - --format png -o - <photo.jpg >b.png").status,
               0);
     EXPECT_EQ(bytes_of(file("a.png")), bytes_of(file("b.png")));
+    EXPECT_EQ(shell("tarvo convert a.png -o a.trv; tarvo convert a.png -o - --format trv | cmp - a.trv").status, 0);
     const Ending piped = shell(
         "cat photo.jpg | tarvo apply - 'Stretch(4, 4)' 'RowBytes()' -o - --format=jpg | tarvo convert - -o c.ppm "
         "--strip");
@@ -140,6 +141,7 @@ TEST_F(Photographs, ComeFromAndGoToStandardStreams) {
     EXPECT_EQ(shell("tarvo convert photo.jpg -o -").status, 2);
     EXPECT_EQ(shell("tarvo convert photo.jpg -o none.png --format png").status, 2);
     EXPECT_EQ(shell("tarvo convert photo.jpg -o - --format exe").status, 2);
+    EXPECT_EQ(shell("tarvo apply photo.jpg 'Stretch(4, 4)' --format png").status, 2);
     EXPECT_FALSE(exists("none.png"));
 }
 

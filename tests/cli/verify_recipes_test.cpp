@@ -273,6 +273,7 @@ TEST_F(RecipesTest, FilesThatCannotBeReadAreUnreadableInEveryGroup) {
     EXPECT_EQ(run.status, 3);
     EXPECT_TRUE(contains(run.out, "a.ppm @ Composite(lid.ppm, 0.5, 0, 0): unreadable: now/a.ppm: ")) << run.out;
     EXPECT_EQ(run.err, "tarvo: list: 1 picture cannot be read\n");
+    EXPECT_TRUE(error_of("--update-all", 3).starts_with("tarvo: now/a.ppm: "));
     // Also those that calls name.
     std::filesystem::remove(file("lid.ppm"));
     EXPECT_TRUE(contains(verify().out, "sub/b.ppm @ Composite(lid.ppm, 0.5, 0, 0): unreadable: "));
@@ -299,6 +300,13 @@ TEST_F(RecipesTest, LossesAreTold) {
     EXPECT_EQ(run.err, note);
     EXPECT_TRUE(contains(manifest(), "  1x1 rgb  a.ppm\n"));
     EXPECT_EQ(verify("-q").err, note);
+}
+
+TEST_F(RecipesTest, WhatCallsAnswerIsNotTold) {
+    record("RowBytes()");
+    const Ending run = verify();
+    EXPECT_EQ(run.out, "a.ppm @ RowBytes(): same\nsub/b.ppm @ RowBytes(): same\n2 same\n");
+    EXPECT_EQ(run.err, "");
 }
 
 TEST_F(RecipesTest, MasksAreSeen) {

@@ -180,6 +180,24 @@ TEST_F(VerifyTest, SidesAndMasksAreNeverTolerated) {
         << run.out;
 }
 
+// Even where the hash is the picture's.
+TEST_F(VerifyTest, SidesAndKindAreComparedToo) {
+    record();
+    ASSERT_EQ(shell("sed -i 's/4x2 rgb/5x2 rgb/; s/2x2 rgb/2x3 rgb/; s/1x1 rgb/1x1 rgba/' list").status, 0);
+    EXPECT_EQ(verify().out,
+              "a.ppm: changed: 5 x 2 before and 4 x 2 now\nb.ppm: changed: 2 x 3 before and 2 x 2 now\n"
+              "sub/c.ppm: changed: it has no mask now\n3 changed\n");
+}
+
+TEST_F(VerifyTest, ManifestsThatCannotBeReadToTheirEndAreTold) {
+    const std::string list = text_file("list", "tarvo-manifest 1\n" + std::string(100000, '#'));
+    bool happened = false;
+    const Ending run = tool_with_fault("read 2 EIO", {"verify", list, file("now")}, &happened);
+    EXPECT_TRUE(happened);
+    EXPECT_EQ(run.status, 3);
+    EXPECT_EQ(run.err, "tarvo: " + list + ": cannot be read\n");
+}
+
 TEST_F(VerifyTest, TolerancesStandInTheManifestAndAreCounted) {
     record();
     ASSERT_EQ(shell("sed -i 's/ rgb  a/ rgb tolerance=1:3  a/' list").status, 0);
@@ -297,8 +315,8 @@ TEST_F(VerifyTest, ManifestsAreCheckedLineByLine) {
          {hash + "  1x1  a", hash + " 1x1 rgb  a", hash + "  1x1 rgb", hash + "  1x1 rgb  ", hash + "  1x rgb  a",
           hash + "  1x1 cmyk  a", hash + "  1x1 rgb tolerance=1  a", hash + "  1x1 rgb tolerance=1:256  a",
           hash + "  1x1 rgb tolerance=-1:2  a", hash + "  1x1 rgb more  a", hash + "  1x1 rgb  a\\x",
-          hash + "  1x1 rgb  a\\", hash.substr(1) + "  1x1 rgb  a", 'A' + hash.substr(1) + "  1x1 rgb  a",
-          hash + "  99999x1 rgb  a"})
+          hash + "  1x1 rgb  a\\", hash.substr(1) + "  1x1 rgb  a", hash.substr(1),
+          'A' + hash.substr(1) + "  1x1 rgb  a", hash + "  99999x1 rgb  a"})
         EXPECT_TRUE(holds(error(first + "# a comment\n\n" + line + "\n"), "list: line 4 is not HASH  ")) << line;
     EXPECT_TRUE(
         holds(error(first + hash + "  1x1 rgb  a\n" + hash + "  1x1 rgba  a\n"), "line 3 has a name again: \"a\""));
@@ -376,6 +394,12 @@ TEST_F(VerifyTest, NamesMayHaveAnyCharacters) {
     record();
     EXPECT_TRUE(holds(manifest(), "  two  blanks \\\\ and\\na line.ppm\n")) << manifest();
     EXPECT_EQ(verify().status, 0);
+}
+
+TEST_F(VerifyTest, NoPicturesAreAsTheyAreListed) {
+    const Ending run = shell("mkdir empty; echo 'tarvo-manifest 1' >list; tarvo verify list empty");
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.out, "no pictures\n");
 }
 
 TEST_F(VerifyTest, TheFolderIsTheManifestsUnlessItIsTold) {
