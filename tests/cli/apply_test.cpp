@@ -267,6 +267,16 @@ TEST_F(ApplyTest, ObjectsThatAreNoPicturesAreAnswers) {
     EXPECT_EQ(colors_of(file("out.ppm")), colors_of(small()));
 }
 
+TEST_F(ApplyTest, ClientPicturesWithoutRoomForTheirPixelsAreNotWritten) {
+    const std::string in = ppm("in.ppm", 10, 10, std::vector<std::uint32_t>(100, 7));
+    const Ending run =
+        tool({"apply", "-q", "--client", "--max-memory", "400", in, "Stretch(10, 10)", "-o", file("out.ppm")});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_TRUE(holds(run.err, "400 are taken already, the limit is 400 (--max-memory)\n")) << run.err;
+    EXPECT_TRUE(run.err.ends_with("\ntarvo: no picture can be made\n")) << run.err;
+    EXPECT_FALSE(exists("out.ppm"));
+}
+
 TEST_F(ApplyTest, ClassesThatThePluginLacksAreTold) {
     const Ending run = apply_sample({small(), "Area(rect(1, 2, 3, 4))"});
     EXPECT_EQ(run.status, 1);

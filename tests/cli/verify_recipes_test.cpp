@@ -234,6 +234,11 @@ TEST_F(RecipesTest, NewFilesGoToTheOnlyGroup) {
     EXPECT_EQ(verify("--update-all").out,
               "d.ppm @ Stretch(3, 1): added\n0 updated, 1 added, 0 removed, 3 as they were\n");
     EXPECT_EQ(verify().status, 0);
+    // Of several to the one that is told.
+    EXPECT_EQ(verify("--add --recipe 'Stretch(5, 1)'").status, 0);
+    ppm("now/e.ppm", 1, 1, {0});
+    EXPECT_EQ(verify("--update-all --recipe 'Stretch(3, 1)'").out,
+              "e.ppm @ Stretch(3, 1): added\n0 updated, 1 added, 0 removed, 8 as they were\n");
 }
 
 TEST_F(RecipesTest, ACallThatFailsOnAPictureIsAFinding) {
