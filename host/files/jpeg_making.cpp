@@ -53,7 +53,7 @@ bool is_factor(int number) { return number == 1 || number == 2 || number == 4; }
 }  // namespace
 
 JpegMaking making_of(const jpeg_decompress_struct& file) {
-    const bool colored = file.jpeg_color_space == JCS_YCbCr && file.num_components == 3;
+    const bool colored = file.jpeg_color_space == JCS_YCbCr;
     JpegMaking making{nearest_quality(table_of(file, 0), colored ? table_of(file, 1) : nullptr)};
     if (making.quality == 0) throw std::bad_alloc();
     if (!colored) return making;

@@ -356,21 +356,23 @@ TEST(TiffLimits, OfMemoryAreThePlanesOfAStrip) {
     }
 }
 
+// Bytes that come but once.
+class Pipe final : public ByteSource {
+public:
+    explicit Pipe(const FileBytes& bytes) : bytes_(bytes) {}
+
+private:
+    std::span<const std::uint8_t> next_block() override {
+        const auto block = bytes_.first(std::min<std::size_t>(bytes_.size(), 100));
+        bytes_ = bytes_.subspan(block.size());
+        return block;
+    }
+    std::optional<std::uint64_t> behind_block() const override { return {}; }
+    std::span<const std::uint8_t> bytes_;
+};
+
 // Where its bytes come but once a file is kept, within the limit.
 TEST_F(TiffTest, PipesAreRead) {
-    class Pipe final : public ByteSource {
-    public:
-        explicit Pipe(const FileBytes& bytes) : bytes_(bytes) {}
-
-    private:
-        std::span<const std::uint8_t> next_block() override {
-            const auto block = bytes_.first(std::min<std::size_t>(bytes_.size(), 100));
-            bytes_ = bytes_.subspan(block.size());
-            return block;
-        }
-        std::optional<std::uint64_t> behind_block() const override { return {}; }
-        std::span<const std::uint8_t> bytes_;
-    };
     class Target final : public PixelTarget {
     public:
         void check_memory(std::uint64_t bytes, const std::string&) override {
@@ -610,6 +612,32 @@ TEST_F(TiffTest, ExifFarFromTheStartIsMoved) {
         EXPECT_EQ(of_made.value(*main.find(271)), bytes_of({"Camera\0", 7}));
         const TiffDirectory camera = *of_made.read(*of_made.number(*main.find(kTiffCamera)));
         EXPECT_EQ(of_made.value(*camera.find(kTiffMakerNote)), bytes_of("note at 6"));
+    }
+}
+
+// Of a file that is kept too nothing is read behind its end.
+TEST_F(TiffTest, LinksBehindTheEndOfAPipeLeadNowhere) {
+    class Target final : public PixelTarget {
+    public:
+        void begin(const ImageForm&, std::uint64_t) override {}
+        void put(const PixelRun&) noexcept override {}
+        void turn(int) override {}
+        void carry(Carried&& carried) override { exif = carried.metadata.exif; }
+        Bytes exif;
+    };
+    const Carried before{.metadata = {.exif = block(false)}};
+    const FileBytes file =
+        encode_picture(picture_in(host.new_picture({.width = 3, .height = 2})), "a.tif", {.carried = &before});
+    for (const bool behind : {false, true}) {
+        const FileBytes given = behind ? patched(file, kTiffCamera, 0x7FFFFFF0) : file;
+        Pipe pipe(given);
+        Target target;
+        format_of_bytes(pipe.ahead()).decode(pipe, 1 << 20, target);
+        const MemoryPlaces places(target.exif);
+        TiffDirectories directories(places);
+        const auto main = directories.read(directories.first());
+        ASSERT_TRUE(main && main->find(kTiffCamera));
+        EXPECT_EQ(directories.read(*directories.number(*main->find(kTiffCamera))).has_value(), !behind);
     }
 }
 

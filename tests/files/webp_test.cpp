@@ -275,6 +275,7 @@ TEST_F(WebpTest, MetadataBeyondTheLimitAreLeftOutAndToldOnce) {
     const Bytes much(kMostMetadataBytes + 1, 'x');
     const ObjectRef picture = random_picture(host, {.width = 3, .height = 2}, 9);
     FileBytes file = with_chunk(webp(picture), "EXIF", much);
+    file[20] |= 4;  // it says that there is XMP, too
     const Bytes chunk = bytes_of("XMP ") + Bytes{1, 0, 0x80, 0} + much + Bytes(1);
     file = file + chunk;
     const std::uint32_t behind_head = static_cast<std::uint32_t>(file.size()) - 8;
