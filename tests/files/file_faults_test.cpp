@@ -146,7 +146,7 @@ TEST_F(FileFaults, OfMemoryToBeginWithATiffFileAreToldAsSuch) {
 #endif
     const FileBytes file = encode_picture(picture_in(picture(20)), "a.tif");
     const MemoryPlaces places(file);
-    for (int n = 1; n <= 8; ++n) {
+    for (int n = 1; n <= 10; ++n) {
         test::fail_call(SystemCall::allocate, n, ENOMEM);
         bool told = false;
         try {

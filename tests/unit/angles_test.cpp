@@ -113,6 +113,9 @@ const HardArgument kHardArguments[] = {
     {kFunctions[1], 0x1.53a22b23eef6p+1, -0x1.c42f99c80be6dp-1},
     {kFunctions[2], 0x1.b3d6f878c5a8p-2, 0x1.d037546800ad9p-2},
     {kFunctions[2], -0x1.3f143156c0d7ap+1, 0x1.843f441142aaap-1},
+    // The cube root of 3, where the second term of the arc sine is half a bit of the first.
+    {kFunctions[3], 0x1.7137449123ef5p-26, 0x1.7137449123ef5p-26},
+    {kFunctions[3], 0x1.7137449123ef6p-26, 0x1.7137449123ef7p-26},
     {kFunctions[4], 0x1.2b926ee3bf768p-1, 0x1.0f0c90b432c46p-1},
     {kFunctions[4], 0x1.39791e89e916p-1, 0x1.19484ece6362dp-1},
 };
