@@ -154,7 +154,6 @@ private:
     }
 
     // The picture of a string with that header and what `fill` writes behind it.
-    // The plugin makes it without its mask where there is no room for one.
     ObjectRef picture_of(const Header& header, const std::function<void(std::span<std::uint8_t>)>& fill) {
         const ObjectRef string =
             call_.host().new_string(static_cast<std::size_t>(header.length()), [&](std::span<std::uint8_t> room) {
@@ -162,6 +161,7 @@ private:
                 fill(room.subspan(kHeaderBytes));
             });
         const ObjectRef picture = ask(call_, string, "TRV_ConvertToPicture");
+        // The plugin makes a picture without its mask where there is no room for one.
         if (const auto& refusal = call_.host().refusal()) throw host::Refusal(*refusal);
         if (!picture) throw no_string();
         return picture;

@@ -23,10 +23,13 @@ const live = pages.filter((name) => operation(name).self !== "screen");
 const hashes = new Map();
 /** What the tool makes of an operation's example, or of the picture that it would be shown on. */
 function exampleHash(name) {
+  if (hashes.has(name)) return hashes.get(name);
   const { example } = operation(name);
-  const words = example ? [...(example.input ? [example.input] : []), example.call] : [];
-  if (!hashes.has(name)) hashes.set(name, example ? nativeHash(words) : tool("hash", "docs/pictures/coffee.png").toString().slice(0, 64));
-  return hashes.get(name);
+  const hash = example
+    ? nativeHash([...(example.input ? [example.input] : []), example.call])
+    : tool("hash", "docs/pictures/coffee.png").toString().slice(0, 64);
+  hashes.set(name, hash);
+  return hash;
 }
 
 /** The words of a command that is written for a shell. */
