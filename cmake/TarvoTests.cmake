@@ -1,18 +1,15 @@
 # How test programs are built and run.
 
 # The time of a test program goes into compiling it. Most of that is spent on the headers that all share, which are read
-# once, on optimisation, of which tests get as little as lets them run in a fair time, and on sanitizers' looks at every
-# pointer of the tests' own code, where a wrong one ends the test anyway.
+# once, and on optimisation, of which tests get as little as lets them run in a fair time.
 add_library(tarvo_test_options INTERFACE)
 if(EMSCRIPTEN)
   target_compile_options(tarvo_test_options INTERFACE -O1)  # the least that is optimised there
-  add_link_options(-sNODERAWFS=1 -sEXIT_RUNTIME=1 -sALLOW_MEMORY_GROWTH=1 -sENVIRONMENT=node
+  # Code is not optimised once more as it is linked.
+  add_link_options(-O1 -sNODERAWFS=1 -sEXIT_RUNTIME=1 -sALLOW_MEMORY_GROWTH=1 -sENVIRONMENT=node
     "SHELL:--pre-js \"${CMAKE_CURRENT_LIST_DIR}/webassembly/environment.js\"")
 else()
   target_compile_options(tarvo_test_options INTERFACE -Og)
-endif()
-if(TARVO_SANITIZE MATCHES "undefined" AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-  target_compile_options(tarvo_test_options INTERFACE -fno-sanitize=alignment,null,object-size,vptr)
 endif()
 if(CMAKE_CXX_FLAGS MATCHES "-fprofile-update=atomic")
   # Counts that threads lose make what is subtracted from them wrong; nobody asks for those of the tests' own code.
