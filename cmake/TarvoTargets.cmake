@@ -13,9 +13,9 @@ set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
 
 find_program(TARVO_CCACHE ccache)
 if(TARVO_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-  # What precompiled headers need to be shared.
+  # What precompiled headers need to be shared; and what is new is read once, by the compiler, which lists its headers.
   set(CMAKE_CXX_COMPILER_LAUNCHER
-    "${CMAKE_COMMAND}" -E env CCACHE_SLOPPINESS=pch_defines,time_macros "${TARVO_CCACHE}")
+    "${CMAKE_COMMAND}" -E env CCACHE_SLOPPINESS=pch_defines,time_macros CCACHE_DEPEND=1 "${TARVO_CCACHE}")
 endif()
 
 add_library(tarvo_options INTERFACE)

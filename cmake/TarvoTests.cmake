@@ -1,7 +1,8 @@
 # How test programs are built and run.
 
 # The time of a test program goes into compiling it. Most of that is spent on the headers that all share, which are read
-# once, and on optimisation, of which tests get as little as lets them run in a fair time.
+# once, on optimisation, of which tests get as little as lets them run in a fair time, and on what sanitizers add to their
+# own code: it calls the checks of addresses where the product has them in place, and scopes of its locals go unchecked.
 add_library(tarvo_test_options INTERFACE)
 if(EMSCRIPTEN)
   target_compile_options(tarvo_test_options INTERFACE -O1)  # the least that is optimised there
@@ -41,6 +42,10 @@ function(tarvo_test name)
   add_executable(${name} ${arg_SOURCES})
   target_link_libraries(${name} PRIVATE ${arg_USES} tarvo_test_main)
   tarvo_test_code(${name})
+  if(TARVO_SANITIZE MATCHES "address" AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    target_compile_options(${name} PRIVATE
+      "SHELL:--param asan-instrumentation-with-call-threshold=0" -fno-sanitize-address-use-after-scope)
+  endif()
   if(TARGET tarvo_test_machine)
     target_link_libraries(${name} PRIVATE tarvo_test_machine)
   endif()
