@@ -61,6 +61,16 @@ endif()
 target_link_libraries(tarvo_options INTERFACE tarvo_hardening)
 set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)  # the tool and its libraries find each other wherever they are moved together
 
+# tarvo_in_batches(): the files of this folder and of those below it are compiled some at a time. Most of the time goes to
+# the standard library's headers, which each would pay for.
+macro(tarvo_in_batches)
+  set(CMAKE_UNITY_BUILD ${TARVO_BATCHES})
+  set(CMAKE_UNITY_BUILD_BATCH_SIZE 6)
+  if(TARVO_BATCHES AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    add_compile_options(-Wno-subobject-linkage)  # takes the files of a batch for headers
+  endif()
+endmacro()
+
 # tarvo_sources(OUT [EXCEPT files...]): the sources of this folder that no target of its has yet. An exception belongs to
 # a target that is not always there.
 function(tarvo_sources out)

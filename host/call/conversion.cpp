@@ -55,10 +55,10 @@ std::optional<FittedValue> fit(const Value& value, const Type& type) {
 }
 
 std::int32_t truncated(double value) {
-    using Limits = std::numeric_limits<std::int32_t>;
-    if (value >= static_cast<double>(Limits::max())) return Limits::max();
-    if (value > static_cast<double>(Limits::min())) return static_cast<std::int32_t>(value);
-    return Limits::min();
+    using Int32 = std::numeric_limits<std::int32_t>;
+    if (value >= static_cast<double>(Int32::max())) return Int32::max();
+    if (value > static_cast<double>(Int32::min())) return static_cast<std::int32_t>(value);
+    return Int32::min();
 }
 
 }  // namespace tarvo::host
