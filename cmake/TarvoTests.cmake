@@ -42,6 +42,7 @@ function(tarvo_test name)
   add_executable(${name} ${arg_SOURCES})
   target_link_libraries(${name} PRIVATE ${arg_USES} tarvo_test_main)
   tarvo_test_code(${name})
+  # Not of what programs share, whose judges look at every pixel.
   if(TARVO_SANITIZE MATCHES "address" AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     target_compile_options(${name} PRIVATE
       "SHELL:--param asan-instrumentation-with-call-threshold=0" -fno-sanitize-address-use-after-scope)

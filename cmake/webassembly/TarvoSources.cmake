@@ -9,7 +9,7 @@ set_property(GLOBAL PROPERTY TARVO_SOURCES "${sources}")
 function(tarvo_library_of_sources name alias)
   cmake_parse_arguments(arg "" "FOLDER" "SOURCES" ${ARGN})
   add_library(${name} STATIC ${arg_SOURCES})
-  set_target_properties(${name} PROPERTIES UNITY_BUILD OFF)
+  set_target_properties(${name} PROPERTIES UNITY_BUILD OFF)  # names of one file are other things in the next
   target_include_directories(${name} SYSTEM PUBLIC "${PROJECT_BINARY_DIR}/${name}" "${arg_FOLDER}")
   target_compile_options(${name} PRIVATE -w)  # others keep them
   add_library(${alias} ALIAS ${name})
